@@ -1,0 +1,16 @@
+#pragma once
+
+// The device's system log.
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// Writes one message, printf-style, to the log `logId` (0 main, 2 system) with a priority of 2 (verbose) to 7 (fatal)
+// under `tag`. May be called from any thread; a negative result means that the message was not taken.
+int __dlog_print(int logId, int priority, const char* tag, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
+
+#ifdef __cplusplus
+}
+#endif

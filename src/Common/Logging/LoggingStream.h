@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Common/Logging/Logging.h"
+#include "Common/Logging/SafeOstringStream.h"
+
+namespace DAX {
+namespace Common {
+namespace Logging {
+
+// One log line in the making; it is printed when the object dies.
+class LoggingStream {
+public:
+    // `tag` and `shortFile` must outlive the object.
+    LoggingStream(const char* tag, LoggingClass::Level level, const char* shortFile, int line);
+    LoggingStream(const LoggingStream&) = delete;
+    LoggingStream& operator=(const LoggingStream&) = delete;
+    ~LoggingStream();
+
+    SafeOstringStream& getStream() { return m_stream; }
+
+private:
+    const char* m_tag;
+    const char* m_shortFile;
+    int m_line;
+    LoggingClass::Level m_level;
+    SafeOstringStream m_stream;
+};
+
+} // namespace Logging
+} // namespace Common
+} // namespace DAX
+
+// DAX_LOG(INF) << "text" << value; the values are not looked at when the level never comes out.
+#define DAX_LOG(LEVEL)                                                                                                 \
+    if (!::DAX::Common::Logging::LoggingClass::isPrinted(::DAX::Common::Logging::LoggingClass::LEVEL)) {               \
+    } else                                                                                                             \
+        ::DAX::Common::Logging::LoggingStream(::DAX::Common::Logging::LOG_TAG,                                         \
+                                              ::DAX::Common::Logging::LoggingClass::LEVEL,                             \
+                                              ::DAX::Common::Logging::LoggingClass::shortenPath(__FILE__), __LINE__)   \
+            .getStream()

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <ostream>
+#include <sstream>
+
+namespace DAX {
+namespace Common {
+namespace Logging {
+
+// A string stream that may be given null pointers: a null text comes out as "[nullptr]".
+class SafeOstringStream : private std::ostringstream {
+public:
+    static const char* const NULLPTR_STR;
+
+    using std::ostringstream::str;
+
+    template <class T>
+    SafeOstringStream& operator<<(const T& value) {
+        stream() << value;
+        return *this;
+    }
+    SafeOstringStream& operator<<(const char* text) {
+        stream() << (text != nullptr ? text : NULLPTR_STR);
+        return *this;
+    }
+    SafeOstringStream& operator<<(char* text) { return *this << static_cast<const char*>(text); }
+    SafeOstringStream& operator<<(std::nullptr_t) { return *this << static_cast<const char*>(nullptr); }
+    SafeOstringStream& operator<<(const void* pointer) {
+        if (pointer == nullptr) {
+            return *this << nullptr;
+        }
+        stream() << pointer;
+        return *this;
+    }
+    SafeOstringStream& operator<<(void* pointer) { return *this << static_cast<const void*>(pointer); }
+    SafeOstringStream& operator<<(std::ios_base& (*manipulator)(std::ios_base&)) {
+        stream() << manipulator;
+        return *this;
+    }
+    SafeOstringStream& operator<<(std::ostream& (*manipulator)(std::ostream&)) {
+        stream() << manipulator;
+        return *this;
+    }
+
+private:
+    std::ostream& stream() { return *this; }
+};
+
+} // namespace Logging
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// Measures elapsed time. Any thread may read a clock.
+class ISimpleClock {
+public:
+    // Seconds since the clock was made.
+    virtual float getCurrentTime() = 0;
+    virtual ~ISimpleClock() = default;
+
+    // A clock over the steady clock of the system.
+    static std::unique_ptr<ISimpleClock> createClock();
+};
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,15 @@
+#pragma once
+
+namespace DAX {
+namespace Core {
+
+// The state of one step of a transaction, as the core tells it. Any int may arrive from the bus.
+enum ETransactionResult : int {
+    TRANSACTION_UNDEFINED = 0,
+    TRANSACTION_IN_PROGRESS = 1,
+    TRANSACTION_SUCCESS = 2,
+    TRANSACTION_FAILED = 3
+};
+
+} // namespace Core
+} // namespace DAX

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "DAXCommon/ServiceTransactionType.h"
+#include "DAXCommon/UpgradeType.h"
+
+namespace DAX {
+namespace Core {
+
+// What the core is told when a transaction is created. The order of the fields is the order on the wire.
+struct SearchingTransactionParameters {
+    DAXCommon::UpgradeType upgradeType = DAXCommon::UNDEFINED; // what the client asked for
+    DAXCommon::ServiceTransactionType transactionType = DAXCommon::ServiceTransactionType(0); // the session's type
+    bool isCellularConnectionAllowed = false;
+    bool wasAnySuccessfulUpgrade = false;
+
+    template <class Archive>
+    void serialize(Archive& archive, unsigned int version);
+};
+
+} // namespace Core
+} // namespace DAX

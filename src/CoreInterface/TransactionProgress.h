@@ -1,0 +1,21 @@
+#pragma once
+
+#include <boost/optional.hpp>
+
+#include "CoreInterface/ETransactionResult.h"
+
+namespace DAX {
+namespace Core {
+
+// How far a step has come, as the core tells it. On the wire the percentage comes first and the result second.
+struct TransactionProgress {
+    ETransactionResult result = TRANSACTION_UNDEFINED;
+    int progressPercent = 0;               // 0 to 100
+    boost::optional<float> progressDetail; // for the client, passed through untouched
+
+    template <class Archive>
+    void serialize(Archive& archive, unsigned int version);
+};
+
+} // namespace Core
+} // namespace DAX

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <boost/optional.hpp>
+
+#include "ServiceInterface/EServiceTransactionResult.h"
+#include "ServiceInterface/SingleUpgradeDescription.h"
+
+namespace DAX {
+namespace Service {
+
+// The answer to a client's request for the search result. The order of the fields is the order on the wire.
+struct ServiceSearchResult {
+    EServiceTransactionResult result = SERVICE_TRANSACTION_UNDEFINED;
+    boost::optional<SingleUpgradeDescription> upgrade; // engaged exactly when `result` is SERVICE_TRANSACTION_SUCCESS
+
+    template <class Archive>
+    void serialize(Archive& archive, unsigned int version);
+};
+
+} // namespace Service
+} // namespace DAX

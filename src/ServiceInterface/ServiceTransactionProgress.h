@@ -1,0 +1,21 @@
+#pragma once
+
+#include <boost/optional.hpp>
+
+#include "ServiceInterface/EServiceTransactionResult.h"
+
+namespace DAX {
+namespace Service {
+
+// How far a step has come, as clients see it. The order of the fields is the order on the wire.
+struct ServiceTransactionProgress {
+    EServiceTransactionResult result = SERVICE_TRANSACTION_UNDEFINED;
+    int progressPercent = 0;               // 0 to 100
+    boost::optional<float> progressDetail; // as the core told it
+
+    template <class Archive>
+    void serialize(Archive& archive, unsigned int version);
+};
+
+} // namespace Service
+} // namespace DAX

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "DAXCommon/UpgradeType.h"
+#include "UpgradeKind.h"
+
+namespace DAX {
+namespace Service {
+
+// One upgrade, as clients see it. The order of the fields is the order on the wire.
+struct SingleUpgradeDescription {
+    DAXCommon::UpgradeType upgradeType = DAXCommon::UNDEFINED;
+    std::vector<unsigned char> upgradeId;  // binary identifier of the upgrade
+    boost::optional<std::string> version;  // the target version, or "WOC_ONLY_VERSION"
+    std::vector<unsigned char> updateInfo; // the upgrade's information document, raw bytes
+    DAXCommon::UpgradeKind kind = DAXCommon::UPGRADE_KIND_REGULAR;
+    int scope = 0;
+
+    template <class Archive>
+    void serialize(Archive& archive, unsigned int version);
+};
+
+} // namespace Service
+} // namespace DAX

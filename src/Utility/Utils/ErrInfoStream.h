@@ -1,0 +1,91 @@
+#pragma once
+
+#include <memory>
+#include <sstream>
+#include <utility>
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/exception_ptr.hpp>
+#include <boost/throw_exception.hpp>
+
+#include "Utility/Utils/ErrorTags.h"
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+namespace detail {
+
+// An exception in the making, held by a throw site for the length of one expression: values are streamed into it as the
+// free text of the throw site, tags are attached to it. Belongs to one thread.
+template <class E>
+class ErrInfoStream : public E {
+public:
+    // Shares the tags of `exception`: they live in a virtual base, which a copy of E alone leaves out.
+    explicit ErrInfoStream(const E& exception) : E(exception) {
+        boost::exception_detail::copy_boost_exception(this, &exception);
+    }
+
+    template <class T>
+    ErrInfoStream& operator<<(T&& value) {
+        if (!m_stream) {
+            m_stream = std::make_unique<std::ostringstream>();
+        }
+        *m_stream << std::forward<T>(value);
+        return *this;
+    }
+
+    template <class Tag, class T>
+    ErrInfoStream& operator<<(boost::error_info<Tag, T> tag) {
+        static_cast<E&>(*this) << tag;
+        return *this;
+    }
+
+    // The streamed text, if there is any, replaces a text that was attached as a tag.
+    [[noreturn]] void throwException() {
+        attachText();
+        throw boost::exception_detail::clone_impl<E>(static_cast<const E&>(*this));
+    }
+
+    // What throwException would throw, to be stored or carried to another thread.
+    boost::exception_ptr getExceptionPtr() {
+        try {
+            throwException();
+        } catch (...) {
+            return boost::current_exception();
+        }
+    }
+
+private:
+    void attachText() {
+        if (m_stream) {
+            static_cast<E&>(*this) << errinfo_stream_text(m_stream->str());
+        }
+    }
+
+    std::unique_ptr<std::ostringstream> m_stream;
+};
+
+struct ErrInfoStreamFactory {
+    template <class E>
+    auto operator<<(E&& exception) const {
+        using Enabled = std::decay_t<decltype(boost::enable_error_info(exception))>;
+        return ErrInfoStream<Enabled>(boost::enable_error_info(exception));
+    }
+};
+
+template <class E>
+ErrInfoStream<E> located(ErrInfoStream<E> stream, const char* function, const char* file, int line) {
+    stream << boost::throw_function(function) << boost::throw_file(file) << boost::throw_line(line);
+    return stream;
+}
+
+} // namespace detail
+} // namespace Utils
+} // namespace Common
+} // namespace DAX
+
+// The throw site: DAX_THROW(GenericException(), "text " << value << errinfo_path(path)); the location is attached.
+#define DAX_EXCEPTION(EXCEPTION)                                                                                       \
+    (::DAX::Common::Utils::detail::located(::DAX::Common::Utils::detail::ErrInfoStreamFactory() << (EXCEPTION),       \
+                                           BOOST_CURRENT_FUNCTION, __FILE__, __LINE__))
+#define DAX_THROW(EXCEPTION, STREAMED) (DAX_EXCEPTION(EXCEPTION) << STREAMED).throwException()
