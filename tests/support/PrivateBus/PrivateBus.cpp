@@ -1,0 +1,170 @@
+#include "support/PrivateBus.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The fd at which the daemon finds the pipe for its address.
+const int ADDRESS_FD = 3;
+
+// The folder of all buses of this process. A forked child, such as a death test, leaves it to its parent.
+class BusFolder {
+public:
+    static const fs::path& path() {
+        static const BusFolder folder;
+        return folder.m_path;
+    }
+
+private:
+    BusFolder() : m_owner(getpid()) {
+        std::string path = (fs::temp_directory_path() / "dax-bus-XXXXXX").string();
+        if (mkdtemp(path.data()) == nullptr) {
+            throw std::system_error(errno, std::generic_category(), "mkdtemp");
+        }
+        m_path = path;
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path + "/system").c_str(), 1);
+        setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + path + "/session").c_str(), 1);
+    }
+    ~BusFolder() {
+        if (getpid() == m_owner) {
+            std::error_code ignored;
+            fs::remove_all(m_path, ignored);
+        }
+    }
+
+    pid_t m_owner;
+    fs::path m_path;
+};
+
+std::string limit(const std::string& name, unsigned int value) {
+    return "  <limit name=\"" + name + "\">" + std::to_string(value) + "</limit>\n";
+}
+
+std::string config(const std::string& address, const std::string& services, unsigned int serviceStartTimeoutMs) {
+    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+           "<busconfig>\n"
+           "  <listen>" +
+           address +
+           "</listen>\n"
+           "  <auth>EXTERNAL</auth>\n"
+           "  <servicedir>" +
+           services +
+           "</servicedir>\n"
+           "  <policy context=\"default\">\n"
+           "    <allow user=\"*\"/>\n"
+           "    <allow own=\"*\"/>\n"
+           "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+           "    <allow eavesdrop=\"true\"/>\n"
+           "  </policy>\n" +
+           limit("service_start_timeout", serviceStartTimeoutMs) + limit("max_completed_connections", 100000) +
+           limit("max_incomplete_connections", 100000) + limit("max_connections_per_user", 100000) +
+           limit("max_pending_service_starts", 100000) + limit("max_names_per_connection", 100000) +
+           limit("max_match_rules_per_connection", 100000) + limit("max_replies_per_connection", 100000) +
+           limit("max_incoming_bytes", 1000000000) + limit("max_outgoing_bytes", 1000000000) +
+           limit("max_message_size", 134217728) + "</busconfig>\n";
+}
+
+void write(const fs::path& path, const std::string& text) {
+    std::ofstream file(path);
+    file << text << std::flush;
+    if (!file) {
+        throw std::runtime_error("cannot write " + path.string());
+    }
+}
+
+// setpriv gives the daemon a signal for the death of this thread and becomes the daemon.
+pid_t spawnDaemon(const std::string& configPath, int addressPipe) {
+    const std::string configOption = "--config-file=" + configPath;
+    const std::string addressOption = "--print-address=" + std::to_string(ADDRESS_FD);
+    const std::array<const char*, 10> arguments = {"setpriv",     "--pdeathsig",        "TERM",
+                                                   "dbus-daemon", "--nofork",           "--nopidfile",
+                                                   "--nosyslog",  configOption.c_str(), addressOption.c_str(),
+                                                   nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, addressPipe, ADDRESS_FD);
+    pid_t pid = 0;
+    const int result =
+        posix_spawnp(&pid, arguments[0], &actions, nullptr, const_cast<char* const*>(arguments.data()), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (result != 0) {
+        throw std::system_error(result, std::generic_category(), "posix_spawnp");
+    }
+    return pid;
+}
+
+// True when the daemon has said its address, false when it ended before.
+bool waitForAddress(int addressPipe) {
+    char character = 0;
+    ssize_t count = 0;
+    do {
+        count = read(addressPipe, &character, 1);
+    } while ((count == 1 && character != '\n') || (count == -1 && errno == EINTR));
+    return count == 1;
+}
+
+} // namespace
+
+PrivateBus::PrivateBus(Kind kind, unsigned int serviceStartTimeoutMs) {
+    const std::string name = kind == Kind::SYSTEM ? "system" : "session";
+    const fs::path base = BusFolder::path() / name;
+    m_address = "unix:path=" + base.string();
+    m_services = base.string() + ".services";
+    fs::remove(base);
+    fs::remove_all(m_services);
+    fs::create_directory(m_services);
+    const std::string configPath = base.string() + ".conf";
+    write(configPath, config(m_address, m_services, serviceStartTimeoutMs));
+
+    std::array<int, 2> addressPipe{};
+    if (pipe2(addressPipe.data(), O_CLOEXEC) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe2");
+    }
+    m_pid = spawnDaemon(configPath, addressPipe[1]);
+    close(addressPipe[1]);
+    const bool started = waitForAddress(addressPipe[0]);
+    close(addressPipe[0]);
+    if (!started) {
+        stop();
+        throw std::runtime_error("dbus-daemon did not start");
+    }
+}
+
+PrivateBus::~PrivateBus() {
+    stop();
+}
+
+void PrivateBus::addService(const std::string& busName, const std::string& execLine) {
+    write(fs::path(m_services) / (busName + ".service"),
+          "[D-BUS Service]\nName=" + busName + "\nExec=" + execLine + "\n");
+}
+
+void PrivateBus::stop() {
+    if (m_pid == 0) {
+        return;
+    }
+    kill(m_pid, SIGTERM);
+    while (waitpid(m_pid, nullptr, 0) == -1 && errno == EINTR) {
+    }
+    m_pid = 0;
+}
+
+} // namespace Tests
+} // namespace DAX
