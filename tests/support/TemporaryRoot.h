@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace DAX {
+namespace Tests {
+
+// A temporary folder that is the device's root while the object lives: KOVAN_ROOT names it, so that the test's own
+// calls of the platform and every program that it starts work under it. It goes with all that is in it, and KOVAN_ROOT
+// is as it was before. One at a time in a process. A folder that cannot be made raises std::system_error.
+class TemporaryRoot {
+public:
+    TemporaryRoot();
+    ~TemporaryRoot();
+    TemporaryRoot(const TemporaryRoot&) = delete;
+    TemporaryRoot& operator=(const TemporaryRoot&) = delete;
+
+    const std::filesystem::path& path() const { return m_path; }
+
+    // A path under the root; `relative` does not begin with "/".
+    std::filesystem::path operator/(const std::string& relative) const { return m_path / relative; }
+
+    // Writes a file under the root, with the folders above it.
+    void write(const std::string& relative, const std::string& text) const;
+
+    // The whole text of a file under the root; empty when there is none.
+    std::string read(const std::string& relative) const;
+
+private:
+    std::filesystem::path m_path;
+    std::string m_previousRoot;
+};
+
+} // namespace Tests
+} // namespace DAX

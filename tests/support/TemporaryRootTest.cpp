@@ -1,0 +1,28 @@
+#include "support/TemporaryRoot.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+using DAX::Tests::TemporaryRoot;
+
+TEST(TemporaryRootTest, IsTheRootWhileItLives) {
+    setenv("KOVAN_ROOT", "/before", 1);
+    {
+        const TemporaryRoot root;
+        EXPECT_EQ(root.path().string(), std::getenv("KOVAN_ROOT"));
+        EXPECT_TRUE(std::filesystem::is_directory(root.path()));
+    }
+    EXPECT_STREQ("/before", std::getenv("KOVAN_ROOT"));
+}
+
+TEST(TemporaryRootTest, WritesAndReadsFilesUnderItAndTakesThemAway) {
+    std::filesystem::path path;
+    {
+        const TemporaryRoot root;
+        path = root.path();
+        root.write("a/b/file", "text");
+        EXPECT_EQ("text", root.read("a/b/file"));
+        EXPECT_EQ("", root.read("absent"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
