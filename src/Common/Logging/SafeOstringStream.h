@@ -8,7 +8,7 @@ namespace DAX {
 namespace Common {
 namespace Logging {
 
-// A string stream that may be given null pointers: a null text comes out as "[nullptr]".
+// A string stream that may be given null pointers: a null pointer comes out as "[nullptr]".
 class SafeOstringStream : private std::ostringstream {
 public:
     static const char* const NULLPTR_STR;
@@ -26,14 +26,14 @@ public:
     }
     SafeOstringStream& operator<<(char* text) { return *this << static_cast<const char*>(text); }
     SafeOstringStream& operator<<(std::nullptr_t) { return *this << static_cast<const char*>(nullptr); }
-    SafeOstringStream& operator<<(const void* pointer) {
+    template <class T>
+    SafeOstringStream& operator<<(T* pointer) {
         if (pointer == nullptr) {
             return *this << nullptr;
         }
         stream() << pointer;
         return *this;
     }
-    SafeOstringStream& operator<<(void* pointer) { return *this << static_cast<const void*>(pointer); }
     SafeOstringStream& operator<<(std::ios_base& (*manipulator)(std::ios_base&)) {
         stream() << manipulator;
         return *this;

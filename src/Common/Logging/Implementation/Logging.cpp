@@ -1,0 +1,187 @@
+#include "Common/Logging/Logging.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <dlog.h>
+
+namespace DAX {
+namespace Common {
+namespace Logging {
+
+const char* const LOG_TAG = "org.kovan.tv.dax.DAX";
+
+const int LoggingClass::maxMessageLength;
+std::string LoggingClass::m_processName;
+bool LoggingClass::m_bSocketInitialized = false;
+
+namespace {
+
+const char* const VERSION_SUFFIX = "-17.037.0";
+
+// What the system log is told of a level.
+struct LevelRoute {
+    const char* name;
+    int logId;
+    int priority;
+    const char* format; // process, thread, line number, text
+};
+
+const LevelRoute& routeOf(LoggingClass::Level level) {
+    static constexpr LevelRoute ROUTES[] = {
+        {"VERBOSE", 0, 2, "[%s][%s][%u][VERBOSE] %s"}, {"DBG", 0, 3, "[%s][%s][%u][DBG] %s"},
+        {"INF", 0, 4, "[%s][%s][%u][INF] %s"},         {"WRN", 0, 5, "[%s][%s][%u][WRN] %s"},
+        {"ERR", 2, 5, "[%s][%s][%u][ERR] %s"},         {"FTL", 2, 7, "[%s][%s][%u][FTL] %s"},
+    };
+    static constexpr LevelRoute UNKNOWN = {"UNKNOWN LEVEL", 2, 6, "[%s][%s][%u][INF] %s"};
+    const bool known = level >= LoggingClass::VERBOSE && level <= LoggingClass::FTL;
+    return known ? ROUTES[level - LoggingClass::VERBOSE] : UNKNOWN;
+}
+
+// A message, formatted into memory that has room for most of them, or on the heap when it is longer.
+class FormattedText {
+public:
+    FormattedText(const char* format, va_list arguments) {
+        va_list again;
+        va_copy(again, arguments);
+        const int needed = std::vsnprintf(m_short, sizeof(m_short), format, arguments);
+        if (needed >= static_cast<int>(sizeof(m_short))) {
+            m_long = std::make_unique<char[]>(LONG_SIZE);
+            m_text = m_long.get();
+            m_size = LONG_SIZE;
+            std::vsnprintf(m_text, m_size, format, again);
+        }
+        va_end(again);
+    }
+
+    char* text() { return m_text; }
+    size_t size() const { return m_size; }
+
+private:
+    static constexpr size_t LONG_SIZE = 16384;
+
+    char m_short[1024] = "";
+    std::unique_ptr<char[]> m_long;
+    char* m_text = m_short;
+    size_t m_size = sizeof(m_short);
+};
+
+constexpr int DUMP_ROW_BYTES = 16;
+constexpr size_t DUMP_ROW_LENGTH = 64; // more than any row takes
+
+void formatDumpRow(char (&row)[DUMP_ROW_LENGTH], int number, const unsigned char* bytes, int count) {
+    char* end = row + std::snprintf(row, sizeof(row), " %04x=", static_cast<unsigned int>(number));
+    for (int i = 0; i < count; ++i) {
+        end += std::snprintf(end, 3, "%02x", bytes[i]);
+    }
+}
+
+// Rows are counted by one, not by their bytes.
+void dump(LoggingClass::Sink sink, const char* tag, LoggingClass::Level level, FormattedText& message,
+          const unsigned char* bytes, int length) {
+    char* const rowStart = message.text() + std::strlen(message.text());
+    const size_t room = message.size() - static_cast<size_t>(rowStart - message.text());
+    for (int offset = 0; offset < length; offset += DUMP_ROW_BYTES) {
+        char row[DUMP_ROW_LENGTH];
+        formatDumpRow(row, offset / DUMP_ROW_BYTES, bytes + offset, std::min(DUMP_ROW_BYTES, length - offset));
+        if (std::strlen(row) >= room) {
+            char warning[] = "BELOW DATA MESSAGE IS TOO LONG TO BE DISPLAYED!";
+            *rowStart = '\0';
+            sink(tag, LoggingClass::WRN, warning);
+            sink(tag, level, message.text());
+            return;
+        }
+        std::strcpy(rowStart, row);
+        sink(tag, level, message.text());
+    }
+}
+
+} // namespace
+
+void LoggingClass::init(const char* processName) {
+    m_processName = std::string(processName) + VERSION_SUFFIX;
+    socketConnectionInitialize();
+}
+
+void LoggingClass::print(Sink sink, const char* tag, Level level, const void* data, int dataLength, const char* format,
+                         ...) {
+    if (!isPrinted(level)) {
+        return;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    FormattedText message(format, arguments);
+    va_end(arguments);
+    if (data == nullptr) {
+        sink(tag, level, message.text());
+        return;
+    }
+    const int defaultLength = 4;
+    dump(sink, tag, level, message, static_cast<const unsigned char*>(data),
+         dataLength > 0 ? dataLength : defaultLength);
+}
+
+void LoggingClass::printLines(const char* tag, Level level, char* text) {
+    char* const end = text + std::strlen(text);
+    if (end - text <= maxMessageLength) {
+        smartPrintImpl(tag, level, text);
+        return;
+    }
+    char* line = text;
+    while (char* const lineEnd = std::strchr(line, '\n')) {
+        printChunked(tag, level, line, lineEnd);
+        line = lineEnd + 1;
+    }
+    printChunked(tag, level, line, end);
+}
+
+void LoggingClass::printChunked(const char* tag, Level level, char* begin, char* end) {
+    char* chunk = begin;
+    do {
+        char* const chunkEnd = end - chunk > maxMessageLength ? chunk + maxMessageLength : end;
+        const char cut = *chunkEnd;
+        *chunkEnd = '\0';
+        smartPrintImpl(tag, level, chunk);
+        *chunkEnd = cut;
+        chunk = chunkEnd;
+    } while (chunk != end);
+}
+
+void LoggingClass::smartPrintImpl(const char* tag, Level level, const char* text) {
+    static std::atomic<unsigned int> nextLineNumber{0};
+    const unsigned int lineNumber = nextLineNumber++;
+    char threadId[64];
+    getThreadId(threadId, sizeof(threadId));
+    printImpl(tag, level, threadId, lineNumber, text);
+    sendSocketLog(text);
+}
+
+void LoggingClass::printImpl(const char* tag, Level level, const char* threadId, unsigned int lineNumber,
+                             const char* text) {
+    if (level == NONE) {
+        return;
+    }
+    const LevelRoute& route = routeOf(level);
+    __dlog_print(route.logId, route.priority, tag, route.format, m_processName.c_str(), threadId, lineNumber, text);
+}
+
+const char* LoggingClass::logLevelToString(Level level) {
+    return routeOf(level).name;
+}
+
+void LoggingClass::getThreadId(char* buffer, unsigned long size) {
+    char name[16] = "";
+    prctl(PR_GET_NAME, name);
+    std::snprintf(buffer, size, "%d %s", static_cast<int>(syscall(SYS_gettid)), name);
+}
+
+} // namespace Logging
+} // namespace Common
+} // namespace DAX
