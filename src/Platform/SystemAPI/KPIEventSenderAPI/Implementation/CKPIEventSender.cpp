@@ -1,0 +1,31 @@
+#include "Platform/SystemAPI/KPIEventSenderAPI/KPIEvents.h"
+
+#include <MetricLogger.h>
+
+#include "Common/Logging/LoggingStream.h"
+
+namespace DAX {
+namespace Platform {
+namespace KpiEvent {
+namespace {
+
+const char* const APPLICATION_ID = "23_daxinfo";
+const int EVENT_TAKEN = 1;
+
+} // namespace
+
+void sendKPIEventToServer(const IKPIEvent& event) {
+    MetricLogFramework::CLogger* const logger = MetricLogFramework::CLogger::GetInstance();
+    const std::string description = event.getDescription();
+    const int result = logger->AddEventLogSync(APPLICATION_ID, event.getName(), event.getCode(), description);
+    if (result != EVENT_TAKEN) {
+        DAX_LOG(FTL) << "KPI event send fail : (" << event.getName() << ") Code(" << result << ")";
+        return;
+    }
+    DAX_LOG(INF) << "AddEventLog : " << APPLICATION_ID << "," << event.getName() << "," << event.getCode() << ","
+                 << description;
+}
+
+} // namespace KpiEvent
+} // namespace Platform
+} // namespace DAX
