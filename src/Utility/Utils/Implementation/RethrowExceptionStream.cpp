@@ -1,0 +1,42 @@
+#include "Utility/Utils/RethrowExceptionStream.h"
+
+#include <utility>
+
+#include <boost/exception/get_error_info.hpp>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+RethrowExceptionStream::RethrowExceptionStream(boost::exception_ptr exception) : m_exception(std::move(exception)) {}
+
+RethrowExceptionStream::~RethrowExceptionStream() noexcept(false) {
+    try {
+        rethrowHeld();
+    } catch (boost::exception& exception) {
+        if (const std::string* const older = boost::get_error_info<errinfo_rethrows>(exception)) {
+            m_stream << '\n' << *older;
+        }
+        exception << errinfo_rethrows(m_stream.str());
+        throw;
+    } catch (const boost::thread_interrupted&) {
+        DAX_THROW(thread_interrupted(), errinfo_rethrows(m_stream.str()));
+    } catch (...) {
+        DAX_LOG(INF) << "Rethrowing unknown exception: " << m_stream.str();
+        throw;
+    }
+}
+
+void RethrowExceptionStream::rethrowHeld() const {
+    if (m_exception) {
+        boost::rethrow_exception(m_exception);
+    }
+    throw;
+}
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX
