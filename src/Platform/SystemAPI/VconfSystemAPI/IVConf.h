@@ -1,0 +1,93 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include <vconf.h>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
+#include "Platform/SystemAPI/VconfSystemAPI/VConfKeys.h"
+#include "Platform/SystemAPI/VconfSystemAPI/VConfWrappers.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace Platform {
+namespace VConfDetails {
+
+template <class T, int (*function)(const char*, T*)>
+struct Getter {
+    static int read(const char* key, T* value) { return function(key, value); }
+};
+
+template <class T, int (*function)(const char*, T)>
+struct Setter {
+    static int write(const char* key, const T& value) { return function(key, value); }
+};
+
+// From a value type to the function that reads it.
+template <class... Getters>
+struct GetterMapStruct : Getters... {
+    using Getters::read...;
+};
+
+// From a value type to the function that writes it.
+template <class... Setters>
+struct SetterMapStruct : Setters... {
+    using Setters::write...;
+};
+
+// One access to one key of the settings store. Holds the key and nothing else; any thread, no retries. A failure is
+// logged; `get` and `set` then throw VConfException.
+template <class GetterMapT, class SetterMapT, class T>
+class VConfT {
+public:
+    explicit VConfT(std::string key) : m_key(std::move(key)) {}
+
+    T get() const {
+        T value{};
+        throwIfFailed(GetterMapT::read(m_key.c_str(), &value), "vconf_get");
+        return value;
+    }
+
+    T getOr(const T& defaultValue) const {
+        T value = defaultValue;
+        if (GetterMapT::read(m_key.c_str(), &value) == 0) {
+            return value;
+        }
+        DAX_LOG(WRN) << failureText("vconf_get") << ", return default value";
+        return defaultValue;
+    }
+
+    void set(const T& value) const { throwIfFailed(SetterMapT::write(m_key.c_str(), value), "vconf_set"); }
+
+private:
+    std::string failureText(const char* operation) const {
+        return operation + (" failed while trying to access key: " + m_key);
+    }
+
+    void throwIfFailed(int result, const char* operation) const {
+        if (result == 0) {
+            return;
+        }
+        const std::string text = failureText(operation);
+        DAX_LOG(WRN) << text;
+        DAX_THROW(VConfException(), Common::Utils::errinfo_stream(text) << Common::Utils::errinfo_errorcode(result));
+    }
+
+    std::string m_key;
+};
+
+using Getters = GetterMapStruct<Getter<bool, vconf_get_bool_wrapper>, Getter<int, vconf_get_int>,
+                                Getter<double, vconf_get_dbl>, Getter<std::string, vconf_get_string_wrapper>>;
+using Setters = SetterMapStruct<Setter<bool, vconf_set_bool_wrapper>, Setter<int, vconf_set_int>,
+                                Setter<double, vconf_set_dbl>, Setter<std::string, vconf_set_string_wrapper>>;
+
+} // namespace VConfDetails
+
+// The settings store by value type: bool, int, double or std::string.
+template <class T>
+using VConfT = VConfDetails::VConfT<VConfDetails::Getters, VConfDetails::Setters, T>;
+
+} // namespace Platform
+} // namespace DAX

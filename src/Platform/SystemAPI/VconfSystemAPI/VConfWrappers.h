@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include <vconf.h>
+
+namespace DAX {
+namespace Platform {
+
+// The store's functions for the two value types that it has no own type for. All return the store's result, 0 for
+// success.
+
+// Writes `*value` whatever the result: false when the read fails.
+inline int vconf_get_bool_wrapper(const char* key, bool* value) {
+    int stored = 0;
+    const int result = vconf_get_bool(key, &stored);
+    *value = stored != 0;
+    return result;
+}
+
+inline int vconf_set_bool_wrapper(const char* key, bool value) {
+    return vconf_set_bool(key, value ? 1 : 0);
+}
+
+// -1 when there is no text; `*value` is then left as it was.
+inline int vconf_get_string_wrapper(const char* key, std::string* value) {
+    const std::unique_ptr<char, void (*)(void*)> text(vconf_get_str(key), std::free);
+    if (!text) {
+        return -1;
+    }
+    *value = text.get();
+    return 0;
+}
+
+inline int vconf_set_string_wrapper(const char* key, std::string value) {
+    return vconf_set_str(key, value.c_str());
+}
+
+} // namespace Platform
+} // namespace DAX
