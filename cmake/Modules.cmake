@@ -17,10 +17,14 @@ if(DAX_FUZZ)
 endif()
 
 # dax_module(<target> [PUBLIC <targets>] [PRIVATE <targets>])
-# The folder is the module: the public headers at its root, the sources in Implementation/.
+# The folder is the module: the public headers at its root, the sources in Implementation/. Those of Implementation/host/
+# and Implementation/device/ belong to that platform alone.
 function(dax_module target)
   cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/Implementation/*.cpp)
+  set(other_platforms host device)
+  list(REMOVE_ITEM other_platforms ${KOVAN_PLATFORM})
+  list(FILTER sources EXCLUDE REGEX "/Implementation/${other_platforms}/")
   if(sources)
     add_library(${target} STATIC ${sources})
     target_link_libraries(${target} PUBLIC dax_build ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
@@ -28,6 +32,24 @@ function(dax_module target)
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE dax_build ${ARG_PUBLIC} ${ARG_PRIVATE})
   endif()
+endfunction()
+
+# dax_archives(<targets>): for modules, programs and tests that read or write archives. The archive headers cost a compiler
+# seconds in each file; they are compiled once for all.
+add_library(dax_archive_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/ArchiveHeaders.cpp)
+target_link_libraries(dax_archive_headers PUBLIC dax_build Boost::serialization Boost::date_time Boost::thread)
+target_precompile_headers(
+  dax_archive_headers PRIVATE
+  <functional> <list> <memory> <set> <sstream> <string> <vector>
+  <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
+  <boost/date_time/posix_time/time_serialize.hpp>
+  <boost/exception/all.hpp>
+  <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
+  <boost/serialization/string.hpp> <boost/serialization/vector.hpp>)
+function(dax_archives)
+  foreach(target ${ARGN})
+    target_precompile_headers(${target} REUSE_FROM dax_archive_headers)
+  endforeach()
 endfunction()
 
 # dax_program(<target> LINK <targets>): every source of the folder and of its Implementation/, with the platform chosen.
