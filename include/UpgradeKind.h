@@ -14,5 +14,15 @@ void saveUpgradeKind(OutArchive& archive, UpgradeKind kind);
 template <class InArchive>
 void loadUpgradeKind(InArchive& archive, UpgradeKind& kind);
 
+// The one of the two that the archive is for, in a record's `serialize`.
+template <class Archive>
+void serializeUpgradeKind(Archive& archive, UpgradeKind& kind) {
+    if constexpr (Archive::is_saving::value) {
+        saveUpgradeKind(archive, kind);
+    } else {
+        loadUpgradeKind(archive, kind);
+    }
+}
+
 } // namespace DAXCommon
 } // namespace DAX

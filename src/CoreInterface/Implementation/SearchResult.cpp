@@ -1,0 +1,27 @@
+#include "CoreInterface/SearchResult.h"
+
+#include <boost/archive/text_iarchive.hpp>
+#include <boost/archive/text_oarchive.hpp>
+#include <boost/serialization/optional.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
+
+namespace DAX {
+namespace Core {
+
+template <class Archive>
+void SearchResult::serialize(Archive& archive, unsigned int) {
+    archive& result;
+    archive& upgradeType;
+    DAXCommon::serializeUpgradeKind(archive, kind);
+    archive& upgradeId;
+    archive& version;
+    archive& updateInfo;
+    archive& scope;
+}
+
+template void SearchResult::serialize(boost::archive::text_oarchive&, unsigned int);
+template void SearchResult::serialize(boost::archive::text_iarchive&, unsigned int);
+
+} // namespace Core
+} // namespace DAX

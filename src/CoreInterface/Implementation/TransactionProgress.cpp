@@ -1,0 +1,21 @@
+#include "CoreInterface/TransactionProgress.h"
+
+#include <boost/archive/text_iarchive.hpp>
+#include <boost/archive/text_oarchive.hpp>
+#include <boost/serialization/optional.hpp>
+
+namespace DAX {
+namespace Core {
+
+template <class Archive>
+void TransactionProgress::serialize(Archive& archive, unsigned int) {
+    archive& progressPercent;
+    archive& result;
+    archive& progressDetail;
+}
+
+template void TransactionProgress::serialize(boost::archive::text_oarchive&, unsigned int);
+template void TransactionProgress::serialize(boost::archive::text_iarchive&, unsigned int);
+
+} // namespace Core
+} // namespace DAX

@@ -1,0 +1,20 @@
+#include "ServiceInterface/ServiceSearchResult.h"
+
+#include <boost/archive/text_iarchive.hpp>
+#include <boost/archive/text_oarchive.hpp>
+#include <boost/serialization/optional.hpp>
+
+namespace DAX {
+namespace Service {
+
+template <class Archive>
+void ServiceSearchResult::serialize(Archive& archive, unsigned int) {
+    archive& result;
+    archive& upgrade;
+}
+
+template void ServiceSearchResult::serialize(boost::archive::text_oarchive&, unsigned int);
+template void ServiceSearchResult::serialize(boost::archive::text_iarchive&, unsigned int);
+
+} // namespace Service
+} // namespace DAX

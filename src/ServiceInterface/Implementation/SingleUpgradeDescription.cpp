@@ -1,0 +1,26 @@
+#include "ServiceInterface/SingleUpgradeDescription.h"
+
+#include <boost/archive/text_iarchive.hpp>
+#include <boost/archive/text_oarchive.hpp>
+#include <boost/serialization/optional.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
+
+namespace DAX {
+namespace Service {
+
+template <class Archive>
+void SingleUpgradeDescription::serialize(Archive& archive, unsigned int) {
+    archive& upgradeType;
+    archive& upgradeId;
+    archive& version;
+    archive& updateInfo;
+    DAXCommon::serializeUpgradeKind(archive, kind);
+    archive& scope;
+}
+
+template void SingleUpgradeDescription::serialize(boost::archive::text_oarchive&, unsigned int);
+template void SingleUpgradeDescription::serialize(boost::archive::text_iarchive&, unsigned int);
+
+} // namespace Service
+} // namespace DAX
