@@ -1,0 +1,296 @@
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
+
+#include <map>
+#include <utility>
+
+#include <boost/exception_ptr.hpp>
+#include <boost/thread/thread.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Common/Logging/LoggingStream.h"
+#include "DAXCommon/UserInterestExceptions.h"
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/Introspection.h"
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/MethodRelay.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace DAXIPC {
+namespace DBUSLowLevel {
+
+using Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException;
+using Common::Logging::SafeOstringStream;
+using Common::Utils::GenericException;
+using DAXCommon::ServiceClientPriority;
+using DAXCommon::ServiceTransactionType;
+using DAXCommon::UpgradeType;
+using Service::IService;
+using Service::IServiceManager;
+using Service::IServiceTransaction;
+using UserInterestExceptions::ServiceRevokedException;
+using UserInterestExceptions::TransactionInvalidatedException;
+
+namespace {
+
+namespace Manager = DBUSNames::DBUSService::DBUSIServiceManager;
+namespace ManagerMethods = DBUSNames::DBUSService::DBUSIServiceManager::Methods;
+namespace ServiceMethods = DBUSNames::DBUSService::DBUSIService::Methods;
+namespace TransactionMethods = DBUSNames::DBUSService::DBUSIServiceTransaction::Methods;
+
+// What a proxy's connection is called before its hello; no sender has this name.
+const char* const NOT_SET = "<not-set>";
+
+using This = CServiceManagerAdapter;
+
+const std::map<std::string, This::Handler> mappingOfMethodsWithSender = {
+    {ManagerMethods::getService, &This::handle_getService},
+    {ManagerMethods::getServiceOwner, &This::handle_getServiceOwner},
+    {ManagerMethods::getSupportedUpgradeTypes, &This::relay<&IServiceManager::getSupportedUpgradeTypes>},
+    {ManagerMethods::getLastSearchingForUpgradeDate, &This::relay<&IServiceManager::getLastSearchingForUpgradeDate>},
+    {ManagerMethods::getCurrentVersion, &This::relay<&IServiceManager::getCurrentVersion>},
+    {ManagerMethods::acquireExternalLock, &This::relay<&IServiceManager::acquireExternalLock>},
+    {ManagerMethods::releaseExternalLock, &This::relay<&IServiceManager::releaseExternalLock>},
+    {ManagerMethods::scheduleFactoryReset, &This::relay<&IServiceManager::scheduleFactoryReset>},
+    {ManagerMethods::helloMessage, &This::handle_helloMessage},
+    {ServiceMethods::getClientPriority, &This::relay<&IService::getClientPriority>},
+    {ServiceMethods::startNewTransaction, &This::handle_startNewTransaction},
+    {ServiceMethods::invalidate, &This::handle_invalidate},
+    {TransactionMethods::isSearchingPossible, &This::relay<&IServiceTransaction::isSearchingPossible>},
+    {TransactionMethods::startSearching, &This::relay<&IServiceTransaction::startSearching>},
+    {TransactionMethods::startModelsSearching, &This::relay<&IServiceTransaction::startModelsSearching>},
+    {TransactionMethods::getSearchProgress, &This::relay<&IServiceTransaction::getSearchProgress>},
+    {TransactionMethods::getSearchResult, &This::relay<&IServiceTransaction::getSearchResult>},
+    {TransactionMethods::getModelsSearchResult, &This::relay<&IServiceTransaction::getModelsSearchResult>},
+    {TransactionMethods::startInstallation, &This::relay<&IServiceTransaction::startInstallation>},
+    {TransactionMethods::getInstallationProgress, &This::relay<&IServiceTransaction::getInstallationProgress>},
+    {TransactionMethods::startFinalization, &This::relay<&IServiceTransaction::startFinalization>},
+    {TransactionMethods::getFinalizationProgress, &This::relay<&IServiceTransaction::getFinalizationProgress>},
+    {TransactionMethods::cancelServiceTransaction, &This::handle_cancelServiceTransaction},
+};
+
+bool isNamed(const char* sender, const std::string& name) {
+    return sender != nullptr && name == sender;
+}
+
+std::string nameOf(const char* sender) {
+    return sender != nullptr ? sender : SafeOstringStream::NULLPTR_STR;
+}
+
+// A refusal is logged and thrown with the same text.
+template <class Exception>
+[[noreturn]] void refuse(const std::string& text) {
+    DAX_LOG(ERR) << text;
+    DAX_THROW(Exception(), text);
+}
+
+template <class Entry>
+std::string describeAccess(const Entry& entry, const char* sender) {
+    return "Proxy name: " + entry.proxyName + ". Original sender: " + entry.originalSender +
+           ". Current sender: " + nameOf(sender);
+}
+
+} // namespace
+
+CServiceManagerAdapter::CServiceManagerAdapter(std::shared_ptr<IServiceManager::IServiceManagerFactory> factory)
+    : m_serviceManager(factory->create()) {}
+
+CServiceManagerAdapter::~CServiceManagerAdapter() {
+    boost::this_thread::disable_interruption noInterruption;
+    if (!m_service) {
+        return;
+    }
+    try {
+        m_service->service->invalidate("Invalidating Service in CServiceManagerAdapter destructor");
+    } catch (...) {
+        DAX_LOG(FTL) << "Exception caught during invalidating Service: "
+                     << boost::current_exception_diagnostic_information(true);
+    }
+}
+
+bool CServiceManagerAdapter::handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
+                                           std::string& exceptionName, const char* sender) {
+    try {
+        const auto entry = mappingOfMethodsWithSender.find(method);
+        if (entry == mappingOfMethodsWithSender.end()) {
+            DAX_THROW(UnknownMethodException(), "Unknown method: " << method);
+        }
+        (this->*entry->second)(in, out, sender);
+        return true;
+    } catch (...) {
+        std::stringstream exception;
+        StandardExceptionHandler::wrapException(boost::current_exception(), exceptionName, exception);
+        out.swap(exception);
+        return false;
+    }
+}
+
+void CServiceManagerAdapter::introspect(std::stringstream& out) {
+    writeIntrospectionBegin(out, Manager::INTERFACE_NAME);
+    for (const auto& entry : mappingOfMethodsWithSender) {
+        writeIntrospectionMethod(out, entry.first);
+    }
+    writeIntrospectionEnd(out);
+}
+
+void CServiceManagerAdapter::useThisEventSubscriber(Common::DBUSWrapper::IDBUSEventsSubscriber& subscriber) {
+    m_eventsSubscriber = &subscriber;
+}
+
+void CServiceManagerAdapter::clientDisconnected(const char* sender) {
+    if (!m_service) {
+        DAX_LOG(INF) << "Client disconnected: " << sender << ". No Service is active.";
+        return;
+    }
+    const std::string& creator = m_service->serviceManagerClient;
+    if (!isNamed(sender, creator)) {
+        DAX_LOG(ERR) << "Client disconnected: " << sender
+                     << ". Service will not be invalidated, as it was created by ServiceManager client: " << creator
+                     << "." << describeServiceClient();
+        DAX_THROW(GenericException(), "Service belongs to other client. Disconnected client: "
+                                          << nameOf(sender) << ". Service was created by ServiceManager client: "
+                                          << creator << "." << describeServiceClient());
+    }
+    DAX_LOG(INF) << "Client disconnected. Invalidating Service created by this ServiceManager client: " << creator
+                 << "." << describeServiceClient();
+    try {
+        m_service->service->invalidate("Invalidating Service, because ServiceManager client disconnected: " + creator +
+                                       ". Current Service client: " + m_service->originalSender +
+                                       ". Proxy name: " + m_service->proxyName);
+    } catch (...) {
+        DAX_LOG(FTL) << "Exception caught during invalidating Service: "
+                     << boost::current_exception_diagnostic_information(true);
+    }
+    DAX_LOG(INF) << "Resetting service.";
+    m_service.reset();
+}
+
+std::string CServiceManagerAdapter::describeServiceClient() const {
+    return " Current Service client: proxy name=" + m_service->proxyName +
+           " original sender=" + m_service->originalSender;
+}
+
+std::shared_ptr<IService> CServiceManagerAdapter::throwIfWrongService(const char* sender) const {
+    if (!m_service) {
+        refuse<ServiceRevokedException>("m_service was already destroyed or was never created. Sender: " +
+                                        nameOf(sender));
+    }
+    if (!isNamed(sender, m_service->originalSender)) {
+        refuse<ServiceRevokedException>("Accessing m_service that was created by a different sender. " +
+                                        describeAccess(*m_service, sender));
+    }
+    return m_service->service;
+}
+
+std::shared_ptr<IServiceTransaction> CServiceManagerAdapter::throwIfWrongTransaction(const char* sender) const {
+    if (!m_serviceTransaction) {
+        refuse<TransactionInvalidatedException>(
+            "m_serviceTransaction is already canceled or was never created. Sender: " + nameOf(sender));
+    }
+    if (!isNamed(sender, m_serviceTransaction->originalSender)) {
+        refuse<TransactionInvalidatedException>(
+            "Accessing m_serviceTransaction that was created by a different sender. " +
+            describeAccess(*m_serviceTransaction, sender));
+    }
+    auto transaction = m_serviceTransaction->transaction.lock();
+    if (!transaction) {
+        refuse<TransactionInvalidatedException>("m_serviceTransaction is already destroyed on the CService side. " +
+                                                describeAccess(*m_serviceTransaction, sender));
+    }
+    return transaction;
+}
+
+template <>
+std::shared_ptr<IServiceManager> CServiceManagerAdapter::targetFor(const char*) const {
+    return m_serviceManager;
+}
+
+template <>
+std::shared_ptr<IService> CServiceManagerAdapter::targetFor(const char* sender) const {
+    return throwIfWrongService(sender);
+}
+
+template <>
+std::shared_ptr<IServiceTransaction> CServiceManagerAdapter::targetFor(const char* sender) const {
+    return throwIfWrongTransaction(sender);
+}
+
+template <auto Operation>
+void CServiceManagerAdapter::relay(std::stringstream& in, std::stringstream& out, const char* sender) {
+    const auto target = targetFor<typename OperationTraits<decltype(Operation)>::Interface>(sender);
+    relayCall(*target, Operation, in, out);
+}
+
+void CServiceManagerAdapter::handle_getService(std::stringstream& in, std::stringstream& out, const char* sender) {
+    std::tuple<ServiceClientPriority, std::string, ServiceTransactionType, std::string, std::string> arguments;
+    DBUSHelper::handleAdapterMethod<std::string>(
+        in, out, [&](boost::archive::text_iarchive& archive) { decode(archive, arguments); },
+        [&]() -> std::string {
+            const auto& [priority, clientName, type, proxyName, connectionId] = arguments;
+            auto service = m_serviceManager->getService(priority, clientName, type);
+            if (!service) {
+                return {};
+            }
+            DAX_LOG(INF) << "New Service for " << proxyName << " created.";
+            m_service = NameAndService{nameOf(sender), proxyName, NOT_SET, std::move(service)};
+            m_eventsSubscriber->subscribeForConnectionCloseEvent(m_service->serviceManagerClient);
+            return Manager::CONNECTION_NAME;
+        });
+}
+
+void CServiceManagerAdapter::handle_getServiceOwner(std::stringstream&, std::stringstream& out, const char*) {
+    boost::archive::text_oarchive archive(out);
+    auto priority = ServiceClientPriority(0);
+    std::string clientName;
+    auto type = ServiceTransactionType(0);
+    const bool owned = m_serviceManager->getServiceOwner(priority, clientName, type);
+    archive << owned << priority << clientName << type;
+}
+
+void CServiceManagerAdapter::handle_helloMessage(std::stringstream& in, std::stringstream& out, const char* sender) {
+    boost::archive::text_oarchive header(out);
+    std::string proxyName;
+    ArchiveInput(in) >> proxyName;
+    if (m_service && m_service->proxyName == proxyName) {
+        DAX_LOG(INF) << "Hello message for Service received: " << proxyName << ", " << sender;
+        m_service->originalSender = nameOf(sender);
+    } else if (m_serviceTransaction && m_serviceTransaction->proxyName == proxyName) {
+        DAX_LOG(INF) << "Hello message for ServiceTransaction received: " << proxyName << ", " << sender;
+        m_serviceTransaction->originalSender = nameOf(sender);
+    } else {
+        DAX_LOG(WRN) << "Neither Service nor ServiceTransaction created by proxy '" << proxyName
+                     << "' exist. Ignoring 'hello' message from sender: " << sender;
+    }
+}
+
+void CServiceManagerAdapter::handle_startNewTransaction(std::stringstream& in, std::stringstream& out,
+                                                        const char* sender) {
+    const auto service = throwIfWrongService(sender);
+    std::tuple<UpgradeType, std::string, std::string> arguments;
+    DBUSHelper::handleAdapterMethod<std::string>(
+        in, out, [&](boost::archive::text_iarchive& archive) { decode(archive, arguments); },
+        [&]() -> std::string {
+            const auto& [upgradeType, proxyName, connectionId] = arguments;
+            DAX_LOG(INF) << "Starting new service transaction for proxy: " << proxyName << ", " << connectionId;
+            m_serviceTransaction =
+                NameAndServiceTransaction{proxyName, NOT_SET, service->startNewTransaction(upgradeType)};
+            return Manager::CONNECTION_NAME;
+        });
+}
+
+void CServiceManagerAdapter::handle_invalidate(std::stringstream& in, std::stringstream& out, const char* sender) {
+    relay<&IService::invalidate>(in, out, sender);
+    m_eventsSubscriber->unsubscribeFromConnectionCloseEvent();
+    m_service.reset();
+}
+
+void CServiceManagerAdapter::handle_cancelServiceTransaction(std::stringstream& in, std::stringstream& out,
+                                                             const char* sender) {
+    relay<&IServiceTransaction::cancelServiceTransaction>(in, out, sender);
+    m_serviceTransaction.reset();
+}
+
+} // namespace DBUSLowLevel
+} // namespace DAXIPC
+} // namespace DAX
