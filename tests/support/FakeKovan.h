@@ -1,0 +1,146 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <variant>
+#include <vector>
+
+// The device's interfaces in memory, for tests. It answers every function of platform/include, records what it was
+// asked and returns what the test says. The free functions here are its knobs and its record. Any thread may call
+// anything.
+//
+// It is reset before each GoogleTest test of itself. A forked child (a death test) has a copy of the state of its
+// parent.
+namespace FakeKovan {
+
+// Forgets every record and puts every knob back: an empty store, nothing fails, not production, clock at 0, no echo.
+void reset();
+
+// --- The journal: the order of side effects across their kinds
+// --------------------------------------------------------
+//
+// One text for each side effect, oldest first:
+//   "log INF <message>"          a line of the system log
+//   "write <key>=<value>"        a settings write; a failed one ends in " -> <result>"
+//   "event <name> <code>"        an event for the reporting service
+//   "hangguard register <seconds>", "hangguard notify", "vip", "bootclock init", "bootclock fini"
+//   what the test added by note()
+// Reads (of settings, of the time, of isProduction) are no side effects and are not in it. A bool is written as true or
+// false, a double as a stream writes it.
+std::vector<std::string> journal();
+
+// The entries that begin with "<kind> ", or are the kind: journal("write") is the order of the writes alone.
+std::vector<std::string> journal(const std::string& kind);
+
+// Adds a text to the journal, so that a test's other fakes can be put in order with the platform's calls.
+void note(const std::string& text);
+
+// --- dlog
+// -------------------------------------------------------------------------------------------------------------
+
+struct LogLine {
+    int logId;
+    int priority;
+    std::string tag;
+    std::string text; // all that reached the system log
+    std::string
+        process; // the parts of the text, empty where it has another form: "[process][thread][number][level] ..."
+    std::string thread;
+    unsigned int number;
+    std::string level; // "DBG", "INF", "WRN", "ERR", "FTL", "VERBOSE"
+    std::string file;  // what stands before "file:line>"; empty and 0 when there is no such thing
+    int line;
+    std::string message; // what comes behind it
+};
+
+std::vector<LogLine> logLines();
+
+// The messages, oldest first; of all levels, or of one ("WRN").
+std::vector<std::string> messages();
+std::vector<std::string> messages(const std::string& level);
+
+// How many lines of this level have this very message, or have this text in their message.
+int count(const std::string& level, const std::string& message);
+int countContaining(const std::string& level, const std::string& part);
+
+// Waits until a line of this level has `part` in its message. False when the bound passes first.
+bool waitForMessage(const std::string& level, const std::string& part,
+                    std::chrono::milliseconds bound = std::chrono::seconds(20));
+
+// Every log line goes to standard error as well, for EXPECT_DEATH to match. Off after reset().
+void echoLogToStderr(bool on);
+
+// --- vconf
+// ------------------------------------------------------------------------------------------------------------
+
+using Value = std::variant<bool, int, double, std::string>;
+
+struct Write {
+    std::string key;
+    Value value;
+    bool operator==(const Write& other) const { return key == other.key && value == other.value; }
+};
+void PrintTo(const Write& write, std::ostream* out);
+
+// The results of the store's functions. A read of a missing key (the empty one too) gives MISSING_KEY, one of a value
+// of another type WRONG_TYPE, a write to the empty key EMPTY_KEY; a text that cannot be read is a null pointer.
+constexpr int MISSING_KEY = -1;
+constexpr int WRONG_TYPE = -2;
+constexpr int EMPTY_KEY = -3;
+
+// Puts a value into the store without a record.
+void setSetting(const std::string& key, bool value);
+void setSetting(const std::string& key, int value);
+void setSetting(const std::string& key, double value);
+void setSetting(const std::string& key, const std::string& value);
+void setSetting(const std::string& key, const char* value);
+void removeSetting(const std::string& key);
+
+std::optional<Value> setting(const std::string& key);
+
+// From now on every read, or write, of the key gives this result; 0 mends it. A failed write changes nothing.
+void failReads(const std::string& key, int result);
+void failWrites(const std::string& key, int result);
+
+// The successful writes, and the keys of all reads, oldest first.
+std::vector<Write> writes();
+std::vector<std::string> reads();
+
+// --- MetricLogger
+// -----------------------------------------------------------------------------------------------------
+
+struct Event {
+    std::string application;
+    std::string name;
+    std::string code;
+    std::string description;
+};
+
+std::vector<Event> events();
+void setEventResult(int result); // 1, "taken", after reset()
+
+// --- hangguard, proc_stat, bootclock, DAXProductionConfig
+// -------------------------------------------------------------
+
+void setHangguardRegisterResult(int result); // 0 after reset()
+void setHangguardNotifyResult(int result);   // 0 after reset()
+std::vector<int> hangguardRegistrations();   // the seconds of each
+int hangguardNotifications();
+
+void setVipResult(int result); // 0 after reset()
+int vipCalls();
+
+void setBootclockInitResult(int result); // 0 after reset()
+int bootclockInits();
+int bootclockFinis();
+
+// The device's local time in seconds, and how far it is ahead of UTC. Both are 0 after reset().
+void setLocalTime(std::uint64_t seconds);
+void setSecondsAheadOfUTC(std::int64_t seconds);
+
+void setProduction(bool production); // false after reset()
+
+} // namespace FakeKovan
