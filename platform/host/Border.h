@@ -1,0 +1,16 @@
+#pragma once
+
+namespace KovanHost {
+
+// The border to the system's callers: runs `function` and returns its result, or `failure` when an exception would
+// leave it.
+template <typename Function, typename Result>
+Result atBorder(Result failure, Function&& function) noexcept {
+    try {
+        return function();
+    } catch (...) {
+        return failure;
+    }
+}
+
+} // namespace KovanHost

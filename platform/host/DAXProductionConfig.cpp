@@ -1,0 +1,18 @@
+#include "DAXProductionConfig.h"
+
+#include "Border.h"
+#include "DeviceFile.h"
+
+namespace DAX {
+namespace Common {
+namespace Debug {
+
+bool isProduction() {
+    static const bool production =
+        KovanHost::atBorder(false, [] { return KovanHost::deviceFlag("software", "production", false); });
+    return production;
+}
+
+} // namespace Debug
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace KovanHost {
+
+// Now, as "2026-11-21T09:30:00.125Z".
+std::string utcTimestamp();
+
+} // namespace KovanHost

@@ -1,0 +1,58 @@
+#include "bootclock.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr uint64_t HOUR = 3600;
+constexpr uint64_t NOON_IN_JANUARY = 1736942400; // 2025-01-15 12:00:00
+constexpr uint64_t NOON_IN_JULY = 1752580800;    // 2025-07-15 12:00:00
+
+class BootclockTest : public testing::Test {
+protected:
+    ~BootclockTest() override { inZone(nullptr); }
+
+    static void inZone(const char* zone) {
+        zone == nullptr ? unsetenv("TZ") : setenv("TZ", zone, 1);
+        EXPECT_EQ(0, bootclock_init());
+    }
+};
+
+} // namespace
+
+TEST_F(BootclockTest, InitAndFiniSucceed) {
+    EXPECT_EQ(0, bootclock_init());
+    EXPECT_EQ(0, bootclock_fini());
+}
+
+TEST_F(BootclockTest, CurrentTimeIsUtcPlusTheZonesOffset) {
+    inZone("EAST-5:30");
+
+    const auto before = static_cast<uint64_t>(std::time(nullptr));
+    const uint64_t local = BC_GetCurrentTime();
+    const auto after = static_cast<uint64_t>(std::time(nullptr));
+
+    EXPECT_LE(before + 5 * HOUR + HOUR / 2, local);
+    EXPECT_GE(after + 5 * HOUR + HOUR / 2, local);
+}
+
+TEST_F(BootclockTest, LocalTimeWestOfUtcBecomesLater) {
+    inZone("WEST+8");
+
+    EXPECT_EQ(NOON_IN_JANUARY + 8 * HOUR, BC_ConvertToUTCTime(NOON_IN_JANUARY));
+}
+
+TEST_F(BootclockTest, SummerTimeHasAnOffsetOfItsOwn) {
+    inZone("CET-1CEST,M3.5.0,M10.5.0/3");
+
+    EXPECT_EQ(NOON_IN_JANUARY - HOUR, BC_ConvertToUTCTime(NOON_IN_JANUARY));
+    EXPECT_EQ(NOON_IN_JULY - 2 * HOUR, BC_ConvertToUTCTime(NOON_IN_JULY));
+}
+
+TEST_F(BootclockTest, UtcStaysAsItIs) {
+    inZone("UTC0");
+
+    EXPECT_EQ(NOON_IN_JULY, BC_ConvertToUTCTime(NOON_IN_JULY));
+}

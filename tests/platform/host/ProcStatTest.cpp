@@ -1,0 +1,29 @@
+#include "proc_stat.h"
+
+#include "support/ForkedProcess.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+using DAX::Tests::ForkedProcess;
+
+namespace {
+
+int adjustment() {
+    int value = 0;
+    std::ifstream("/proc/self/oom_score_adj") >> value;
+    return value;
+}
+
+} // namespace
+
+// Whether a process may protect itself is up to the machine, so both outcomes are right if they are told as they are.
+TEST(ProcStatTest, ResultTellsWhetherTheProcessIsProtected) {
+    ForkedProcess process([] {
+        const int before = adjustment();
+        const int result = proc_stat_set_vip_process();
+        return result == 0 ? adjustment() == -900 : result < 0 && adjustment() == before;
+    });
+
+    EXPECT_EQ(1, process.wait());
+}
