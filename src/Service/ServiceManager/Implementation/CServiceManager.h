@@ -1,0 +1,56 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "CoreInterface/ICore.h"
+#include "Platform/SystemAPI/PowerModeSystemAPI/IPowerModeSubscribersFactory.h"
+#include "Service/ServiceManager/Implementation/CService.h"
+#include "ServiceInterface/IServiceManager.h"
+
+namespace DAX {
+namespace Service {
+namespace ServiceManager {
+
+// The arbitration among clients: at most one valid session at a time, and the table of external locks. Client calls
+// come on one thread; a power-mode change comes on another and touches only the session.
+class CServiceManager : public IServiceManager {
+public:
+    // Connects to the core; throws what the factories throw.
+    CServiceManager(std::shared_ptr<Core::ICore::ICoreFactory> coreFactory,
+                    std::shared_ptr<Platform::IPowerModeSubscribersFactory> powerModeFactory);
+    ~CServiceManager() override;
+
+    boost::optional<boost::posix_time::ptime> getLastSearchingForUpgradeDate() override;
+    std::vector<DAXCommon::UpgradeType> getSupportedUpgradeTypes() override;
+    std::shared_ptr<IService> getService(DAXCommon::ServiceClientPriority priority, const std::string& clientName,
+                                         DAXCommon::ServiceTransactionType type) override;
+    bool getServiceOwner(DAXCommon::ServiceClientPriority& priority, std::string& clientName,
+                         DAXCommon::ServiceTransactionType& type) override;
+    std::string getCurrentVersion() override;
+    ExternalLockId acquireExternalLock(const std::string& clientName,
+                                       DAXCommon::ServiceClientPriority priority) override;
+    void releaseExternalLock(const std::string& clientName, ExternalLockId id) override;
+    void scheduleFactoryReset() override;
+
+private:
+    using ExternalLock = std::pair<std::string, DAXCommon::ServiceClientPriority>; // the holder and its priority
+    using PowerModeSubscriber = Common::Utils::SignalSubscriber<void(DAXCommon::PowerMode)>;
+
+    bool isExternalLockAcquired(DAXCommon::ServiceClientPriority priority) const;
+    std::string externalLockHolders() const;
+    bool ownerGivesWay(DAXCommon::ServiceClientPriority priority, const std::string& clientName);
+    void onPowerModeChanged(DAXCommon::PowerMode mode);
+
+    std::weak_ptr<CService> m_currentService;
+    std::shared_ptr<Core::ICore> m_core;
+    std::map<ExternalLockId, ExternalLock> m_externalLocks;
+    std::unique_ptr<PowerModeSubscriber> m_powerModeSubscriber;
+};
+
+} // namespace ServiceManager
+} // namespace Service
+} // namespace DAX

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include <boost/core/noncopyable.hpp>
+#include <boost/date_time/posix_time/ptime.hpp>
+#include <boost/optional.hpp>
+
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace Service {
+namespace ServiceManager {
+
+// Remembers over restarts when the device last searched for an upgrade, in a file of one timestamp in local time. Any
+// thread may call.
+class SearchingDateRegister : private boost::noncopyable {
+public:
+    class FailToOpenExistingFileException : public Common::Utils::GenericException {};
+
+    static std::shared_ptr<SearchingDateRegister> getInstance();
+
+    // Writes the date of now. Throws FailToOpenExistingFileException when the file cannot be opened.
+    void registerCurrentDate();
+
+    // Empty when there is no date, when it cannot be read, and when it was written before the clock was set. Never
+    // throws for the file's sake.
+    boost::optional<boost::posix_time::ptime> getDate();
+
+private:
+    SearchingDateRegister() = default;
+
+    static std::shared_ptr<SearchingDateRegister> m_Instance; // guarded by m_singletonMutex
+    static std::mutex m_singletonMutex;
+    static std::mutex m_rwMutex; // guards the file
+};
+
+} // namespace ServiceManager
+} // namespace Service
+} // namespace DAX
