@@ -1,3 +1,87 @@
-int main() {
-    return 0;
+#include <memory>
+#include <mutex>
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/thread/thread.hpp>
+
+#include "Common/DBUSWrapper/IDBUSAdapter.h"
+#include "Common/DBUSWrapper/IDBUSProxy.h"
+#include "Common/Logging/LoggingStream.h"
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/DAXIPCServiceManagerAdapter.h"
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/CCoreProxyFactory.h"
+#include "DAXIPC/IDAXIPC.h"
+#include "Debug/DebugCommon/ConsolePosition.h"
+#include "Debug/DebugCommon/DebugThreadName.h"
+#include "Executables/DaemonHelpers/DaemonHelpers.h"
+#include "Platform/OperatingSystem/OSSignals.h"
+#include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
+#include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControl.h"
+#include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
+#include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
+#include "Service/ServiceManager/CServiceManagerFactory.h"
+
+namespace {
+
+using namespace DAX;
+using Common::DBUSWrapper::IDBUSAdapter;
+using Common::DBUSWrapper::IDBUSProxy;
+using Common::Logging::LoggingClass;
+using DAXIPC::IDAXIPC;
+using DAXIPC::DBUSLowLevel::CCoreProxyFactory;
+using DAXIPC::DBUSLowLevel::DAXIPCServiceManagerAdapter;
+using Platform::NiceQuitHelper;
+
+const char CONSOLE[] = "DAXServiceConsole";
+const unsigned int CORE_ACTIVATION_TIMEOUT_IN_SECONDS = 50;
+const int WATCHDOG_LIMIT_IN_SECONDS = 300;
+const unsigned int STOP_CONDITION_INTERVAL_IN_SECONDS = 3;
+const unsigned int NO_IDLE_TIMEOUT = 0;
+
+bool wasSigTermReceived() {
+    const std::lock_guard<std::mutex> lock(NiceQuitHelper::s_mutex);
+    return NiceQuitHelper::s_sigTermFlag;
+}
+
+// The start, one line a step; what it makes stops in reverse order at its end. Returns whether SIGTERM ended it.
+bool serve(int argc, char** argv) {
+    LoggingClass::init("DAXService");
+    Common::Debug::ThreadDebug::registerMainThreadId(boost::this_thread::get_id());
+    const NiceQuitHelper signalHandlers;
+    Platform::VIPProcessSystemAPI::registerVIPProcess();
+    Common::Debug::RestoreConsolePosition(CONSOLE);
+    IDAXIPC::initialize();
+    DAX_LOG(INF) << "Starting DAXService" << Platform::ISystemControl::DAXRevisionDescription();
+    const std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> proxyFactory = IDBUSProxy::createDefaultProxyFactory();
+    const auto coreFactory = std::make_shared<CCoreProxyFactory>(proxyFactory, CORE_ACTIVATION_TIMEOUT_IN_SECONDS);
+    const auto powerModeFactory = std::make_shared<Platform::CPowerModeSubscribersFactory>();
+    const auto serviceManagerFactory = std::make_shared<Service::CServiceManagerFactory>(coreFactory, powerModeFactory);
+    DAXIPCServiceManagerAdapter adapter(IDBUSAdapter::createDefaultAdapterFactory());
+    Platform::HangGuard::initWatchdogTimer(WATCHDOG_LIMIT_IN_SECONDS);
+    const int idleTimeout = DaemonHelpers::parseIdleTimeout(argc, argv, NO_IDLE_TIMEOUT);
+    adapter.listenDBUS(serviceManagerFactory, STOP_CONDITION_INTERVAL_IN_SECONDS,
+                       static_cast<unsigned int>(idleTimeout),
+                       static_cast<unsigned int>(DaemonHelpers::getWatchdogPingInterval()),
+                       DaemonHelpers::getExitCheckingFunction(), DaemonHelpers::getWatchdogPingingFunction());
+
+    const bool terminated = wasSigTermReceived();
+    if (terminated) {
+        DAX_LOG(INF) << "Exit From DAXService after receiving SIGTERM.";
+    }
+    return terminated;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        if (serve(argc, argv)) {
+            return 1;
+        }
+        DAX_LOG(INF) << "Exit From DAXService";
+        Common::Debug::SaveConsolePosition(CONSOLE);
+        return 0;
+    } catch (...) {
+        DAX_LOG(FTL) << "Exception caught in DAXService: " << boost::current_exception_diagnostic_information(true);
+        return 1;
+    }
 }

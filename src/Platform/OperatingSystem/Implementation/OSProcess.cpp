@@ -1,0 +1,17 @@
+#include "Platform/OperatingSystem/OSProcess.h"
+
+#include <unistd.h>
+
+namespace DAX {
+namespace Platform {
+
+std::pair<bool, int> wasAnyKeyPressed() {
+    return {false, 0};
+}
+
+void callExit() {
+    _exit(143);
+}
+
+} // namespace Platform
+} // namespace DAX

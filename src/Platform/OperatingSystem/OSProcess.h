@@ -1,0 +1,15 @@
+#pragma once
+
+#include <utility>
+
+namespace DAX {
+namespace Platform {
+
+// Whether a key was pressed on the console, and its code. Nothing is ever pressed on this platform.
+std::pair<bool, int> wasAnyKeyPressed();
+
+// Ends the process at once with status 143, without any destructor.
+[[noreturn]] void callExit();
+
+} // namespace Platform
+} // namespace DAX
