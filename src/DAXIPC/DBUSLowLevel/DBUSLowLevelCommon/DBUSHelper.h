@@ -30,35 +30,37 @@ void handleAdapterMethod(std::stringstream& in, std::stringstream& out,
     outArchive << result;
 }
 
-namespace detail {
-
-// Calls the method over `proxy` and gives the bytes of its result; an exception of the far side is thrown here.
+// One exchange of bytes: `output` holds the result when it returns. An exception of the far side is thrown here.
 template <class ExceptionHandler, class DBUSProxy>
-void callProxyMethod(const std::string& methodName,
-                     const std::function<void(boost::archive::text_oarchive&)>& serialize, DBUSProxy& proxy,
-                     const ExceptionHandler& handler, std::stringstream& output) {
-    std::stringstream params;
-    boost::archive::text_oarchive archive(params);
+void exchange(const std::string& methodName, const std::stringstream& params, std::stringstream& output,
+              DBUSProxy& proxy, const ExceptionHandler& handler) {
     std::string function;
-    serialize(archive);
     if (!proxy.call(methodName, params, output, function)) {
         handler.unwrapException(methodName, function, output);
         BOOST_ASSERT_MSG(false, "Adapter sent exception that is not known by Proxy.");
     }
 }
 
-} // namespace detail
+// What stands in `output` as an archive, read into `values`. An empty output leaves them as they are.
+template <class... Values>
+void readResult(std::stringstream& output, Values&... values) {
+    if (output.rdbuf()->in_avail() > 0) {
+        ArchiveInput archive(output);
+        (archive >> ... >> values);
+    }
+}
 
 // The calling side of a method with a result, which is `defaultValue` when the reply brings none.
 template <class R, class ExceptionHandler, class DBUSProxy>
 R handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
                     DBUSProxy& proxy, const ExceptionHandler& handler, R defaultValue) {
+    std::stringstream params;
+    boost::archive::text_oarchive archive(params);
     std::stringstream output;
-    detail::callProxyMethod(methodName, serialize, proxy, handler, output);
+    serialize(archive);
+    exchange(methodName, params, output, proxy, handler);
     R result = defaultValue;
-    if (output.rdbuf()->in_avail() > 0) {
-        ArchiveInput(output) >> result;
-    }
+    readResult(output, result);
     return result;
 }
 
@@ -66,8 +68,11 @@ R handleProxyMethod(const std::string& methodName, std::function<void(boost::arc
 template <class ExceptionHandler, class DBUSProxy>
 void handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
                        DBUSProxy& proxy, const ExceptionHandler& handler) {
+    std::stringstream params;
+    boost::archive::text_oarchive archive(params);
     std::stringstream output;
-    detail::callProxyMethod(methodName, serialize, proxy, handler, output);
+    serialize(archive);
+    exchange(methodName, params, output, proxy, handler);
 }
 
 } // namespace DBUSHelper

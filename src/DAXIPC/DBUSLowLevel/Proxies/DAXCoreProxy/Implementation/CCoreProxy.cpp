@@ -1,0 +1,112 @@
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreProxy.h"
+
+#include <utility>
+
+#include <boost/chrono/duration.hpp>
+#include <boost/exception/errinfo_nested_exception.hpp>
+#include <boost/none.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
+#include <boost/thread/thread.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Common/Logging/LoggingStream.h"
+#include "CoreInterface/CoreExceptions.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreTransactionProxy.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace DAXIPC {
+namespace DBUSLowLevel {
+
+using namespace Common::DBUSWrapper;
+namespace DBUSICore = DBUSNames::DBUSCore::DBUSICore;
+namespace Methods = DBUSICore::Methods;
+
+namespace {
+
+constexpr unsigned int TRANSACTION_ACTIVATION_TIMEOUT_MS = 10000;
+constexpr int HELLO_ATTEMPTS = 3;
+constexpr char ACTIVATION_FAILED[] = "Activation of DAXCore through DBUS Activation failed.";
+
+// Whatever keeps `connect` from the bus leaves as ErrorConnectingToCoreException with its cause nested.
+template <class Connect>
+std::shared_ptr<IDBUSProxy> connectToCore(Connect connect) {
+    try {
+        return connect();
+    } catch (const DBUSWrapperExceptions::DBUSWrapperException&) {
+        DAX_THROW(Core::CoreExceptions::ErrorConnectingToCoreException(),
+                  boost::errinfo_nested_exception(boost::current_exception()));
+    }
+}
+
+std::shared_ptr<IDBUSProxy> makeProxy(IDBUSProxy::IDBUSProxyFactory& factory, unsigned int activationTimeoutMs) {
+    return factory.create(IDBUSWrapper::SYSTEM, DBUSICore::OBJECT_PATH(), DBUSICore::INTERFACE_NAME(),
+                          activationTimeoutMs, boost::none);
+}
+
+} // namespace
+
+CCoreProxy::CCoreProxy(std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> factory, unsigned int activationTimeoutSeconds)
+    : m_proxyFactory(std::move(factory)) {
+    m_proxy = connectToCore([&] {
+        auto proxy = makeProxy(*m_proxyFactory, activationTimeoutSeconds * 1000);
+        proxy->init(DBUSICore::CONNECTION_NAME());
+        return proxy;
+    });
+}
+
+std::vector<DAXCommon::UpgradeType> CCoreProxy::getSupportedUpgradeTypes() {
+    return callRemote<std::vector<DAXCommon::UpgradeType>>(*m_proxy, Methods::getSupportedUpgradeTypes);
+}
+
+std::string CCoreProxy::getCurrentVersion() const {
+    return callRemote<std::string>(*m_proxy, Methods::getCurrentVersion);
+}
+
+void CCoreProxy::scheduleFactoryReset() {
+    callRemote(*m_proxy, Methods::scheduleFactoryReset);
+}
+
+std::shared_ptr<Core::ICoreTransaction> CCoreProxy::createTransaction(Core::SearchingTransactionParameters parameters) {
+    const auto proxy = connectToCore([&] { return makeProxy(*m_proxyFactory, TRANSACTION_ACTIVATION_TIMEOUT_MS); });
+    const std::string proxyId = proxy->getProxyUniqueId();
+    const std::string connectionId = proxy->getDBUSDebugConnectionId();
+    const auto busName =
+        callRemote<std::string>(*m_proxy, Methods::createTransaction, parameters, proxyId, connectionId);
+    if (busName.empty()) {
+        return nullptr;
+    }
+    for (int attempt = 1; attempt <= HELLO_ATTEMPTS; ++attempt) {
+        if (auto transaction = initTransaction(proxy, busName)) {
+            return transaction;
+        }
+        DAX_LOG(ERR) << "Activation of DAXCore through DBUS Activation failed (" << attempt << "/" << HELLO_ATTEMPTS
+                     << "). Trying again.";
+        boost::this_thread::sleep_for(boost::chrono::milliseconds(1000));
+    }
+    DAX_LOG(ERR) << ACTIVATION_FAILED;
+    DAX_THROW(DBUSWrapperExceptions::RemoteObjectNotAccessible(), ACTIVATION_FAILED);
+}
+
+std::shared_ptr<Core::ICoreTransaction> CCoreProxy::initTransaction(std::shared_ptr<IDBUSProxy> proxy,
+                                                                    const std::string& busName) {
+    try {
+        proxy->init(busName);
+        sendHelloMessage(*proxy);
+    } catch (const DBUSWrapperExceptions::RemoteObjectActivationTimedOut&) {
+        DAX_LOG(ERR) << ACTIVATION_FAILED;
+        return nullptr;
+    }
+    return std::make_shared<CCoreTransactionProxy>(std::move(proxy));
+}
+
+void CCoreProxy::sendHelloMessage(IDBUSProxy& proxy) {
+    callRemote(proxy, Methods::helloMessage, proxy.getProxyUniqueId());
+}
+
+} // namespace DBUSLowLevel
+} // namespace DAXIPC
+} // namespace DAX

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "Common/DBUSWrapper/IDBUSProxy.h"
+#include "ServiceInterface/IServiceTransaction.h"
+
+namespace DAX {
+namespace DAXIPC {
+namespace DBUSLowLevel {
+
+// A transaction over the bus, as CServiceProxy::startNewTransaction gives it. See CServiceManagerProxy for connections
+// and errors.
+//
+// When the transaction is over (cancelled, replaced by a newer one, its session gone), every call throws
+// TransactionInvalidatedException.
+//
+// Threads: any; calls wait for each other, so that a cancel comes after a call that is under way.
+class CServiceTransactionProxy : public Service::IServiceTransaction {
+public:
+    // `proxy` has said hello.
+    explicit CServiceTransactionProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> proxy);
+
+    boost::optional<bool> isSearchingPossible() override;
+    Service::ServiceTransactionProgress getSearchProgress() override;
+    Service::ServiceTransactionProgress getInstallationProgress() override;
+    Service::ServiceTransactionProgress getFinalizationProgress() override;
+
+    // Only after getSearchProgress has told of the end of the search: earlier, it ends the service.
+    Service::ServiceSearchResult getSearchResult() override;
+    std::list<std::string> getModelsSearchResult() override;
+    void startSearching(std::string searchParameter) override;
+    void startModelsSearching() override;
+    void startInstallation(const std::set<std::string>& items) override;
+    void startFinalization(const std::set<std::string>& items, bool finalizationFlag) override;
+    void cancelServiceTransaction(const std::string& reason) override;
+
+private:
+    template <class R = void, class... Args>
+    R call(const char* method, const Args&... args);
+
+    std::mutex m_mutex; // guards all below
+    std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> m_proxy;
+};
+
+} // namespace DBUSLowLevel
+} // namespace DAXIPC
+} // namespace DAX

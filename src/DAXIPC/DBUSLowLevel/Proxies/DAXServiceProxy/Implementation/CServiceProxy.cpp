@@ -1,0 +1,52 @@
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceProxy.h"
+
+#include <utility>
+
+#include <boost/serialization/string.hpp>
+
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceTransactionProxy.h"
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/Implementation/ServiceConnection.h"
+
+namespace DAX {
+namespace DAXIPC {
+namespace DBUSLowLevel {
+
+using namespace Common::DBUSWrapper;
+namespace Methods = DBUSNames::DBUSService::DBUSIService::Methods;
+
+CServiceProxy::CServiceProxy(std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> factory, std::shared_ptr<IDBUSProxy> proxy)
+    : m_proxyFactory(std::move(factory)), m_proxy(std::move(proxy)) {}
+
+std::shared_ptr<Service::IServiceTransaction> CServiceProxy::startNewTransaction(DAXCommon::UpgradeType upgradeType) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto transaction = connectToService(*m_proxyFactory);
+    const auto busName =
+        callRemote<std::string>(*m_proxy, Methods::startNewTransaction, upgradeType, transaction->getProxyUniqueId(),
+                                transaction->getDBUSDebugConnectionId());
+    if (busName.empty()) {
+        return nullptr;
+    }
+    sayHello(*transaction, busName);
+    return std::make_shared<CServiceTransactionProxy>(transaction);
+}
+
+DAXCommon::ServiceClientPriority CServiceProxy::getClientPriority() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    // The priority's bits: a negative one comes as a large number.
+    return static_cast<DAXCommon::ServiceClientPriority>(
+        static_cast<int>(callRemote<unsigned int>(*m_proxy, Methods::getClientPriority)));
+}
+
+void CServiceProxy::invalidate(const std::string& reason) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_valid) {
+        callRemote(*m_proxy, Methods::invalidate, reason);
+        m_valid = false;
+    }
+}
+
+} // namespace DBUSLowLevel
+} // namespace DAXIPC
+} // namespace DAX

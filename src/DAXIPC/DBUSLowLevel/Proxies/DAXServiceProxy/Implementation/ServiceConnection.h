@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Common/DBUSWrapper/IDBUSProxy.h"
+
+namespace DAX {
+namespace DAXIPC {
+namespace DBUSLowLevel {
+
+// A new connection for one of the service's objects. Throws ErrorConnectingToDBUS.
+std::shared_ptr<Common::DBUSWrapper::IDBUSProxy>
+connectToService(Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory& factory);
+
+// Says under `busName` that the object which was asked for with this proxy's id belongs to this connection.
+void sayHello(Common::DBUSWrapper::IDBUSProxy& proxy, const std::string& busName);
+
+} // namespace DBUSLowLevel
+} // namespace DAXIPC
+} // namespace DAX
