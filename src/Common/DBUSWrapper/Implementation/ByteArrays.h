@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+#include <boost/optional.hpp>
+#include <dbus/dbus.h>
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+// Appends one argument of type `ay`. Throws DBUSMemoryError.
+void appendByteArray(DBusMessageIter& arguments, std::string_view bytes);
+
+// The bytes of the argument at the iterator, as long as the message lives; empty when it is anything but an `ay`.
+boost::optional<std::string_view> readByteArray(DBusMessageIter& argument);
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,132 @@
+#include "Common/DBUSWrapper/Implementation/CDBUSAdapterLoop.h"
+
+#include <utility>
+
+#include <boost/assert.hpp>
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/thread/thread.hpp>
+
+#include "Common/DBUSWrapper/Implementation/CheckTimeout.h"
+#include "Common/Logging/LoggingStream.h"
+#include "DAXProductionConfig.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+CDBUSAdapter::Loop::Guards::Guards(const std::string& objectPath, int stopConditionInterval, int pingInterval)
+    : ping("WatchdogPingGuard " + objectPath, stopConditionInterval + pingInterval + 51,
+           stopConditionInterval + pingInterval + 62)
+    , dispatch("DispatchTimeGuard " + objectPath, 50, 60)
+    , notify("NotifyGuard " + objectPath, 1, 2) {}
+
+CDBUSAdapter::Loop::Loop(CDBUSAdapter& adapter, unsigned int stopConditionIntervalInSeconds,
+                         unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
+                         boost::optional<std::function<bool()>> stopCondition,
+                         boost::optional<std::function<void()>> pingFunction)
+    : m_adapter(adapter)
+    , m_connection(adapter.m_dbusConnectionHandle.get())
+    , m_timeoutMs(static_cast<int>(stopConditionIntervalInSeconds * 1000))
+    , m_idleTimeoutInSeconds(idleTimeoutInSeconds)
+    , m_pingIntervalInSeconds(static_cast<int>(pingIntervalInSeconds))
+    , m_stopCondition(std::move(stopCondition))
+    , m_pingFunction(std::move(pingFunction))
+    , m_lastPing(adapter.m_clock->getCurrentTime()) {
+    if (!Debug::isProduction()) {
+        m_guards = std::make_unique<Guards>(adapter.m_objectPath, static_cast<int>(stopConditionIntervalInSeconds),
+                                            m_pingIntervalInSeconds);
+        m_guards->ping.arm();
+    }
+}
+
+void CDBUSAdapter::Loop::run() {
+    while (waitForMessages() && pass()) {
+        boost::this_thread::interruption_point();
+    }
+    if (m_guards) {
+        m_guards->ping.disarm();
+    }
+}
+
+// The call that started the process comes with the answer to the request for the name: it is here before the first
+// wait.
+bool CDBUSAdapter::Loop::waitForMessages() {
+    return dbus_connection_read_write(m_connection, hasMessages() ? 0 : m_timeoutMs) != 0;
+}
+
+bool CDBUSAdapter::Loop::pass() {
+    bool nothingDispatched = true;
+    bool stop = false;
+    while (hasMessages()) {
+        dispatchGuarded();
+        pingIfDue();
+        stop = isStopWanted() || stop;
+        nothingDispatched = false;
+    }
+    if (stop) {
+        return false;
+    }
+    if (nothingDispatched) {
+        pingIfDue();
+        if (isStopWanted()) {
+            return false;
+        }
+    }
+    return !isIdleForTooLong();
+}
+
+bool CDBUSAdapter::Loop::hasMessages() const {
+    return dbus_connection_get_dispatch_status(m_connection) == DBUS_DISPATCH_DATA_REMAINS;
+}
+
+void CDBUSAdapter::Loop::dispatchGuarded() {
+    if (m_guards) {
+        m_guards->dispatch.arm();
+    }
+    dispatch();
+    if (m_guards) {
+        m_guards->dispatch.disarm();
+    }
+}
+
+void CDBUSAdapter::Loop::dispatch() {
+    try {
+        dbus_connection_dispatch(m_connection);
+    } catch (...) {
+        DAX_LOG(FTL)
+            << "Throwing exception through C-function dbus_connection_dispatch() is not allowed. Adapter object: "
+            << m_adapter.m_objectPath << ". Exception: " << boost::current_exception_diagnostic_information(true);
+        BOOST_ASSERT_MSG(false, "Throwing exception through C-function dbus_connection_dispatch() is not allowed.");
+    }
+}
+
+void CDBUSAdapter::Loop::pingIfDue() {
+    const bool fired = !m_pingFunction || checkTimeout(m_lastPing, m_pingIntervalInSeconds, m_pingFunction,
+                                                       *m_adapter.m_clock, m_guards ? &m_guards->notify : nullptr);
+    if (fired && m_guards) {
+        m_guards->ping.disarm();
+        m_guards->ping.arm();
+    }
+}
+
+bool CDBUSAdapter::Loop::isStopWanted() const {
+    return m_stopCondition && (*m_stopCondition)();
+}
+
+bool CDBUSAdapter::Loop::isIdleForTooLong() const {
+    if (m_idleTimeoutInSeconds == 0 || !m_adapter.m_idle) {
+        return false;
+    }
+    const float elapsed = m_adapter.m_clock->getCurrentTime() - m_adapter.m_idleSince;
+    DAX_LOG(VERBOSE) << "Persistence in idle state lasts for: " << elapsed << " seconds.";
+    if (elapsed <= static_cast<float>(m_idleTimeoutInSeconds)) {
+        return false;
+    }
+    DAX_LOG(INF) << "Stopping adapter object " << m_adapter.m_objectPath << " due to it being idle for "
+                 << m_idleTimeoutInSeconds << " seconds.";
+    return true;
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,228 @@
+#include "Common/DBUSWrapper/Implementation/CDBUSAdapter.h"
+
+#include <boost/assert.hpp>
+#include <boost/exception/diagnostic_information.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
+#include "Common/DBUSWrapper/Implementation/ByteArrays.h"
+#include "Common/DBUSWrapper/Implementation/DBUSResources.h"
+#include "Common/Logging/LoggingStream.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+// What comes in over the connection of an adapter, and what goes out.
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+using namespace DBUSWrapperExceptions;
+
+namespace {
+
+std::string diagnostics() {
+    return boost::current_exception_diagnostic_information(true);
+}
+
+// A message that is no method call may come without a member, one of a broken bus without a sender.
+const char* orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+[[noreturn]] void throwUnreadable(const char* signal, const DBUSError& error) {
+    DAX_LOG(INF) << signal << " error: " << error.message();
+    DAX_THROW(ERRORRegisteringObject(), error.message());
+}
+
+void appendText(DBusMessage* reply, const std::string& text) {
+    const char* const data = text.c_str();
+    if (!dbus_validate_utf8(data, nullptr) ||
+        !dbus_message_append_args(reply, DBUS_TYPE_STRING, &data, DBUS_TYPE_INVALID)) {
+        DAX_THROW(ERRORSendingReply(), "A text cannot be appended.");
+    }
+}
+
+void appendArrays(DBusMessage* reply, const char* type, const std::string& function, const std::string& data) {
+    DBusMessageIter arguments;
+    dbus_message_iter_init_append(reply, &arguments);
+    appendByteArray(arguments, type);
+    appendByteArray(arguments, function);
+    appendByteArray(arguments, data);
+}
+
+} // namespace
+
+DBusHandlerResult CDBUSAdapter::handleMessage(DBusConnection* connection, DBusMessage* message, void* adapter) {
+    auto& self = *static_cast<CDBUSAdapter*>(adapter);
+    try {
+        return self.receiveMessage(connection, message);
+    } catch (const ERRORSendingReply&) {
+        DAX_LOG(ERR) << "Error sending reply message in adapter object: " << self.m_objectPath
+                     << ". Exception: " << diagnostics();
+    } catch (...) {
+        self.logFailure();
+    }
+    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+}
+
+DBusHandlerResult CDBUSAdapter::handleSignal(DBusConnection* /*connection*/, DBusMessage* message, void* adapter) {
+    auto& self = *static_cast<CDBUSAdapter*>(adapter);
+    try {
+        return self.handleSignalPrivate(message);
+    } catch (...) {
+        self.logFailure();
+    }
+    return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+void CDBUSAdapter::logFailure() const {
+    try {
+        throw;
+    } catch (const DBUSWrapperException&) {
+        DAX_LOG(ERR) << "DBUS error while handling message in adapter object: " << m_objectPath
+                     << ". Exception: " << diagnostics();
+    } catch (...) {
+        DAX_LOG(FTL) << "Unknown error while handling message in adapter object: " << m_objectPath
+                     << ". Exception: " << diagnostics();
+        BOOST_ASSERT(false);
+    }
+}
+
+DBusHandlerResult CDBUSAdapter::receiveMessage(DBusConnection* connection, DBusMessage* message) {
+    const char* const member = orEmpty(dbus_message_get_member(message));
+    DAX_LOG(VERBOSE) << "Message {" << member << "} for adapter object:{" << m_objectPath << "} received";
+    if (!dbus_message_is_method_call(message, DBUS_INTERFACE_INTROSPECTABLE, member)) {
+        registerNewConnection(orEmpty(dbus_message_get_sender(message)));
+    }
+    const DBusHandlerResult result = handleMethodCall(member, connection, message);
+    DAX_LOG(VERBOSE) << "Message {" << member << "} for adapter object:{" << m_objectPath << "} handled";
+    return result;
+}
+
+DBusHandlerResult CDBUSAdapter::handleMethodCall(const char* member, DBusConnection* connection, DBusMessage* message) {
+    std::stringstream input;
+    DBusMessageIter argument;
+    if (dbus_message_iter_init(message, &argument)) {
+        const boost::optional<std::string_view> bytes = readByteArray(argument);
+        if (!bytes) {
+            sendReturnMessage(EXCEPTION, "Invalid arguments.", std::stringstream("Nothing to add."), message,
+                              connection);
+            return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+        }
+        input.write(bytes->data(), static_cast<std::streamsize>(bytes->size()));
+    }
+    std::stringstream output;
+    if (dbus_message_is_method_call(message, DBUS_INTERFACE_INTROSPECTABLE, "Introspect")) {
+        m_handler->introspect(output);
+        sendReturnMessage(INTROSPECTION, member, output, message, connection);
+        return DBUS_HANDLER_RESULT_HANDLED;
+    }
+    std::string exceptionName;
+    if (m_handler->handleRequest(member, input, output, exceptionName, orEmpty(dbus_message_get_sender(message)))) {
+        sendReturnMessage(REPLY, member, output, message, connection);
+    } else {
+        sendReturnMessage(EXCEPTION, exceptionName, output, message, connection);
+    }
+    return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+// Not flushed: libdbus writes what the socket takes at once, and the rest at the next wait of the loop.
+void CDBUSAdapter::sendReturnMessage(ReplyMessageType type, const std::string& function, const std::stringstream& data,
+                                     DBusMessage* message, DBusConnection* connection) {
+    const DBUSMessageHandle reply(dbus_message_new_method_return(message));
+    if (reply == nullptr) {
+        DAX_THROW(DBUSMemoryError(), "A reply cannot be made.");
+    }
+    switch (type) {
+    case REPLY:
+        appendArrays(reply.get(), REPLY_MESSAGE_TYPE_REPLY_STRING, function, data.str());
+        break;
+    case EXCEPTION:
+        appendArrays(reply.get(), REPLY_MESSAGE_TYPE_EXCEPTION_STRING, function, data.str());
+        break;
+    case INTROSPECTION:
+        appendText(reply.get(), data.str());
+        break;
+    default:
+        BOOST_ASSERT(false);
+    }
+    dbus_uint32_t serial = 0;
+    if (!dbus_connection_send(connection, reply.get(), &serial)) {
+        DAX_THROW(ERRORSendingReply(), "A reply cannot be sent.");
+    }
+}
+
+DBusHandlerResult CDBUSAdapter::handleSignalPrivate(DBusMessage* message) {
+    if (dbus_message_get_type(message) != DBUS_MESSAGE_TYPE_SIGNAL) {
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
+    const std::string_view member = orEmpty(dbus_message_get_member(message));
+    if (member == "NameOwnerChanged") {
+        return handleNameOwnerChanged(message);
+    }
+    if (member == "NameAcquired") {
+        return handleNameAcquired(message);
+    }
+    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+}
+
+DBusHandlerResult CDBUSAdapter::handleNameOwnerChanged(DBusMessage* message) {
+    if (m_clients.empty()) {
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
+    const char* name = nullptr;
+    const char* oldOwner = nullptr;
+    const char* newOwner = nullptr;
+    DBUSError error;
+    dbus_message_get_args(message, error.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING, &oldOwner, DBUS_TYPE_STRING,
+                          &newOwner, DBUS_TYPE_INVALID);
+    if (error.isSet()) {
+        throwUnreadable("NameOwnerChanged", error);
+    }
+    DAX_LOG(INF) << "DBUSAdapter - NameOwnerChanged signal received from connection:{"
+                 << dbus_message_get_sender(message) << "}. Adapter object path:{" << m_objectPath << "}";
+    DAX_LOG(INF) << "NameOwnerChanged args: objectName='" << name << "', oldOwner='" << oldOwner << "', newOwner='"
+                 << newOwner << "'";
+    // The pointers, not the texts: they differ in every signal that can be read, so that each one about a client counts
+    // as its death. The match rules let through only unique names, and such a name can only vanish.
+    if (!isClient(name) || newOwner == name) {
+        DAX_LOG(INF) << "  -- Ignoring NameOwnerChanged signal.";
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
+    disconnectDeadClient(name);
+    return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+// When the handler throws, the client stays in the list and the adapter does not become idle.
+void CDBUSAdapter::disconnectDeadClient(const char* name) {
+    DAX_LOG(INF) << "Disconnecting dead client: '" << name << "'";
+    try {
+        if (m_closeEventConnection && *m_closeEventConnection == name) {
+            m_handler->clientDisconnected(name);
+        }
+        unregisterConnection(name);
+    } catch (const DBUSWrapperException&) {
+        DAX_LOG(ERR) << "DBUSWrapperException while calling clientDisconnected() in adapter object: " << m_objectPath
+                     << " - ignoring. Exception: " << diagnostics();
+    } catch (...) {
+        DAX_LOG(FTL) << "Unknown error while calling clientDisconnected() in adapter object: " << m_objectPath
+                     << " - ignoring. Exception: " << diagnostics();
+    }
+}
+
+DBusHandlerResult CDBUSAdapter::handleNameAcquired(DBusMessage* message) {
+    const char* name = nullptr;
+    DBUSError error;
+    dbus_message_get_args(message, error.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
+    if (error.isSet()) {
+        throwUnreadable("NameAcquired", error);
+    }
+    DAX_LOG(INF) << "DBUSAdapter - NameAcquired signal received from connection:{" << dbus_message_get_sender(message)
+                 << "}. Adapter object path:{" << m_objectPath << "}";
+    DAX_LOG(INF) << "NameAcquired args: name='" << name << "'";
+    return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

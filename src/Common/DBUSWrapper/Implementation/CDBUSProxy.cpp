@@ -1,0 +1,144 @@
+#include "Common/DBUSWrapper/Implementation/CDBUSProxy.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <random>
+
+#include <boost/assert.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Common/DBUSWrapper/Implementation/ByteArrays.h"
+#include "Common/Logging/LoggingStream.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+using namespace DBUSWrapperExceptions;
+
+namespace {
+
+const unsigned int DEFAULT_CALL_TIMEOUT_MS = 60000;
+
+int nextProxyId() {
+    static std::mt19937 generator; // the default seed: the ids of a process repeat from run to run
+    return std::uniform_int_distribution<int>(0, 100000)(generator);
+}
+
+std::string_view readReplyArray(DBusMessageIter& argument) {
+    const boost::optional<std::string_view> bytes = readByteArray(argument);
+    if (!bytes) {
+        DAX_THROW(RemoteObjectNotAccessible(), "The reply is not made of byte arrays.");
+    }
+    return *bytes;
+}
+
+// Checks the whole reply before it changes `output` and `function`.
+bool readReply(DBusMessage& reply, std::stringstream& output, std::string& function) {
+    DBusMessageIter argument;
+    if (!dbus_message_iter_init(&reply, &argument)) {
+        return true;
+    }
+    const std::string_view type = readReplyArray(argument);
+    dbus_message_iter_next(&argument);
+    const std::string_view name = readReplyArray(argument);
+    std::string_view result;
+    if (dbus_message_iter_next(&argument)) {
+        result = readReplyArray(argument);
+    }
+    function.assign(name);
+    output.write(result.data(), static_cast<std::streamsize>(result.size()));
+    return type != REPLY_MESSAGE_TYPE_EXCEPTION_STRING;
+}
+
+} // namespace
+
+CDBUSProxy::CDBUSProxy(const std::string& objectPath, const std::string& interfaceName, IDBUSWrapper::DBUSType type,
+                       boost::optional<unsigned int> activationTimeoutMs, boost::optional<unsigned int> callTimeoutMs)
+    : m_objectPath(objectPath)
+    , m_interfaceName(interfaceName)
+    , m_dbusType(type)
+    , m_activationTimeoutMs(activationTimeoutMs)
+    , m_callTimeoutMs(callTimeoutMs)
+    , m_id(nextProxyId()) {
+    m_dbusConnectionHandle = openPrivateConnection(m_dbusType);
+    DAX_LOG(INF) << "New DBUSProxy for object: " << m_objectPath << ", interface: " << m_interfaceName
+                 << ". Created connection: " << dbus_bus_get_unique_name(m_dbusConnectionHandle.get());
+    dbus_connection_set_exit_on_disconnect(m_dbusConnectionHandle.get(), false);
+}
+
+std::string CDBUSProxy::getProxyUniqueId() {
+    return "Proxy-" + std::to_string(m_id);
+}
+
+std::string CDBUSProxy::getDBUSDebugConnectionId() {
+    return dbus_bus_get_unique_name(m_dbusConnectionHandle.get());
+}
+
+void CDBUSProxy::init(const std::string& connectionName) {
+    m_connectionName = connectionName;
+    waitForAdapter();
+}
+
+// The bus starts the remote side at the first call of its name.
+void CDBUSProxy::waitForAdapter() {
+    DAX_LOG(INF) << "skip waiting dbus in case of dbus-activation.";
+}
+
+bool CDBUSProxy::call(const std::string& method, const std::stringstream& parameters, std::stringstream& output,
+                      std::string& function) {
+    BOOST_ASSERT_MSG(m_dbusConnectionHandle != nullptr, "CDBUS Proxy must be initialized first.");
+    const DBUSMessageHandle message = createCall(method, parameters.str());
+    const DBUSMessageHandle reply = sendAndWait(*message);
+    return readReply(*reply, output, function);
+}
+
+DBUSMessageHandle CDBUSProxy::createCall(const std::string& method, const std::string& parameters) const {
+    throwIfNotCallable(method);
+    DBUSMessageHandle message(dbus_message_new_method_call(m_connectionName.c_str(), m_objectPath.c_str(),
+                                                           m_interfaceName.c_str(), method.c_str()));
+    if (message == nullptr) {
+        DAX_THROW(DBUSMemoryError(), "A message cannot be made.");
+    }
+    if (!parameters.empty()) {
+        DBusMessageIter arguments;
+        dbus_message_iter_init_append(message.get(), &arguments);
+        appendByteArray(arguments, parameters);
+    }
+    return message;
+}
+
+// libdbus ends the process that makes a message with such a name, and some of the names come off the wire.
+void CDBUSProxy::throwIfNotCallable(const std::string& method) const {
+    DBUSError error;
+    if (!dbus_validate_bus_name(m_connectionName.c_str(), error.get()) ||
+        !dbus_validate_path(m_objectPath.c_str(), error.get()) ||
+        !dbus_validate_interface(m_interfaceName.c_str(), error.get()) ||
+        !dbus_validate_member(method.c_str(), error.get())) {
+        DAX_THROW(RemoteObjectNotAccessible(), "A name of the call is not valid: " << error.message());
+    }
+}
+
+DBUSMessageHandle CDBUSProxy::sendAndWait(DBusMessage& message) const {
+    const unsigned int longestMs = std::numeric_limits<int>::max();
+    const int timeoutMs = static_cast<int>(std::min(m_callTimeoutMs.value_or(DEFAULT_CALL_TIMEOUT_MS), longestMs));
+    DBUSError error;
+    DBUSMessageHandle reply(
+        dbus_connection_send_with_reply_and_block(m_dbusConnectionHandle.get(), &message, timeoutMs, error.get()));
+    if (reply != nullptr) {
+        return reply;
+    }
+    if (!error.isSet()) {
+        DAX_THROW(DBUSMemoryError(), "There is neither a reply nor an error.");
+    }
+    if (error.hasName(DBUS_ERROR_TIMED_OUT)) {
+        DAX_THROW(RemoteObjectActivationTimedOut(), error.message());
+    }
+    DAX_THROW(RemoteObjectNotAccessible(), error.message());
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+
+#include <boost/optional.hpp>
+
+#include "Common/DBUSWrapper/IDBUSProxy.h"
+#include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
+#include "Common/DBUSWrapper/Implementation/DBUSResources.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+class CDBUSProxy : public IDBUSProxy {
+public:
+    CDBUSProxy(const std::string& objectPath, const std::string& interfaceName, IDBUSWrapper::DBUSType type,
+               boost::optional<unsigned int> activationTimeoutMs, boost::optional<unsigned int> callTimeoutMs);
+
+    std::string getProxyUniqueId() override;
+    std::string getDBUSDebugConnectionId() override;
+    bool call(const std::string& method, const std::stringstream& parameters, std::stringstream& output,
+              std::string& function) override;
+    void init(const std::string& connectionName) override;
+
+private:
+    void waitForAdapter();
+    DBUSMessageHandle createCall(const std::string& method, const std::string& parameters) const;
+    void throwIfNotCallable(const std::string& method) const;
+    DBUSMessageHandle sendAndWait(DBusMessage& message) const;
+
+    std::string m_objectPath;
+    std::string m_connectionName;
+    std::string m_interfaceName;
+    DBUSConnectionHandle m_dbusConnectionHandle;
+    IDBUSWrapper::DBUSType m_dbusType;
+    boost::optional<unsigned int> m_activationTimeoutMs;
+    boost::optional<unsigned int> m_callTimeoutMs;
+    int m_id;
+};
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Common/DBUSWrapper/IDBUSProxy.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+class CDBUSProxyFactory : public IDBUSProxy::IDBUSProxyFactory {
+public:
+    std::unique_ptr<IDBUSProxy> create(IDBUSWrapper::DBUSType type, const std::string& objectPath,
+                                       const std::string& interfaceName,
+                                       boost::optional<unsigned int> activationTimeoutMs,
+                                       boost::optional<unsigned int> callTimeoutMs) override;
+};
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,28 @@
+#include "Common/DBUSWrapper/Implementation/CheckTimeout.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+bool checkTimeout(float& last, int interval, const boost::optional<std::function<void()>>& function,
+                  Utils::ISimpleClock& clock, Utils::SoftWatchdog* guard) {
+    const float now = clock.getCurrentTime();
+    if (static_cast<float>(interval) > now - last) {
+        return false;
+    }
+    last = now;
+    if (guard != nullptr) {
+        guard->arm();
+    }
+    if (function) {
+        (*function)();
+    }
+    if (guard != nullptr) {
+        guard->disarm();
+    }
+    return true;
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <memory>
+
+struct DBusConnection;
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+struct CloseConnection {
+    void operator()(DBusConnection* connection) const;
+};
+
+// A private connection; it is closed and released with the handle.
+using DBUSConnectionHandle = std::unique_ptr<DBusConnection, CloseConnection>;
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,27 @@
+#include "Common/DBUSWrapper/Implementation/DBUSResources.h"
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+void CloseConnection::operator()(DBusConnection* connection) const {
+    dbus_connection_close(connection);
+    dbus_connection_unref(connection);
+}
+
+DBUSConnectionHandle openPrivateConnection(IDBUSWrapper::DBUSType type) {
+    DBUSError error;
+    DBUSConnectionHandle connection(
+        dbus_bus_get_private(type == IDBUSWrapper::SESSION ? DBUS_BUS_SESSION : DBUS_BUS_SYSTEM, error.get()));
+    if (error.isSet()) {
+        DAX_THROW(DBUSWrapperExceptions::ErrorConnectingToDBUS(), error.message());
+    }
+    return connection;
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

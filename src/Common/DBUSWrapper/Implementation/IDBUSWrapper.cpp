@@ -1,0 +1,18 @@
+#include "Common/DBUSWrapper/IDBUSWrapper.h"
+
+#include <dbus/dbus.h>
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+const char REPLY_MESSAGE_TYPE_REPLY_STRING[] = "REPLY";
+const char REPLY_MESSAGE_TYPE_EXCEPTION_STRING[] = "EXCEPTION";
+
+void IDBUSWrapper::initialize() {
+    dbus_threads_init_default();
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX
