@@ -25,6 +25,16 @@ void reset() {
     locked([](State::Content& content) { content = State::Content(); });
 }
 
+void forgetRecords() {
+    locked([](State::Content& content) {
+        content.journal.clear();
+        content.logLines.clear();
+        content.writes.clear();
+        content.reads.clear();
+        content.events.clear();
+    });
+}
+
 std::vector<std::string> journal() {
     return locked([](State::Content& content) { return content.journal; });
 }
