@@ -70,8 +70,11 @@ std::string config(const std::string& address, const std::string& services, unsi
            "  <policy context=\"default\">\n"
            "    <allow user=\"*\"/>\n"
            "    <allow own=\"*\"/>\n"
-           "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
-           "    <allow eavesdrop=\"true\"/>\n"
+           "    <allow send_destination=\"*\"/>\n" // but no reply that nobody waits for, as on the system bus
+           "    <allow receive_type=\"method_call\"/>\n"
+           "    <allow receive_type=\"method_return\"/>\n"
+           "    <allow receive_type=\"error\"/>\n"
+           "    <allow receive_type=\"signal\"/>\n"
            "  </policy>\n" +
            limit("service_start_timeout", serviceStartTimeoutMs) + limit("max_completed_connections", 100000) +
            limit("max_incomplete_connections", 100000) + limit("max_connections_per_user", 100000) +

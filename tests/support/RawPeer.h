@@ -1,0 +1,102 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <atomic>
+#include <dbus/dbus.h>
+
+namespace DAX {
+namespace Tests {
+
+// Peers on the private bus that speak libdbus themselves, for messages that the system's own ends never make.
+
+struct RawUnref {
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
+};
+using RawMessage = std::unique_ptr<DBusMessage, RawUnref>;
+
+struct RawClose {
+    void operator()(DBusConnection* connection) const {
+        dbus_connection_close(connection);
+        dbus_connection_unref(connection);
+    }
+};
+using RawConnection = std::unique_ptr<DBusConnection, RawClose>;
+
+// Appends one `ay`.
+void appendBytes(DBusMessage& message, const std::string& bytes);
+
+// The `ay` arguments of a message, one text each. Stops at the first argument that is none.
+std::vector<std::string> byteArrays(DBusMessage& message);
+
+// A peer that sends and collects. One thread at a time. What the bus refuses raises std::runtime_error.
+class RawPeer {
+public:
+    static constexpr std::chrono::milliseconds DEFAULT_BOUND{20000};
+
+    explicit RawPeer(DBusBusType type = DBUS_BUS_SYSTEM);
+
+    // Its unique name.
+    std::string name() const;
+
+    // The result of RequestName.
+    int requestName(const std::string& name, unsigned int flags = DBUS_NAME_FLAG_DO_NOT_QUEUE);
+
+    // Waits until nobody has the name, or somebody has it. False at the bound.
+    bool waitForNameOwner(const std::string& name, bool owned, std::chrono::milliseconds bound = DEFAULT_BOUND);
+
+    // Sends and writes it out. Returns the serial.
+    std::uint32_t send(DBusMessage& message);
+
+    // The reply, an error reply included; empty at the bound. What else comes in is kept.
+    RawMessage waitForReply(std::uint32_t serial, std::chrono::milliseconds bound = DEFAULT_BOUND);
+    RawMessage call(DBusMessage& message, std::chrono::milliseconds bound = DEFAULT_BOUND);
+
+    // Takes what is kept out: all that came and was waited for by nobody.
+    std::list<RawMessage> takeOthers();
+
+    // How many of the kept messages are replies to the serial.
+    int countReplies(std::uint32_t serial) const;
+
+    // Leaves the bus.
+    void disconnect();
+
+    DBusConnection* connection() const { return m_connection.get(); }
+
+private:
+    RawConnection m_connection;
+    std::list<RawMessage> m_others;
+};
+
+// A peer with a name that answers on a thread of its own. An empty answer leaves the caller without one.
+class RawServer {
+public:
+    using Answer = std::function<RawMessage(DBusMessage& call)>;
+
+    RawServer(const std::string& name, Answer answer);
+    ~RawServer();
+
+    // The method calls so far.
+    std::list<RawMessage> takeCalls();
+
+private:
+    void run();
+
+    RawPeer m_peer;
+    Answer m_answer;
+    std::mutex m_mutex; // guards m_calls
+    std::list<RawMessage> m_calls;
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+} // namespace Tests
+} // namespace DAX
