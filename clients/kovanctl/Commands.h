@@ -1,0 +1,10 @@
+#pragma once
+
+#include "clients_common/CommandLine.h"
+
+namespace kovanctl {
+
+// Each adds one group of commands to `app`; a command that is chosen becomes `line.chosen`.
+void addSettingCommands(CLI::App& app, clients_common::CommandLine& line);
+
+} // namespace kovanctl

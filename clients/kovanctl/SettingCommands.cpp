@@ -1,0 +1,120 @@
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "host/Settings.h"
+#include "kovanctl/Commands.h"
+#include "kovanctl/SettingValue.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+namespace kovanctl {
+
+namespace {
+
+using clients_common::CommandLine;
+using clients_common::EXIT_DONE;
+using KovanHost::SettingsValue;
+using Json = nlohmann::ordered_json;
+
+const char* const KEY_HELP = "The key; it begins with db/, rtc/ or memory/";
+
+struct Arguments {
+    std::string key;
+    std::string type;
+    std::string value;
+    std::string prefix;
+};
+
+void refuseOn(int error, const std::string& key) {
+    if (error != 0) {
+        throw clients_common::Refusal("'" + key + "': " + KovanHost::describeSettingsError(error));
+    }
+}
+
+Json describe(const std::string& key, const SettingsValue& value) {
+    return {{"key", key}, {"type", typeOf(value)}, {"value", toJson(value)}};
+}
+
+int get(const std::string& key, bool json) {
+    SettingsValue value;
+    refuseOn(KovanHost::getSetting(key, value), key);
+    if (json) {
+        clients_common::printJson(describe(key, value));
+    } else {
+        std::cout << toText(value) << std::endl;
+    }
+    return EXIT_DONE;
+}
+
+int set(const Arguments& arguments, bool json) {
+    const SettingsValue value = parseValue(arguments.type, arguments.value);
+    refuseOn(KovanHost::setSetting(arguments.key, value), arguments.key);
+    if (json) {
+        clients_common::printJson(describe(arguments.key, value));
+    }
+    return EXIT_DONE;
+}
+
+int unset(const std::string& key, bool json) {
+    refuseOn(KovanHost::unsetSetting(key), key);
+    if (json) {
+        clients_common::printJson({{"key", key}});
+    }
+    return EXIT_DONE;
+}
+
+void printLine(const std::string& key, const SettingsValue& value) {
+    std::cout << key << ' ' << typeOf(value) << ' '
+              << toJson(value).dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+int list(const std::string& prefix, bool json) {
+    std::map<std::string, SettingsValue> settings;
+    refuseOn(KovanHost::listSettings(prefix, settings), prefix);
+    Json document = Json::array();
+    for (const auto& [key, value] : settings) {
+        if (json) {
+            document.push_back(describe(key, value));
+        } else {
+            printLine(key, value);
+        }
+    }
+    if (json) {
+        clients_common::printJson(document);
+    }
+    return EXIT_DONE;
+}
+
+} // namespace
+
+void addSettingCommands(CLI::App& app, CommandLine& line) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App& group = clients_common::addGroup(app, line, "setting", "The device's settings store");
+
+    CLI::App& getCommand = clients_common::addCommand(group, line, "get", "Print the value of a setting",
+                                                      [=, &line] { return get(arguments->key, line.json); });
+    getCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+
+    CLI::App& setCommand =
+        clients_common::addCommand(group, line, "set", "Write a setting; a new type takes the place of an old one",
+                                   [=, &line] { return set(*arguments, line.json); });
+    setCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+    setCommand.add_option("TYPE", arguments->type, "bool, int, double or string")
+        ->required()
+        ->check(CLI::IsMember({"bool", "int", "double", "string"}));
+    setCommand
+        .add_option("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
+        ->required();
+
+    CLI::App& listCommand = clients_common::addCommand(
+        group, line, "list", "Print all settings, one a line: the key, the type and the value, as JSON writes it",
+        [=, &line] { return list(arguments->prefix, line.json); });
+    listCommand.add_option("PREFIX", arguments->prefix, "Only those whose keys begin with it");
+
+    CLI::App& unsetCommand = clients_common::addCommand(group, line, "unset", "Remove a setting",
+                                                        [=, &line] { return unset(arguments->key, line.json); });
+    unsetCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+}
+
+} // namespace kovanctl

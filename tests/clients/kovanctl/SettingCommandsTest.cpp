@@ -1,0 +1,254 @@
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+#include "vconf.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+using DAX::Tests::FinishedRun;
+using DAX::Tests::ProcessEnd;
+using DAX::Tests::TemporaryRoot;
+using testing::HasSubstr;
+using Json = nlohmann::json;
+
+namespace {
+
+const ProcessEnd DONE = ProcessEnd::exited(0);
+const ProcessEnd REFUSED = ProcessEnd::exited(1);
+const ProcessEnd WRONG_USAGE = ProcessEnd::exited(2);
+
+class KovanctlTest : public testing::Test {
+protected:
+    static FinishedRun kovanctl(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), KOVANCTL);
+        return DAX::Tests::run({arguments, {}, {}, {}});
+    }
+
+    static FinishedRun setting(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "setting");
+        return kovanctl(arguments);
+    }
+
+    const TemporaryRoot m_root;
+};
+
+// Calls that leave nothing on standard output.
+void expectFailure(const FinishedRun& run, const ProcessEnd& end, const std::string& message) {
+    EXPECT_EQ(end, run.end);
+    EXPECT_EQ("", run.output);
+    EXPECT_EQ(message, run.errors);
+}
+
+const std::string KEY_RULE = "a key begins with \"db/\", \"rtc/\" or \"memory/\" and has at most 511 bytes\n";
+
+struct Written {
+    const char* type;
+    const char* text;
+    const char* shown;
+    Json json;
+};
+
+class KovanctlValueTest : public KovanctlTest, public testing::WithParamInterface<Written> {};
+
+struct Mistaken {
+    const char* type;
+    const char* text;
+};
+
+// Names the tests "int4" and so on.
+template <typename Value>
+std::string nameByType(const testing::TestParamInfo<Value>& info) {
+    return info.param.type + std::to_string(info.index);
+}
+
+class KovanctlWrongValueTest : public KovanctlTest, public testing::WithParamInterface<Mistaken> {};
+
+} // namespace
+
+TEST_P(KovanctlValueTest, GetPrintsWhatSetWrote) {
+    const Written& value = GetParam();
+
+    EXPECT_EQ(DONE, setting({"set", "db/key", value.type, "--", value.text}).end);
+
+    const FinishedRun run = setting({"get", "db/key"});
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ(std::string(value.shown) + "\n", run.output);
+    EXPECT_EQ("", run.errors);
+}
+
+TEST_P(KovanctlValueTest, JsonOfSetAndGetIsTheSameRecord) {
+    const Written& value = GetParam();
+    const Json expected = {{"key", "db/key"}, {"type", value.type}, {"value", value.json}};
+
+    EXPECT_EQ(expected, Json::parse(setting({"set", "--json", "db/key", value.type, "--", value.text}).output));
+    EXPECT_EQ(expected, Json::parse(setting({"get", "--json", "db/key"}).output));
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, KovanctlValueTest,
+                         testing::Values(Written{"bool", "true", "true", true}, Written{"bool", "1", "true", true},
+                                         Written{"bool", "false", "false", false}, Written{"bool", "0", "false", false},
+                                         Written{"int", "42", "42", 42},
+                                         Written{"int", "-2147483648", "-2147483648", -2147483647 - 1},
+                                         Written{"double", "0.1", "0.1", 0.1}, Written{"double", "2", "2.0", 2.0},
+                                         Written{"double", "-1e300", "-1e+300", -1e300},
+                                         Written{"string", "two words", "two words", "two words"},
+                                         Written{"string", "-dash", "-dash", "-dash"}, Written{"string", "", "", ""}),
+                         nameByType<Written>);
+
+TEST_P(KovanctlWrongValueTest, IsWrongUsageAndWritesNothing) {
+    const Mistaken& value = GetParam();
+
+    expectFailure(setting({"set", "db/key", value.type, value.text}), WRONG_USAGE,
+                  std::string("kovanctl: '") + value.text + "' is not of type " + value.type + "\n");
+    EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
+}
+
+INSTANTIATE_TEST_SUITE_P(WrongValues, KovanctlWrongValueTest,
+                         testing::Values(Mistaken{"bool", "yes"}, Mistaken{"bool", "2"}, Mistaken{"bool", ""},
+                                         Mistaken{"int", "1.5"}, Mistaken{"int", "2147483648"}, Mistaken{"int", "x"},
+                                         Mistaken{"int", "1x"}, Mistaken{"int", " 1"}, Mistaken{"int", ""},
+                                         Mistaken{"double", "1e999"}, Mistaken{"double", "nan"},
+                                         Mistaken{"double", "inf"}, Mistaken{"double", "1,5"}),
+                         nameByType<Mistaken>);
+
+TEST_F(KovanctlTest, NegativeNumberNeedsNoDashes) {
+    EXPECT_EQ(DONE, setting({"set", "db/key", "int", "-1"}).end);
+
+    EXPECT_EQ("-1\n", setting({"get", "db/key"}).output);
+}
+
+TEST_F(KovanctlTest, UnknownTypeIsWrongUsage) {
+    const FinishedRun run = setting({"set", "db/key", "float", "1"});
+
+    EXPECT_EQ(WRONG_USAGE, run.end);
+    EXPECT_EQ("", run.output);
+    EXPECT_THAT(run.errors, HasSubstr("float not in {bool,int,double,string}"));
+}
+
+TEST_F(KovanctlTest, GetOfAnAbsentKeyIsRefused) {
+    expectFailure(setting({"get", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
+}
+
+TEST_F(KovanctlTest, FailureWithJsonIsADocumentToo) {
+    const FinishedRun run = setting({"get", "db/key", "--json"});
+
+    EXPECT_EQ(REFUSED, run.end);
+    EXPECT_EQ(Json({{"error", "'db/key': there is no such setting"}}), Json::parse(run.output));
+    EXPECT_EQ("kovanctl: 'db/key': there is no such setting\n", run.errors);
+}
+
+TEST_F(KovanctlTest, JsonIsTakenAtEveryPlace) {
+    EXPECT_EQ("[]\n", kovanctl({"--json", "setting", "list"}).output);
+    EXPECT_EQ("[]\n", kovanctl({"setting", "--json", "list"}).output);
+    EXPECT_EQ("[]\n", kovanctl({"setting", "list", "--json"}).output);
+}
+
+TEST_F(KovanctlTest, KeyThatNoStoreTakesIsRefused) {
+    expectFailure(setting({"set", "key", "int", "1"}), REFUSED, "kovanctl: 'key': " + KEY_RULE);
+    expectFailure(setting({"get", "key"}), REFUSED, "kovanctl: 'key': " + KEY_RULE);
+    expectFailure(setting({"unset", "key"}), REFUSED, "kovanctl: 'key': " + KEY_RULE);
+    expectFailure(setting({"get", ""}), REFUSED, "kovanctl: '': " + KEY_RULE);
+}
+
+TEST_F(KovanctlTest, StoreThatCannotBeReachedIsRefused) {
+    m_root.write("var", "a file where a folder has to be");
+
+    expectFailure(setting({"set", "db/key", "int", "1"}), REFUSED, "kovanctl: 'db/key': Not a directory\n");
+}
+
+TEST_F(KovanctlTest, UnsetRemovesASettingOnce) {
+    setting({"set", "db/key", "int", "1"});
+
+    EXPECT_EQ(DONE, setting({"unset", "db/key"}).end);
+    expectFailure(setting({"get", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
+    expectFailure(setting({"unset", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
+}
+
+TEST_F(KovanctlTest, UnsetWithJsonNamesTheKey) {
+    setting({"set", "memory/key", "int", "1"});
+
+    EXPECT_EQ(Json({{"key", "memory/key"}}), Json::parse(setting({"unset", "--json", "memory/key"}).output));
+}
+
+TEST_F(KovanctlTest, ListPrintsBothStoresInTheOrderOfTheirKeys) {
+    setting({"set", "memory/a", "string", "two\nlines"});
+    setting({"set", "rtc/b", "double", "0.5"});
+    setting({"set", "db/c", "bool", "true"});
+
+    const FinishedRun run = setting({"list"});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ("db/c bool true\nmemory/a string \"two\\nlines\"\nrtc/b double 0.5\n", run.output);
+}
+
+TEST_F(KovanctlTest, ListTakesAPrefix) {
+    for (const char* key : {"db/a/x", "db/ab", "db/a", "db/b", "memory/a"}) {
+        setting({"set", key, "int", "1"});
+    }
+
+    EXPECT_EQ("db/a int 1\ndb/a/x int 1\ndb/ab int 1\n", setting({"list", "db/a"}).output);
+    EXPECT_EQ("memory/a int 1\n", setting({"list", "m"}).output);
+}
+
+TEST_F(KovanctlTest, ListOfNothingIsEmptyAndMakesNothing) {
+    const FinishedRun run = setting({"list"});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ("", run.output);
+    EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
+}
+
+TEST_F(KovanctlTest, ListWithJsonIsAnArrayOfRecords) {
+    setting({"set", "db/key", "int", "1"});
+
+    EXPECT_EQ(Json::array({{{"key", "db/key"}, {"type", "int"}, {"value", 1}}}),
+              Json::parse(setting({"list", "--json"}).output));
+}
+
+TEST_F(KovanctlTest, WritesWhatThePlatformReads) {
+    int value = 0;
+    setting({"set", "db/key", "int", "7"});
+
+    EXPECT_EQ(0, vconf_get_int("db/key", &value));
+    EXPECT_EQ(7, value);
+}
+
+TEST_F(KovanctlTest, ReadsWhatThePlatformWrote) {
+    ASSERT_EQ(0, vconf_set_str("memory/key", "text"));
+
+    EXPECT_EQ("text\n", setting({"get", "memory/key"}).output);
+}
+
+TEST_F(KovanctlTest, IncompleteOrUnknownCommandIsWrongUsage) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
+                                                      {"setting"},
+                                                      {"setting", "get"},
+                                                      {"setting", "set", "db/key", "int"},
+                                                      {"nothing"},
+                                                      {"setting", "get", "db/key", "more"},
+                                                      {"setting", "get", "--nothing", "db/key"}}) {
+        const FinishedRun run = kovanctl(arguments);
+        EXPECT_EQ(WRONG_USAGE, run.end) << testing::PrintToString(arguments);
+        EXPECT_EQ("", run.output);
+        EXPECT_NE("", run.errors);
+    }
+}
+
+TEST_F(KovanctlTest, HelpIsThereAtEveryPlace) {
+    for (const std::vector<std::string>& place : {std::vector<std::string>{},
+                                                  {"setting"},
+                                                  {"setting", "get"},
+                                                  {"setting", "set"},
+                                                  {"setting", "list"},
+                                                  {"setting", "unset"}}) {
+        std::vector<std::string> arguments = place;
+        arguments.push_back("--help");
+        const FinishedRun run = kovanctl(arguments);
+        EXPECT_EQ(DONE, run.end);
+        EXPECT_THAT(run.output, HasSubstr("Usage: kovanctl"));
+        EXPECT_THAT(run.output, HasSubstr("--json"));
+        EXPECT_EQ("", run.errors);
+    }
+}
