@@ -1,0 +1,38 @@
+#include "support/FakeConsole.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace FakeConsole {
+namespace {
+
+std::string replacement; // of the console's path, when it is not empty
+bool refused = false;
+
+} // namespace
+
+void redirectTo(const std::string& path) {
+    replacement = path;
+}
+
+void refuse() {
+    refused = true;
+}
+
+} // namespace FakeConsole
+
+extern "C" std::FILE* __real_freopen(const char* path, const char* mode, std::FILE* stream);
+extern "C" std::FILE* __wrap_freopen(const char* path, const char* mode, std::FILE* stream);
+
+std::FILE* __wrap_freopen(const char* path, const char* mode, std::FILE* stream) {
+    if (std::strcmp(path, "/dev/console") != 0) {
+        return __real_freopen(path, mode, stream);
+    }
+    if (FakeConsole::refused) {
+        errno = EACCES;
+        return nullptr;
+    }
+    const bool replaced = !FakeConsole::replacement.empty();
+    return __real_freopen(replaced ? FakeConsole::replacement.c_str() : path, mode, stream);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <chrono>
+#include <thread>
+
+namespace DAX {
+namespace Tests {
+
+// Asks until `condition` holds. False when the bound passes first.
+template <class Condition>
+bool waitUntil(Condition condition, std::chrono::milliseconds bound = std::chrono::seconds(20)) {
+    const auto deadline = std::chrono::steady_clock::now() + bound;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+} // namespace Tests
+} // namespace DAX
