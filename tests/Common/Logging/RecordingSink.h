@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Common/Logging/Logging.h"
+
+namespace DAX {
+namespace Tests {
+
+// A sink of LoggingClass::print, which takes no context: what it was called with since `calls` was cleared last.
+struct RecordingSink {
+    struct Call {
+        std::string tag;
+        Common::Logging::LoggingClass::Level level;
+        std::string text;
+    };
+
+    static inline std::vector<Call> calls;
+
+    static void sink(const char* tag, Common::Logging::LoggingClass::Level level, char* text) {
+        calls.push_back({tag, level, text});
+    }
+
+    static std::vector<std::string> texts() {
+        std::vector<std::string> found;
+        for (const Call& call : calls) {
+            found.push_back(call.text);
+        }
+        return found;
+    }
+};
+
+} // namespace Tests
+} // namespace DAX
