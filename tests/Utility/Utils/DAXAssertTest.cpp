@@ -1,0 +1,102 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Utility/Utils/DAXAssert.h"
+#include "support/FakeConsole.h"
+#include "support/ProcessDeath.h"
+#include "support/TemporaryRoot.h"
+
+using namespace DAX::Common::Utils;
+using DAX::Tests::TemporaryRoot;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::KilledBySignal;
+using testing::Not;
+
+namespace {
+
+void failWithMessage() {
+    DAXAssertionFailedMsg("a == b", "they differ", "void f(int)", "/src/folder/File.cpp", 12);
+}
+
+void failWithoutMessage() {
+    DAXAssertionFailed("a == b", "void f(int)", "/src/folder/File.cpp", 12);
+}
+
+const char* const TEXT = "ASSERTION FAILED: a == b, void f\\(int\\), File\\.cpp:12";
+
+class DAXAssertTest : public testing::Test {
+protected:
+    DAXAssertTest() { FakeConsole::redirectTo((m_root / "console").string()); }
+
+    std::string console() const { return m_root.read("console"); }
+
+    TemporaryRoot m_root;
+};
+
+// Runs in the dying process: what the platform was told comes out on standard error.
+template <class Failure>
+void dieEchoing(Failure failure) {
+    FakeKovan::echoLogToStderr(true);
+    failure();
+}
+
+TEST_F(DAXAssertTest, LogsTheAssertionAndItsMessageUnderItsOwnSource) {
+    EXPECT_EXIT(dieEchoing(failWithMessage), KilledBySignal(SIGABRT),
+                ContainsRegex(std::string("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>") + TEXT + "\nMESSAGE: they differ\n"));
+}
+
+TEST_F(DAXAssertTest, LogsNoMessageLineWithoutAMessage) {
+    EXPECT_EXIT(dieEchoing(failWithoutMessage), KilledBySignal(SIGABRT),
+                testing::AllOf(ContainsRegex(std::string("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>") + TEXT + "\n"),
+                               Not(HasSubstr("MESSAGE: "))));
+}
+
+TEST_F(DAXAssertTest, WritesTheTextToTheConsole) {
+    EXPECT_EXIT(failWithMessage(), KilledBySignal(SIGABRT), "");
+
+    EXPECT_THAT(console(),
+                testing::MatchesRegex(std::string("org\\.kovan\\.tv\\.dax\\.DAX: Direct \\[FTL\\]\\[.*\\] ") + TEXT +
+                                      "\nMESSAGE: they differ\n"));
+}
+
+TEST_F(DAXAssertTest, SendsAnErrorEventWithItsFiveFields) {
+    EXPECT_EXIT(dieEchoing(failWithMessage), KilledBySignal(SIGABRT),
+                HasSubstr("AddEventLog : 23_daxinfo,ERROR,EV008,"
+                          "{file=File.cpp;func=void f(int);line=12;expr=a == b;msg=they differ}"));
+}
+
+TEST_F(DAXAssertTest, SendsAnEmptyMessageFieldWithoutAMessage) {
+    EXPECT_EXIT(dieEchoing(failWithoutMessage), KilledBySignal(SIGABRT), HasSubstr("expr=a == b;msg=}"));
+}
+
+TEST_F(DAXAssertTest, SendsTheEventThenWritesToTheConsoleThenLogs) {
+    EXPECT_EXIT(
+        {
+            FakeConsole::refuse(); // so that all three can be seen in one stream
+            dieEchoing(failWithoutMessage);
+        },
+        KilledBySignal(SIGABRT),
+        ContainsRegex("AddEventLog : .*\nCannot open /dev/console\n.*Direct .*\n.*DAXAssert\\.cpp:"));
+}
+
+TEST_F(DAXAssertTest, DiesOfItWhenTheEventIsNotTaken) {
+    FakeKovan::setEventResult(0);
+    EXPECT_EXIT(dieEchoing(failWithMessage), KilledBySignal(SIGABRT),
+                ContainsRegex("\\[FTL\\] CKPIEventSender.cpp:[0-9]+>KPI event send fail : \\(ERROR\\) Code\\(0\\)"));
+}
+
+TEST_F(DAXAssertTest, TakesTheAssertionsOfLibraryHeaders) {
+    const int a = 1;
+    EXPECT_ASSERTION(BOOST_ASSERT(a == 2), "a == 2");
+    EXPECT_ASSERTION_MSG(BOOST_ASSERT_MSG(a == 2, "not two"), "a == 2", "not two");
+}
+
+TEST_F(DAXAssertTest, LetsATrueAssertionPass) {
+    BOOST_ASSERT(console().empty());
+    BOOST_ASSERT_MSG(console().empty(), "text");
+
+    EXPECT_TRUE(FakeKovan::journal().empty());
+}
+
+} // namespace

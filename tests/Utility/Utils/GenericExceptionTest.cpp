@@ -1,0 +1,43 @@
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#include <boost/thread/exceptions.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "CoreInterface/CoreExceptions.h"
+#include "DAXCommon/UserInterestExceptions.h"
+#include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
+#include "Utility/Utils/GenericException.h"
+#include "Utility/Utils/RethrowExceptionStream.h"
+
+using DAX::Common::Utils::GenericException;
+
+namespace {
+
+template <class Root>
+class FamilyTest : public testing::Test {};
+
+using Roots = testing::Types<DAX::Common::DBUSWrapper::DBUSWrapperExceptions::DBUSWrapperException,
+                             DAX::UserInterestExceptions::UserInterestException,
+                             DAX::Core::CoreExceptions::CoreException, DAX::Platform::VConfException>;
+TYPED_TEST_SUITE(FamilyTest, Roots);
+
+TYPED_TEST(FamilyTest, StandsBesideGenericExceptionOnCommonGround) {
+    EXPECT_FALSE((std::is_base_of<GenericException, TypeParam>::value));
+    EXPECT_TRUE((std::is_convertible<TypeParam*, std::exception*>::value));
+    EXPECT_TRUE((std::is_convertible<TypeParam*, boost::exception*>::value));
+}
+
+TEST(GenericExceptionTest, SharesItsBasesWithAFamilyThatIsMixedIn) {
+    class Mixed : public GenericException, public DAX::Platform::VConfException {};
+
+    EXPECT_TRUE((std::is_convertible<Mixed*, std::exception*>::value)) << "the bases are virtual";
+    EXPECT_TRUE((std::is_convertible<Mixed*, boost::exception*>::value));
+}
+
+TEST(ThreadInterruptedTest, IsCaughtByAHandlerOfTheBoostType) {
+    EXPECT_THROW(throw DAX::Common::Utils::thread_interrupted(), boost::thread_interrupted);
+}
+
+} // namespace

@@ -1,0 +1,117 @@
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/exception/get_error_info.hpp>
+
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+#include "Utility/Utils/RethrowExceptionStream.h"
+#include "support/FakeKovan.h"
+
+using namespace DAX::Common::Utils;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+template <class Statement>
+void addText(Statement statement, const std::string& text) {
+    try {
+        statement();
+    } catch (...) {
+        RethrowExceptionStream().getStream() << text;
+    }
+}
+
+std::string rethrowsOf(const boost::exception& exception) {
+    const std::string* const text = boost::get_error_info<errinfo_rethrows>(exception);
+    return text != nullptr ? *text : "(none)";
+}
+
+void throwGeneric() {
+    DAX_THROW(GenericException(), "site");
+}
+
+TEST(RethrowExceptionStreamTest, AddsItsTextToTheExceptionBeingHandled) {
+    try {
+        addText(throwGeneric, "on the way up");
+        FAIL();
+    } catch (const GenericException& exception) {
+        EXPECT_EQ(rethrowsOf(exception), "on the way up");
+        EXPECT_EQ(*boost::get_error_info<errinfo_stream_text>(exception), "site");
+    }
+}
+
+TEST(RethrowExceptionStreamTest, PutsTheNewestTextFirstOnePerLine) {
+    try {
+        addText([] { addText(throwGeneric, "inner"); }, "outer");
+        FAIL();
+    } catch (const GenericException& exception) {
+        EXPECT_EQ(rethrowsOf(exception), "outer\ninner");
+    }
+}
+
+TEST(RethrowExceptionStreamTest, RethrowsTheSameObject) {
+    const GenericException* thrown = nullptr;
+    try {
+        try {
+            throwGeneric();
+        } catch (const GenericException& exception) {
+            thrown = &exception;
+            RethrowExceptionStream().getStream() << "text";
+        }
+        FAIL();
+    } catch (const GenericException& exception) {
+        EXPECT_EQ(&exception, thrown);
+    }
+}
+
+TEST(RethrowExceptionStreamTest, RethrowsTheExceptionOfAPointer) {
+    const boost::exception_ptr pointer = (DAX_EXCEPTION(GenericException()) << "site").getExceptionPtr();
+    try {
+        RethrowExceptionStream(pointer).getStream() << "elsewhere";
+        FAIL();
+    } catch (const GenericException& exception) {
+        EXPECT_EQ(rethrowsOf(exception), "elsewhere");
+    }
+}
+
+TEST(RethrowExceptionStreamTest, TurnsAThreadInterruptionIntoOneThatCarriesText) {
+    try {
+        addText([] { throw boost::thread_interrupted(); }, "while waiting");
+        FAIL();
+    } catch (const thread_interrupted& exception) {
+        EXPECT_EQ(rethrowsOf(exception), "while waiting");
+        EXPECT_THAT(*boost::get_error_info<boost::throw_function>(exception), HasSubstr("~RethrowExceptionStream()"));
+        EXPECT_THAT(*boost::get_error_info<boost::throw_file>(exception), HasSubstr("RethrowExceptionStream.cpp"));
+    }
+}
+
+TEST(RethrowExceptionStreamTest, LetsAHandlerOfTheBoostTypeCatchAnInterruption) {
+    EXPECT_THROW(addText([] { throw boost::thread_interrupted(); }, "text"), boost::thread_interrupted);
+}
+
+TEST(RethrowExceptionStreamTest, AddsToAnInterruptionThatAlreadyCarriesText) {
+    try {
+        addText([] { addText([] { throw boost::thread_interrupted(); }, "inner"); }, "outer");
+        FAIL();
+    } catch (const thread_interrupted& exception) {
+        EXPECT_EQ(rethrowsOf(exception), "outer\ninner");
+    }
+}
+
+TEST(RethrowExceptionStreamTest, LogsTheTextOfAnExceptionThatCannotCarryIt) {
+    EXPECT_THROW(addText([] { throw std::runtime_error("plain"); }, "the text"), std::runtime_error);
+
+    EXPECT_THAT(FakeKovan::messages("INF"), ElementsAre("Rethrowing unknown exception: the text"));
+}
+
+TEST(RethrowExceptionStreamTest, LogsNothingForABoostException) {
+    EXPECT_THROW(addText(throwGeneric, "text"), GenericException);
+
+    EXPECT_TRUE(FakeKovan::logLines().empty());
+}
+
+} // namespace
