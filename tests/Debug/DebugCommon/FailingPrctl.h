@@ -1,0 +1,4 @@
+#pragma once
+
+// Stands before prctl in this test program: from now on every call of it fails.
+void failPrctl();
