@@ -1,0 +1,228 @@
+#include <atomic>
+#include <future>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/exception/get_error_info.hpp>
+
+#include "Common/Utils/DelayedTrigger.h"
+#include "Debug/DebugCommon/DebugThreadName.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+#include "support/FakeKovan.h"
+#include "support/WaitUntil.h"
+
+using namespace DAX::Common::Utils;
+using boost::chrono::hours;
+using boost::chrono::milliseconds;
+using DAX::Common::Debug::ThreadDebug;
+using DAX::Tests::waitUntil;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+namespace {
+
+const milliseconds AT_ONCE(0);
+
+// Something that happens once, on another thread.
+class Event {
+public:
+    void happen() { m_promise.set_value(); }
+    bool wait() { return m_future.wait_for(std::chrono::seconds(20)) == std::future_status::ready; }
+    bool happened() const { return m_future.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }
+
+private:
+    std::promise<void> m_promise;
+    std::future<void> m_future = m_promise.get_future();
+};
+
+TEST(DelayedTriggerTest, RunsTheActionWhenTheDeadlineHasPassed) {
+    DelayedTrigger trigger("bus");
+    Event done;
+    std::chrono::steady_clock::time_point ran;
+    const auto armed = std::chrono::steady_clock::now();
+    trigger.arm(milliseconds(30), [&] {
+        ran = std::chrono::steady_clock::now();
+        done.happen();
+    });
+
+    ASSERT_TRUE(done.wait());
+    EXPECT_GE(ran - armed, std::chrono::milliseconds(30));
+}
+
+TEST(DelayedTriggerTest, RunsTheActionOnAThreadNamedAfterIt) {
+    std::promise<std::string> name;
+    DelayedTrigger trigger("bus");
+    trigger.arm(AT_ONCE, [&name] { name.set_value(ThreadDebug::GetThreadName()); });
+
+    EXPECT_EQ(name.get_future().get(), "bus_DelayedTrig") << "a blank is no good in a name, and 15 characters are all";
+    EXPECT_THAT(FakeKovan::messages("INF").at(0), MatchesRegex("Changed name of thread .* to bus_DelayedTrigger\\."));
+}
+
+TEST(DelayedTriggerTest, RunsAnActionOncePerArming) {
+    int runs = 0;
+    {
+        DelayedTrigger trigger("bus");
+        for (int i = 0; i < 3; ++i) {
+            Event done;
+            trigger.arm(AT_ONCE, [&] {
+                ++runs;
+                done.happen();
+            });
+            ASSERT_TRUE(done.wait());
+        }
+    }
+    EXPECT_EQ(runs, 3);
+}
+
+TEST(DelayedTriggerTest, DoesNotRunACancelledAction) {
+    std::atomic<bool> ran{false};
+    Event other;
+    DelayedTrigger trigger("bus");
+    trigger.arm(hours(1), [&ran] { ran = true; });
+    trigger.cancel();
+    trigger.arm(AT_ONCE, [&other] { other.happen(); });
+
+    ASSERT_TRUE(other.wait());
+    EXPECT_FALSE(ran);
+}
+
+TEST(DelayedTriggerTest, TakesTheNewestActionAndItsDeadline) {
+    std::atomic<bool> olderRan{false};
+    Event newer;
+    DelayedTrigger trigger("bus");
+    trigger.arm(hours(1), [&olderRan] { olderRan = true; });
+    trigger.arm(AT_ONCE, [&newer] { newer.happen(); });
+
+    ASSERT_TRUE(newer.wait());
+    EXPECT_FALSE(olderRan);
+}
+
+TEST(DelayedTriggerTest, LetsTheActionCallBackIntoIt) {
+    Event second;
+    DelayedTrigger trigger("bus");
+    trigger.arm(AT_ONCE, [&] {
+        trigger.cancel();
+        trigger.arm(AT_ONCE, [&second] { second.happen(); });
+    });
+
+    EXPECT_TRUE(second.wait());
+}
+
+TEST(DelayedTriggerTest, CancellingWaitsForARunningAction) {
+    Event started;
+    Event cancelling;
+    std::atomic<bool> finished{false};
+    DelayedTrigger trigger("bus");
+    trigger.arm(AT_ONCE, [&] {
+        started.happen();
+        cancelling.wait();
+        std::this_thread::yield();
+        finished = true;
+    });
+    ASSERT_TRUE(started.wait());
+    cancelling.happen();
+    trigger.cancel();
+
+    EXPECT_TRUE(finished);
+}
+
+TEST(DelayedTriggerTest, DestroyingItEndsTheThreadWithoutTheActionAndWithoutAWord) {
+    bool ran = false;
+    {
+        DelayedTrigger trigger("bus");
+        trigger.arm(hours(1), [&ran] { ran = true; });
+        ASSERT_TRUE(FakeKovan::waitForMessage("INF", "Changed name"));
+        FakeKovan::reset();
+    }
+    EXPECT_FALSE(ran);
+    EXPECT_TRUE(FakeKovan::journal().empty());
+}
+
+TEST(DelayedTriggerTest, AnInterruptionInTheActionEndsTheThreadWithoutAWord) {
+    Event ran;
+    {
+        DelayedTrigger trigger("bus");
+        trigger.arm(AT_ONCE, [&ran] {
+            ran.happen();
+            throw boost::thread_interrupted();
+        });
+        ASSERT_TRUE(ran.wait());
+        EXPECT_NO_THROW(trigger.cancel());
+    }
+    EXPECT_TRUE(FakeKovan::messages("FTL").empty());
+}
+
+// A trigger whose waiting thread has failed.
+class FailedDelayedTriggerTest : public testing::Test {
+protected:
+    FailedDelayedTriggerTest() {
+        m_trigger->arm(AT_ONCE, [] { DAX_THROW(GenericException(), "bad action"); });
+        EXPECT_TRUE(waitUntil([this] { return !rethrown([this] { m_trigger->throwIfException(); }).empty(); }));
+    }
+
+    // The texts added on the way up to the failure that the call rethrows; empty when it throws nothing.
+    template <class Call>
+    static std::string rethrown(Call call) {
+        try {
+            call();
+        } catch (const GenericException& exception) {
+            EXPECT_EQ(*boost::get_error_info<errinfo_stream_text>(exception), "bad action");
+            return *boost::get_error_info<errinfo_rethrows>(exception);
+        }
+        return "";
+    }
+
+    std::unique_ptr<DelayedTrigger> m_trigger = std::make_unique<DelayedTrigger>("bus");
+};
+
+TEST_F(FailedDelayedTriggerTest, LogsTheFailureWithItsDiagnosticText) {
+    ASSERT_EQ(FakeKovan::countContaining("FTL", "Exception caught in DelayedTrigger(bus) waiting thread: "), 1);
+    EXPECT_EQ(FakeKovan::countContaining("FTL", "GenericException"), 1);
+    EXPECT_EQ(FakeKovan::countContaining("FTL", "tag_errinfo_stream*] = bad action"), 1);
+}
+
+TEST_F(FailedDelayedTriggerTest, RethrowsItFromEveryLaterArmAndCancel) {
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_NE(rethrown([this] { m_trigger->arm(AT_ONCE, [] {}); }), "");
+        EXPECT_NE(rethrown([this] { m_trigger->cancel(); }), "");
+    }
+}
+
+TEST_F(FailedDelayedTriggerTest, AddsTheRethrowingPlaceToTheFailure) {
+    const std::string added = rethrown([this] { m_trigger->cancel(); });
+
+    const std::string newest = added.substr(0, added.find('\n'));
+    EXPECT_THAT(newest,
+                MatchesRegex(" -> .*DelayedTrigger::throwIfException\\(\\) \\(/.*/DelayedTrigger\\.cpp:[0-9]+\\) "));
+}
+
+TEST_F(FailedDelayedTriggerTest, LogsTheFailureOnceMoreWhenItIsDestroyed) {
+    FakeKovan::reset();
+    m_trigger.reset();
+
+    const std::vector<std::string> messages = FakeKovan::messages("FTL");
+    ASSERT_FALSE(messages.empty());
+    EXPECT_THAT(messages[0], StartsWith("Exception was caught in DelayedTrigger(bus): "));
+    EXPECT_EQ(FakeKovan::countContaining("FTL", "tag_errinfo_stream*] = bad action"), 1);
+}
+
+TEST(DelayedTriggerTest, KeepsAFailureThatIsNoBoostException) {
+    DelayedTrigger trigger("bus");
+    trigger.arm(AT_ONCE, [] { throw std::runtime_error("plain"); });
+    const auto throws = [&trigger] {
+        try {
+            trigger.throwIfException();
+            return false;
+        } catch (const std::runtime_error& exception) {
+            return std::string(exception.what()) == "plain";
+        }
+    };
+
+    EXPECT_TRUE(waitUntil(throws));
+    EXPECT_EQ(FakeKovan::countContaining("FTL", "waiting thread: "), 1);
+}
+
+} // namespace
