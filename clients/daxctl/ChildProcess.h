@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "daxctl/Interruption.h"
+
+namespace daxctl {
+
+// Runs a command and waits for its end; an interruption is handed on to it as SIGTERM. Gives its exit status, 128 and
+// the signal's number when a signal ended it, 127 when it could not be started.
+int runChild(const std::vector<std::string>& commandLine, Interruption& interruption);
+
+} // namespace daxctl

@@ -1,0 +1,23 @@
+#include <cstdio>
+
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "daxctl/Commands.h"
+#include "daxctl/DaemonCommand.h"
+#include "daxctl/Session.h"
+
+namespace daxctl {
+
+void addFactoryResetCommand(CLI::App& app, clients_common::CommandLine& line) {
+    addDaemonCommand(app, line, "factory-reset", "Have the core schedule a factory reset", [&line]() -> int {
+        connectToDaemon()->scheduleFactoryReset();
+        if (line.json) {
+            clients_common::printJson({{"outcome", "scheduled"}});
+        } else {
+            std::fprintf(stderr, "A factory reset has been scheduled.\n");
+        }
+        return clients_common::EXIT_DONE;
+    });
+}
+
+} // namespace daxctl

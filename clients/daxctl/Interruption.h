@@ -1,0 +1,25 @@
+#pragma once
+
+#include <chrono>
+
+namespace daxctl {
+
+// SIGINT and SIGTERM, held back from the moment this object is made, so that a command can look for them at its own
+// pace and end in good order. One for the process, made before there are other threads.
+class Interruption {
+public:
+    Interruption();
+    ~Interruption();
+    Interruption(const Interruption&) = delete;
+    Interruption& operator=(const Interruption&) = delete;
+
+    // Waits for at most `time`; true as soon as a signal has come, and from then on at once.
+    bool wait(std::chrono::milliseconds time);
+
+    bool requested() { return wait(std::chrono::milliseconds(0)); }
+
+private:
+    bool m_requested = false;
+};
+
+} // namespace daxctl

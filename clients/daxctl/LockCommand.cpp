@@ -1,0 +1,124 @@
+#include <cstdio>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+
+#include "DAXCommon/UserInterestExceptions.h"
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "daxctl/ChildProcess.h"
+#include "daxctl/Commands.h"
+#include "daxctl/DaemonCommand.h"
+#include "daxctl/Failure.h"
+#include "daxctl/RequestOptions.h"
+#include "daxctl/Session.h"
+
+namespace daxctl {
+
+namespace {
+
+using DAX::DAXCommon::ServiceClientPriority;
+using DAX::Service::ExternalLockId;
+using DAX::Service::IServiceManager;
+
+int reportDenied(IServiceManager& manager, bool json) {
+    const std::string reason = whyRefused(manager);
+    std::fprintf(stderr, "Denied: %s.\n", reason.c_str());
+    if (json) {
+        clients_common::printJson({{"outcome", "denied"}, {"refusedBecause", reason}, {"owner", ownerOf(manager)}});
+    }
+    return clients_common::EXIT_REFUSED;
+}
+
+int acquire(const Request& request, bool json) {
+    const auto manager = connectToDaemon();
+    try {
+        const ExternalLockId id =
+            manager->acquireExternalLock(request.clientName, ServiceClientPriority(request.priority));
+        if (json) {
+            clients_common::printJson({{"outcome", "acquired"}, {"id", id}});
+        } else {
+            std::printf("%u\n", id);
+        }
+        return clients_common::EXIT_DONE;
+    } catch (const DAX::UserInterestExceptions::ExternalLockDenied&) {
+        return reportDenied(*manager, json);
+    }
+}
+
+int release(const Request& request, ExternalLockId id, bool json) {
+    connectToDaemon()->releaseExternalLock(request.clientName, id);
+    if (json) {
+        clients_common::printJson({{"outcome", "released"}, {"id", id}});
+    }
+    return clients_common::EXIT_DONE;
+}
+
+// The lock goes when this object goes, however that comes about.
+class HeldLock {
+public:
+    HeldLock(IServiceManager& manager, const Request& request)
+        : m_manager(manager)
+        , m_clientName(request.clientName)
+        , m_id(manager.acquireExternalLock(m_clientName, ServiceClientPriority(request.priority))) {}
+    HeldLock(const HeldLock&) = delete;
+    HeldLock& operator=(const HeldLock&) = delete;
+    ~HeldLock() {
+        try {
+            m_manager.releaseExternalLock(m_clientName, m_id);
+        } catch (...) {
+            std::fprintf(stderr, "The lock %u could not be released: %s\n", m_id,
+                         describeCurrentException().toString().c_str());
+        }
+    }
+
+    ExternalLockId id() const { return m_id; }
+
+private:
+    IServiceManager& m_manager;
+    std::string m_clientName;
+    ExternalLockId m_id;
+};
+
+int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
+    Interruption interruption;
+    const auto manager = connectToDaemon();
+    try {
+        const HeldLock lock(*manager, request);
+        const int status = runChild(commandLine, interruption);
+        if (json) {
+            clients_common::printJson({{"outcome", "held"}, {"id", lock.id()}, {"status", status}});
+        }
+        return status;
+    } catch (const DAX::UserInterestExceptions::ExternalLockDenied&) {
+        return reportDenied(*manager, json);
+    }
+}
+
+} // namespace
+
+void addLockCommands(CLI::App& app, clients_common::CommandLine& line) {
+    auto& group = clients_common::addGroup(app, line, "lock", "External locks, which hold upgrades back");
+    const auto request = std::make_shared<Request>();
+
+    addRequestOptions(addDaemonCommand(group, line, "acquire",
+                                       "Acquire a lock and print its number; it stays until it is released",
+                                       [request, &line] { return acquire(*request, line.json); }),
+                      *request);
+
+    const auto id = std::make_shared<ExternalLockId>(0);
+    auto& releaseCommand = addDaemonCommand(group, line, "release", "Release a lock",
+                                            [request, id, &line] { return release(*request, *id, line.json); });
+    addRequestOptions(releaseCommand, *request);
+    releaseCommand.add_option("ID", *id, "The lock's number")->required();
+
+    const auto commandLine = std::make_shared<std::vector<std::string>>();
+    auto& holdCommand = addDaemonCommand(
+        group, line, "hold",
+        "Hold a lock while COMMAND runs and release it however that ends; the exit status is COMMAND's",
+        [request, commandLine, &line] { return hold(*request, *commandLine, line.json); });
+    addRequestOptions(holdCommand, *request);
+    holdCommand.add_option("COMMAND", *commandLine, "What to run, behind --")->required();
+}
+
+} // namespace daxctl

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "ServiceInterface/ServiceTransactionProgress.h"
+
+namespace daxctl {
+
+// Shows how far one step has come, on standard error: a bar that is redrawn on a terminal, a plain line at the
+// beginning and at the end elsewhere, nothing when it is silent.
+class ProgressDisplay {
+public:
+    ProgressDisplay(std::string step, bool silent);
+
+    void show(const DAX::Service::ServiceTransactionProgress& progress);
+
+    // The step has ended: what was last shown stays, and `outcome` stands behind it.
+    void finish(const std::string& outcome);
+
+private:
+    enum class Style { SILENT, LINES, BAR };
+
+    void drawBar(const std::string& behind) const;
+
+    std::string m_step;
+    Style m_style;
+    int m_percent = -1;
+};
+
+} // namespace daxctl

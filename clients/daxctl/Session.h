@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "ServiceInterface/IServiceManager.h"
+
+namespace daxctl {
+
+// Who wants the service, and for what.
+struct Request {
+    std::string clientName = "daxctl";
+    int priority = 4;
+    int transactionType = 2;
+};
+
+// A connection to the daemon. Throws ErrorConnectingToDBUS when there is no bus.
+std::unique_ptr<DAX::Service::IServiceManager> connectToDaemon();
+
+// Who holds the service: {"clientName", "priority", "transactionType"}, or null when nobody does.
+nlohmann::ordered_json ownerOf(DAX::Service::IServiceManager& manager);
+
+// What stands in the way of a request, as far as it can be seen from outside: the owner, the installation lock, a
+// blocking external lock.
+std::string whyRefused(DAX::Service::IServiceManager& manager);
+
+// The locks that block, as the device's settings and files show them to everybody.
+bool isInstallationLocked();
+bool isBlockingExternalLockHeld();
+
+} // namespace daxctl

@@ -1,0 +1,91 @@
+#include <cstdio>
+
+#include <boost/date_time/posix_time/time_formatters.hpp>
+
+#include "DAXCommon/UpgradeType.h"
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "daxctl/Commands.h"
+#include "daxctl/DaemonCommand.h"
+#include "daxctl/Failure.h"
+#include "daxctl/Session.h"
+#include "daxctl/UpgradeTypes.h"
+
+namespace daxctl {
+
+namespace {
+
+using DAX::Service::IServiceManager;
+
+nlohmann::ordered_json lastSearchOf(IServiceManager& manager) {
+    const auto date = manager.getLastSearchingForUpgradeDate();
+    return date ? nlohmann::ordered_json(boost::posix_time::to_iso_extended_string(*date)) : nlohmann::ordered_json();
+}
+
+// What only the core can tell. A core that cannot be reached does not hide the rest.
+bool addCoreFacts(IServiceManager& manager, nlohmann::ordered_json& status) {
+    try {
+        status["version"] = manager.getCurrentVersion();
+        status["supportedTypes"] = nlohmann::ordered_json::array();
+        for (const auto type : manager.getSupportedUpgradeTypes()) {
+            status["supportedTypes"].push_back(upgradeTypeName(type));
+        }
+        return true;
+    } catch (...) {
+        const Failure failure = describeCurrentException();
+        status["error"] = failure.toJson();
+        std::fprintf(stderr, "The update core does not answer: %s\n", failure.toString().c_str());
+        return false;
+    }
+}
+
+std::string joined(const nlohmann::ordered_json& names) {
+    std::string text;
+    for (const auto& name : names) {
+        text += (text.empty() ? "" : ", ") + name.get<std::string>();
+    }
+    return text;
+}
+
+void printLine(const char* label, const std::string& value) {
+    std::printf("%-18s%s\n", label, value.c_str());
+}
+
+void printForPeople(const nlohmann::ordered_json& status) {
+    const auto& owner = status["owner"];
+    printLine("owner", owner.is_null()
+                           ? "nobody"
+                           : owner["clientName"].get<std::string>() + " with priority " + owner["priority"].dump() +
+                                 ", transaction type " + owner["transactionType"].dump());
+    printLine("version", status.value("version", "unknown"));
+    printLine("supported types", status.contains("supportedTypes") ? joined(status["supportedTypes"]) : "unknown");
+    printLine("last search", status["lastSearch"].is_null() ? "none known" : status["lastSearch"].get<std::string>());
+    printLine("installation lock", status["installationLock"].get<bool>() ? "in force" : "no");
+    printLine("external lock",
+              status["blockingExternalLock"].get<bool>() ? "held, blocks the main application" : "none that blocks");
+}
+
+int runStatus(bool json) {
+    const auto manager = connectToDaemon();
+    nlohmann::ordered_json status = {{"owner", ownerOf(*manager)},
+                                     {"lastSearch", lastSearchOf(*manager)},
+                                     {"installationLock", isInstallationLocked()},
+                                     {"blockingExternalLock", isBlockingExternalLockHeld()}};
+    const bool complete = addCoreFacts(*manager, status);
+    if (json) {
+        clients_common::printJson(status);
+    } else {
+        printForPeople(status);
+    }
+    return complete ? clients_common::EXIT_DONE : clients_common::EXIT_REFUSED;
+}
+
+} // namespace
+
+void addStatusCommand(CLI::App& app, clients_common::CommandLine& line) {
+    addDaemonCommand(app, line, "status",
+                     "Who holds the service, the device's version, what can be upgraded, the last search, what blocks",
+                     [&line] { return runStatus(line.json); });
+}
+
+} // namespace daxctl

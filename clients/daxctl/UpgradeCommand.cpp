@@ -1,0 +1,71 @@
+#include <cstdio>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+
+#include "DAXCommon/UpgradeType.h"
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "daxctl/Commands.h"
+#include "daxctl/DaemonCommand.h"
+#include "daxctl/RequestOptions.h"
+#include "daxctl/UpgradeRun.h"
+#include "daxctl/UpgradeTypes.h"
+
+namespace daxctl {
+
+namespace {
+
+void addPlanOptions(CLI::App& command, UpgradePlan& plan) {
+    addRequestOptions(command, plan.request);
+    command
+        .add_option("--transaction-type", plan.request.transactionType,
+                    "For what purpose the session is wanted; a search of type 2 records its date")
+        ->capture_default_str();
+    command.add_option("--type", plan.upgradeType, "Where the upgrade comes from")
+        ->transform(CLI::CheckedTransformer(upgradeTypesByName(), CLI::ignore_case))
+        ->default_str("OTN");
+    command.add_option("--search-parameter", plan.searchParameter, "Handed to the core as it stands");
+}
+
+int printFound(const nlohmann::ordered_json& found) {
+    std::printf("version %s\nscope   %d\nkind    %d\nid      %s\n",
+                found["version"].is_null() ? "none" : found["version"].get<std::string>().c_str(),
+                found["scope"].get<int>(), found["kind"].get<int>(), found["upgradeId"].get<std::string>().c_str());
+    return clients_common::EXIT_DONE;
+}
+
+int runPlan(const UpgradePlan& plan, bool json) {
+    Interruption interruption;
+    const auto manager = connectToDaemon();
+    UpgradeRun run(*manager, plan, interruption, json);
+    const bool succeeded = run.run();
+    if (json) {
+        clients_common::printJson(run.report());
+    } else if (succeeded && plan.searchOnly) {
+        printFound(run.report()["search"]);
+    }
+    return succeeded ? clients_common::EXIT_DONE : clients_common::EXIT_REFUSED;
+}
+
+} // namespace
+
+void addUpgradeCommand(CLI::App& app, clients_common::CommandLine& line) {
+    const auto plan = std::make_shared<UpgradePlan>();
+    auto& command = addDaemonCommand(app, line, "upgrade", "Run a whole upgrade: search, installation, finalization",
+                                     [plan, &line] { return runPlan(*plan, line.json); });
+    addPlanOptions(command, *plan);
+    command.add_option("--item", plan->items, "What to install; may be given several times; without it, everything");
+    command.add_flag("!--no-finalize", plan->finalize, "Stop after the installation");
+    command.add_flag("--finalization-flag", plan->finalizationFlag, "Handed to the core with the finalization");
+}
+
+void addSearchCommand(CLI::App& app, clients_common::CommandLine& line) {
+    const auto plan = std::make_shared<UpgradePlan>();
+    plan->searchOnly = true;
+    addPlanOptions(addDaemonCommand(app, line, "search", "Look for an upgrade and tell what was found",
+                                    [plan, &line] { return runPlan(*plan, line.json); }),
+                   *plan);
+}
+
+} // namespace daxctl
