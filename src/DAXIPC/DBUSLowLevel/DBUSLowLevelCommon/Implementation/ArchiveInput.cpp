@@ -39,6 +39,8 @@ private:
 std::istream& withLengthsChecked(std::istream& message) {
     static const std::locale locale(std::locale::classic(), new LengthCheckingNumGet);
     message.imbue(locale);
+    // Asked where it stands, a string stream takes notice of all that was written to it; in_avail() then counts that.
+    message.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);
     return message;
 }
 
