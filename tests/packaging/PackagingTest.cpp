@@ -1,0 +1,126 @@
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+using DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager::CONNECTION_NAME;
+using DAX::Tests::FinishedRun;
+using DAX::Tests::Process;
+using DAX::Tests::ProcessEnd;
+using DAX::Tests::TemporaryRoot;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+const std::string NAME = CONNECTION_NAME;
+const std::string POLICY = std::string(PACKAGING) + "/" + NAME + ".conf";
+
+std::string packaged(const std::string& file) {
+    std::ostringstream text;
+    text << std::ifstream(std::string(BUILD_FOLDER) + "/packaging/" + file).rdbuf();
+    return text.str();
+}
+
+// The value of "KEY=value".
+std::string valueOf(const std::string& key, const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.compare(0, key.size() + 1, key + "=") == 0) {
+            return line.substr(key.size() + 1);
+        }
+    }
+    return "(no " + key + ")";
+}
+
+// A bus that denies names as the system bus does, with the packaged policy on top.
+class PolicedBus {
+public:
+    PolicedBus()
+        : m_daemon({{"dbus-daemon", "--nofork", "--print-address=1", "--config-file", config()}, {}, {}, {}}) {}
+
+    bool isReady() { return m_daemon.waitForOutput("\n"); }
+    std::string complaints() const { return m_daemon.errors(); }
+
+    FinishedRun request(const std::string& name) const {
+        const std::string output = m_daemon.output();
+        return DAX::Tests::run({{"dbus-send", "--bus=" + output.substr(0, output.find('\n')), "--print-reply",
+                                 "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                 "org.freedesktop.DBus.RequestName", "string:" + name, "uint32:4"},
+                                {},
+                                {},
+                                {}});
+    }
+
+private:
+    std::string config() const {
+        m_root.write(
+            "bus.conf",
+            "<busconfig><type>system</type>"
+            "<listen>unix:path=" +
+                (m_root / "bus").string() +
+                "</listen>"
+                "<policy context='default'><allow user='*'/><deny own='*'/>"
+                "<allow send_destination='org.freedesktop.DBus'/><allow receive_sender='org.freedesktop.DBus'/>"
+                "<allow send_type='method_return'/><allow send_type='error'/></policy>"
+                "<include>" +
+                POLICY + "</include></busconfig>");
+        return m_root / "bus.conf";
+    }
+
+    TemporaryRoot m_root;
+    Process m_daemon;
+};
+
+} // namespace
+
+TEST(PackagingTest, BusStartsTheDaemonByItsName) {
+    const std::string service = packaged(NAME + ".service");
+
+    EXPECT_EQ(NAME, valueOf("Name", service));
+    EXPECT_EQ("root", valueOf("User", service));
+    EXPECT_EQ("DAXService.service", valueOf("SystemdService", service));
+    EXPECT_THAT(valueOf("Exec", service), EndsWith("/bin/DAXService --idle-timeout=60"));
+}
+
+TEST(PackagingTest, UnitRunsTheSameCommandUnderTheSameName) {
+    const std::string unit = packaged("DAXService.service");
+
+    EXPECT_EQ("dbus", valueOf("Type", unit));
+    EXPECT_EQ(NAME, valueOf("BusName", unit));
+    EXPECT_EQ(valueOf("Exec", packaged(NAME + ".service")), valueOf("ExecStart", unit));
+    EXPECT_EQ("main", valueOf("NotifyAccess", unit));
+    EXPECT_EQ("SIGINT", valueOf("KillSignal", unit));
+}
+
+TEST(PackagingTest, NothingIsLeftToFillIn) {
+    EXPECT_THAT(packaged(NAME + ".service"), Not(HasSubstr("@")));
+    EXPECT_THAT(packaged("DAXService.service"), Not(HasSubstr("@")));
+}
+
+TEST(PackagingTest, PolicyLetsRootAloneOwnTheName) {
+    PolicedBus bus;
+    ASSERT_TRUE(bus.isReady()) << bus.complaints();
+
+    const FinishedRun run = bus.request(NAME);
+
+    if (geteuid() == 0) {
+        EXPECT_EQ(ProcessEnd::exited(0), run.end);
+        EXPECT_THAT(run.output, HasSubstr("uint32 1\n"));
+    } else {
+        EXPECT_THAT(run.errors, HasSubstr("AccessDenied"));
+    }
+}
+
+TEST(PackagingTest, PolicyGrantsNoOtherName) {
+    PolicedBus bus;
+    ASSERT_TRUE(bus.isReady()) << bus.complaints();
+
+    EXPECT_THAT(bus.request("org.kovan.tv.dax.core.TV").errors, HasSubstr("AccessDenied"));
+}
