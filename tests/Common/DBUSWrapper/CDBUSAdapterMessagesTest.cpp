@@ -1,15 +1,17 @@
+#include <csignal>
 #include <stdexcept>
 
 #include "AdapterFixture.h"
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "LibraryFaults.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX {
 namespace Tests {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -209,6 +211,68 @@ TEST_F(HandlerFailureTest, RefusesAnIntrospectionTextThatIsNoUTF8) {
     EXPECT_THAT(FakeKovan::messages("ERR"),
                 ElementsAre(StartsWith("Error sending reply message in adapter object: /org/kovan/test/object. "
                                        "Exception: ")));
+}
+
+// --- Failures of the library, which come only without memory ------------------------------------------------------
+
+class LibraryFailureTest : public AdapterFixture, public testing::WithParamInterface<const char*> {
+protected:
+    // The reply to a call whose answer meets the failure.
+    RawMessage callWithFault(const char* function) {
+        handler->onRequest = [function](const FakeHandler::Request& request, std::stringstream& out, std::string&) {
+            out << "result";
+            failNext(request.method == "fail" ? function : "");
+            return true;
+        };
+        start();
+        return m_client.call(*makeCall("fail"));
+    }
+
+    RawPeer m_client;
+};
+
+TEST_P(LibraryFailureTest, LeavesTheCallToTheLibraryAndGoesOn) {
+    const RawMessage reply = callWithFault(GetParam());
+    EXPECT_STREQ(dbus_message_get_error_name(reply.get()), DBUS_ERROR_UNKNOWN_METHOD);
+    EXPECT_THAT(FakeKovan::messages("ERR"),
+                ElementsAre(StartsWith("DBUS error while handling message in adapter object: /org/kovan/test/object. "
+                                       "Exception: ")));
+    EXPECT_EQ(FakeKovan::countContaining("ERR", "DBUSMemoryError"), 1);
+    EXPECT_THAT(byteArrays(*m_client.call(*makeCall("next"))), ElementsAre("REPLY", "next", "result"));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfABuildingFunction, LibraryFailureTest,
+                         testing::Values("dbus_message_new_method_return", "dbus_message_iter_open_container",
+                                         "dbus_message_iter_append_fixed_array", "dbus_message_iter_close_container"),
+                         [](const auto& function) { return std::string(function.param); });
+
+TEST_F(LibraryFailureTest, SaysWhenAReplyCannotBeSent) {
+    handler->onRequest = [](const FakeHandler::Request&, std::stringstream&, std::string&) {
+        failNext("dbus_connection_send");
+        return true;
+    };
+    start();
+    const RawMessage reply = m_client.call(*makeCall("fail"));
+    EXPECT_STREQ(dbus_message_get_error_name(reply.get()), DBUS_ERROR_UNKNOWN_METHOD);
+    EXPECT_THAT(FakeKovan::messages("ERR"),
+                ElementsAre(StartsWith("Error sending reply message in adapter object: /org/kovan/test/object. "
+                                       "Exception: ")));
+}
+
+TEST_F(LibraryFailureTest, AssertsThatNothingElseIsThrownThroughTheLibrary) {
+    handler->onRequest = [](const FakeHandler::Request&, std::stringstream&, std::string&) -> bool {
+        throw std::runtime_error("unexpected");
+    };
+    EXPECT_EXIT(
+        {
+            FakeKovan::echoLogToStderr(true);
+            adapter->activate(1, CONNECTION_NAME);
+            RawPeer().call(*makeCall("any"));
+        },
+        testing::KilledBySignal(SIGABRT),
+        testing::AllOf(HasSubstr("Unknown error while handling message in adapter object: /org/kovan/test/object. "
+                                 "Exception: "),
+                       HasSubstr("unexpected"), HasSubstr("ASSERTION FAILED: false, ")));
 }
 
 // --- The types of a first argument --------------------------------------------------------------------------------

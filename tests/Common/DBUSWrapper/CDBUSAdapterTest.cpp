@@ -1,0 +1,260 @@
+#include <csignal>
+#include <cstdlib>
+
+#include <boost/thread/thread.hpp>
+#include <unistd.h>
+
+#include "AdapterFixture.h"
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "LibraryFaults.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "support/ProcessDeath.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace Common::DBUSWrapper::DBUSWrapperExceptions;
+using Common::DBUSWrapper::IDBUSAdapter;
+using Common::DBUSWrapper::IDBUSWrapper;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const char REGISTERING[] = "INF Registering new unique name on DBUS: {org.kovan.test.object} for connection:{:1.0}. "
+                           "Object path:/org/kovan/test/object";
+const char STARTED[] = "INF DBUSAdapter adapter thread started. Adapter object:{/org/kovan/test/object}";
+const char ACQUIRED[] = "INF DBUSAdapter - NameAcquired signal received from connection:{org.freedesktop.DBus}. "
+                        "Adapter object path:{/org/kovan/test/object}";
+const char EXIT[] = "INF DBUSAdapter thread method exit. Adapter object:{/org/kovan/test/object}";
+
+class CDBUSAdapterTest : public AdapterFixture {
+protected:
+    // The streamed text of the exception, or of its kind as boost prints it.
+    template <class E, class Function>
+    static std::string textOf(const Function& function) {
+        try {
+            function();
+        } catch (const E& exception) {
+            const std::string* text = boost::get_error_info<Common::Utils::errinfo_stream_text>(exception);
+            return text != nullptr ? *text : "no text";
+        }
+        return "no exception";
+    }
+
+    void activate() { adapter->activate(1, CONNECTION_NAME); }
+    void listenForGood() { listen(Run()); }
+};
+
+TEST_F(CDBUSAdapterTest, GivesItselfToTheHandlerAtConstruction) {
+    EXPECT_NE(handler->subscriber, nullptr);
+}
+
+// --- listenDBUS ---------------------------------------------------------------------------------------------------
+
+TEST_F(CDBUSAdapterTest, TellsItsRunFromTheNameToTheExit) {
+    start();
+    ASSERT_TRUE(FakeKovan::waitForMessage("INF", "NameAcquired args: name='org.kovan.test.object'"));
+    stop();
+    EXPECT_THAT(messages(), ElementsAre(REGISTERING, STARTED, ACQUIRED, "INF NameAcquired args: name=':1.0'", ACQUIRED,
+                                        "INF NameAcquired args: name='org.kovan.test.object'", EXIT));
+}
+
+TEST_F(CDBUSAdapterTest, GivesItsNameBackWithItsEnd) {
+    start();
+    stop();
+    EXPECT_EQ(RawPeer().requestName(CONNECTION_NAME), DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER);
+}
+
+TEST_F(CDBUSAdapterTest, CannotListenTwice) {
+    start();
+    stop();
+    EXPECT_ASSERTION_MSG(listenForGood(), "m_activated == false", "Cannot reuse the same DBUS adapter.");
+}
+
+TEST_F(CDBUSAdapterTest, CannotBeActivatedAfterListening) {
+    start();
+    stop();
+    EXPECT_ASSERTION_MSG(activate(), "m_activated == false", "Cannot reuse the same DBUS adapter.");
+}
+
+TEST_F(CDBUSAdapterTest, RefusesAStopIntervalOfZero) {
+    Run run;
+    run.stopInterval = 0;
+    EXPECT_ASSERTION_MSG(listen(run), "stopConditionIntervalInSeconds > 0",
+                         "stopConditionIntervalInSeconds must be greater than 0.");
+}
+
+TEST_F(CDBUSAdapterTest, RefusesToPingMoreOftenThanItWakes) {
+    Run run{3, 0, 2, [] {}};
+    EXPECT_ASSERTION_MSG(listen(run), "pingIntervalInSeconds >= stopConditionIntervalInSeconds",
+                         "It is impossible to call pingFunction more often than every stopConditionIntervalInSeconds.");
+}
+
+TEST_F(CDBUSAdapterTest, TakesAnyPingIntervalWithoutAPingFunction) {
+    start({3, 0, 2, nullptr});
+}
+
+TEST_F(CDBUSAdapterTest, ThrowsWithoutABusAndSaysWhereItPassed) {
+    bus.stop();
+    try {
+        listenForGood();
+        FAIL() << "no exception";
+    } catch (const ErrorConnectingToDBUS& exception) {
+        EXPECT_THAT(*boost::get_error_info<Common::Utils::errinfo_stream_text>(exception),
+                    HasSubstr("Failed to connect to socket"));
+        EXPECT_THAT(*boost::get_error_info<Common::Utils::errinfo_rethrows>(exception),
+                    testing::AllOf(HasSubstr("CDBUSAdapter::threadMethod("), HasSubstr("CDBUSAdapter.cpp:")));
+    }
+}
+
+TEST_F(CDBUSAdapterTest, ThrowsWhenAnotherHoldsTheName) {
+    RawPeer other;
+    other.requestName(CONNECTION_NAME);
+    EXPECT_EQ(textOf<ERRORRegisteringObject>([this] { listenForGood(); }), "Name is already registered");
+    EXPECT_THAT(messages(),
+                ElementsAre(StartsWith("INF Registering new unique name on DBUS: {org.kovan.test.object}"),
+                            "ERR Error Registering new unique name on DBUS: {org.kovan.test.object}. Name is already "
+                            "registered"));
+}
+
+TEST_F(CDBUSAdapterTest, TakesTheNameFromAHolderThatAllowsIt) {
+    RawPeer other;
+    other.requestName(CONNECTION_NAME, DBUS_NAME_FLAG_ALLOW_REPLACEMENT | DBUS_NAME_FLAG_DO_NOT_QUEUE);
+    start();
+    EXPECT_THAT(byteArrays(*other.call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
+}
+
+TEST_F(CDBUSAdapterTest, ThrowsTheErrorOfTheBusForANameThatNobodyCanHave) {
+    const std::string text =
+        textOf<ERRORRegisteringObject>([this] { adapter->listenDBUS(1, 0, 0, boost::none, boost::none, ":1.77"); });
+    EXPECT_THAT(text, HasSubstr(":1.77"));
+    EXPECT_EQ(FakeKovan::count("FTL", "Error Registering new unique name on DBUS: {:1.77}"), 1);
+}
+
+TEST_F(CDBUSAdapterTest, ServesTheSessionBusForTheTypeZero) {
+    PrivateBus session(PrivateBus::Kind::SESSION);
+    adapter = IDBUSAdapter::createDefaultAdapterFactory()->create(IDBUSWrapper::SESSION, OBJECT_PATH, handler, false);
+    start();
+    RawPeer client(DBUS_BUS_SESSION);
+    EXPECT_THAT(byteArrays(*client.call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
+    EXPECT_EQ(RawPeer(DBUS_BUS_SYSTEM).requestName(CONNECTION_NAME), DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER);
+    session.stop();
+}
+
+// --- activate and deactivate --------------------------------------------------------------------------------------
+
+TEST_F(CDBUSAdapterTest, ServesOnAThreadOfItsOwnAfterActivation) {
+    activate();
+    EXPECT_THAT(byteArrays(*RawPeer().call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
+}
+
+TEST_F(CDBUSAdapterTest, TellsOfActivationAndDeactivation) {
+    activate();
+    ASSERT_TRUE(FakeKovan::waitForMessage("INF", "NameAcquired args: name='org.kovan.test.object'"));
+    adapter->deactivate();
+    EXPECT_THAT(messages(),
+                ElementsAre("INF Activating DBUS adapter for object: {/org/kovan/test/object}", REGISTERING, STARTED,
+                            ACQUIRED, "INF NameAcquired args: name=':1.0'", ACQUIRED,
+                            "INF NameAcquired args: name='org.kovan.test.object'",
+                            "DBG CDBUSAdapter::deactivate() called.",
+                            "INF DBUSAdapter thread interrupted. Adapter object: {/org/kovan/test/object}", EXIT));
+}
+
+TEST_F(CDBUSAdapterTest, DoesNothingWhenDeactivatedWithoutAThread) {
+    adapter->deactivate();
+    EXPECT_THAT(messages(), ElementsAre("DBG CDBUSAdapter::deactivate() called."));
+}
+
+TEST_F(CDBUSAdapterTest, CannotBeActivatedTwice) {
+    activate();
+    adapter->deactivate();
+    EXPECT_ASSERTION_MSG(activate(), "m_activated == false", "Cannot reuse the same DBUS adapter.");
+}
+
+TEST_F(CDBUSAdapterTest, ThrowsOutOfActivationWhatStoodInTheWayOfTheName) {
+    RawPeer other;
+    other.requestName(CONNECTION_NAME);
+    EXPECT_EQ(textOf<ERRORRegisteringObject>([this] { activate(); }), "Name is already registered");
+    EXPECT_EQ(FakeKovan::countContaining("INF", "Thread cannot be started."), 0);
+}
+
+TEST_F(CDBUSAdapterTest, ThrowsOutOfActivationThatThereIsNoBus) {
+    bus.stop();
+    EXPECT_THAT(textOf<ErrorConnectingToDBUS>([this] { activate(); }), HasSubstr("Failed to connect to socket"));
+}
+
+TEST_F(CDBUSAdapterTest, CanBeActivatedAfterAFailedActivation) {
+    auto other = std::make_unique<RawPeer>();
+    other->requestName(CONNECTION_NAME);
+    EXPECT_THROW(activate(), ERRORRegisteringObject);
+    other.reset();
+    ASSERT_TRUE(RawPeer().waitForNameOwner(CONNECTION_NAME, false));
+    activate();
+    EXPECT_THAT(byteArrays(*RawPeer().call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
+}
+
+TEST_F(CDBUSAdapterTest, SaysWhenNoThreadCanBeStarted) {
+    failNext("pthread_create");
+    EXPECT_THROW(activate(), DBUSWrapperException);
+    EXPECT_THAT(messages(), ElementsAre("INF Activating DBUS adapter for object: {/org/kovan/test/object}",
+                                        "INF Error activating DBUS adapter for object: {/org/kovan/test/object}. "
+                                        "Thread cannot be started."));
+}
+
+TEST_F(CDBUSAdapterTest, LogsAnInterruptedActivation) {
+    kill(bus.pid(), SIGSTOP); // the loop's thread waits for the bus, and the activation for it
+    boost::thread thread([this] { activate(); });
+    thread.interrupt();
+    thread.join();
+    EXPECT_EQ(
+        FakeKovan::count("INF", "DBUSAdapter activate method interrupted. Adapter object:{/org/kovan/test/object}"), 1);
+    kill(bus.pid(), SIGCONT);
+}
+
+TEST_F(CDBUSAdapterTest, CannotBeDeactivatedByItsOwnThread) {
+    handler->onRequest = [this](const FakeHandler::Request&, std::stringstream& out, std::string&) {
+        try {
+            adapter->deactivate();
+        } catch (const boost::thread_exception& exception) {
+            out << exception.what();
+        }
+        return true;
+    };
+    activate();
+    EXPECT_THAT(byteArrays(*RawPeer().call(*makeCall("any"))).at(2), HasSubstr("boost thread: trying joining itself"));
+}
+
+// --- The destructor -----------------------------------------------------------------------------------------------
+
+TEST_F(CDBUSAdapterTest, DeactivatesInTheDestructorAndLetsTheHandlerGo) {
+    activate();
+    const std::weak_ptr<FakeHandler> weakHandler = handler;
+    handler.reset();
+    adapter.reset();
+    EXPECT_TRUE(weakHandler.expired());
+    std::vector<std::string> last = messages();
+    last.erase(last.begin(), last.end() - 4);
+    EXPECT_THAT(last,
+                ElementsAre("DBG Calling deactivate() in CDBUSAdapter destructor.",
+                            "DBG CDBUSAdapter::deactivate() called.",
+                            "INF DBUSAdapter thread interrupted. Adapter object: {/org/kovan/test/object}", EXIT));
+}
+
+TEST_F(CDBUSAdapterTest, DropsAnExceptionInTheDestructor) {
+    handler->onRequest = [this](const FakeHandler::Request&, std::stringstream&, std::string&) -> bool {
+        adapter.reset(); // on the adapter's own thread, which cannot be joined
+        _exit(FakeKovan::count("DBG", "Exception handled in CDBUSAdapter destructor.") == 1 ? 0 : 1);
+    };
+    EXPECT_EXIT(
+        {
+            activate();
+            RawPeer().call(*makeCall("any"));
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

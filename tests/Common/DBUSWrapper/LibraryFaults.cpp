@@ -1,0 +1,95 @@
+#include "LibraryFaults.h"
+
+#include <cerrno>
+
+#include <dbus/dbus.h>
+#include <pthread.h>
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+thread_local std::string faultyFunction;
+thread_local int replyTimeoutMs = 0;
+
+bool fails(const char* function) {
+    if (faultyFunction != function) {
+        return false;
+    }
+    faultyFunction.clear();
+    return true;
+}
+
+} // namespace
+
+void failNext(const std::string& function) {
+    faultyFunction = function;
+}
+
+int lastReplyTimeoutMs() {
+    return replyTimeoutMs;
+}
+
+} // namespace Tests
+} // namespace DAX
+
+using DAX::Tests::fails;
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
+extern "C" {
+
+dbus_bool_t __real_dbus_connection_send(DBusConnection*, DBusMessage*, dbus_uint32_t*);
+dbus_bool_t __wrap_dbus_connection_send(DBusConnection* connection, DBusMessage* message, dbus_uint32_t* serial) {
+    return !fails("dbus_connection_send") && __real_dbus_connection_send(connection, message, serial);
+}
+
+DBusMessage* __real_dbus_connection_send_with_reply_and_block(DBusConnection*, DBusMessage*, int, DBusError*);
+DBusMessage* __wrap_dbus_connection_send_with_reply_and_block(DBusConnection* connection, DBusMessage* message,
+                                                              int timeoutMs, DBusError* error) {
+    DAX::Tests::replyTimeoutMs = timeoutMs;
+    return fails("dbus_connection_send_with_reply_and_block")
+               ? nullptr
+               : __real_dbus_connection_send_with_reply_and_block(connection, message, timeoutMs, error);
+}
+
+DBusMessage* __real_dbus_message_new_method_call(const char*, const char*, const char*, const char*);
+DBusMessage* __wrap_dbus_message_new_method_call(const char* bus, const char* path, const char* interfaceName,
+                                                 const char* method) {
+    return fails("dbus_message_new_method_call")
+               ? nullptr
+               : __real_dbus_message_new_method_call(bus, path, interfaceName, method);
+}
+
+DBusMessage* __real_dbus_message_new_method_return(DBusMessage*);
+DBusMessage* __wrap_dbus_message_new_method_return(DBusMessage* call) {
+    return fails("dbus_message_new_method_return") ? nullptr : __real_dbus_message_new_method_return(call);
+}
+
+dbus_bool_t __real_dbus_message_iter_open_container(DBusMessageIter*, int, const char*, DBusMessageIter*);
+dbus_bool_t __wrap_dbus_message_iter_open_container(DBusMessageIter* iterator, int type, const char* signature,
+                                                    DBusMessageIter* container) {
+    return !fails("dbus_message_iter_open_container") &&
+           __real_dbus_message_iter_open_container(iterator, type, signature, container);
+}
+
+dbus_bool_t __real_dbus_message_iter_append_fixed_array(DBusMessageIter*, int, const void*, int);
+dbus_bool_t __wrap_dbus_message_iter_append_fixed_array(DBusMessageIter* iterator, int type, const void* value,
+                                                        int count) {
+    return !fails("dbus_message_iter_append_fixed_array") &&
+           __real_dbus_message_iter_append_fixed_array(iterator, type, value, count);
+}
+
+// The container is closed all the same: a message that is let go with an open one is a misuse of the library.
+dbus_bool_t __real_dbus_message_iter_close_container(DBusMessageIter*, DBusMessageIter*);
+dbus_bool_t __wrap_dbus_message_iter_close_container(DBusMessageIter* iterator, DBusMessageIter* container) {
+    const bool failed = fails("dbus_message_iter_close_container");
+    return __real_dbus_message_iter_close_container(iterator, container) && !failed;
+}
+
+int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
+                          void* argument) {
+    return fails("pthread_create") ? EAGAIN : __real_pthread_create(thread, attributes, function, argument);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
