@@ -1,0 +1,164 @@
+// How the daemon starts and ends.
+#include <csignal>
+
+#include <gmock/gmock.h>
+
+#include "support/WaitUntil.h"
+#include "system/support/Desk.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace testing;
+
+// The stop condition is looked at every three seconds.
+const auto WITHIN_TWO_LOOKS = std::chrono::seconds(7);
+
+class Lifecycle : public Test {
+protected:
+    // Sends SIGTERM and waits until the handler has run, so that the next one is not merged with it.
+    void terminate(Process& daemon, int times) {
+        for (int time = 1; time <= times; ++time) {
+            daemon.send(SIGTERM);
+            EXPECT_TRUE(waitUntil([&] { return desk.countMessages("Setting s_sigTermFlag true.") == time; }));
+        }
+    }
+
+    Desk desk;
+};
+
+TEST_F(Lifecycle, IsStartedByTheBusAtTheFirstCall) {
+    EXPECT_EQ(desk.daemon(), 0);
+    auto priority = DAXCommon::ServiceClientPriority(0);
+    std::string name;
+    auto type = DAXCommon::ServiceTransactionType(0);
+    EXPECT_FALSE(desk.connect()->getServiceOwner(priority, name, type));
+    EXPECT_NE(desk.daemon(), 0);
+}
+
+TEST_F(Lifecycle, TellsItsStartInOrder) {
+    const auto daemon = desk.startDaemon({"--idle-timeout=30"});
+    ASSERT_TRUE(desk.waitForDaemon());
+    ASSERT_TRUE(desk.waitForMessage("DBUSAdapter adapter thread started."));
+    std::vector<std::string> started;
+    for (const std::string& message : desk.daemonMessages()) {
+        for (const char* beginning :
+             {"Registering main thread id ", "Registering signal (signum: 15)", "Registering signal (signum: 2)",
+              "Registering VIP process.", "Starting DAXService", "Initialization of Watchdog status",
+              "Idle timeout set to 30", "Service Manager is started.", "Core connected to Service",
+              "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."}) {
+            if (message.rfind(beginning, 0) == 0) {
+                started.push_back(beginning);
+            }
+        }
+    }
+    EXPECT_THAT(started,
+                ElementsAre("Registering main thread id ", "Registering signal (signum: 15)",
+                            "Registering signal (signum: 2)", "Registering VIP process.", "Starting DAXService",
+                            "Initialization of Watchdog status", "Idle timeout set to 30",
+                            "Service Manager is started.", "Core connected to Service",
+                            "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."));
+}
+
+TEST_F(Lifecycle, SaysWhichRevisionStarts) {
+    const auto daemon = desk.startDaemon();
+    EXPECT_TRUE(desk.waitForMessage("Starting DAXServiceChangelist: 0, EmulatedProductVersion: ., UI_TYPE=EFL_UI, "
+                                    "CMakeTime: 1764727676"));
+}
+
+TEST_F(Lifecycle, SigintStopsItWithStatus0) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    daemon->send(SIGINT);
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(0));
+    EXPECT_THAT(daemon->output(), HasSubstr("Signal received, quitting... (signum: 2)\n"));
+    EXPECT_EQ(desk.countMessages("Setting s_sigTermFlag true."), 0);
+    EXPECT_EQ(desk.daemonMessages().back(), "Exit From DAXService");
+}
+
+TEST_F(Lifecycle, SigtermStopsItInGoodOrderWithStatus1) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    terminate(*daemon, 1);
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(1));
+    EXPECT_THAT(daemon->output(), HasSubstr("Signal received, quitting... (signum: 15)\n"));
+    EXPECT_EQ(desk.countMessages("Exit From DAXService after receiving SIGTERM."), 1);
+    EXPECT_EQ(desk.countMessages("DBUSAdapter thread method exit."), 1);
+}
+
+TEST_F(Lifecycle, ASecondSigtermChangesNothing) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    terminate(*daemon, 2);
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(1));
+    EXPECT_EQ(desk.countMessages("Exit From DAXService after receiving SIGTERM."), 1);
+}
+
+TEST_F(Lifecycle, TheThirdSigtermEndsItAtOnceWithStatus143) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    terminate(*daemon, 2);
+    daemon->send(SIGTERM);
+    EXPECT_EQ(daemon->waitForEnd(std::chrono::seconds(2)), ProcessEnd::exited(143));
+    EXPECT_EQ(desk.countMessages("Received subsequent SIGTERM, forcing exit."), 1);
+    EXPECT_EQ(desk.countMessages("DBUSAdapter thread method exit."), 0);
+}
+
+TEST_F(Lifecycle, KeepsIgnoringASigtermThatItsParentIgnored) {
+    const auto daemon = desk.startDaemon({}, {SIGTERM});
+    ASSERT_TRUE(desk.waitForDaemon());
+    EXPECT_EQ(desk.countMessages("Ignoring signal 15"), 1);
+    daemon->send(SIGTERM);
+    daemon->send(SIGINT);
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(0));
+}
+
+TEST_F(Lifecycle, StopsWhenItHasBeenIdleForLongerThanItsTimeOut) {
+    const auto daemon = desk.startDaemon({"--idle-timeout=1"});
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(0));
+    EXPECT_EQ(desk.countMessages("Stopping adapter object /org/kovan/tv/dax/service/cservicemanager due to it being "
+                                 "idle for 1 seconds."),
+              1);
+}
+
+TEST_F(Lifecycle, ASilentClientKeepsItAliveUntilItLeaves) {
+    const auto daemon = desk.startDaemon({"--idle-timeout=1"});
+    ASSERT_TRUE(desk.waitForDaemon());
+    auto client = desk.connect();
+    const auto lock = client->acquireExternalLock("silent", DAXCommon::ServiceClientPriority(1));
+    EXPECT_EQ(lock, 1u);
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), std::nullopt);
+    client.reset();
+    EXPECT_TRUE(desk.waitForMessage("We are now entering idle state."));
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(0));
+}
+
+TEST_F(Lifecycle, ASecondDaemonDoesNotGetTheName) {
+    const auto first = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    const auto second = desk.startDaemon();
+    EXPECT_EQ(second->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(
+        desk.countMessages("Error Registering new unique name on DBUS: {org.kovan.tv.dax.service.servicemanager}. "
+                           "Name is already registered"),
+        1);
+    EXPECT_EQ(desk.countMessages("Exception caught in DAXService: "), 1);
+    EXPECT_EQ(desk.daemon(), first->pid());
+}
+
+TEST_F(Lifecycle, AnUnknownOptionEndsItWithStatus1) {
+    const auto daemon = desk.startDaemon({"--no-such-option"});
+    EXPECT_EQ(daemon->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(desk.countMessages("Exception caught in DAXService: "), 1);
+    EXPECT_EQ(desk.countMessages("Initialization of Watchdog status successfully sent with result: 0"), 1);
+}
+
+TEST_F(Lifecycle, AValueThatIsNoNumberEndsItWithStatus1) {
+    const auto daemon = desk.startDaemon({"--idle-timeout=soon"});
+    EXPECT_EQ(daemon->waitForEnd(), ProcessEnd::exited(1));
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "ServiceInterface/IServiceManager.h"
+#include "support/PrivateBus.h"
+#include "support/Process.h"
+#include "support/RawPeer.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX {
+namespace Tests {
+
+// A tester's desk: a device's root, a bus of its own, and on it the daemon and the simulated core, which the bus starts
+// at their first call. Both log to files under the root. When the desk goes, so does every process on it.
+class Desk {
+public:
+    // `daemonOptions` stand behind the daemon's name in its activation file.
+    explicit Desk(const std::string& daemonOptions = "");
+    ~Desk();
+    Desk(const Desk&) = delete;
+    Desk& operator=(const Desk&) = delete;
+
+    // What the simulated core plays from its next transaction on: the text of a scenario file.
+    void play(const std::string& scenario) const;
+
+    // Runs a tool of the build ("daxctl", "kovanctl") to its end, or starts one and leaves it running.
+    FinishedRun run(const std::string& tool, const std::vector<std::string>& arguments) const;
+    std::unique_ptr<Process> start(const std::string& tool, const std::vector<std::string>& arguments) const;
+
+    // The daemon started by hand rather than by the bus.
+    std::unique_ptr<Process> startDaemon(const std::vector<std::string>& options = {},
+                                         const std::vector<int>& ignoredSignals = {}) const;
+
+    // The client library, in this process.
+    std::unique_ptr<Service::IServiceManager> connect() const;
+
+    // The process that has the name now; 0 when none has.
+    pid_t daemon() { return ownerOf(DAEMON_NAME); }
+    pid_t core() { return ownerOf(CORE_NAME); }
+    bool waitForDaemon() { return m_observer.waitForNameOwner(DAEMON_NAME, true); }
+    bool waitForNoDaemon() { return m_observer.waitForNameOwner(DAEMON_NAME, false); }
+    bool waitForNoCore() { return m_observer.waitForNameOwner(CORE_NAME, false); }
+
+    // Ends a process of the desk by a signal and waits until its name is free.
+    void killDaemon();
+    void killCore();
+
+    // The daemon's whole log, its messages behind "file:line>", and whether a message comes within the usual bound.
+    std::string daemonLog() const { return root.read(DAEMON_LOG); }
+    std::vector<std::string> daemonMessages() const;
+    bool waitForMessage(const std::string& part) const;
+    int countMessages(const std::string& part) const;
+
+    // What the simulated core was called with, oldest first; and the names of the methods alone.
+    std::vector<nlohmann::json> coreCalls() const;
+    std::vector<std::string> coreMethods() const;
+    bool waitForCoreCall(const std::string& method, int count = 1) const;
+
+    // The value of a settings key, as kovanctl prints it; "absent" when there is none.
+    std::string setting(const std::string& key) const;
+
+    TemporaryRoot root;
+
+private:
+    static const char* const DAEMON_NAME;
+    static const char* const CORE_NAME;
+    static const char* const DAEMON_LOG;
+
+    pid_t ownerOf(const std::string& name);
+    void kill(pid_t pid);
+
+    PrivateBus m_bus;
+    RawPeer m_observer;
+};
+
+// True when the process is gone, or waits only for its parent to take notice.
+bool hasEnded(pid_t pid);
+
+} // namespace Tests
+} // namespace DAX
