@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace DAXCoreSimulator {
+
+// The record of every call, one JSON line each: {"time", "method", "sender", "arguments"}. A line is whole in the file
+// before the call is answered.
+class CallJournal {
+public:
+    // Makes the folders of the file. Throws std::runtime_error when that, or later a write, fails.
+    explicit CallJournal(std::string path);
+
+    void record(const std::string& method, const std::string& sender, const nlohmann::ordered_json& arguments) const;
+
+private:
+    std::string m_path;
+};
+
+} // namespace DAXCoreSimulator

@@ -1,0 +1,150 @@
+#include "DAXCoreSimulator/CoreAdapter.h"
+
+#include <functional>
+#include <map>
+#include <thread>
+#include <tuple>
+#include <utility>
+
+#include <boost/exception_ptr.hpp>
+#include <unistd.h>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "DAXCoreSimulator/ArgumentsAsJson.h"
+#include "DAXCoreSimulator/CoreMethods.h"
+#include "DAXCoreSimulator/FaultExceptions.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAXCoreSimulator {
+
+namespace {
+
+namespace Core = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::Methods;
+namespace Transaction = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICoreTransaction::Methods;
+using DAX::Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException;
+using DAX::DAXIPC::DBUSLowLevel::ArchiveInput;
+using DAX::DAXIPC::DBUSLowLevel::StandardExceptionHandler;
+namespace DBUSHelper = DAX::DAXIPC::DBUSLowLevel::DBUSHelper;
+
+const int DEATH_STATUS = 3;
+
+// One call on its way to the simulated core.
+struct Call {
+    SimulatedCore& core;
+    std::stringstream& in;
+    std::stringstream& out;
+    std::string sender;
+    std::function<void(const nlohmann::ordered_json& arguments)> decoded; // between decoding and calling
+};
+
+using Handler = std::function<void(Call& call)>;
+
+template <class... Values, std::size_t... Indices>
+nlohmann::ordered_json named(const std::vector<std::string>& names, const std::tuple<Values...>& values,
+                             std::index_sequence<Indices...>) {
+    nlohmann::ordered_json arguments = nlohmann::ordered_json::object();
+    ((arguments[names.at(Indices)] = asJson(std::get<Indices>(values))), ...);
+    return arguments;
+}
+
+// Decodes the arguments of an operation, tells of them under these names, calls it and encodes its result.
+template <class R, class... Args>
+Handler handlerOf(R (SimulatedCore::*operation)(const std::string&, Args...), std::vector<std::string> names = {}) {
+    return [operation, names](Call& call) {
+        std::tuple<Args...> values;
+        const auto decode = [&](boost::archive::text_iarchive& archive) {
+            std::apply([&archive](auto&... value) { ((archive >> value), ...); }, values);
+            call.decoded(named(names, values, std::index_sequence_for<Args...>()));
+        };
+        const auto run = [&] {
+            return std::apply([&](auto&... value) { return (call.core.*operation)(call.sender, std::move(value)...); },
+                              values);
+        };
+        if constexpr (std::is_void_v<R>) {
+            ArchiveInput archive(call.in);
+            decode(archive.archive());
+            run();
+        } else {
+            DBUSHelper::handleAdapterMethod<R>(call.in, call.out, decode, run);
+        }
+    };
+}
+
+const std::map<std::string, Handler>& methods() {
+    using C = SimulatedCore;
+    static const std::map<std::string, Handler> table{
+        {Core::getCurrentVersion, handlerOf(&C::getCurrentVersion)},
+        {Core::getSupportedUpgradeTypes, handlerOf(&C::getSupportedUpgradeTypes)},
+        {Core::scheduleFactoryReset, handlerOf(&C::scheduleFactoryReset)},
+        {Core::createTransaction, handlerOf(&C::createTransaction, {"parameters", "proxyId", "connectionId"})},
+        {Core::helloMessage, handlerOf(&C::helloMessage, {"proxyId"})},
+        {Transaction::isSearchingPossible, handlerOf(&C::isSearchingPossible)},
+        {Transaction::startSearching, handlerOf(&C::startSearching, {"searchParameter"})},
+        {Transaction::startModelsSearching, handlerOf(&C::startModelsSearching)},
+        {Transaction::getSearchProgress, handlerOf(&C::getSearchProgress)},
+        {Transaction::getSearchResult, handlerOf(&C::getSearchResult)},
+        {Transaction::getModelsSearchResult, handlerOf(&C::getModelsSearchResult)},
+        {Transaction::startInstallation, handlerOf(&C::startInstallation, {"items"})},
+        {Transaction::getInstallationProgress, handlerOf(&C::getInstallationProgress)},
+        {Transaction::startFinalization, handlerOf(&C::startFinalization, {"items", "upgradeId", "flag"})},
+        {Transaction::getFinalizationProgress, handlerOf(&C::getFinalizationProgress)},
+        {Transaction::cancelCoreTransaction, handlerOf(&C::cancelCoreTransaction, {"reason"})},
+    };
+    return table;
+}
+
+// The part of a fault that comes before the call has an effect.
+void strikeBefore(const Fault& fault) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(fault.stallSeconds));
+    if (fault.death == Fault::Death::BEFORE_REPLY) {
+        _exit(DEATH_STATUS);
+    }
+    if (!fault.exception.empty()) {
+        raiseException(fault.exception, fault.supportCode, fault.text);
+    }
+}
+
+} // namespace
+
+bool isCoreMethod(const std::string& name) {
+    return methods().count(name) != 0;
+}
+
+bool CoreAdapter::handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
+                                std::string& exceptionName, const char* sender) {
+    try {
+        const auto handler = methods().find(method);
+        if (handler == methods().end()) {
+            DAX_THROW(UnknownMethodException(), "Unknown method: " << method);
+        }
+        if (method == Core::createTransaction) {
+            m_core.refreshScenario();
+        }
+        const Fault fault = m_core.faultAt(method);
+        m_isToDie = fault.death == Fault::Death::AFTER_REPLY;
+        Call call{m_core, in, out, sender != nullptr ? sender : "", [&](const nlohmann::ordered_json& arguments) {
+                      m_journal.record(method, call.sender, arguments);
+                      strikeBefore(fault);
+                  }};
+        handler->second(call);
+        if (fault.emptyReply) {
+            out.str("");
+        }
+        return true;
+    } catch (...) {
+        std::stringstream exception;
+        StandardExceptionHandler::wrapException(boost::current_exception(), exceptionName, exception);
+        out.swap(exception);
+        return false;
+    }
+}
+
+void CoreAdapter::introspect(std::stringstream& out) {
+    out << "<node/>\n";
+}
+
+} // namespace DAXCoreSimulator

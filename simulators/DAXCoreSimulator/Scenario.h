@@ -1,0 +1,64 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "CoreInterface/SearchResult.h"
+#include "DAXCommon/UpgradeType.h"
+
+namespace DAXCoreSimulator {
+
+// Something that is to go wrong at a call of one method.
+struct Fault {
+    enum class Death { NONE, BEFORE_REPLY, AFTER_REPLY };
+
+    boost::optional<int> call; // at the nth call since the start only, counted from 1; without it at every call
+    double stallSeconds = 0;
+    Death death = Death::NONE;
+    std::string exception; // one of the exception names of the bus; empty for none
+    std::string supportCode;
+    std::string text;
+    bool emptyReply = false; // the third array of the reply is empty
+
+    bool strikes(int callNumber) const { return !call || *call == callNumber; }
+};
+
+// One step of a transaction: how long it takes and how it ends.
+struct Step {
+    double seconds = 0.5;
+    bool succeeds = true;
+};
+
+// What the simulated core plays.
+struct Scenario {
+    std::string version = "1000";
+    std::vector<DAX::DAXCommon::UpgradeType> supportedTypes{DAX::DAXCommon::OTA, DAX::DAXCommon::OTN,
+                                                            DAX::DAXCommon::USB};
+    bool refusesTransactions = false;
+    boost::optional<bool> searchingPossible = true;
+    Step search;
+    Step installation;
+    Step finalization;
+    DAX::Core::SearchResult found; // but for its result, which the search step decides
+    std::list<std::string> models;
+    std::map<std::string, Fault> faults; // by method
+
+    Scenario();
+};
+
+// A scenario file that cannot be used: what() names the file, the group and the key.
+class ScenarioError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Reads a GLib key file; what it leaves out stays as built in. Throws ScenarioError for a file that cannot be read or
+// parsed, for a value that cannot be understood, and for a group or a key that means nothing.
+Scenario readScenario(const std::string& path);
+
+} // namespace DAXCoreSimulator

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <glib.h>
+
+namespace DAXCoreSimulator {
+
+// The groups and keys of a scenario file. Every failure throws ScenarioError, which names file, group and key.
+class ScenarioFile {
+public:
+    explicit ScenarioFile(std::string path);
+
+    std::vector<std::string> groups() const;
+
+    // One group that is being read: the keys that are asked for become known.
+    class Group {
+    public:
+        Group(const ScenarioFile& file, std::string name) : m_file(file), m_name(std::move(name)) {}
+
+        // Each leaves `value` alone when the key is not there.
+        void read(const char* key, std::string& value);
+        void read(const char* key, bool& value);
+        void read(const char* key, int& value);
+        void read(const char* key, double& value); // not negative
+
+        // A list separated by ";".
+        void read(const char* key, std::vector<std::string>& values);
+
+        bool has(const char* key);
+
+        // Throws for a key that nobody has asked for.
+        void refuseUnknownKeys() const;
+
+        [[noreturn]] void fail(const std::string& key, const std::string& reason) const;
+
+    private:
+        const ScenarioFile& m_file;
+        std::string m_name;
+        std::set<std::string> m_known;
+    };
+
+    [[noreturn]] void fail(const std::string& where, const std::string& reason) const;
+
+private:
+    std::string m_path;
+    std::unique_ptr<GKeyFile, void (*)(GKeyFile*)> m_file;
+};
+
+} // namespace DAXCoreSimulator

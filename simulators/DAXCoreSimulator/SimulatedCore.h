@@ -1,0 +1,62 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "CoreInterface/SearchingTransactionParameters.h"
+#include "DAXCoreSimulator/Scenario.h"
+#include "DAXCoreSimulator/SimulatedTransaction.h"
+
+namespace DAXCoreSimulator {
+
+// What stands behind the core's methods. The scenario is read anew at each createTransaction; one that cannot be used
+// is reported on standard error, and the earlier one goes on. `caller` is the unique bus name of the connection.
+class SimulatedCore {
+public:
+    using Items = std::set<std::string>;
+    using Bytes = std::vector<unsigned char>;
+
+    // Plays the file, or what is built in when `path` names none. Throws ScenarioError for a file that cannot be used.
+    explicit SimulatedCore(std::string path);
+
+    // The fault that is to strike at this call of a method; calls are counted from 1 since the start.
+    Fault faultAt(const std::string& method);
+
+    std::string getCurrentVersion(const std::string& caller);
+    std::vector<DAX::DAXCommon::UpgradeType> getSupportedUpgradeTypes(const std::string& caller);
+    void scheduleFactoryReset(const std::string& caller);
+    std::string createTransaction(const std::string& caller, DAX::Core::SearchingTransactionParameters parameters,
+                                  std::string proxyId, std::string connectionId);
+    void helloMessage(const std::string& caller, std::string proxyId);
+
+    // The transaction's own; they throw TransactionInvalidatedException to whoever has not said hello for it.
+    boost::optional<bool> isSearchingPossible(const std::string& caller);
+    void startSearching(const std::string& caller, std::string searchParameter);
+    void startModelsSearching(const std::string& caller);
+    DAX::Core::TransactionProgress getSearchProgress(const std::string& caller);
+    DAX::Core::SearchResult getSearchResult(const std::string& caller);
+    std::list<std::string> getModelsSearchResult(const std::string& caller);
+    void startInstallation(const std::string& caller, Items items);
+    DAX::Core::TransactionProgress getInstallationProgress(const std::string& caller);
+    void startFinalization(const std::string& caller, Items items, boost::optional<Bytes> upgradeId, bool flag);
+    DAX::Core::TransactionProgress getFinalizationProgress(const std::string& caller);
+    void cancelCoreTransaction(const std::string& caller, std::string reason);
+
+    // Reads the scenario anew; what cannot be used is reported and changes nothing.
+    void refreshScenario();
+
+private:
+    SimulatedTransaction& transactionOf(const std::string& caller);
+
+    std::string m_path;
+    Scenario m_scenario;
+    std::map<std::string, int> m_callCounts;
+    boost::optional<SimulatedTransaction> m_transaction;
+};
+
+} // namespace DAXCoreSimulator

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include <boost/optional.hpp>
+
+#include "CoreInterface/TransactionProgress.h"
+#include "DAXCoreSimulator/Scenario.h"
+
+namespace DAXCoreSimulator {
+
+// One transaction, played by the steady clock: a step that was started is in progress for its time and then ends as its
+// scenario says.
+class SimulatedTransaction {
+public:
+    enum class StepName { SEARCH, INSTALLATION, FINALIZATION };
+
+    SimulatedTransaction(std::string proxyId, Scenario scenario);
+
+    const std::string& proxyId() const { return m_proxyId; }
+    const Scenario& scenario() const { return m_scenario; }
+
+    // The connection that said hello; nobody else may use the transaction.
+    void bind(const std::string& connection) { m_owner = connection; }
+    bool isOwnedBy(const std::string& connection) const { return m_owner == connection; }
+
+    void start(StepName step);
+    DAX::Core::TransactionProgress progress(StepName step) const;
+
+    // What the search found, with the state that the search is in now.
+    DAX::Core::SearchResult searchResult() const;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Running {
+        Step step;
+        boost::optional<Clock::time_point> since;
+    };
+
+    const Running& running(StepName step) const { return m_steps[static_cast<std::size_t>(step)]; }
+
+    std::string m_proxyId;
+    boost::optional<std::string> m_owner;
+    Scenario m_scenario;
+    Running m_steps[3];
+};
+
+} // namespace DAXCoreSimulator

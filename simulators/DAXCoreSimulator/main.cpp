@@ -1,0 +1,83 @@
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+#include <unistd.h>
+
+#include "Common/DBUSWrapper/IDBUSAdapter.h"
+#include "Common/Logging/Logging.h"
+#include "DAXCoreSimulator/CoreAdapter.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "DAXIPC/IDAXIPC.h"
+
+namespace {
+
+using DAX::Common::DBUSWrapper::IDBUSAdapter;
+using DAX::Common::DBUSWrapper::IDBUSWrapper;
+using namespace DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore;
+
+const unsigned int LOOK_INTERVAL_IN_SECONDS = 1;
+const int WRONG_USAGE = 2;
+const int DEATH_STATUS = 3;
+
+volatile std::sig_atomic_t stopRequested = 0;
+
+void requestStop(int) {
+    stopRequested = 1;
+}
+
+std::string underRoot(const std::string& path) {
+    const char* root = std::getenv("KOVAN_ROOT");
+    return (root != nullptr ? std::string(root) : std::string()) + path;
+}
+
+void serve(const std::string& scenario, unsigned int idleTimeout) {
+    DAXCoreSimulator::SimulatedCore core(scenario);
+    const DAXCoreSimulator::CallJournal journal(underRoot("/var/log/kovan/core-calls.jsonl"));
+    const auto handler = std::make_shared<DAXCoreSimulator::CoreAdapter>(core, journal);
+    const auto adapter = IDBUSAdapter::createDefaultAdapterFactory()->create(IDBUSWrapper::SYSTEM,
+                                                                             DBUSICore::OBJECT_PATH(), handler, false);
+    const std::function<bool()> stopCondition = [&handler] {
+        if (handler->isToDie()) {
+            _exit(DEATH_STATUS); // the reply has left with the dispatching of its call
+        }
+        return stopRequested != 0;
+    };
+    adapter->listenDBUS(LOOK_INTERVAL_IN_SECONDS, idleTimeout, LOOK_INTERVAL_IN_SECONDS, stopCondition, boost::none,
+                        DBUSICore::CONNECTION_NAME());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("A simulated update core: owns the core's name on the system bus and plays a scenario.",
+                 "DAXCoreSimulator");
+    std::string scenario = underRoot("/etc/kovan/core-scenario.ini");
+    unsigned int idleTimeout = 0;
+    app.add_option("--scenario", scenario, "The scenario file, read anew at each createTransaction")
+        ->check(CLI::ExistingFile)
+        ->capture_default_str();
+    app.add_option("--idle-timeout", idleTimeout, "End after this many seconds without a client; 0: never")
+        ->capture_default_str();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? EXIT_SUCCESS : WRONG_USAGE;
+    }
+    std::signal(SIGTERM, requestStop);
+    std::signal(SIGINT, requestStop);
+    try {
+        DAX::Common::Logging::LoggingClass::init("DAXCoreSimulator");
+        DAX::DAXIPC::IDAXIPC::initialize();
+        serve(scenario, idleTimeout);
+        return EXIT_SUCCESS;
+    } catch (const DAXCoreSimulator::ScenarioError& error) {
+        std::cerr << "DAXCoreSimulator: " << error.what() << std::endl;
+        return WRONG_USAGE;
+    } catch (const std::exception& error) {
+        std::cerr << "DAXCoreSimulator: " << boost::diagnostic_information(error) << std::endl;
+        return EXIT_FAILURE;
+    }
+}
