@@ -18,10 +18,10 @@ struct SearchResult {
     ETransactionResult result = TRANSACTION_UNDEFINED;
     DAXCommon::UpgradeType upgradeType = DAXCommon::UNDEFINED;
     DAXCommon::UpgradeKind kind = DAXCommon::UPGRADE_KIND_REGULAR;
-    int scope = 0;                            // 1 "(FP)", 2 "(F)", 3 "(P)" in reports; others print nothing
-    std::vector<unsigned char> upgradeId;     // binary identifier of the upgrade
-    boost::optional<std::string> version;     // the target version; "WOC_ONLY_VERSION" means none to show
-    std::vector<unsigned char> updateInfo;    // the upgrade's information document, for the client
+    int scope = 0;                         // 1 "(FP)", 2 "(F)", 3 "(P)" in reports; others print nothing
+    std::vector<unsigned char> upgradeId;  // binary identifier of the upgrade
+    boost::optional<std::string> version;  // the target version; "WOC_ONLY_VERSION" means none to show
+    std::vector<unsigned char> updateInfo; // the upgrade's information document, for the client
 
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);

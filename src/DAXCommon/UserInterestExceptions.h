@@ -7,8 +7,8 @@
 namespace DAX {
 namespace UserInterestExceptions {
 
-// The root of the exceptions that a user may have to hear of. They add nothing but their type: what they tell is in their
-// tags, above all the support code.
+// The root of the exceptions that a user may have to hear of. They add nothing but their type: what they tell is in
+// their tags, above all the support code.
 class UserInterestException : public virtual boost::exception, public virtual std::exception {
 public:
     template <class Archive>

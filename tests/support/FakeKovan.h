@@ -19,8 +19,8 @@ namespace FakeKovan {
 // Forgets every record and puts every knob back: an empty store, nothing fails, not production, clock at 0, no echo.
 void reset();
 
-// Forgets what was recorded and leaves the knobs and the store: for tests that are so long that the record would grow too
-// large.
+// Forgets what was recorded and leaves the knobs and the store: for tests that are so long that the record would grow
+// too large.
 void forgetRecords();
 
 // --- The journal: the order of side effects across their kinds

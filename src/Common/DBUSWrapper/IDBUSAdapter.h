@@ -13,8 +13,8 @@ namespace DAX {
 namespace Common {
 namespace DBUSWrapper {
 
-// The server end: one object on the bus under a well-known name, with a connection and a loop of its own. Good for one run
-// of the loop.
+// The server end: one object on the bus under a well-known name, with a connection and a loop of its own. Good for one
+// run of the loop.
 class IDBUSAdapter {
 public:
     class IDBUSAdapterFactory {
@@ -39,8 +39,7 @@ public:
     // connection or of the name.
     virtual void listenDBUS(unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds,
                             unsigned int pingIntervalInSeconds, boost::optional<std::function<bool()>> stopCondition,
-                            boost::optional<std::function<void()>> pingFunction,
-                            const std::string& connectionName) = 0;
+                            boost::optional<std::function<void()>> pingFunction, const std::string& connectionName) = 0;
     virtual ~IDBUSAdapter() = default;
 
     static std::shared_ptr<IDBUSAdapterFactory> createDefaultAdapterFactory();

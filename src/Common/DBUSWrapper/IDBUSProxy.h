@@ -12,8 +12,8 @@ namespace DAX {
 namespace Common {
 namespace DBUSWrapper {
 
-// The client end: one remote object over a bus connection of its own, and so with a unique bus name of its own. One thread
-// at a time.
+// The client end: one remote object over a bus connection of its own, and so with a unique bus name of its own. One
+// thread at a time.
 class IDBUSProxy {
 public:
     class IDBUSProxyFactory {

@@ -38,12 +38,13 @@ public:
         return shortened;
     }
 
-    // Formats like printf and hands the text to `sink`. With `data`, the text is followed by a hexadecimal dump, one call
-    // of the sink for each row of up to 16 bytes; a `dataLength` of zero or less is taken as 4.
+    // Formats like printf and hands the text to `sink`. With `data`, the text is followed by a hexadecimal dump, one
+    // call of the sink for each row of up to 16 bytes; a `dataLength` of zero or less is taken as 4.
     static void print(Sink sink, const char* tag, Level level, const void* data, int dataLength, const char* format,
                       ...) __attribute__((format(printf, 6, 7)));
 
-    // The sink of the system log. Cuts a text of more than `maxMessageLength` bytes at its line ends and then in pieces.
+    // The sink of the system log. Cuts a text of more than `maxMessageLength` bytes at its line ends and then in
+    // pieces.
     static void printLines(const char* tag, Level level, char* text);
 
     // The sink of the console: "/dev/console", or standard error when that cannot be opened.

@@ -11,8 +11,8 @@ namespace Common {
 namespace Utils {
 
 // Watches a piece of work: armed before it and disarmed after it. Work that outlives the limit gets one fatal log line
-// and goes on; nothing is killed. May be armed any number of times, by one thread; arming an armed watchdog, or disarming
-// a disarmed one, is an assertion failure.
+// and goes on; nothing is killed. May be armed any number of times, by one thread; arming an armed watchdog, or
+// disarming a disarmed one, is an assertion failure.
 class SoftWatchdog {
 public:
     // Times in seconds; `warnAfterSeconds` may not be greater than `killAfterSeconds` (an assertion).

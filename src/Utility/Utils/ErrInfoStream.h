@@ -86,6 +86,6 @@ ErrInfoStream<E> located(ErrInfoStream<E> stream, const char* function, const ch
 
 // The throw site: DAX_THROW(GenericException(), "text " << value << errinfo_path(path)); the location is attached.
 #define DAX_EXCEPTION(EXCEPTION)                                                                                       \
-    (::DAX::Common::Utils::detail::located(::DAX::Common::Utils::detail::ErrInfoStreamFactory() << (EXCEPTION),       \
+    (::DAX::Common::Utils::detail::located(::DAX::Common::Utils::detail::ErrInfoStreamFactory() << (EXCEPTION),        \
                                            BOOST_CURRENT_FUNCTION, __FILE__, __LINE__))
 #define DAX_THROW(EXCEPTION, STREAMED) (DAX_EXCEPTION(EXCEPTION) << STREAMED).throwException()

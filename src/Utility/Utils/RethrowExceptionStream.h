@@ -11,8 +11,8 @@ namespace DAX {
 namespace Common {
 namespace Utils {
 
-// What a boost::thread_interrupted becomes on its way through a RethrowExceptionStream: it can carry text, and a handler
-// for the Boost type still catches it.
+// What a boost::thread_interrupted becomes on its way through a RethrowExceptionStream: it can carry text, and a
+// handler for the Boost type still catches it.
 class thread_interrupted : public virtual std::exception,
                            public virtual boost::exception,
                            public virtual boost::thread_interrupted {};
