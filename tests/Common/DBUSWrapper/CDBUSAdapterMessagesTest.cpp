@@ -1,6 +1,8 @@
 #include <csignal>
 #include <stdexcept>
 
+#include <unistd.h>
+
 #include "AdapterFixture.h"
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "LibraryFaults.h"
@@ -268,6 +270,7 @@ TEST_F(LibraryFailureTest, AssertsThatNothingElseIsThrownThroughTheLibrary) {
             FakeKovan::echoLogToStderr(true);
             adapter->activate(1, CONNECTION_NAME);
             RawPeer().call(*makeCall("any"));
+            pause(); // until the adapter's thread ends the process
         },
         testing::KilledBySignal(SIGABRT),
         testing::AllOf(HasSubstr("Unknown error while handling message in adapter object: /org/kovan/test/object. "

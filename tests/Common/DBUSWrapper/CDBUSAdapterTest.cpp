@@ -230,6 +230,7 @@ TEST_F(CDBUSAdapterTest, CannotBeDeactivatedByItsOwnThread) {
 
 TEST_F(CDBUSAdapterTest, DeactivatesInTheDestructorAndLetsTheHandlerGo) {
     activate();
+    ASSERT_TRUE(FakeKovan::waitForMessage("INF", "NameAcquired args: name='org.kovan.test.object'"));
     const std::weak_ptr<FakeHandler> weakHandler = handler;
     handler.reset();
     adapter.reset();
@@ -251,6 +252,7 @@ TEST_F(CDBUSAdapterTest, DropsAnExceptionInTheDestructor) {
         {
             activate();
             RawPeer().call(*makeCall("any"));
+            pause(); // until the adapter's thread ends the process
         },
         testing::ExitedWithCode(0), "");
 }
