@@ -162,6 +162,12 @@ TEST_P(LevelTest, HasItsText) {
     EXPECT_STREQ(LoggingClass::logLevelToString(GetParam().level), GetParam().levelText);
 }
 
+std::string nameOf(const testing::TestParamInfo<Route>& route) {
+    std::string name = route.param.levelText;
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, LevelTest,
                          testing::Values(Route{LoggingClass::VERBOSE, "VERBOSE", "VERBOSE", 0, 2},
                                          Route{LoggingClass::DBG, "DBG", "DBG", 0, 3},
@@ -169,7 +175,8 @@ INSTANTIATE_TEST_SUITE_P(Levels, LevelTest,
                                          Route{LoggingClass::WRN, "WRN", "WRN", 0, 5},
                                          Route{LoggingClass::ERR, "ERR", "ERR", 2, 5},
                                          Route{LoggingClass::FTL, "FTL", "FTL", 2, 7},
-                                         Route{static_cast<LoggingClass::Level>(7), "UNKNOWN LEVEL", "INF", 2, 6}));
+                                         Route{static_cast<LoggingClass::Level>(7), "UNKNOWN LEVEL", "INF", 2, 6}),
+                         nameOf);
 
 TEST(LevelNoneTest, PrintsNothing) {
     printLines("text", LoggingClass::NONE);
