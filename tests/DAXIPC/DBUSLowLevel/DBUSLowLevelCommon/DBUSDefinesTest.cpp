@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+
+using namespace DAX::DAXIPC::DBUSLowLevel::DBUSNames;
+
+namespace {
+
+TEST(DBUSNames, OfTheServiceManager) {
+    using namespace DBUSService::DBUSIServiceManager;
+    EXPECT_STREQ("org.kovan.tv.dax.service.servicemanager", CONNECTION_NAME);
+    EXPECT_STREQ("org.kovan.tv.dax.service.iservicemanager", INTERFACE_NAME);
+    EXPECT_STREQ("/org/kovan/tv/dax/service/cservicemanager", OBJECT_PATH);
+}
+
+TEST(DBUSNames, OfTheCoreAreMadeByFunctions) {
+    using namespace DBUSCore::DBUSICore;
+    EXPECT_EQ(std::string("org.kovan.tv.dax.core.TV"), CONNECTION_NAME());
+    EXPECT_EQ(std::string("org.kovan.tv.dax.core.icoreTV"), INTERFACE_NAME());
+    EXPECT_EQ(std::string("/org/kovan/tv/dax/core/ccoreTV"), OBJECT_PATH());
+}
+
+TEST(DBUSNames, OfTheScheduler) {
+    using namespace DBUSIOTAScheduler;
+    EXPECT_STREQ("org.kovan.tv.dax.otascheduler.otascheduler", CONNECTION_NAME);
+    EXPECT_STREQ("org.kovan.tv.dax.otascheduler.iotascheduler", INTERFACE_NAME);
+    EXPECT_STREQ("/org/kovan/tv/dax/otascheduler/cotascheduler", OBJECT_PATH);
+}
+
+TEST(DBUSNames, OfTheExceptionThatNobodySends) {
+    EXPECT_STREQ("UnknownException", DBUSExceptions::UnknownException);
+}
+
+// A method's constant has the spelling of its value.
+#define EXPECT_NAMED(METHOD) EXPECT_STREQ(#METHOD, Methods::METHOD)
+
+TEST(DBUSNames, OfTheMethodsOfTheServiceManager) {
+    using namespace DBUSService::DBUSIServiceManager;
+    EXPECT_NAMED(getService);
+    EXPECT_NAMED(getServiceOwner);
+    EXPECT_NAMED(getSupportedUpgradeTypes);
+    EXPECT_NAMED(getLastSearchingForUpgradeDate);
+    EXPECT_NAMED(getCurrentVersion);
+    EXPECT_NAMED(acquireExternalLock);
+    EXPECT_NAMED(releaseExternalLock);
+    EXPECT_NAMED(scheduleFactoryReset);
+    EXPECT_NAMED(helloMessage);
+}
+
+TEST(DBUSNames, OfTheMethodsOfASession) {
+    using namespace DBUSService::DBUSIService;
+    EXPECT_NAMED(getClientPriority);
+    EXPECT_NAMED(startNewTransaction);
+    EXPECT_NAMED(stopTransaction);
+    EXPECT_NAMED(invalidate);
+}
+
+TEST(DBUSNames, OfTheMethodsOfATransaction) {
+    using namespace DBUSService::DBUSIServiceTransaction;
+    EXPECT_NAMED(isSearchingPossible);
+    EXPECT_NAMED(startSearching);
+    EXPECT_NAMED(startModelsSearching);
+    EXPECT_NAMED(getSearchProgress);
+    EXPECT_NAMED(getSearchResult);
+    EXPECT_NAMED(getModelsSearchResult);
+    EXPECT_NAMED(startInstallation);
+    EXPECT_NAMED(getInstallationProgress);
+    EXPECT_NAMED(startFinalization);
+    EXPECT_NAMED(getFinalizationProgress);
+    EXPECT_NAMED(cancelServiceTransaction);
+}
+
+TEST(DBUSNames, OfTheMethodsOfTheCore) {
+    using namespace DBUSCore::DBUSICore;
+    EXPECT_NAMED(helloMessage);
+    EXPECT_NAMED(createTransaction);
+    EXPECT_NAMED(getCurrentVersion);
+    EXPECT_NAMED(getSupportedUpgradeTypes);
+    EXPECT_NAMED(scheduleFactoryReset);
+}
+
+TEST(DBUSNames, OfTheMethodsOfACoreTransaction) {
+    using namespace DBUSCore::DBUSICoreTransaction;
+    EXPECT_NAMED(isSearchingPossible);
+    EXPECT_NAMED(startSearching);
+    EXPECT_NAMED(startModelsSearching);
+    EXPECT_NAMED(getSearchProgress);
+    EXPECT_NAMED(getSearchResult);
+    EXPECT_NAMED(getModelsSearchResult);
+    EXPECT_NAMED(startInstallation);
+    EXPECT_NAMED(getInstallationProgress);
+    EXPECT_NAMED(startFinalization);
+    EXPECT_NAMED(getFinalizationProgress);
+    EXPECT_NAMED(cancelCoreTransaction);
+}
+
+TEST(DBUSNames, OfTheMethodsOfTheScheduler) {
+    using namespace DBUSIOTAScheduler;
+    EXPECT_NAMED(registerSchedules);
+    EXPECT_NAMED(registerImmediateStandbyUpgrade);
+    EXPECT_NAMED(getActiveSchedule);
+    EXPECT_NAMED(getClosestSchedule);
+    EXPECT_NAMED(removeSchedule);
+    EXPECT_NAMED(removeScheduleGroup);
+    EXPECT_NAMED(removeAllSchedules);
+}
+
+} // namespace
