@@ -19,6 +19,7 @@ const char* const Desk::DAEMON_LOG = "daemon.log";
 
 namespace {
 
+const char* const PARTITION = "mnt/systemrw/org.kovan.tv.dax/data/tv";
 const char* const CORE_LOG = "core.log";
 const char* const SCENARIO = "etc/kovan/core-scenario.ini";
 const char* const CORE_CALLS = "var/log/kovan/core-calls.jsonl";
@@ -49,7 +50,8 @@ bool hasEnded(pid_t pid) {
 }
 
 Desk::Desk(const std::string& daemonOptions) {
-    setenv("KOVAN_DLOG", "none", 1); // of this process; what is on the desk logs to its own files
+    setenv("KOVAN_DLOG", "none", 1);                       // of this process; what is on the desk logs to its own files
+    std::filesystem::create_directories(root / PARTITION); // which every device has
     m_bus.addService(DAEMON_NAME, execLine(root, DAEMON_LOG, "DAXService " + daemonOptions));
     m_bus.addService(CORE_NAME, execLine(root, CORE_LOG, "DAXCoreSimulator"));
 }

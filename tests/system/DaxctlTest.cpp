@@ -1,0 +1,232 @@
+// What a person gets from daxctl.
+#include <algorithm>
+#include <csignal>
+
+#include <gmock/gmock.h>
+
+#include "system/support/Desk.h"
+#include "system/support/Scenarios.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace testing;
+
+class Daxctl : public Test {
+protected:
+    Daxctl() { desk.play(QUICK); }
+
+    FinishedRun daxctl(const std::vector<std::string>& arguments) { return desk.run("daxctl", arguments); }
+
+    nlohmann::json jsonOf(std::vector<std::string> arguments) {
+        arguments.push_back("--json");
+        return nlohmann::json::parse(daxctl(arguments).output);
+    }
+
+    // Somebody who holds the service and searches for ever.
+    std::unique_ptr<Process> holder(const std::string& name, const std::string& priority) {
+        desk.play("[search]\nseconds=1000\n");
+        auto process = desk.start("daxctl", {"upgrade", "--name", name, "--priority", priority});
+        EXPECT_TRUE(desk.waitForCoreCall("getSearchProgress"));
+        return process;
+    }
+
+    Desk desk;
+};
+
+TEST_F(Daxctl, StatusTellsWhatIsKnown) {
+    EXPECT_EQ(jsonOf({"status"}), nlohmann::json::parse(R"({"owner": null, "lastSearch": null,
+        "installationLock": false, "blockingExternalLock": false, "version": "1000",
+        "supportedTypes": ["OTA", "OTN", "USB"]})"));
+}
+
+TEST_F(Daxctl, StatusNamesTheOwner) {
+    const auto other = holder("updater", "6");
+    EXPECT_EQ(jsonOf({"status"})["owner"],
+              nlohmann::json::parse(R"({"clientName": "updater", "priority": 6, "transactionType": 2})"));
+}
+
+TEST_F(Daxctl, ARefusalNamesTheHolderAndItsPriority) {
+    const auto other = holder("updater", "6");
+    const auto refused = daxctl({"upgrade", "--priority", "6"});
+    EXPECT_EQ(refused.end, ProcessEnd::exited(1));
+    EXPECT_EQ(refused.errors, "Refused: the service is held by updater with priority 6.\n");
+    EXPECT_EQ(jsonOf({"search"})["refusedBecause"], "the service is held by updater with priority 6");
+}
+
+TEST_F(Daxctl, AHigherPriorityTakesTheServiceOver) {
+    const auto other = holder("updater", "3");
+    desk.play(QUICK);
+    EXPECT_EQ(daxctl({"upgrade", "--priority", "4"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(other->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_THAT(other->errors(), HasSubstr("TransactionInvalidatedException"));
+    EXPECT_EQ(desk.countMessages("Currently requesting client daxctl has lower priority than current owner updater. "
+                                 "Current service will be invalidated."),
+              1);
+}
+
+TEST_F(Daxctl, CtrlCCancelsTheUpgradeAtTheCoreAndSaysSo) {
+    const auto client = holder("updater", "3");
+    client->send(SIGINT);
+    EXPECT_EQ(client->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_THAT(client->errors(), HasSubstr("Search was interrupted; the transaction has been cancelled at the core."));
+    const auto calls = desk.coreCalls();
+    const auto cancel = std::find_if(calls.begin(), calls.end(),
+                                     [](const auto& call) { return call["method"] == "cancelCoreTransaction"; });
+    ASSERT_NE(cancel, calls.end());
+    EXPECT_EQ((*cancel)["arguments"]["reason"],
+              "cancelServiceTransaction() is canceling CoreTransaction. Reason: Interrupted by the user of daxctl.");
+}
+
+TEST_F(Daxctl, ProgressInAPipeIsPlainLines) {
+    const auto run = daxctl({"upgrade"});
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "Search: started\nSearch: done\nFound version 1100 (scope 2, id 0da5)\n"
+                          "Installation: started\nInstallation: done\nFinalization: started\nFinalization: done\n"
+                          "Finalized. The installation lock is in force until the device has started anew.\n");
+}
+
+TEST_F(Daxctl, AnUpgradeInJson) {
+    EXPECT_EQ(jsonOf({"upgrade"}), nlohmann::json::parse(R"({"outcome": "finalized", "search": {"upgradeType": 2,
+        "upgradeId": "0da5", "version": "1100", "updateInfo": "<update><version>1100</version></update>", "kind": 0,
+        "scope": 2}})"));
+}
+
+TEST_F(Daxctl, NoFinalizeStopsAfterTheInstallation) {
+    const auto run = daxctl({"upgrade", "--no-finalize"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(0));
+    EXPECT_THAT(run.errors, HasSubstr("Installed; not finalized."));
+    EXPECT_THAT(desk.coreMethods(), Not(Contains("startFinalization")));
+    EXPECT_EQ(jsonOf({"status"})["installationLock"], false);
+}
+
+TEST_F(Daxctl, SearchTellsWhatWasFound) {
+    const auto run = daxctl({"search"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(0));
+    EXPECT_EQ(run.output, "version 1100\nscope   2\nkind    0\nid      0da5\n");
+    EXPECT_THAT(desk.coreMethods(), Not(Contains("startInstallation")));
+}
+
+TEST_F(Daxctl, ASearchThatIsNotPossibleIsARefusal) {
+    desk.play("[search]\npossible=false\n");
+    EXPECT_EQ(jsonOf({"search"})["outcome"], "searchNotPossible");
+}
+
+TEST_F(Daxctl, LocksAreAcquiredAndReleased) {
+    EXPECT_EQ(daxctl({"lock", "acquire", "--name", "installer"}).output, "1\n");
+    EXPECT_EQ(jsonOf({"status"})["blockingExternalLock"], true);
+    EXPECT_THAT(daxctl({"upgrade"}).errors, HasSubstr("an external lock of this priority or a higher one is held"));
+    const auto foreign = daxctl({"lock", "release", "--name", "other", "1"});
+    EXPECT_EQ(foreign.end, ProcessEnd::exited(1));
+    EXPECT_THAT(foreign.errors, HasSubstr("External lock owned by other client."));
+    EXPECT_EQ(daxctl({"lock", "release", "--name", "installer", "1"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(jsonOf({"status"})["blockingExternalLock"], false);
+}
+
+TEST_F(Daxctl, ALockThatIsDeniedNamesTheHolder) {
+    const auto other = holder("updater", "6");
+    const auto denied = daxctl({"lock", "acquire", "--priority", "6"});
+    EXPECT_EQ(denied.end, ProcessEnd::exited(1));
+    EXPECT_EQ(denied.errors, "Denied: the service is held by updater with priority 6.\n");
+}
+
+TEST_F(Daxctl, LockHoldGivesTheCommandsStatusAndReleasesTheLock) {
+    const auto held = daxctl({"lock", "hold", "--name", "builder", "--", "sh", "-c", "echo inside; exit 7"});
+    EXPECT_EQ(held.end, ProcessEnd::exited(7));
+    EXPECT_EQ(held.output, "inside\n");
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released by builder"), 1);
+}
+
+TEST_F(Daxctl, LockHoldReleasesTheLockOfACommandThatCannotBeStarted) {
+    EXPECT_EQ(daxctl({"lock", "hold", "--", "/no/such/program"}).end, ProcessEnd::exited(127));
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released by daxctl"), 1);
+}
+
+TEST_F(Daxctl, LockHoldEndsItsCommandAndReleasesTheLockWhenItIsInterrupted) {
+    const auto held = desk.start("daxctl", {"lock", "hold", "--", "sleep", "1000"});
+    ASSERT_TRUE(desk.waitForMessage("External lock 1 is acquired by daxctl"));
+    held->send(SIGTERM);
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(128 + SIGTERM));
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released by daxctl"), 1);
+}
+
+TEST_F(Daxctl, FactoryResetReachesTheCore) {
+    EXPECT_EQ(daxctl({"factory-reset"}).end, ProcessEnd::exited(0));
+    EXPECT_THAT(desk.coreMethods(), ElementsAre("scheduleFactoryReset"));
+    EXPECT_EQ(desk.countMessages("Calling factoryReset for core."), 1);
+}
+
+TEST_F(Daxctl, WrongUsageIsStatus2) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
+                                                      {"nonsense"},
+                                                      {"upgrade", "--priority", "high"},
+                                                      {"upgrade", "--type", "MAIL"},
+                                                      {"lock"},
+                                                      {"lock", "release"},
+                                                      {"lock", "hold"}}) {
+        EXPECT_EQ(daxctl(arguments).end, ProcessEnd::exited(2));
+    }
+    EXPECT_EQ(desk.daemon(), 0);
+}
+
+TEST_F(Daxctl, HelpIsEverywhere) {
+    for (const std::vector<std::string>& command : {std::vector<std::string>{},
+                                                    {"status"},
+                                                    {"upgrade"},
+                                                    {"search"},
+                                                    {"lock"},
+                                                    {"lock", "acquire"},
+                                                    {"lock", "release"},
+                                                    {"lock", "hold"},
+                                                    {"factory-reset"}}) {
+        auto arguments = command;
+        arguments.push_back("--help");
+        const auto help = daxctl(arguments);
+        EXPECT_EQ(help.end, ProcessEnd::exited(0));
+        EXPECT_THAT(help.output, HasSubstr("--json"));
+    }
+}
+
+// Each exception of the core reaches the client by its name, with its support code and text.
+class CoreException : public Daxctl, public WithParamInterface<const char*> {};
+
+TEST_P(CoreException, IsShownByNameSupportCodeAndText) {
+    desk.play(withFault("startInstallation",
+                        std::string("exception=") + GetParam() + "\nsupport_code=E-42\ntext=It is broken."));
+    const auto run = daxctl({"upgrade"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_THAT(run.errors, HasSubstr(std::string("daxctl: ") + GetParam() + " (support code E-42): It is broken.\n"));
+    const auto error = jsonOf({"upgrade"})["error"];
+    EXPECT_EQ(error["name"], GetParam());
+    EXPECT_EQ(error["supportCode"], "E-42");
+    EXPECT_EQ(error["text"], "It is broken.");
+    EXPECT_THAT(
+        error["diagnostic"].get<std::string>(),
+        AllOf(StartsWith(std::string("Remote method 'startInstallation' raised '") + GetParam() + "' with {\n"),
+              HasSubstr(std::string("Remote method 'startInstallation' raised '") + GetParam() + "' with {\n")));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEveryName, CoreException,
+                         Values("TransactionInvalidatedException", "CUpdateFailed", "CUSBReadError",
+                                "CNetworkTransferError", "CUSBImageCorrupted", "CUSBDecryptionError", "CImageCorrupted",
+                                "CWrongKeys", "CImageLacksIntegrity", "ExternalLockDenied",
+                                "CWildcardImageNotAllowedException", "InsufficientRWStorageSpace",
+                                "DAXUnknownException"),
+                         [](const auto& name) { return std::string(name.param); });
+
+TEST_F(Daxctl, ACoreThatRefusesATransactionIsAFailure) {
+    desk.play("[core]\nrefuse_transactions=true\n");
+    const auto run = daxctl({"upgrade"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_THAT(run.errors, HasSubstr("DAXUnknownException: Core refused to create a transaction."));
+}
+
+TEST_F(Daxctl, ACoreThatStallsHoldsTheCallUpAndNoLonger) {
+    desk.play(withFault("startInstallation", "stall_seconds=0.5\ncall=1"));
+    EXPECT_EQ(daxctl({"upgrade"}).end, ProcessEnd::exited(0));
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

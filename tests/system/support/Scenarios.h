@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace DAX {
+namespace Tests {
+
+// Every step takes next to no time.
+const char* const QUICK = "[search]\nseconds=0.01\n[installation]\nseconds=0.01\n[finalization]\nseconds=0.01\n";
+
+// Quick, with one fault.
+inline std::string withFault(const std::string& method, const std::string& fault) {
+    return QUICK + ("[fault " + method + "]\n") + fault + "\n";
+}
+
+} // namespace Tests
+} // namespace DAX
