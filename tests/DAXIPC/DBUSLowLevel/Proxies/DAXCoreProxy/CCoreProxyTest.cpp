@@ -1,0 +1,256 @@
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreProxy.h"
+
+#include <chrono>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/exception/all.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
+#include <boost/thread.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "CoreInterface/CoreExceptions.h"
+#include "DAXCommon/UserInterestExceptions.h"
+#include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/CCoreProxyFactory.h"
+#include "support/FakeKovan.h"
+#include "support/RecordEquality.h"
+#include "support/SampleRecords.h"
+#include "support/Thrown.h"
+#include "support/WaitUntil.h"
+#include "support/WireOverFakeDBUS.h"
+
+using namespace DAX;
+using namespace DAX::Tests;
+using namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions;
+using Core::CoreExceptions::ErrorConnectingToCoreException;
+using DAXIPC::DBUSLowLevel::CCoreProxyFactory;
+using testing::ElementsAre;
+
+namespace {
+
+const std::string ATTEMPT_FAILED = "Activation of DAXCore through DBUS Activation failed.";
+const std::string CORE_OBJECT = " 1 /org/kovan/tv/dax/core/ccoreTV org.kovan.tv.dax.core.icoreTV ";
+
+std::string tryingAgain(int attempt) {
+    return "Activation of DAXCore through DBUS Activation failed (" + std::to_string(attempt) + "/3). Trying again.";
+}
+
+class CCoreProxyTest : public testing::Test {
+protected:
+    std::unique_ptr<Core::ICore> createCore(unsigned int activationTimeoutSeconds = 50) {
+        return CCoreProxyFactory(bus.factory(), activationTimeoutSeconds).create();
+    }
+    std::shared_ptr<Core::ICoreTransaction> createTransaction() {
+        return m_core->createTransaction(sampleParameters());
+    }
+    void grantTransactions() { m_wire.reply("createTransaction", std::string(":1.99")); }
+
+    WireOverFakeDBUS m_wire{"core"};
+    FakeDBUS& bus = m_wire.bus;
+    std::unique_ptr<Core::ICore> m_core = createCore();
+};
+
+TEST_F(CCoreProxyTest, IsMadeWithoutAMessageToTheCore) {
+    EXPECT_THAT(bus.events(),
+                ElementsAre("create Proxy-1" + CORE_OBJECT + "50000 none", "init Proxy-1 org.kovan.tv.dax.core.TV"));
+}
+
+TEST_F(CCoreProxyTest, HandsTheActivationTimeOutOnInMilliseconds) {
+    bus.forgetEvents();
+    createCore(7);
+    EXPECT_EQ("create Proxy-2" + CORE_OBJECT + "7000 none", bus.events().front());
+    bus.forgetEvents();
+    createCore(4294968); // 1000 times this does not fit
+    EXPECT_EQ("create Proxy-3" + CORE_OBJECT + "704 none", bus.events().front());
+}
+
+// What is thrown carries its cause nested, and no text.
+template <class Cause, class Call>
+void expectErrorConnecting(const Call& call) {
+    try {
+        call();
+        FAIL() << "nothing was thrown";
+    } catch (const ErrorConnectingToCoreException& caught) {
+        EXPECT_EQ("<no such text>", textOf<Common::Utils::errinfo_stream_text>(caught));
+        const auto* const cause = boost::get_error_info<boost::errinfo_nested_exception>(caught);
+        ASSERT_NE(nullptr, cause);
+        EXPECT_THROW(boost::rethrow_exception(*cause), Cause);
+    }
+}
+
+TEST_F(CCoreProxyTest, CannotBeMadeWithoutABus) {
+    bus.failCreate(ErrorConnectingToDBUS());
+    expectErrorConnecting<ErrorConnectingToDBUS>([&] { createCore(); });
+}
+
+TEST_F(CCoreProxyTest, CannotBeMadeWhenItsProxyCannotBeInitialized) {
+    bus.failInit(RemoteObjectNotAccessible());
+    expectErrorConnecting<RemoteObjectNotAccessible>([&] { createCore(); });
+}
+
+TEST_F(CCoreProxyTest, LetsOtherExceptionsOfTheConstructionOut) {
+    bus.failCreate(std::bad_alloc());
+    EXPECT_THROW(createCore(), std::bad_alloc);
+}
+
+TEST_F(CCoreProxyTest, AsksForTheSupportedUpgradeTypes) {
+    const std::vector<DAXCommon::UpgradeType> types{DAXCommon::OTN, DAXCommon::POSTPONE};
+    m_wire.reply("getSupportedUpgradeTypes", types);
+    EXPECT_EQ(types, m_core->getSupportedUpgradeTypes());
+    m_wire.expectRequest("getSupportedUpgradeTypes");
+}
+
+TEST_F(CCoreProxyTest, AsksForTheCurrentVersion) {
+    m_wire.reply("getCurrentVersion", std::string("17.037.0"));
+    EXPECT_EQ("17.037.0", m_core->getCurrentVersion());
+    m_wire.expectRequest("getCurrentVersion");
+}
+
+TEST_F(CCoreProxyTest, SchedulesAFactoryReset) {
+    m_wire.replyNothing("scheduleFactoryReset");
+    m_core->scheduleFactoryReset();
+    m_wire.expectRequest("scheduleFactoryReset");
+}
+
+TEST_F(CCoreProxyTest, GivesDefaultsForRepliesWithoutAResult) {
+    bus.reply("getSupportedUpgradeTypes");
+    bus.reply("getCurrentVersion");
+    bus.reply("createTransaction");
+    EXPECT_TRUE(m_core->getSupportedUpgradeTypes().empty());
+    EXPECT_EQ("", m_core->getCurrentVersion());
+    EXPECT_EQ(nullptr, createTransaction());
+}
+
+TEST_F(CCoreProxyTest, ThrowsWhatTheCoreThrows) {
+    bus.replyWithException("getCurrentVersion", "CUSBReadError", golden("exceptions/CUSBReadError"));
+    EXPECT_THROW(m_core->getCurrentVersion(), UserInterestExceptions::CUSBReadError);
+}
+
+TEST_F(CCoreProxyTest, CreatesATransactionOnAConnectionOfItsOwnThatSaysHello) {
+    grantTransactions();
+    m_wire.replyNothing("helloMessage");
+    bus.forgetEvents();
+    EXPECT_NE(nullptr, createTransaction());
+    EXPECT_THAT(bus.events(),
+                ElementsAre("create Proxy-2" + CORE_OBJECT + "10000 none", "call Proxy-1 createTransaction",
+                            "init Proxy-2 :1.99", "call Proxy-2 helloMessage", "drop Proxy-2"));
+    m_wire.expectRequest("createTransaction", sampleParameters(), std::string("Proxy-2"), std::string(":1.2"));
+    m_wire.expectRequest("helloMessage", std::string("Proxy-2"));
+}
+
+TEST_F(CCoreProxyTest, KeepsTheConnectionAsLongAsTheTransaction) {
+    grantTransactions();
+    bus.reply("helloMessage");
+    auto transaction = createTransaction();
+    EXPECT_EQ("call Proxy-2 helloMessage", bus.events().back());
+    transaction.reset();
+    EXPECT_EQ("drop Proxy-2", bus.events().back());
+}
+
+TEST_F(CCoreProxyTest, GivesNoTransactionWhenTheCoreRefuses) {
+    bus.reply("createTransaction", encode(std::string()));
+    bus.forgetEvents();
+    EXPECT_EQ(nullptr, createTransaction());
+    EXPECT_THAT(bus.events(), ElementsAre("create Proxy-2" + CORE_OBJECT + "10000 none",
+                                          "call Proxy-1 createTransaction", "drop Proxy-2"));
+    EXPECT_TRUE(FakeKovan::messages().empty());
+}
+
+TEST_F(CCoreProxyTest, CannotCreateATransactionWithoutABus) {
+    bus.failCreate(DBUSMemoryError());
+    expectErrorConnecting<DBUSMemoryError>([&] { createTransaction(); });
+}
+
+TEST_F(CCoreProxyTest, GoesOnAfterAFailedTransaction) {
+    bus.failNext("createTransaction", RemoteObjectNotAccessible());
+    EXPECT_THROW(createTransaction(), RemoteObjectNotAccessible);
+    EXPECT_EQ("drop Proxy-2", bus.events().back());
+    grantTransactions();
+    bus.reply("helloMessage");
+    EXPECT_NE(nullptr, createTransaction());
+}
+
+TEST_F(CCoreProxyTest, DoesNotRetryACreationThatTimedOut) {
+    bus.failNext("createTransaction", RemoteObjectActivationTimedOut());
+    EXPECT_THROW(createTransaction(), RemoteObjectActivationTimedOut);
+    EXPECT_TRUE(FakeKovan::messages().empty());
+}
+
+TEST_F(CCoreProxyTest, DoesNotRetryAHelloThatFailsInAnotherWay) {
+    grantTransactions();
+    bus.fail("helloMessage", RemoteObjectNotAccessible());
+    bus.forgetEvents();
+    EXPECT_THROW(createTransaction(), RemoteObjectNotAccessible);
+    EXPECT_THAT(bus.events(),
+                ElementsAre("create Proxy-2" + CORE_OBJECT + "10000 none", "call Proxy-1 createTransaction",
+                            "init Proxy-2 :1.99", "call Proxy-2 helloMessage", "drop Proxy-2"));
+    EXPECT_TRUE(FakeKovan::messages().empty());
+}
+
+TEST_F(CCoreProxyTest, LetsTheExceptionThatAnswersAHelloOut) {
+    grantTransactions();
+    bus.replyWithException("helloMessage", "CUSBReadError", golden("exceptions/CUSBReadError"));
+    EXPECT_THROW(createTransaction(), UserInterestExceptions::CUSBReadError);
+}
+
+TEST_F(CCoreProxyTest, RetriesAHelloWhoseActivationTimedOut) {
+    grantTransactions();
+    bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
+    bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
+    bus.nextReply("helloMessage");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_NE(nullptr, createTransaction());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_THAT(FakeKovan::messages("ERR"),
+                ElementsAre(ATTEMPT_FAILED, tryingAgain(1), ATTEMPT_FAILED, tryingAgain(2)));
+}
+
+TEST_F(CCoreProxyTest, SaysHelloOverTheSameConnectionEachTime) {
+    grantTransactions();
+    bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
+    bus.nextReply("helloMessage");
+    bus.forgetEvents();
+    createTransaction();
+    EXPECT_THAT(bus.events(),
+                ElementsAre("create Proxy-2" + CORE_OBJECT + "10000 none", "call Proxy-1 createTransaction",
+                            "init Proxy-2 :1.99", "call Proxy-2 helloMessage", "init Proxy-2 :1.99",
+                            "call Proxy-2 helloMessage", "drop Proxy-2"));
+}
+
+TEST_F(CCoreProxyTest, GivesUpAfterThreeHellosThatTimedOutAndThreeSeconds) {
+    grantTransactions();
+    bus.fail("helloMessage", RemoteObjectActivationTimedOut());
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ATTEMPT_FAILED, (thrownText<Common::Utils::errinfo_stream_text, RemoteObjectNotAccessible>(
+                                  [&] { createTransaction(); })));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    EXPECT_THAT(FakeKovan::messages("ERR"), ElementsAre(ATTEMPT_FAILED, tryingAgain(1), ATTEMPT_FAILED, tryingAgain(2),
+                                                        ATTEMPT_FAILED, tryingAgain(3), ATTEMPT_FAILED));
+}
+
+TEST_F(CCoreProxyTest, RetriesWhenTheInitializationTimedOut) {
+    grantTransactions();
+    bus.failInit(RemoteObjectActivationTimedOut());
+    EXPECT_THROW(createTransaction(), RemoteObjectNotAccessible);
+}
+
+TEST_F(CCoreProxyTest, CanBeInterruptedWhileItWaits) {
+    grantTransactions();
+    bus.fail("helloMessage", RemoteObjectActivationTimedOut());
+    bool interrupted = false;
+    boost::thread caller([&] {
+        try {
+            createTransaction();
+        } catch (const boost::thread_interrupted&) {
+            interrupted = true;
+        }
+    });
+    EXPECT_TRUE(FakeKovan::waitForMessage("ERR", tryingAgain(1)));
+    caller.interrupt();
+    caller.join();
+    EXPECT_TRUE(interrupted);
+}
+
+} // namespace

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "support/FakeDBUSProxy.h"
+#include "support/WireGoldens.h"
+
+namespace DAX {
+namespace Tests {
+
+// A fake bus whose messages are held against the golden files of one side, "core" or "service".
+class WireOverFakeDBUS {
+public:
+    explicit WireOverFakeDBUS(std::string side) : m_side(std::move(side)) {}
+
+    // The far side's answer to `method` is these values; the file is how they are written.
+    template <class... Values>
+    void reply(const std::string& method, const Values&... values) {
+        const std::string bytes = golden(m_side + "/" + method + ".reply");
+        EXPECT_EQ(bytes, encode(values...)) << method;
+        bus.reply(method, bytes);
+    }
+
+    // The far side's answer brings nothing.
+    void replyNothing(const std::string& method) {
+        EXPECT_EQ("", golden(m_side + "/" + method + ".reply")) << method;
+        bus.reply(method);
+    }
+
+    // The last request of `method` is the file, and the file is these values.
+    template <class... Values>
+    void expectRequest(const std::string& method, const Values&... values) const {
+        EXPECT_EQ(golden(m_side + "/" + method + ".request"), bus.parameters(method)) << method;
+        EXPECT_TRUE(std::make_tuple(values...) == decode<Values...>(bus.parameters(method))) << method;
+    }
+
+    FakeDBUS bus;
+
+private:
+    const std::string m_side;
+};
+
+} // namespace Tests
+} // namespace DAX
