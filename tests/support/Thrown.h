@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include <boost/exception/get_error_info.hpp>
+
+#include "Utility/Utils/ErrorTags.h"
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace Tests {
+
+// The text that an exception carries under a tag; what stands for its absence is in angle brackets.
+template <class Info, class E>
+std::string textOf(const E& exception) {
+    const auto* const text = boost::get_error_info<Info>(exception);
+    return text != nullptr ? *text : "<no such text>";
+}
+
+// Runs the statement and gives the text of the exception of type E that it throws; other exceptions pass.
+template <class Info, class E = Common::Utils::GenericException, class Statement>
+std::string thrownText(const Statement& statement) {
+    try {
+        statement();
+    } catch (const E& exception) {
+        return textOf<Info>(exception);
+    }
+    return "<nothing thrown>";
+}
+
+template <class E = Common::Utils::GenericException, class Statement>
+std::string thrownDescription(const Statement& statement) {
+    return thrownText<Common::Utils::errinfo_description, E>(statement);
+}
+
+} // namespace Tests
+} // namespace DAX
