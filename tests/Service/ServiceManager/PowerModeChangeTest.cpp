@@ -1,0 +1,63 @@
+#include "ManagerFixture.h"
+
+#include <future>
+#include <thread>
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+class PowerModeChange : public ManagerFixture, public ::testing::WithParamInterface<int> {
+protected:
+    const std::string reason = "Invalidating CService - reason: Invalidating service due to power mode change.";
+    const std::string cancel =
+        "core cancelCoreTransaction(cancelServiceTransaction() is canceling CoreTransaction. Reason: " + reason + ")";
+};
+
+TEST_P(PowerModeChange, InvalidatesTheSessionWhateverTheMode) {
+    const auto service = getService(3, "app");
+    const auto transaction = service->startNewTransaction(DAXCommon::OTN);
+    forget();
+    power->change(static_cast<DAXCommon::PowerMode>(GetParam()));
+    EXPECT_THAT(journal(),
+                ElementsAre("log INF PowerMode Changed, invalidate service", "log INF service is stopped by power off.",
+                            "log INF cancelServiceTransaction() reason: " + reason, cancel, "log INF Reset done.",
+                            "log INF Invalidate done."));
+    EXPECT_FALSE(service->startNewTransaction(DAXCommon::OTN));
+}
+
+INSTANTIATE_TEST_SUITE_P(AllModes, PowerModeChange, ::testing::Range(0, 5));
+
+TEST_F(PowerModeChange, WithoutASessionIsOnlyLogged) {
+    power->change(DAXCommon::POWER_MODE_STANDBY);
+    EXPECT_THAT(journal(), ElementsAre("log INF PowerMode Changed, invalidate service",
+                                       "log INF service is stopped but there is no active service now."));
+}
+
+TEST_F(PowerModeChange, AFailureOfTheCoreGoesNoFurther) {
+    const auto service = getService(3, "app");
+    const auto transaction = service->startNewTransaction(DAXCommon::OTN);
+    script->fail("cancelCoreTransaction", std::runtime_error("no core"));
+    EXPECT_NO_THROW(power->change(DAXCommon::POWER_MODE_STANDBY));
+    EXPECT_EQ(journal().back(), "log INF Invalidate done.");
+}
+
+TEST_F(PowerModeChange, OnAnotherThreadWaitsForTheTransactionBeingStartedAndCancelsIt) {
+    const auto service = getService(3, "app");
+    std::thread changing;
+    script->on("createTransaction", [&] {
+        changing = std::thread([&] { power->change(DAXCommon::POWER_MODE_STANDBY); });
+        EXPECT_TRUE(FakeKovan::waitForMessage("INF", "service is stopped by power off."));
+    });
+    EXPECT_TRUE(service->startNewTransaction(DAXCommon::OTN));
+    changing.join();
+    EXPECT_THAT(journal(), Contains(cancel));
+    EXPECT_FALSE(service->startNewTransaction(DAXCommon::OTN));
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
