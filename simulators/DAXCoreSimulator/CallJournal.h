@@ -6,8 +6,9 @@
 
 namespace DAXCoreSimulator {
 
-// The record of every call, one JSON line each: {"time", "method", "sender", "arguments"}. A line is whole in the file
-// before the call is answered.
+// The record of every call, one JSON line each: {"time", "method", "sender", "arguments"}. The arguments are an
+// object, or null when the method is unknown or its arguments cannot be read. A line is whole in the file before the
+// call is answered.
 class CallJournal {
 public:
     // Makes the folders of the file. Throws std::runtime_error when that, or later a write, fails.

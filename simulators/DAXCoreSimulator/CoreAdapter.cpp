@@ -30,8 +30,6 @@ using DAX::DAXIPC::DBUSLowLevel::ArchiveInput;
 using DAX::DAXIPC::DBUSLowLevel::StandardExceptionHandler;
 namespace DBUSHelper = DAX::DAXIPC::DBUSLowLevel::DBUSHelper;
 
-const int DEATH_STATUS = 3;
-
 // One call on its way to the simulated core.
 struct Call {
     SimulatedCore& core;
@@ -101,7 +99,7 @@ const std::map<std::string, Handler>& methods() {
 void strikeBefore(const Fault& fault) {
     std::this_thread::sleep_for(std::chrono::duration<double>(fault.stallSeconds));
     if (fault.death == Fault::Death::BEFORE_REPLY) {
-        _exit(DEATH_STATUS);
+        _exit(CoreAdapter::DEATH_STATUS);
     }
     if (!fault.exception.empty()) {
         raiseException(fault.exception, fault.supportCode, fault.text);
@@ -117,29 +115,51 @@ bool isCoreMethod(const std::string& name) {
 bool CoreAdapter::handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
                                 std::string& exceptionName, const char* sender) {
     try {
-        const auto handler = methods().find(method);
-        if (handler == methods().end()) {
-            DAX_THROW(UnknownMethodException(), "Unknown method: " << method);
-        }
-        if (method == Core::createTransaction) {
-            m_core.refreshScenario();
-        }
-        const Fault fault = m_core.faultAt(method);
-        m_isToDie = fault.death == Fault::Death::AFTER_REPLY;
-        Call call{m_core, in, out, sender != nullptr ? sender : "", [&](const nlohmann::ordered_json& arguments) {
-                      m_journal.record(method, call.sender, arguments);
-                      strikeBefore(fault);
-                  }};
-        handler->second(call);
-        if (fault.emptyReply) {
-            out.str("");
-        }
+        serve(method, in, out, sender != nullptr ? sender : "");
         return true;
     } catch (...) {
         std::stringstream exception;
         StandardExceptionHandler::wrapException(boost::current_exception(), exceptionName, exception);
         out.swap(exception);
         return false;
+    }
+}
+
+void CoreAdapter::serve(const std::string& method, std::stringstream& in, std::stringstream& out,
+                        const std::string& sender) {
+    bool isRecorded = false;
+    const auto record = [&](const nlohmann::ordered_json& arguments) {
+        isRecorded = true;
+        m_journal.record(method, sender, arguments);
+    };
+    try {
+        answer(method, in, out, sender, record);
+    } catch (...) {
+        if (!isRecorded) {
+            record(nullptr);
+        }
+        throw;
+    }
+}
+
+void CoreAdapter::answer(const std::string& method, std::stringstream& in, std::stringstream& out,
+                         const std::string& sender, const Record& record) {
+    const auto handler = methods().find(method);
+    if (handler == methods().end()) {
+        DAX_THROW(UnknownMethodException(), "Unknown method: " << method);
+    }
+    if (method == Core::createTransaction) {
+        m_core.refreshScenario();
+    }
+    const Fault fault = m_core.faultAt(method);
+    m_isToDie = fault.death == Fault::Death::AFTER_REPLY;
+    Call call{m_core, in, out, sender, [&](const nlohmann::ordered_json& arguments) {
+                  record(arguments);
+                  strikeBefore(fault);
+              }};
+    handler->second(call);
+    if (fault.emptyReply) {
+        out.str("");
     }
 }
 

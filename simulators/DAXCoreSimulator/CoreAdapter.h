@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <sstream>
 #include <string>
 
@@ -22,10 +23,19 @@ public:
     void useThisEventSubscriber(DAX::Common::DBUSWrapper::IDBUSEventsSubscriber&) override {}
     void clientDisconnected(const char*) override {}
 
+    // With which the process ends when the scenario has the core die.
+    static constexpr int DEATH_STATUS = 3;
+
     // True from the reply on behind which the scenario has the core die.
     bool isToDie() const { return m_isToDie; }
 
 private:
+    using Record = std::function<void(const nlohmann::ordered_json& arguments)>;
+
+    void serve(const std::string& method, std::stringstream& in, std::stringstream& out, const std::string& sender);
+    void answer(const std::string& method, std::stringstream& in, std::stringstream& out, const std::string& sender,
+                const Record& record);
+
     SimulatedCore& m_core;
     const CallJournal& m_journal;
     bool m_isToDie = false;

@@ -4,13 +4,15 @@ namespace DAXCoreSimulator {
 
 using namespace DAX::Core;
 
-SimulatedTransaction::SimulatedTransaction(std::string proxyId, Scenario scenario)
+SimulatedTransaction::SimulatedTransaction(std::string proxyId, Scenario scenario,
+                                           std::function<Clock::time_point()> now)
     : m_proxyId(std::move(proxyId))
     , m_scenario(std::move(scenario))
+    , m_now(std::move(now))
     , m_steps{{m_scenario.search, {}}, {m_scenario.installation, {}}, {m_scenario.finalization, {}}} {}
 
 void SimulatedTransaction::start(StepName step) {
-    m_steps[static_cast<std::size_t>(step)].since = Clock::now();
+    m_steps[static_cast<std::size_t>(step)].since = m_now();
 }
 
 TransactionProgress SimulatedTransaction::progress(StepName name) const {
@@ -18,7 +20,7 @@ TransactionProgress SimulatedTransaction::progress(StepName name) const {
     if (!current.since) {
         return {};
     }
-    const double elapsed = std::chrono::duration<double>(Clock::now() - *current.since).count();
+    const double elapsed = std::chrono::duration<double>(m_now() - *current.since).count();
     if (elapsed < current.step.seconds) {
         return {TRANSACTION_IN_PROGRESS, static_cast<int>(elapsed * 100 / current.step.seconds),
                 static_cast<float>(elapsed)};

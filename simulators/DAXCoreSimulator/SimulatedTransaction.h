@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 
 #include <boost/optional.hpp>
@@ -15,8 +16,9 @@ namespace DAXCoreSimulator {
 class SimulatedTransaction {
 public:
     enum class StepName { SEARCH, INSTALLATION, FINALIZATION };
+    using Clock = std::chrono::steady_clock;
 
-    SimulatedTransaction(std::string proxyId, Scenario scenario);
+    SimulatedTransaction(std::string proxyId, Scenario scenario, std::function<Clock::time_point()> now = &Clock::now);
 
     const std::string& proxyId() const { return m_proxyId; }
     const Scenario& scenario() const { return m_scenario; }
@@ -32,8 +34,6 @@ public:
     DAX::Core::SearchResult searchResult() const;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Running {
         Step step;
         boost::optional<Clock::time_point> since;
@@ -44,6 +44,7 @@ private:
     std::string m_proxyId;
     boost::optional<std::string> m_owner;
     Scenario m_scenario;
+    std::function<Clock::time_point()> m_now;
     Running m_steps[3];
 };
 

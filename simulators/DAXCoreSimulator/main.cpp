@@ -20,7 +20,6 @@ using namespace DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore;
 
 const unsigned int LOOK_INTERVAL_IN_SECONDS = 1;
 const int WRONG_USAGE = 2;
-const int DEATH_STATUS = 3;
 
 volatile std::sig_atomic_t stopRequested = 0;
 
@@ -41,7 +40,7 @@ void serve(const std::string& scenario, unsigned int idleTimeout) {
                                                                              DBUSICore::OBJECT_PATH(), handler, false);
     const std::function<bool()> stopCondition = [&handler] {
         if (handler->isToDie()) {
-            _exit(DEATH_STATUS); // the reply has left with the dispatching of its call
+            _exit(DAXCoreSimulator::CoreAdapter::DEATH_STATUS); // the reply has left with the dispatching of its call
         }
         return stopRequested != 0;
     };

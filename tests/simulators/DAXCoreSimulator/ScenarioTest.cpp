@@ -1,0 +1,215 @@
+#include "DAXCoreSimulator/Scenario.h"
+
+#include <fstream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/TemporaryRoot.h"
+
+using namespace DAX;
+using namespace DAX::Tests;
+using namespace DAXCoreSimulator;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class ScenarioTest : public testing::Test {
+protected:
+    Scenario read(const std::string& text) const {
+        m_root.write("scenario.ini", text);
+        return readScenario(path());
+    }
+
+    // What the refusal says behind the path of the file.
+    std::string refusalOf(const std::string& text) const {
+        try {
+            read(text);
+        } catch (const ScenarioError& error) {
+            const std::string what = error.what();
+            EXPECT_EQ(path() + ": ", what.substr(0, path().size() + 2));
+            return what.substr(path().size() + 2);
+        }
+        return "it was read";
+    }
+
+    std::string path() const { return (m_root / "scenario.ini").string(); }
+
+    TemporaryRoot m_root;
+};
+
+void expectBuiltIn(const Scenario& scenario) {
+    EXPECT_EQ("1000", scenario.version);
+    EXPECT_THAT(scenario.supportedTypes, ElementsAre(DAXCommon::OTA, DAXCommon::OTN, DAXCommon::USB));
+    EXPECT_FALSE(scenario.refusesTransactions);
+    EXPECT_TRUE(scenario.searchingPossible == boost::optional<bool>(true));
+    EXPECT_EQ(1, scenario.search.seconds);
+    EXPECT_EQ(2, scenario.installation.seconds);
+    EXPECT_EQ(1, scenario.finalization.seconds);
+    EXPECT_TRUE(scenario.search.succeeds && scenario.installation.succeeds && scenario.finalization.succeeds);
+    EXPECT_EQ(DAXCommon::OTN, scenario.found.upgradeType);
+    EXPECT_EQ(DAXCommon::UPGRADE_KIND_REGULAR, scenario.found.kind);
+    EXPECT_EQ(2, scenario.found.scope);
+    EXPECT_THAT(scenario.found.upgradeId, ElementsAre(0x0d, 0xa5));
+    EXPECT_TRUE(scenario.found.version == std::string("1100"));
+    EXPECT_EQ("<update><version>1100</version></update>",
+              std::string(scenario.found.updateInfo.begin(), scenario.found.updateInfo.end()));
+    EXPECT_THAT(scenario.models, ElementsAre("KV-55", "KV-65"));
+    EXPECT_THAT(scenario.faults, IsEmpty());
+}
+
+TEST_F(ScenarioTest, HasEverythingBuiltIn) {
+    expectBuiltIn(Scenario());
+}
+
+TEST_F(ScenarioTest, OfAnEmptyFileIsWhatIsBuiltIn) {
+    expectBuiltIn(read(""));
+}
+
+TEST_F(ScenarioTest, OfTheExampleIsWhatIsBuiltIn) {
+    expectBuiltIn(readScenario(EXAMPLE_SCENARIO));
+}
+
+TEST_F(ScenarioTest, OfTheExampleHasAFaultThatCanBeSwitchedOn) {
+    std::ifstream example(EXAMPLE_SCENARIO);
+    std::string text;
+    for (std::string line; std::getline(example, line);) {
+        text += (line.rfind("# ", 0) != 0 && line.rfind('#', 0) == 0 ? line.substr(1) : line) + "\n";
+    }
+    const Fault fault = read(text).faults.at("startInstallation");
+    EXPECT_TRUE(fault.call == 1);
+    EXPECT_EQ(5, fault.stallSeconds);
+    EXPECT_EQ(Fault::Death::BEFORE_REPLY, fault.death);
+    EXPECT_EQ("CNetworkTransferError", fault.exception);
+    EXPECT_EQ("E-42", fault.supportCode);
+    EXPECT_EQ("The server does not answer.", fault.text);
+    EXPECT_TRUE(fault.emptyReply);
+}
+
+TEST_F(ScenarioTest, ReadsTheCore) {
+    const Scenario scenario = read("[core]\nversion=17.037\nsupported_types=POSTPONE;UNDEFINED\n"
+                                   "refuse_transactions=true\n");
+    EXPECT_EQ("17.037", scenario.version);
+    EXPECT_THAT(scenario.supportedTypes, ElementsAre(DAXCommon::POSTPONE, DAXCommon::UNDEFINED));
+    EXPECT_TRUE(scenario.refusesTransactions);
+}
+
+TEST_F(ScenarioTest, ReadsThatNothingIsSupported) {
+    EXPECT_THAT(read("[core]\nsupported_types=\n").supportedTypes, IsEmpty());
+}
+
+TEST_F(ScenarioTest, ReadsEveryFieldOfWhatTheSearchFinds) {
+    const Core::SearchResult found = read("[search]\nupgrade_type=USB\nkind=1\nscope=3\nupgrade_id=00ff\n"
+                                          "version=WOC_ONLY_VERSION\nupdate_info=<u/>\n")
+                                         .found;
+    EXPECT_EQ(DAXCommon::USB, found.upgradeType);
+    EXPECT_EQ(DAXCommon::UPGRADE_KIND_IMPORTANT, found.kind);
+    EXPECT_EQ(3, found.scope);
+    EXPECT_THAT(found.upgradeId, ElementsAre(0x00, 0xff));
+    EXPECT_TRUE(found.version == std::string("WOC_ONLY_VERSION"));
+    EXPECT_THAT(found.updateInfo, ElementsAre('<', 'u', '/', '>'));
+}
+
+TEST_F(ScenarioTest, ReadsAnUpgradeWithoutVersionOrIdentifier) {
+    const Core::SearchResult found = read("[search]\nversion=\nupgrade_id=\n").found;
+    EXPECT_TRUE(found.version == boost::none);
+    EXPECT_THAT(found.upgradeId, IsEmpty());
+}
+
+TEST_F(ScenarioTest, ReadsAKindThatNoClientCanRead) {
+    EXPECT_EQ(2, static_cast<int>(read("[search]\nkind=2\n").found.kind));
+}
+
+TEST_F(ScenarioTest, ReadsWhetherASearchIsPossible) {
+    EXPECT_TRUE(read("[search]\npossible=false\n").searchingPossible == boost::optional<bool>(false));
+    EXPECT_TRUE(read("[search]\npossible=unknown\n").searchingPossible == boost::none);
+}
+
+TEST_F(ScenarioTest, ReadsHowLongTheStepsTakeAndHowTheyEnd) {
+    const Scenario scenario = read("[search]\nseconds=0.25\nresult=failed\n[installation]\nseconds=0\n"
+                                   "[finalization]\nseconds=3\nresult=failed\n");
+    EXPECT_EQ(0.25, scenario.search.seconds);
+    EXPECT_FALSE(scenario.search.succeeds);
+    EXPECT_EQ(0, scenario.installation.seconds);
+    EXPECT_TRUE(scenario.installation.succeeds);
+    EXPECT_EQ(3, scenario.finalization.seconds);
+    EXPECT_FALSE(scenario.finalization.succeeds);
+}
+
+TEST_F(ScenarioTest, ReadsAFaultForEachMethod) {
+    const auto faults = read("[fault helloMessage]\nempty_reply=true\n[fault getSearchResult]\ndie=after\n").faults;
+    EXPECT_TRUE(faults.at("helloMessage").emptyReply);
+    EXPECT_EQ(Fault::Death::AFTER_REPLY, faults.at("getSearchResult").death);
+}
+
+TEST(Fault, StrikesAtEveryCallOrAtTheNthAlone) {
+    Fault fault;
+    EXPECT_TRUE(fault.strikes(1) && fault.strikes(2));
+    fault.call = 2;
+    EXPECT_FALSE(fault.strikes(1));
+    EXPECT_TRUE(fault.strikes(2));
+    EXPECT_FALSE(fault.strikes(3));
+}
+
+TEST_F(ScenarioTest, TakesEveryNameThatCrossesTheBus) {
+    for (const char* const name :
+         {"TransactionInvalidatedException", "CUpdateFailed", "CUSBReadError", "CNetworkTransferError",
+          "CUSBImageCorrupted", "CUSBDecryptionError", "CImageCorrupted", "CWrongKeys", "CImageLacksIntegrity",
+          "ExternalLockDenied", "CWildcardImageNotAllowedException", "InsufficientRWStorageSpace",
+          "DAXUnknownException"}) {
+        EXPECT_EQ(name,
+                  read(std::string("[fault helloMessage]\nexception=") + name).faults.at("helloMessage").exception);
+    }
+}
+
+struct BrokenScenario {
+    const char* text;
+    const char* refusal;
+};
+
+class BrokenScenarioTest : public ScenarioTest, public testing::WithParamInterface<BrokenScenario> {};
+
+const BrokenScenario BROKEN[] = {
+    {"[core]\nsupported_types=OTN;DVD\n",
+     "[core] supported_types: 'DVD' is none of OTA, OTN, POSTPONE, UNDEFINED, USB"},
+    {"[search]\nupgrade_type=DVD\n", "[search] upgrade_type: 'DVD' is none of OTA, OTN, POSTPONE, UNDEFINED, USB"},
+    {"[search]\npossible=perhaps\n", "[search] possible: 'perhaps' is none of false, true, unknown"},
+    {"[search]\nresult=perhaps\n", "[search] result: 'perhaps' is none of failed, success"},
+    {"[search]\nkind=256\n", "[search] kind: a number from 0 to 255 is expected; 0 and 1 are valid ones"},
+    {"[search]\nupgrade_id=abc\n", "[search] upgrade_id: pairs of hexadecimal digits (0-9, a-f) are expected"},
+    {"[search]\nupgrade_id=xy\n", "[search] upgrade_id: pairs of hexadecimal digits (0-9, a-f) are expected"},
+    {"[search]\nseconds=-1\n", "[search] seconds: a number of seconds from 0 to 1000000000 is expected"},
+    {"[installation]\nseconds=nan\n", "[installation] seconds: a number of seconds from 0 to 1000000000 is expected"},
+    {"[fault helloMessage]\ncall=0\n", "[fault helloMessage] call: the first call is number 1"},
+    {"[fault helloMessage]\ndie=later\n", "[fault helloMessage] die: 'later' is none of after, before"},
+    {"[fault helloMessage]\nexception=UnknownException\n",
+     "[fault helloMessage] exception: 'UnknownException' does not cross the bus"},
+    {"[fault getService]\n", "[fault getService]: the core has no method 'getService'"},
+    {"[core]\nspeed=1\n", "[core] speed: there is no such key"},
+    {"[sound]\nvolume=1\n", "[sound]: there is no such group"},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, BrokenScenarioTest, testing::ValuesIn(BROKEN));
+
+TEST_P(BrokenScenarioTest, IsRefusedByFileGroupAndKey) {
+    EXPECT_EQ(GetParam().refusal, refusalOf(GetParam().text));
+}
+
+// The reasons of these are the key file library's.
+TEST_F(ScenarioTest, RefusesValuesOfAnotherTypeByFileGroupAndKey) {
+    using testing::StartsWith;
+    EXPECT_THAT(refusalOf("[search]\nscope=wide\n"), StartsWith("[search] scope: "));
+    EXPECT_THAT(refusalOf("[search]\nseconds=soon\n"), StartsWith("[search] seconds: "));
+    EXPECT_THAT(refusalOf("[core]\nrefuse_transactions=perhaps\n"), StartsWith("[core] refuse_transactions: "));
+    EXPECT_THAT(refusalOf("[core]\nversion=\xFF\n"), StartsWith("[core] version: "));
+    EXPECT_THAT(refusalOf("[search]\nmodels=\xFF;\n"), StartsWith("[search] models: "));
+}
+
+TEST_F(ScenarioTest, RefusesWhatIsNoKeyFileAndWhatIsNotThere) {
+    EXPECT_NE("it was read", refusalOf("version=1000\n"));
+    EXPECT_THROW(readScenario((m_root / "nowhere.ini").string()), ScenarioError);
+}
+
+} // namespace
