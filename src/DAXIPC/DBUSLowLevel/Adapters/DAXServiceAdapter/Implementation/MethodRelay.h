@@ -26,7 +26,7 @@ struct OperationTraits<R (I::*)(Args...)> {
 
 template <class... Values>
 void decode(boost::archive::text_iarchive& archive, std::tuple<Values...>& values) {
-    std::apply([&archive](Values&... value) { ((archive >> value), ...); }, values);
+    std::apply([&](Values&... value) { ((archive >> value), ...); }, values);
 }
 
 // A priority travels as a result by its bits; everything else travels as it is.
