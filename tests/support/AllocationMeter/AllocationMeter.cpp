@@ -1,0 +1,61 @@
+#include "support/AllocationMeter.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local std::size_t allAllocated = 0;
+thread_local std::size_t largestAllocated = 0;
+
+void* allocate(std::size_t size) noexcept {
+    allAllocated += size;
+    largestAllocated = std::max(largestAllocated, size);
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* const memory = allocate(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+
+namespace DAX {
+namespace Tests {
+
+AllocationMeter::AllocationMeter() {
+    allAllocated = 0;
+    largestAllocated = 0;
+}
+
+std::size_t AllocationMeter::bytes() const {
+    return allAllocated;
+}
+
+std::size_t AllocationMeter::largest() const {
+    return largestAllocated;
+}
+
+} // namespace Tests
+} // namespace DAX
