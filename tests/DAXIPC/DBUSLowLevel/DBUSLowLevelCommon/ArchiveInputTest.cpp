@@ -11,8 +11,8 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
-#include "AllocationMeter.h"
 #include "DAXCommon/UpgradeType.h"
+#include "support/AllocationMeter.h"
 #include "support/RecordEquality.h"
 #include "support/SampleRecords.h"
 #include "support/WireGoldens.h"
