@@ -17,6 +17,14 @@ const auto WITHIN_TWO_LOOKS = std::chrono::seconds(7);
 
 class Lifecycle : public Test {
 protected:
+    // Holds the daemon in a call to a core that does not answer, so that it cannot stop before the core goes.
+    std::unique_ptr<Process> holdDaemon() {
+        desk.play("[fault getCurrentVersion]\nstall_seconds=1000\n");
+        auto client = desk.start("daxctl", {"status"});
+        EXPECT_TRUE(desk.waitForCoreCall("getCurrentVersion"));
+        return client;
+    }
+
     // Sends SIGTERM and waits until the handler has run, so that the next one is not merged with it.
     void terminate(Process& daemon, int times) {
         for (int time = 1; time <= times; ++time) {
@@ -90,7 +98,9 @@ TEST_F(Lifecycle, SigtermStopsItInGoodOrderWithStatus1) {
 TEST_F(Lifecycle, ASecondSigtermChangesNothing) {
     const auto daemon = desk.startDaemon();
     ASSERT_TRUE(desk.waitForDaemon());
+    const auto client = holdDaemon();
     terminate(*daemon, 2);
+    desk.killCore();
     EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(1));
     EXPECT_EQ(desk.countMessages("Exit From DAXService after receiving SIGTERM."), 1);
 }
@@ -98,6 +108,7 @@ TEST_F(Lifecycle, ASecondSigtermChangesNothing) {
 TEST_F(Lifecycle, TheThirdSigtermEndsItAtOnceWithStatus143) {
     const auto daemon = desk.startDaemon();
     ASSERT_TRUE(desk.waitForDaemon());
+    const auto client = holdDaemon();
     terminate(*daemon, 2);
     daemon->send(SIGTERM);
     EXPECT_EQ(daemon->waitForEnd(std::chrono::seconds(2)), ProcessEnd::exited(143));

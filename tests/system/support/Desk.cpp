@@ -6,6 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <unistd.h>
+
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxyFactory.h"
 #include "support/WaitUntil.h"
@@ -61,7 +63,8 @@ Desk::~Desk() {
     m_observer.disconnect();
     m_bus.stop();
     for (const pid_t pid : processes) {
-        if (pid != 0 && !waitUntil([pid] { return hasEnded(pid); })) {
+        // A name that the test itself had may still be its own to the bus.
+        if (pid != 0 && pid != getpid() && !waitUntil([pid] { return hasEnded(pid); })) {
             ::kill(pid, SIGKILL);
         }
     }

@@ -14,6 +14,7 @@
 #include "Debug/DebugCommon/DebugThreadName.h"
 #include "Executables/DaemonHelpers/DaemonHelpers.h"
 #include "Platform/OperatingSystem/OSSignals.h"
+#include "Platform/OperatingSystem/SignalThread.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControl.h"
 #include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
@@ -46,6 +47,7 @@ bool wasSigTermReceived() {
 bool serve(int argc, char** argv) {
     LoggingClass::init("DAXService");
     Common::Debug::ThreadDebug::registerMainThreadId(boost::this_thread::get_id());
+    const Platform::SignalThread signalThread;
     const NiceQuitHelper signalHandlers;
     Platform::VIPProcessSystemAPI::registerVIPProcess();
     Common::Debug::RestoreConsolePosition(CONSOLE);
