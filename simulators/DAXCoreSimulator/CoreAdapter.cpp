@@ -6,28 +6,28 @@
 #include <tuple>
 #include <utility>
 
-#include <boost/exception_ptr.hpp>
 #include <unistd.h>
 
-#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCoreSimulator/ArgumentsAsJson.h"
 #include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
-#include "Utility/Utils/ErrInfoStream.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
 
 namespace DAXCoreSimulator {
 
 namespace {
 
+namespace DBUSICore = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore;
 namespace Core = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::Methods;
 namespace Transaction = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICoreTransaction::Methods;
-using DAX::Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException;
 using DAX::DAXIPC::DBUSLowLevel::ArchiveInput;
-using DAX::DAXIPC::DBUSLowLevel::StandardExceptionHandler;
+namespace RequestBoundary = DAX::DAXIPC::DBUSLowLevel::RequestBoundary;
+using DAX::DAXIPC::DBUSLowLevel::methodNames;
+using DAX::DAXIPC::DBUSLowLevel::writeIntrospection;
 namespace DBUSHelper = DAX::DAXIPC::DBUSLowLevel::DBUSHelper;
 
 // One call on its way to the simulated core.
@@ -114,15 +114,8 @@ bool isCoreMethod(const std::string& name) {
 
 bool CoreAdapter::handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
                                 std::string& exceptionName, const char* sender) {
-    try {
-        serve(method, in, out, sender != nullptr ? sender : "");
-        return true;
-    } catch (...) {
-        std::stringstream exception;
-        StandardExceptionHandler::wrapException(boost::current_exception(), exceptionName, exception);
-        out.swap(exception);
-        return false;
-    }
+    return RequestBoundary::answer(out, exceptionName,
+                                   [&] { serve(method, in, out, sender != nullptr ? sender : ""); });
 }
 
 void CoreAdapter::serve(const std::string& method, std::stringstream& in, std::stringstream& out,
@@ -144,10 +137,7 @@ void CoreAdapter::serve(const std::string& method, std::stringstream& in, std::s
 
 void CoreAdapter::answer(const std::string& method, std::stringstream& in, std::stringstream& out,
                          const std::string& sender, const Record& record) {
-    const auto handler = methods().find(method);
-    if (handler == methods().end()) {
-        DAX_THROW(UnknownMethodException(), "Unknown method: " << method);
-    }
+    const Handler& handler = RequestBoundary::find(methods(), method);
     if (method == Core::createTransaction) {
         m_core.refreshScenario();
     }
@@ -157,14 +147,14 @@ void CoreAdapter::answer(const std::string& method, std::stringstream& in, std::
                   record(arguments);
                   strikeBefore(fault);
               }};
-    handler->second(call);
+    handler(call);
     if (fault.emptyReply) {
         out.str("");
     }
 }
 
 void CoreAdapter::introspect(std::stringstream& out) {
-    out << "<node/>\n";
+    writeIntrospection(out, DBUSICore::INTERFACE_NAME(), methodNames(methods()));
 }
 
 } // namespace DAXCoreSimulator

@@ -46,7 +46,7 @@ public:
 
     T get() const {
         T value{};
-        throwIfFailed(GetterMapT::read(m_key.c_str(), &value), "vconf_get");
+        throwIfFailed(GetterMapT::read(m_key.c_str(), &value), GET_FAILED);
         return value;
     }
 
@@ -55,22 +55,21 @@ public:
         if (GetterMapT::read(m_key.c_str(), &value) == 0) {
             return value;
         }
-        DAX_LOG(WRN) << failureText("vconf_get") << ", return default value";
+        DAX_LOG(WRN) << GET_FAILED << m_key << ", return default value";
         return defaultValue;
     }
 
-    void set(const T& value) const { throwIfFailed(SetterMapT::write(m_key.c_str(), value), "vconf_set"); }
+    void set(const T& value) const { throwIfFailed(SetterMapT::write(m_key.c_str(), value), SET_FAILED); }
 
 private:
-    std::string failureText(const char* operation) const {
-        return operation + (" failed while trying to access key: " + m_key);
-    }
+    static constexpr const char* GET_FAILED = "vconf_get failed while trying to access key: ";
+    static constexpr const char* SET_FAILED = "vconf_set failed while trying to access key: ";
 
-    void throwIfFailed(int result, const char* operation) const {
+    void throwIfFailed(int result, const char* failure) const {
         if (result == 0) {
             return;
         }
-        const std::string text = failureText(operation);
+        const std::string text = failure + m_key;
         DAX_LOG(WRN) << text;
         DAX_THROW(VConfException(), Common::Utils::errinfo_stream(text) << Common::Utils::errinfo_errorcode(result));
     }

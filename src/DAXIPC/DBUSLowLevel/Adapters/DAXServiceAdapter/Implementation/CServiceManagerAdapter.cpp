@@ -3,16 +3,15 @@
 #include <map>
 #include <utility>
 
-#include <boost/exception_ptr.hpp>
+#include <boost/exception/diagnostic_information.hpp>
 #include <boost/thread/thread.hpp>
 
-#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/UserInterestExceptions.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/Introspection.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/MethodRelay.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
@@ -20,7 +19,6 @@ namespace DAX {
 namespace DAXIPC {
 namespace DBUSLowLevel {
 
-using Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException;
 using Common::Logging::SafeOstringStream;
 using Common::Utils::GenericException;
 using DAXCommon::ServiceClientPriority;
@@ -87,8 +85,7 @@ template <class Exception>
 
 template <class Entry>
 std::string describeAccess(const Entry& entry, const char* sender) {
-    return "Proxy name: " + entry.proxyName + ". Original sender: " + entry.originalSender +
-           ". Current sender: " + nameOf(sender);
+    return entry.proxyName + ". Original sender: " + entry.originalSender + ". Current sender: " + nameOf(sender);
 }
 
 } // namespace
@@ -111,27 +108,13 @@ CServiceManagerAdapter::~CServiceManagerAdapter() {
 
 bool CServiceManagerAdapter::handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
                                            std::string& exceptionName, const char* sender) {
-    try {
-        const auto entry = mappingOfMethodsWithSender.find(method);
-        if (entry == mappingOfMethodsWithSender.end()) {
-            DAX_THROW(UnknownMethodException(), "Unknown method: " << method);
-        }
-        (this->*entry->second)(in, out, sender);
-        return true;
-    } catch (...) {
-        std::stringstream exception;
-        StandardExceptionHandler::wrapException(boost::current_exception(), exceptionName, exception);
-        out.swap(exception);
-        return false;
-    }
+    return RequestBoundary::answer(out, exceptionName, [&] {
+        (this->*RequestBoundary::find(mappingOfMethodsWithSender, method))(in, out, sender);
+    });
 }
 
 void CServiceManagerAdapter::introspect(std::stringstream& out) {
-    writeIntrospectionBegin(out, Manager::INTERFACE_NAME);
-    for (const auto& entry : mappingOfMethodsWithSender) {
-        writeIntrospectionMethod(out, entry.first);
-    }
-    writeIntrospectionEnd(out);
+    writeIntrospection(out, Manager::INTERFACE_NAME, methodNames(mappingOfMethodsWithSender));
 }
 
 void CServiceManagerAdapter::useThisEventSubscriber(Common::DBUSWrapper::IDBUSEventsSubscriber& subscriber) {
@@ -177,7 +160,7 @@ std::shared_ptr<IService> CServiceManagerAdapter::throwIfWrongService(const char
                                         nameOf(sender));
     }
     if (!isNamed(sender, m_service->originalSender)) {
-        refuse<ServiceRevokedException>("Accessing m_service that was created by a different sender. " +
+        refuse<ServiceRevokedException>("Accessing m_service that was created by a different sender. Proxy name: " +
                                         describeAccess(*m_service, sender));
     }
     return m_service->service;
@@ -190,13 +173,14 @@ std::shared_ptr<IServiceTransaction> CServiceManagerAdapter::throwIfWrongTransac
     }
     if (!isNamed(sender, m_serviceTransaction->originalSender)) {
         refuse<TransactionInvalidatedException>(
-            "Accessing m_serviceTransaction that was created by a different sender. " +
+            "Accessing m_serviceTransaction that was created by a different sender. Proxy name: " +
             describeAccess(*m_serviceTransaction, sender));
     }
     auto transaction = m_serviceTransaction->transaction.lock();
     if (!transaction) {
-        refuse<TransactionInvalidatedException>("m_serviceTransaction is already destroyed on the CService side. " +
-                                                describeAccess(*m_serviceTransaction, sender));
+        refuse<TransactionInvalidatedException>(
+            "m_serviceTransaction is already destroyed on the CService side. Proxy name: " +
+            describeAccess(*m_serviceTransaction, sender));
     }
     return transaction;
 }

@@ -1,4 +1,4 @@
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/Introspection.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
 
 namespace DAX {
 namespace DAXIPC {
@@ -11,9 +11,7 @@ void writeLines(std::ostream& out, const Lines&... lines) {
     ((out << lines << std::endl), ...);
 }
 
-} // namespace
-
-void writeIntrospectionBegin(std::ostream& out, const std::string& interfaceName) {
+void writeBegin(std::ostream& out, const std::string& interfaceName) {
     writeLines(out, R"(<? xml version ="1.0" encoding ="UTF-8" ?>)", "<!DOCTYPE node PUBLIC",
                R"("-//freedesktop//DTD D-BUS Object Introspection 1.0//EN" )"
                R"("http://www.freedesktop.org/standards/dbus/1.0/introspect.dtd">)",
@@ -21,7 +19,7 @@ void writeIntrospectionBegin(std::ostream& out, const std::string& interfaceName
                R"(    <annotation name="com.Velmora.Exportable" value="true"/>)");
 }
 
-void writeIntrospectionMethod(std::ostream& out, const std::string& method) {
+void writeMethod(std::ostream& out, const std::string& method) {
     writeLines(out, R"(    <method name=")" + method + R"(">)",
                R"(      <arg type="ay" name="serialized_params_in" direction="in"/>)",
                R"(      <arg type="ay" name="type_out" direction="out"/>)",
@@ -29,13 +27,23 @@ void writeIntrospectionMethod(std::ostream& out, const std::string& method) {
                R"(      <arg type="ay" name="serialized_params_out" direction="out"/>)", "    </method>");
 }
 
-void writeIntrospectionEnd(std::ostream& out) {
+void writeEnd(std::ostream& out) {
     writeLines(out, "  </interface>", R"(  <interface name="org.freedesktop.DBus.Introspectable">)",
                R"(    <method name="Introspect">)", R"(      <arg type="s" name="xml_data" direction="out"/>)",
                "    </method>", "  </interface>", R"(  <interface name="org.freedesktop.DBus.Properties">)",
                R"(    <method name="GetAll">)", R"(      <arg type="s" name="interface_name" direction="in"/>)",
                R"(      <arg type="a{sv}" name="properties" direction="out"/>)", "    </method>", "  </interface>",
                "</node>");
+}
+
+} // namespace
+
+void writeIntrospection(std::ostream& out, const std::string& interfaceName, const std::vector<std::string>& methods) {
+    writeBegin(out, interfaceName);
+    for (const std::string& method : methods) {
+        writeMethod(out, method);
+    }
+    writeEnd(out);
 }
 
 } // namespace DBUSLowLevel
