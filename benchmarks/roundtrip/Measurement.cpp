@@ -30,11 +30,13 @@ void repeat(int times, Client& client, Samples& samples) {
     }
 }
 
-// The samples of each subject, taken in alternating blocks.
+// The samples of each subject, taken in alternating blocks; who begins alternates, too.
 std::vector<Samples> callInTurns(Subjects& subjects, int calls, int blockLength) {
     std::vector<Samples> samples(subjects.size());
-    for (int done = 0; done < calls; done += blockLength) {
-        for (std::size_t i = 0; i < subjects.size(); ++i) {
+    bool forwards = true;
+    for (int done = 0; done < calls; done += blockLength, forwards = !forwards) {
+        for (std::size_t turn = 0; turn < subjects.size(); ++turn) {
+            const std::size_t i = forwards ? turn : subjects.size() - 1 - turn;
             repeat(std::min(blockLength, calls - done), subjects[i]->client, samples[i]);
         }
     }
