@@ -101,10 +101,11 @@ void addLockCommands(CLI::App& app, clients_common::CommandLine& line) {
     auto& group = clients_common::addGroup(app, line, "lock", "External locks, which hold upgrades back");
     const auto request = std::make_shared<Request>();
 
-    addRequestOptions(addDaemonCommand(group, line, "acquire",
-                                       "Acquire a lock and print its number; it stays until it is released",
-                                       [request, &line] { return acquire(*request, line.json); }),
-                      *request);
+    addRequestOptions(
+        addDaemonCommand(group, line, "acquire",
+                         "Acquire a lock and print its number; it stays until it is released or the daemon ends",
+                         [request, &line] { return acquire(*request, line.json); }),
+        *request);
 
     const auto id = std::make_shared<ExternalLockId>(0);
     auto& releaseCommand = addDaemonCommand(group, line, "release", "Release a lock",
