@@ -90,6 +90,25 @@ private:
     boost::optional<CoreAdapter> m_adapter;
 };
 
+TEST_F(CoreAdapterTest, AnnouncesItsSixteenMethodsSortedByName) {
+    std::stringstream document;
+    adapter().introspect(document);
+    std::vector<std::string> methods;
+    bool isOfTheCore = false;
+    for (std::string line; std::getline(document, line);) {
+        if (line.find("<interface name=") != std::string::npos) {
+            isOfTheCore = line == "  <interface name=\"org.kovan.tv.dax.core.icoreTV\">";
+        } else if (const auto name = line.find("<method name=\""); isOfTheCore && name != std::string::npos) {
+            methods.push_back(line.substr(name + 14, line.rfind('"') - name - 14));
+        }
+    }
+    EXPECT_THAT(methods, ElementsAre("cancelCoreTransaction", "createTransaction", "getCurrentVersion",
+                                     "getFinalizationProgress", "getInstallationProgress", "getModelsSearchResult",
+                                     "getSearchProgress", "getSearchResult", "getSupportedUpgradeTypes", "helloMessage",
+                                     "isSearchingPossible", "scheduleFactoryReset", "startFinalization",
+                                     "startInstallation", "startModelsSearching", "startSearching"));
+}
+
 TEST_F(CoreAdapterTest, TellsWhatTheScenarioSaysOfTheCore) {
     play("[core]\nversion=17.037.0\nsupported_types=OTN;POSTPONE\n");
     EXPECT_EQ(golden("core/getCurrentVersion.reply"), callAsInFile("getCurrentVersion").archive);
