@@ -68,8 +68,12 @@ std::string aimText(const Aim& aim) {
 void printRow(const char* figure, const char* unit, double bare, double daemon, const Aim& aim) {
     const double held = aim.of == Aim::Of::RATIO ? daemon / bare : daemon;
     const char* const verdict = aim.of == Aim::Of::NOTHING ? "" : held <= aim.limit ? "met" : "MISSED";
-    std::printf("%-42s %-4s %10.1f %10.1f %7.2f  %-14s %s\n", figure, unit, bare, daemon, daemon / bare,
-                aimText(aim).c_str(), verdict);
+    char ratio[16] = "-"; // to nothing there is none
+    if (bare > 0) {
+        std::snprintf(ratio, sizeof(ratio), "%.2f", daemon / bare);
+    }
+    std::printf("%-42s %-4s %10.1f %10.1f %7s  %-14s %s\n", figure, unit, bare, daemon, ratio, aimText(aim).c_str(),
+                verdict);
 }
 
 void printTable(const std::string& title, const Figures& bare, const Figures& daemon) {
