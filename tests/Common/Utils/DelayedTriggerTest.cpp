@@ -89,6 +89,16 @@ TEST(DelayedTriggerTest, DoesNotRunACancelledAction) {
     EXPECT_FALSE(ran);
 }
 
+TEST(DelayedTriggerTest, ForgetsACancelledAction) {
+    DelayedTrigger trigger("bus");
+    auto held = std::make_shared<int>();
+    const std::weak_ptr<int> observed = held;
+    trigger.arm(hours(1), [held = std::move(held)] {});
+    trigger.cancel();
+
+    EXPECT_TRUE(observed.expired());
+}
+
 TEST(DelayedTriggerTest, TakesTheNewestActionAndItsDeadline) {
     std::atomic<bool> olderRan{false};
     Event newer;
@@ -119,7 +129,7 @@ TEST(DelayedTriggerTest, CancellingWaitsForARunningAction) {
     trigger.arm(AT_ONCE, [&] {
         started.happen();
         cancelling.wait();
-        std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // ample for a cancel that does not wait
         finished = true;
     });
     ASSERT_TRUE(started.wait());
@@ -139,6 +149,23 @@ TEST(DelayedTriggerTest, DestroyingItEndsTheThreadWithoutTheActionAndWithoutAWor
     }
     EXPECT_FALSE(ran);
     EXPECT_TRUE(FakeKovan::journal().empty());
+}
+
+TEST(DelayedTriggerTest, IsDestroyedWholeInAThreadThatIsToBeInterrupted) {
+    Event interrupted;
+    bool stillToBeInterrupted = false;
+    boost::thread owner([&] {
+        {
+            DelayedTrigger trigger("bus");
+            interrupted.wait();
+        }
+        stillToBeInterrupted = boost::this_thread::interruption_requested();
+    });
+    owner.interrupt();
+    interrupted.happen();
+    owner.join();
+
+    EXPECT_TRUE(stillToBeInterrupted);
 }
 
 TEST(DelayedTriggerTest, AnInterruptionInTheActionEndsTheThreadWithoutAWord) {
