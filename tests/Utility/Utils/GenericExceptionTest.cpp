@@ -29,11 +29,21 @@ TYPED_TEST(FamilyTest, StandsBesideGenericExceptionOnCommonGround) {
     EXPECT_TRUE((std::is_convertible<TypeParam*, boost::exception*>::value));
 }
 
-TEST(GenericExceptionTest, SharesItsBasesWithAFamilyThatIsMixedIn) {
-    class Mixed : public GenericException, public DAX::Platform::VConfException {};
+TYPED_TEST(FamilyTest, SharesItsBasesWithAnExceptionThatIsMixedIn) {
+    class Mixed : public GenericException, public TypeParam {};
 
     EXPECT_TRUE((std::is_convertible<Mixed*, std::exception*>::value)) << "the bases are virtual";
     EXPECT_TRUE((std::is_convertible<Mixed*, boost::exception*>::value));
+}
+
+TEST(ThreadInterruptedTest, SharesItsBasesWithAnExceptionThatIsMixedIn) {
+    class Mixed : public DAX::Common::Utils::thread_interrupted,
+                  public GenericException,
+                  public virtual boost::thread_interrupted {};
+
+    EXPECT_TRUE((std::is_convertible<Mixed*, std::exception*>::value));
+    EXPECT_TRUE((std::is_convertible<Mixed*, boost::exception*>::value));
+    EXPECT_TRUE((std::is_convertible<Mixed*, boost::thread_interrupted*>::value));
 }
 
 TEST(ThreadInterruptedTest, IsCaughtByAHandlerOfTheBoostType) {
