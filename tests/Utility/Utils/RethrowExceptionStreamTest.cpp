@@ -78,6 +78,18 @@ TEST(RethrowExceptionStreamTest, RethrowsTheExceptionOfAPointer) {
     }
 }
 
+TEST(RethrowExceptionStreamTest, RethrowsTheExceptionOfAPointerWhileAnotherIsHandled) {
+    const boost::exception_ptr pointer = (DAX_EXCEPTION(GenericException()) << "site").getExceptionPtr();
+    const auto rethrowPointer = [&pointer] {
+        try {
+            throw std::runtime_error("being handled");
+        } catch (const std::runtime_error&) {
+            RethrowExceptionStream(pointer).getStream() << "elsewhere";
+        }
+    };
+    EXPECT_THROW(rethrowPointer(), GenericException);
+}
+
 TEST(RethrowExceptionStreamTest, TurnsAThreadInterruptionIntoOneThatCarriesText) {
     try {
         addText([] { throw boost::thread_interrupted(); }, "while waiting");
