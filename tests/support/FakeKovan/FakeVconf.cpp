@@ -113,8 +113,9 @@ std::vector<std::string> reads() {
 
 } // namespace FakeKovan
 
+// Any number but 0 is true, so a stored true does not come as 1.
 int vconf_get_bool(const char* key, int* value) {
-    return FakeKovan::read<bool>(key, [value](bool stored) { *value = stored ? 1 : 0; });
+    return FakeKovan::read<bool>(key, [value](bool stored) { *value = stored ? 2 : 0; });
 }
 
 int vconf_get_int(const char* key, int* value) {
