@@ -1,6 +1,7 @@
 // Who may use the session and the transaction, and what becomes of them.
 #include <boost/exception/enable_current_exception.hpp>
 #include <boost/exception/get_error_info.hpp>
+#include <boost/thread/thread.hpp>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
@@ -16,6 +17,7 @@ namespace {
 using namespace testing;
 using namespace DAXCommon;
 using Common::Utils::GenericException;
+using Service::IServiceTransaction;
 using UserInterestExceptions::CUpdateFailed;
 
 // As every throw site of the system throws it: with its type kept for whoever captures it.
@@ -90,6 +92,16 @@ TEST_F(CServiceManagerAdapterTest, AGrantedSessionIsLoggedAndItsCreatorIsWatched
     EXPECT_THAT(FakeKovan::messages("INF"), Contains("New Service for Proxy-1 created."));
 }
 
+TEST_F(CServiceManagerAdapterTest, AGrantedSessionIsStoredBeforeItsCreatorIsWatched) {
+    EXPECT_CALL(subscriber, subscribeForConnectionCloseEvent).WillOnce([](const std::string&) {
+        EXPECT_THAT(FakeKovan::messages("INF"), Contains("New Service for Proxy-1 created."));
+        throw updateFailed();
+    });
+    EXPECT_EQ(getService().exceptionName, "CUpdateFailed");
+    session->call("helloMessage", std::string("Proxy-1"));
+    EXPECT_TRUE(session->call("getClientPriority").normal);
+}
+
 TEST_F(CServiceManagerAdapterTest, ARefusedRequestGivesAnEmptyNameAndChangesNothing) {
     openSession();
     EXPECT_CALL(subscriber, subscribeForConnectionCloseEvent).Times(0);
@@ -100,9 +112,12 @@ TEST_F(CServiceManagerAdapterTest, ARefusedRequestGivesAnEmptyNameAndChangesNoth
     EXPECT_TRUE(session->call("getClientPriority").normal);
 }
 
-TEST_F(CServiceManagerAdapterTest, RefusesASessionCallWithoutASession) {
-    expectServiceRevoked(session->call("getClientPriority"),
-                         "m_service was already destroyed or was never created. Sender: :1.2");
+TEST_F(CServiceManagerAdapterTest, RefusesEverySessionCallWithoutASession) {
+    for (const char* method : {"getClientPriority", "startNewTransaction", "invalidate"}) {
+        FakeKovan::forgetRecords();
+        expectServiceRevoked(session->call(method),
+                             "m_service was already destroyed or was never created. Sender: :1.2");
+    }
 }
 
 TEST_F(CServiceManagerAdapterTest, RefusesASessionCallBeforeTheHello) {
@@ -115,6 +130,7 @@ TEST_F(CServiceManagerAdapterTest, RefusesASessionCallBeforeTheHello) {
 TEST_F(CServiceManagerAdapterTest, RefusesEverySessionCallOfAWrongSender) {
     openSession();
     for (const char* method : {"getClientPriority", "startNewTransaction", "invalidate"}) {
+        FakeKovan::forgetRecords();
         expectServiceRevoked(stranger->call(method),
                              "Accessing m_service that was created by a different sender. Proxy name: Proxy-1. "
                              "Original sender: :1.2. Current sender: :1.9");
@@ -201,6 +217,18 @@ TEST_F(CServiceManagerAdapterTest, StartingATransactionIsLoggedWithProxyAndConne
     EXPECT_THAT(FakeKovan::messages("INF"), Contains("Starting new service transaction for proxy: Proxy-2, :1.3"));
 }
 
+TEST_F(CServiceManagerAdapterTest, ATransactionThatCannotBeStartedIsLoggedAndLeavesTheEarlierOne) {
+    openTransaction();
+    FakeKovan::forgetRecords();
+    ON_CALL(*service, startNewTransaction).WillByDefault([](UpgradeType) -> std::shared_ptr<IServiceTransaction> {
+        throw updateFailed();
+    });
+    const Reply reply = session->call("startNewTransaction", 2, std::string("Proxy-3"), std::string(":1.4"));
+    EXPECT_EQ(reply.exceptionName, "CUpdateFailed");
+    EXPECT_THAT(FakeKovan::messages("INF"), ElementsAre("Starting new service transaction for proxy: Proxy-3, :1.4"));
+    EXPECT_TRUE(transactions->call("getSearchProgress").normal);
+}
+
 TEST_F(CServiceManagerAdapterTest, AnInvalidSessionStillAnswersWithTheBusNameAndGivesAnExpiredTransaction) {
     openSession();
     transaction.reset();
@@ -255,19 +283,31 @@ TEST_F(CServiceManagerAdapterTest, AFailedCancelCanBeRepeated) {
 
 TEST_F(CServiceManagerAdapterTest, ADisconnectionWithoutASessionIsLogged) {
     adapter->clientDisconnected(":1.1");
-    EXPECT_THAT(FakeKovan::messages("INF"), Contains("Client disconnected: :1.1. No Service is active."));
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Client disconnected: :1.1. No Service is active."));
 }
 
 TEST_F(CServiceManagerAdapterTest, TheDisconnectionOfTheCreatorInvalidatesTheSession) {
     openSession();
-    EXPECT_CALL(*service, invalidate("Invalidating Service, because ServiceManager client disconnected: :1.1. Current "
-                                     "Service client: :1.2. Proxy name: Proxy-1"));
+    FakeKovan::forgetRecords();
+    EXPECT_CALL(*service, invalidate).WillOnce([](const std::string& reason) {
+        FakeKovan::note("invalidate: " + reason);
+    });
     adapter->clientDisconnected(":1.1");
-    EXPECT_THAT(FakeKovan::messages("INF"),
-                IsSupersetOf({"Client disconnected. Invalidating Service created by this ServiceManager client: :1.1. "
-                              "Current Service client: proxy name=Proxy-1 original sender=:1.2",
-                              "Resetting service."}));
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF Client disconnected. Invalidating Service created by this ServiceManager client: "
+                            ":1.1. Current Service client: proxy name=Proxy-1 original sender=:1.2",
+                            "invalidate: Invalidating Service, because ServiceManager client disconnected: :1.1. "
+                            "Current Service client: :1.2. Proxy name: Proxy-1",
+                            "log INF Resetting service."));
     EXPECT_FALSE(session->call("getClientPriority").normal);
+}
+
+TEST_F(CServiceManagerAdapterTest, TheDisconnectionOfTheCreatorLeavesTheTransactionToGoStale) {
+    openTransaction();
+    adapter->clientDisconnected(":1.1");
+    EXPECT_TRUE(transactions->call("getSearchProgress").normal);
+    transaction.reset();
+    EXPECT_FALSE(transactions->call("getSearchProgress").normal);
 }
 
 TEST_F(CServiceManagerAdapterTest, AFailedInvalidationAtADisconnectionIsLoggedAndTheSessionGoes) {
@@ -313,6 +353,14 @@ TEST_F(CServiceManagerAdapterTest, ItsEndInvalidatesTheSession) {
     openSession();
     EXPECT_CALL(*service, invalidate("Invalidating Service in CServiceManagerAdapter destructor"));
     adapter.reset();
+}
+
+TEST_F(CServiceManagerAdapterTest, ItsEndInvalidatesWithoutInterruption) {
+    openSession();
+    EXPECT_CALL(*service, invalidate).WillOnce([](const std::string&) {
+        EXPECT_FALSE(boost::this_thread::interruption_enabled());
+    });
+    boost::thread([this] { adapter.reset(); }).join();
 }
 
 TEST_F(CServiceManagerAdapterTest, ItsEndSurvivesAFailedInvalidation) {
