@@ -53,9 +53,18 @@ function(dax_archives)
 endfunction()
 
 # dax_program(<target> LINK <targets>): every source of the folder and of its Implementation/, with the platform chosen.
+# Beside a main.cpp, they are the library <target>_parts, which tests link as well.
 function(dax_program target)
   cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  set(main ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
+  if(main IN_LIST sources)
+    list(REMOVE_ITEM sources ${main})
+    add_library(${target}_parts STATIC ${sources})
+    target_link_libraries(${target}_parts PUBLIC dax_build ${ARG_LINK})
+    set(sources ${main})
+    set(ARG_LINK ${target}_parts)
+  endif()
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} kovan_platform)
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
