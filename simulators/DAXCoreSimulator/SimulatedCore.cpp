@@ -20,7 +20,9 @@ namespace {
 
 // What is built in stands for a file that is not there.
 Scenario scenarioAt(const std::string& path) {
-    return boost::filesystem::exists(path) ? readScenario(path) : Scenario();
+    boost::system::error_code error; // what keeps the file from being looked at keeps it from being read as well
+    const bool isThere = boost::filesystem::status(path, error).type() != boost::filesystem::file_not_found;
+    return isThere ? readScenario(path) : Scenario();
 }
 
 } // namespace
@@ -30,8 +32,12 @@ SimulatedCore::SimulatedCore(std::string path) : m_path(std::move(path)), m_scen
 void SimulatedCore::refreshScenario() {
     try {
         m_scenario = scenarioAt(m_path);
+        m_reported.clear();
     } catch (const ScenarioError& error) {
-        std::cerr << "DAXCoreSimulator: " << error.what() << "; the earlier scenario goes on" << std::endl;
+        if (m_reported != error.what()) {
+            m_reported = error.what();
+            std::cerr << "DAXCoreSimulator: " << m_reported << "; the earlier scenario goes on" << std::endl;
+        }
     }
 }
 

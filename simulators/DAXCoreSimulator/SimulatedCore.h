@@ -15,7 +15,8 @@
 namespace DAXCoreSimulator {
 
 // What stands behind the core's methods. The scenario is read anew at each createTransaction; one that cannot be used
-// is reported on standard error, and the earlier one goes on. `caller` is the unique bus name of the connection.
+// is reported on standard error, once for the same reason, and the earlier one goes on. `caller` is the unique bus name
+// of the connection.
 class SimulatedCore {
 public:
     using Items = std::set<std::string>;
@@ -55,6 +56,7 @@ private:
 
     std::string m_path;
     Scenario m_scenario;
+    std::string m_reported; // why the file cannot be used now; empty when it can
     std::map<std::string, int> m_callCounts;
     boost::optional<SimulatedTransaction> m_transaction;
 };

@@ -1,6 +1,7 @@
 #include "DAXCoreSimulator/CoreAdapter.h"
 
 #include <chrono>
+#include <filesystem>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -71,6 +72,13 @@ protected:
     void openTransaction() {
         EXPECT_EQ("", callAsInFile("createTransaction").exception);
         EXPECT_EQ("", callAsInFile("helloMessage").exception);
+    }
+
+    // What a further transaction, which is granted, puts on standard error.
+    std::string complaintOfATransaction() {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ("", callAsInFile("createTransaction").exception);
+        return testing::internal::GetCapturedStderr();
     }
 
     std::vector<json> calls() const {
@@ -199,15 +207,43 @@ TEST_F(CoreAdapterTest, ReadsTheScenarioAnewWithEachTransaction) {
     EXPECT_EQ("2000", resultOf<std::string>("getCurrentVersion"));
 }
 
-TEST_F(CoreAdapterTest, GoesOnWithTheEarlierScenarioWhenANewOneIsBroken) {
+TEST_F(CoreAdapterTest, GoesOnWithTheEarlierScenarioWhenANewOneIsBrokenAndSaysSoOnce) {
     openTransaction();
     play("[core]\nversion=2000\nspeed=1\n");
-    testing::internal::CaptureStderr();
-    EXPECT_EQ("", callAsInFile("createTransaction").exception);
     EXPECT_EQ("DAXCoreSimulator: " + (m_root / "scenario.ini").string() +
                   ": [core] speed: there is no such key; the earlier scenario goes on\n",
-              testing::internal::GetCapturedStderr());
+              complaintOfATransaction());
+    EXPECT_EQ("", complaintOfATransaction());
     EXPECT_EQ("1000", resultOf<std::string>("getCurrentVersion"));
+}
+
+TEST_F(CoreAdapterTest, SaysAgainWhatIsBrokenWhenItIsAnotherThingOrWasMendedInBetween) {
+    openTransaction();
+    play("[core]\nspeed=1\n");
+    EXPECT_THAT(complaintOfATransaction(), HasSubstr("[core] speed: "));
+    play("[core]\nheight=1\n");
+    EXPECT_THAT(complaintOfATransaction(), HasSubstr("[core] height: "));
+    play("[core]\nversion=2000\n");
+    EXPECT_EQ("", complaintOfATransaction());
+    play("[core]\nheight=1\n");
+    EXPECT_THAT(complaintOfATransaction(), HasSubstr("[core] height: "));
+    EXPECT_EQ("2000", resultOf<std::string>("getCurrentVersion"));
+}
+
+TEST_F(CoreAdapterTest, PlaysWhatIsBuiltInWhenTheScenarioIsGone) {
+    play("[core]\nversion=2000\n");
+    EXPECT_EQ("2000", resultOf<std::string>("getCurrentVersion"));
+    std::filesystem::remove(m_root / "scenario.ini");
+    EXPECT_EQ("", complaintOfATransaction());
+    EXPECT_EQ("1000", resultOf<std::string>("getCurrentVersion"));
+}
+
+TEST_F(CoreAdapterTest, ComplainsOfAScenarioThatCannotBeLookedAt) {
+    openTransaction();
+    std::filesystem::remove(m_root / "scenario.ini");
+    std::filesystem::create_symlink("scenario.ini", m_root / "scenario.ini");
+    EXPECT_THAT(complaintOfATransaction(),
+                testing::StartsWith("DAXCoreSimulator: " + (m_root / "scenario.ini").string() + ": "));
 }
 
 TEST_F(CoreAdapterTest, ThrowsTheExceptionOfAFault) {
@@ -266,6 +302,24 @@ TEST_F(CoreAdapterTest, IsToDieBehindTheReplyWhenAFaultSaysSo) {
     EXPECT_TRUE(adapter().isToDie());
 }
 
+TEST_F(CoreAdapterTest, MayStallAndThrowAndDieBehindTheReplyAtOnce) {
+    play("[fault getCurrentVersion]\nstall_seconds=0.1\nexception=CWrongKeys\nempty_reply=true\ndie=after\n");
+    adapter();
+    const auto start = std::chrono::steady_clock::now();
+    const Answer answer = call("getCurrentVersion");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+    EXPECT_EQ("CWrongKeys", answer.exception);
+    EXPECT_NE("", answer.archive);
+    EXPECT_TRUE(adapter().isToDie());
+}
+
+TEST_F(CoreAdapterTest, CountsTheCallsOfEachMethodByItself) {
+    play("[fault getCurrentVersion]\ncall=2\nexception=CWrongKeys\n");
+    EXPECT_EQ("", call("getCurrentVersion").exception);
+    EXPECT_EQ("", call("getSupportedUpgradeTypes").exception);
+    EXPECT_EQ("CWrongKeys", call("getCurrentVersion").exception);
+}
+
 using CoreAdapterDeathTest = CoreAdapterTest;
 
 TEST_F(CoreAdapterDeathTest, DiesBeforeTheReplyWithTheCallOnRecord) {
@@ -295,6 +349,24 @@ TEST_F(CoreAdapterTest, RecordsMethodSenderAndArguments) {
                     R"(startInstallation {"items":["a","b c"]})",
                     R"(startFinalization {"flag":true,"items":["a"],"upgradeId":"01ff"})",
                     R"(cancelCoreTransaction {"reason":"user's wish"})"));
+}
+
+TEST_F(CoreAdapterTest, RecordsAnEmptyObjectForEachMethodWithoutArguments) {
+    openTransaction();
+    for (const std::string method :
+         {"getCurrentVersion", "getSupportedUpgradeTypes", "scheduleFactoryReset", "isSearchingPossible",
+          "startModelsSearching", "getSearchProgress", "getSearchResult", "getModelsSearchResult",
+          "getInstallationProgress", "getFinalizationProgress"}) {
+        EXPECT_EQ("", call(method).exception) << method;
+        EXPECT_EQ(method, calls().back()["method"]);
+        EXPECT_EQ("{}", calls().back()["arguments"].dump()) << method;
+    }
+}
+
+TEST_F(CoreAdapterTest, RecordsTheTimeInUTC) {
+    call("getCurrentVersion");
+    EXPECT_THAT(calls().back()["time"].get<std::string>(),
+                testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}(\\.[0-9]{6})?Z"));
 }
 
 TEST_F(CoreAdapterTest, RecordsTheAbsenceOfAnUpgradeIdentifier) {

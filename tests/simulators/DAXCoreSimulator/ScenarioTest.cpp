@@ -187,7 +187,19 @@ const BrokenScenario BROKEN[] = {
     {"[fault helloMessage]\nexception=UnknownException\n",
      "[fault helloMessage] exception: 'UnknownException' does not cross the bus"},
     {"[fault getService]\n", "[fault getService]: the core has no method 'getService'"},
+    {"[installation]\nresult=perhaps\n", "[installation] result: 'perhaps' is none of failed, success"},
+    {"[finalization]\nresult=\n", "[finalization] result: '' is none of failed, success"},
+    {"[finalization]\nseconds=1000000001\n",
+     "[finalization] seconds: a number of seconds from 0 to 1000000000 is expected"},
+    {"[search]\nkind=-1\n", "[search] kind: a number from 0 to 255 is expected; 0 and 1 are valid ones"},
+    {"[fault helloMessage]\nstall_seconds=-1\n",
+     "[fault helloMessage] stall_seconds: a number of seconds from 0 to 1000000000 is expected"},
     {"[core]\nspeed=1\n", "[core] speed: there is no such key"},
+    {"[search]\nspeed=1\n", "[search] speed: there is no such key"},
+    {"[installation]\nversion=1\n", "[installation] version: there is no such key"},
+    {"[finalization]\npossible=true\n", "[finalization] possible: there is no such key"},
+    {"[fault helloMessage]\nspeed=1\n", "[fault helloMessage] speed: there is no such key"},
+    {"[fault ]\n", "[fault ]: the core has no method ''"},
     {"[sound]\nvolume=1\n", "[sound]: there is no such group"},
 };
 
@@ -203,13 +215,25 @@ TEST_F(ScenarioTest, RefusesValuesOfAnotherTypeByFileGroupAndKey) {
     EXPECT_THAT(refusalOf("[search]\nscope=wide\n"), StartsWith("[search] scope: "));
     EXPECT_THAT(refusalOf("[search]\nseconds=soon\n"), StartsWith("[search] seconds: "));
     EXPECT_THAT(refusalOf("[core]\nrefuse_transactions=perhaps\n"), StartsWith("[core] refuse_transactions: "));
+    EXPECT_THAT(refusalOf("[search]\nkind=new\n"), StartsWith("[search] kind: "));
+    EXPECT_THAT(refusalOf("[fault helloMessage]\ncall=first\n"), StartsWith("[fault helloMessage] call: "));
+    EXPECT_THAT(refusalOf("[fault helloMessage]\nstall_seconds=long\n"),
+                StartsWith("[fault helloMessage] stall_seconds: "));
+    EXPECT_THAT(refusalOf("[fault helloMessage]\nempty_reply=perhaps\n"),
+                StartsWith("[fault helloMessage] empty_reply: "));
     EXPECT_THAT(refusalOf("[core]\nversion=\xFF\n"), StartsWith("[core] version: "));
     EXPECT_THAT(refusalOf("[search]\nmodels=\xFF;\n"), StartsWith("[search] models: "));
 }
 
 TEST_F(ScenarioTest, RefusesWhatIsNoKeyFileAndWhatIsNotThere) {
     EXPECT_NE("it was read", refusalOf("version=1000\n"));
-    EXPECT_THROW(readScenario((m_root / "nowhere.ini").string()), ScenarioError);
+    const std::string nowhere = (m_root / "nowhere.ini").string();
+    try {
+        readScenario(nowhere);
+        ADD_FAILURE() << "it was read";
+    } catch (const ScenarioError& error) {
+        EXPECT_EQ(nowhere + ": No such file or directory", std::string(error.what()));
+    }
 }
 
 } // namespace
