@@ -20,11 +20,18 @@ ProgressDisplay::ProgressDisplay(std::string step, bool silent)
               : isatty(STDERR_FILENO) ? Style::BAR
                                       : Style::LINES) {}
 
+ProgressDisplay::~ProgressDisplay() {
+    if (m_isLineOpen) {
+        std::fputc('\n', stderr);
+    }
+}
+
 void ProgressDisplay::show(const DAX::Service::ServiceTransactionProgress& progress) {
     const bool first = m_percent < 0;
     m_percent = std::clamp(progress.progressPercent, 0, 100);
     if (m_style == Style::BAR) {
         drawBar("");
+        m_isLineOpen = true;
     } else if (m_style == Style::LINES && first) {
         std::fprintf(stderr, "%s: started\n", m_step.c_str());
     }
@@ -33,6 +40,7 @@ void ProgressDisplay::show(const DAX::Service::ServiceTransactionProgress& progr
 void ProgressDisplay::finish(const std::string& outcome) {
     if (m_style == Style::BAR) {
         drawBar(" " + outcome + "\n");
+        m_isLineOpen = false;
     } else if (m_style == Style::LINES) {
         std::fprintf(stderr, "%s: %s\n", m_step.c_str(), outcome.c_str());
     }

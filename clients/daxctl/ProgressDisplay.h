@@ -11,6 +11,11 @@ namespace daxctl {
 class ProgressDisplay {
 public:
     ProgressDisplay(std::string step, bool silent);
+    ProgressDisplay(const ProgressDisplay&) = delete;
+    ProgressDisplay& operator=(const ProgressDisplay&) = delete;
+
+    // Ends the line of a bar that has not been finished, so that what comes next stands on one of its own.
+    ~ProgressDisplay();
 
     void show(const DAX::Service::ServiceTransactionProgress& progress);
 
@@ -25,6 +30,7 @@ private:
     std::string m_step;
     Style m_style;
     int m_percent = -1;
+    bool m_isLineOpen = false; // a bar stands at the end of what was written
 };
 
 } // namespace daxctl

@@ -1,0 +1,95 @@
+#include "daxctl/ProgressDisplay.h"
+
+#include <gmock/gmock.h>
+
+#include "clients/daxctl/StandardError.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace testing;
+using daxctl::ProgressDisplay;
+
+Service::ServiceTransactionProgress percent(int number) {
+    return {Service::SERVICE_TRANSACTION_IN_PROGRESS, number, boost::none};
+}
+
+const std::string BAR_OF_0 = "\rSearch        [........................................]   0 %";
+const std::string BAR_OF_50 = "\rSearch        [####################....................]  50 %";
+const std::string BAR_OF_100 = "\rSearch        [########################################] 100 %";
+
+TEST(ProgressDisplayOnATerminal, RedrawsOneBar) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay display("Search", false);
+    display.show(percent(0));
+    display.show(percent(50));
+    display.show(percent(100));
+    display.finish("done");
+    EXPECT_EQ(terminal.text(), BAR_OF_0 + BAR_OF_50 + BAR_OF_100 + BAR_OF_100 + " done\n");
+}
+
+TEST(ProgressDisplayOnATerminal, LeavesTheBarWhereAFailureMetIt) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay display("Search", false);
+    display.show(percent(50));
+    display.finish("failed");
+    EXPECT_EQ(terminal.text(), BAR_OF_50 + BAR_OF_50 + " failed\n");
+}
+
+TEST(ProgressDisplayOnATerminal, DrawsAnEmptyBarForAStepThatWasNeverShown) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay("Search", false).finish("failed");
+    EXPECT_EQ(terminal.text(), BAR_OF_0 + " failed\n");
+}
+
+TEST(ProgressDisplayOnATerminal, DrawsNoPercentsThatThereAreNot) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay display("Search", false);
+    display.show(percent(-7));
+    display.show(percent(101));
+    display.finish("done");
+    EXPECT_EQ(terminal.text(), BAR_OF_0 + BAR_OF_100 + BAR_OF_100 + " done\n");
+}
+
+TEST(ProgressDisplayOnATerminal, EndsTheLineOfABarThatNobodyFinished) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay("Search", false).show(percent(50));
+    EXPECT_EQ(terminal.text(), BAR_OF_50 + "\n");
+}
+
+TEST(ProgressDisplayOnATerminal, WritesNothingWhenItIsSilent) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay display("Search", true);
+    display.show(percent(50));
+    display.finish("done");
+    EXPECT_EQ(terminal.text(), "");
+}
+
+TEST(ProgressDisplayOnAPipe, WritesALineAtTheBeginningAndOneAtTheEnd) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    ProgressDisplay display("Search", false);
+    for (const int number : {0, 50, 100}) {
+        display.show(percent(number));
+    }
+    display.finish("done");
+    EXPECT_EQ(pipe.text(), "Search: started\nSearch: done\n");
+}
+
+TEST(ProgressDisplayOnAPipe, WritesNoFurtherLineForAStepThatNobodyFinished) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    ProgressDisplay("Search", false).show(percent(50));
+    EXPECT_EQ(pipe.text(), "Search: started\n");
+}
+
+TEST(ProgressDisplayOnAPipe, WritesNothingWhenItIsSilent) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    ProgressDisplay display("Search", true);
+    display.show(percent(50));
+    display.finish("done");
+    EXPECT_EQ(pipe.text(), "");
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
