@@ -1,37 +1,43 @@
 #include "daxctl/Interruption.h"
 
-#include <csignal>
 #include <ctime>
+#include <initializer_list>
 
 namespace daxctl {
 
 namespace {
 
-sigset_t heldSignals() {
+bool isIgnored(int signal) {
+    struct sigaction action;
+    sigaction(signal, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
+}
+
+sigset_t signalsToHold() {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!isIgnored(signal)) {
+            sigaddset(&signals, signal);
+        }
+    }
     return signals;
 }
 
 } // namespace
 
-Interruption::Interruption() {
-    const sigset_t signals = heldSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+Interruption::Interruption() : m_signals(signalsToHold()) {
+    pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
 }
 
 Interruption::~Interruption() {
-    const sigset_t signals = heldSignals();
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
 }
 
 bool Interruption::wait(std::chrono::milliseconds time) {
     if (!m_requested) {
-        const sigset_t signals = heldSignals();
         const timespec limit{time.count() / 1000, (time.count() % 1000) * 1000000};
-        m_requested = sigtimedwait(&signals, nullptr, &limit) > 0;
+        m_requested = sigtimedwait(&m_signals, nullptr, &limit) > 0;
     }
     return m_requested;
 }

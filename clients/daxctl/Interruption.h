@@ -1,11 +1,13 @@
 #pragma once
 
 #include <chrono>
+#include <csignal>
 
 namespace daxctl {
 
-// SIGINT and SIGTERM, held back from the moment this object is made, so that a command can look for them at its own
-// pace and end in good order. One for the process, made before there are other threads.
+// SIGINT, SIGTERM and SIGHUP, unless the process was started with them ignored, held back from the moment this object
+// is made, so that a command can look for them at its own pace and end in good order. One for the process, made before
+// there are other threads.
 class Interruption {
 public:
     Interruption();
@@ -19,6 +21,7 @@ public:
     bool requested() { return wait(std::chrono::milliseconds(0)); }
 
 private:
+    sigset_t m_signals;
     bool m_requested = false;
 };
 

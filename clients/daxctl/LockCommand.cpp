@@ -80,14 +80,18 @@ private:
     ExternalLockId m_id;
 };
 
+// With --json the command's output leaves standard output to the document.
 int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
     Interruption interruption;
     const auto manager = connectToDaemon();
+    const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
     try {
-        const HeldLock lock(*manager, request);
-        const int status = runChild(commandLine, interruption);
+        auto lock = std::make_unique<HeldLock>(*manager, request);
+        const ExternalLockId id = lock->id();
+        const int status = runChild(commandLine, output, interruption);
+        lock.reset();
         if (json) {
-            clients_common::printJson({{"outcome", "held"}, {"id", lock.id()}, {"status", status}});
+            clients_common::printJson({{"outcome", "held"}, {"id", id}, {"status", status}});
         }
         return status;
     } catch (const DAX::UserInterestExceptions::ExternalLockDenied&) {

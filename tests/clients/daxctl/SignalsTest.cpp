@@ -1,0 +1,106 @@
+// What signals do to daxctl and to the commands that it runs. A test that raises one does so in a child process.
+#include <csignal>
+
+#include <gmock/gmock.h>
+
+#include "clients/daxctl/StandardError.h"
+#include "daxctl/ChildProcess.h"
+#include "support/ProcessDeath.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace testing;
+using daxctl::ChildOutput;
+using daxctl::Interruption;
+using std::chrono::milliseconds;
+
+class EachSignal : public TestWithParam<int> {};
+
+TEST_P(EachSignal, IsHeldBackUntilItIsLookedFor) {
+    EXPECT_IN_CHILD({
+        Interruption interruption;
+        EXPECT_FALSE(interruption.requested());
+        raise(GetParam());
+        EXPECT_TRUE(interruption.requested());
+        EXPECT_TRUE(interruption.wait(milliseconds(0)));
+    });
+}
+
+TEST_P(EachSignal, IsLeftAloneWhenTheProcessIgnoresIt) {
+    EXPECT_IN_CHILD({
+        std::signal(GetParam(), SIG_IGN);
+        Interruption interruption;
+        raise(GetParam());
+        EXPECT_FALSE(interruption.requested());
+    });
+}
+
+TEST_P(EachSignal, EndsTheProcessAgainAfterwards) {
+    EXPECT_EXIT(
+        {
+            { Interruption interruption; }
+            raise(GetParam());
+        },
+        KilledBySignal(GetParam()), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAnInterruption, EachSignal, Values(SIGINT, SIGTERM, SIGHUP));
+
+class ChildProcess : public Test {
+protected:
+    int run(const std::vector<std::string>& line) { return daxctl::runChild(line, ChildOutput::TO_OUTPUT, m_signals); }
+
+    Interruption m_signals;
+};
+
+TEST_F(ChildProcess, GivesTheStatusOfTheCommand) {
+    EXPECT_EQ(run({"true"}), 0);
+    EXPECT_EQ(run({"sh", "-c", "exit 7"}), 7);
+}
+
+TEST_F(ChildProcess, GivesTheSignalThatEndedTheCommand) {
+    EXPECT_EQ(run({"sh", "-c", "kill -KILL $$"}), 128 + SIGKILL);
+}
+
+TEST_F(ChildProcess, TellsWhyACommandCannotBeStarted) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    EXPECT_EQ(run({"/no/such/program"}), 127);
+    EXPECT_EQ(pipe.text(), "/no/such/program: No such file or directory\n");
+}
+
+TEST_F(ChildProcess, LetsSignalsEndTheCommandThatAreHeldBackOrIgnoredHere) {
+    const auto ignored = std::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        EXPECT_EQ(run({"sh", "-c", "kill -" + std::to_string(signal) + " $$; exit 1"}), 128 + signal);
+    }
+    std::signal(SIGPIPE, ignored);
+}
+
+TEST_F(ChildProcess, HandsAnInterruptionOnAsSigterm) {
+    raise(SIGINT);
+    EXPECT_EQ(run({"sleep", "1000"}), 128 + SIGTERM);
+}
+
+TEST_F(ChildProcess, WaitsForACommandThatTidiesUpAfterAnInterruption) {
+    EXPECT_EQ(run({"sh", "-c", "trap 'exit 5' TERM; kill -INT $PPID; while true; do sleep 0.05; done"}), 5);
+}
+
+TEST_F(ChildProcess, WritesToStandardErrorWhenItIsToldTo) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    EXPECT_EQ(daxctl::runChild({"echo", "inside"}, ChildOutput::TO_ERRORS, m_signals), 0);
+    EXPECT_EQ(pipe.text(), "inside\n");
+}
+
+TEST_F(ChildProcess, WritesToStandardOutputOtherwise) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    internal::CaptureStdout();
+    EXPECT_EQ(run({"echo", "inside"}), 0);
+    EXPECT_EQ(internal::GetCapturedStdout(), "inside\n");
+    EXPECT_EQ(pipe.text(), "");
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
