@@ -65,22 +65,22 @@ bool UpgradeRun::runTransaction(IServiceTransaction& transaction) {
     if (possible && !*possible) {
         return end("searchNotPossible", "Searching is not possible now.");
     }
-    transaction.startSearching(m_plan.searchParameter);
-    if (!follow(transaction, "Search", &IServiceTransaction::getSearchProgress) || !search(transaction)) {
+    const auto searching = [&] { transaction.startSearching(m_plan.searchParameter); };
+    if (!step(transaction, "Search", searching, &IServiceTransaction::getSearchProgress) || !search(transaction)) {
         return false;
     }
     if (m_plan.searchOnly) {
         return end("found", "");
     }
-    transaction.startInstallation(m_plan.items);
-    if (!follow(transaction, "Installation", &IServiceTransaction::getInstallationProgress)) {
+    const auto installing = [&] { transaction.startInstallation(m_plan.items); };
+    if (!step(transaction, "Installation", installing, &IServiceTransaction::getInstallationProgress)) {
         return false;
     }
     if (!m_plan.finalize) {
         return end("installed", "Installed; not finalized.");
     }
-    transaction.startFinalization(m_plan.items, m_plan.finalizationFlag);
-    return follow(transaction, "Finalization", &IServiceTransaction::getFinalizationProgress) &&
+    const auto finalizing = [&] { transaction.startFinalization(m_plan.items, m_plan.finalizationFlag); };
+    return step(transaction, "Finalization", finalizing, &IServiceTransaction::getFinalizationProgress) &&
            end("finalized", "Finalized. The installation lock is in force until the device has started anew.");
 }
 
@@ -98,6 +98,22 @@ bool UpgradeRun::search(IServiceTransaction& transaction) {
     return true;
 }
 
+// A call to the daemon can take long, and a step can be at its end at once: what the user asked for meanwhile counts
+// before the next step.
+bool UpgradeRun::step(IServiceTransaction& transaction, const std::string& name, const std::function<void()>& start,
+                      Progress progress) {
+    if (m_interruption.requested()) {
+        return cancel(transaction, name + " was not started");
+    }
+    start();
+    return follow(transaction, name, progress);
+}
+
+bool UpgradeRun::cancel(IServiceTransaction& transaction, const std::string& what) {
+    transaction.cancelServiceTransaction("Interrupted by the user of daxctl.");
+    return end("cancelled", what + "; the transaction has been cancelled at the core.");
+}
+
 bool UpgradeRun::follow(IServiceTransaction& transaction, const std::string& step, Progress progress) {
     ProgressDisplay display(step, m_silent);
     for (;;) {
@@ -110,8 +126,7 @@ bool UpgradeRun::follow(IServiceTransaction& transaction, const std::string& ste
         }
         if (m_interruption.wait(POLL_INTERVAL)) {
             display.finish("interrupted");
-            transaction.cancelServiceTransaction("Interrupted by the user of daxctl.");
-            return end("cancelled", step + " was interrupted; the transaction has been cancelled at the core.");
+            return cancel(transaction, step + " was interrupted");
         }
     }
 }

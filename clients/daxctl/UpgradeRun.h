@@ -40,6 +40,9 @@ private:
 
     bool runTransaction(DAX::Service::IServiceTransaction& transaction);
     bool search(DAX::Service::IServiceTransaction& transaction);
+    bool step(DAX::Service::IServiceTransaction& transaction, const std::string& name,
+              const std::function<void()>& start, Progress progress);
+    bool cancel(DAX::Service::IServiceTransaction& transaction, const std::string& what);
     bool follow(DAX::Service::IServiceTransaction& transaction, const std::string& step, Progress progress);
     bool end(const std::string& outcome, const std::string& message);
 

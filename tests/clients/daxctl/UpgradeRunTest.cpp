@@ -1,0 +1,204 @@
+#include "daxctl/UpgradeRun.h"
+
+#include <csignal>
+
+#include <gmock/gmock.h>
+
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
+#include "clients/daxctl/StandardError.h"
+#include "support/FakeKovan.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace testing;
+using namespace Service;
+using DAXCommon::ServiceClientPriority;
+using DAXCommon::ServiceTransactionType;
+
+const char* const CANCEL_REASON = "Interrupted by the user of daxctl.";
+
+class UpgradeRunTest : public Test {
+protected:
+    UpgradeRunTest() {
+        ON_CALL(manager, getService).WillByDefault(Return(service));
+        ON_CALL(*service, startNewTransaction).WillByDefault(Return(transaction));
+        const ServiceTransactionProgress done{SERVICE_TRANSACTION_SUCCESS, 100, boost::none};
+        ON_CALL(*transaction, getSearchProgress).WillByDefault(Return(done));
+        ON_CALL(*transaction, getInstallationProgress).WillByDefault(Return(done));
+        ON_CALL(*transaction, getFinalizationProgress).WillByDefault(Return(done));
+        ServiceSearchResult found;
+        found.result = SERVICE_TRANSACTION_SUCCESS;
+        found.upgrade = SingleUpgradeDescription{
+            DAXCommon::USB, {0x0d, 0xa5}, std::string("1100"), {'<', '>'}, DAXCommon::UPGRADE_KIND_IMPORTANT, 3};
+        ON_CALL(*transaction, getSearchResult).WillByDefault(Return(found));
+    }
+
+    // What the run says to people; its result and report are kept.
+    std::string run(bool silent = false) {
+        StandardError pipe(StandardError::Kind::PIPE);
+        daxctl::UpgradeRun upgrade(manager, plan, interruption, silent);
+        succeeded = upgrade.run();
+        report = upgrade.report();
+        return pipe.text();
+    }
+
+    TemporaryRoot root;
+    daxctl::Interruption interruption;
+    daxctl::UpgradePlan plan;
+    NiceMock<MockServiceManager> manager;
+    std::shared_ptr<NiceMock<MockService>> service = std::make_shared<NiceMock<MockService>>();
+    std::shared_ptr<NiceMock<MockServiceTransaction>> transaction =
+        std::make_shared<NiceMock<MockServiceTransaction>>();
+    bool succeeded = false;
+    nlohmann::ordered_json report;
+};
+
+TEST_F(UpgradeRunTest, AsksForWhatThePlanSaysAndEndsItsSession) {
+    plan.request = {"updater", 6, 3};
+    plan.upgradeType = DAXCommon::USB;
+    plan.searchParameter = "deep";
+    plan.items = {"main", "panel"};
+    plan.finalizationFlag = true;
+    InSequence order;
+    EXPECT_CALL(manager, getService(ServiceClientPriority(6), "updater", ServiceTransactionType(3)));
+    EXPECT_CALL(*service, startNewTransaction(DAXCommon::USB));
+    EXPECT_CALL(*transaction, startSearching("deep"));
+    EXPECT_CALL(*transaction, startInstallation(plan.items));
+    EXPECT_CALL(*transaction, startFinalization(plan.items, true));
+    EXPECT_CALL(*service, invalidate("The client has finished."));
+    run();
+    EXPECT_TRUE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, ReportsEveryFieldOfWhatWasFound) {
+    run();
+    EXPECT_EQ(report.dump(), R"({"search":{"upgradeType":3,"upgradeId":"0da5","version":"1100","updateInfo":"<>",)"
+                             R"("kind":1,"scope":3},"outcome":"finalized"})");
+}
+
+TEST_F(UpgradeRunTest, SaysNothingWhenItIsSilent) {
+    EXPECT_EQ(run(true), "");
+    EXPECT_TRUE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, FindsAnUpgradeWithoutAVersion) {
+    ServiceSearchResult found;
+    found.result = SERVICE_TRANSACTION_SUCCESS;
+    found.upgrade = SingleUpgradeDescription{DAXCommon::OTN, {}, boost::none, {}, DAXCommon::UPGRADE_KIND_REGULAR, 0};
+    EXPECT_CALL(*transaction, getSearchResult).WillOnce(Return(found));
+    EXPECT_THAT(run(), HasSubstr("Found version without a number (scope 0, id )\n"));
+    EXPECT_TRUE(report["search"]["version"].is_null());
+}
+
+TEST_F(UpgradeRunTest, IsRefusedWithTheNameAndThePriorityOfTheHolder) {
+    EXPECT_CALL(manager, getService).WillOnce(Return(nullptr));
+    EXPECT_CALL(manager, getServiceOwner)
+        .WillRepeatedly(DoAll(SetArgReferee<0>(ServiceClientPriority(-1)), SetArgReferee<1>("updater"),
+                              SetArgReferee<2>(ServiceTransactionType(2)), Return(true)));
+    EXPECT_EQ(run(), "Refused: the service is held by updater with priority -1.\n");
+    EXPECT_FALSE(succeeded);
+    EXPECT_EQ(report.dump(), R"({"refusedBecause":"the service is held by updater with priority -1",)"
+                             R"("owner":{"clientName":"updater","priority":-1,"transactionType":2},)"
+                             R"("outcome":"refused"})");
+}
+
+TEST_F(UpgradeRunTest, IsRefusedByALockWhenNobodyHoldsTheService) {
+    EXPECT_CALL(manager, getService).WillOnce(Return(nullptr));
+    EXPECT_EQ(run(), "Refused: an external lock of this priority or a higher one is held.\n");
+    EXPECT_TRUE(report["owner"].is_null());
+}
+
+TEST_F(UpgradeRunTest, IsRefusedWhenItsSessionIsNoLongerValid) {
+    EXPECT_CALL(*service, startNewTransaction).WillOnce(Return(nullptr));
+    EXPECT_EQ(run(), "Refused: the session is no longer valid.\n");
+    EXPECT_EQ(report["outcome"], "refused");
+}
+
+TEST_F(UpgradeRunTest, GoesOnWhenTheCoreDoesNotKnowWhetherASearchIsPossible) {
+    EXPECT_CALL(*transaction, isSearchingPossible).WillOnce(Return(boost::none));
+    run();
+    EXPECT_TRUE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, EndsWhenASearchIsNotPossible) {
+    EXPECT_CALL(*transaction, isSearchingPossible).WillOnce(Return(boost::optional<bool>(false)));
+    EXPECT_CALL(*transaction, startSearching).Times(0);
+    EXPECT_EQ(run(), "Searching is not possible now.\n");
+    EXPECT_FALSE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, EndsWhenNothingWasFound) {
+    EXPECT_CALL(*transaction, getSearchResult).WillOnce(Return(ServiceSearchResult()));
+    EXPECT_CALL(*transaction, startInstallation).Times(0);
+    EXPECT_EQ(run(), "Search: started\nSearch: done\nNo upgrade was found.\n");
+    EXPECT_EQ(report["outcome"], "nothingFound");
+}
+
+TEST_F(UpgradeRunTest, EndsWithTheFirstStepThatFails) {
+    EXPECT_CALL(*transaction, getInstallationProgress)
+        .WillOnce(Return(ServiceTransactionProgress{SERVICE_TRANSACTION_FAILED, 30, boost::none}));
+    EXPECT_CALL(*transaction, startFinalization).Times(0);
+    EXPECT_THAT(run(), EndsWith("Installation: started\nInstallation: failed\nInstallation failed.\n"));
+    EXPECT_EQ(report["outcome"], "failed");
+}
+
+TEST_F(UpgradeRunTest, LooksAgainUntilAStepHasEnded) {
+    const auto at = [](EServiceTransactionResult result) { return ServiceTransactionProgress{result, 0, boost::none}; };
+    EXPECT_CALL(*transaction, getSearchProgress)
+        .WillOnce(Return(at(SERVICE_TRANSACTION_UNDEFINED)))
+        .WillOnce(Return(at(SERVICE_TRANSACTION_IN_PROGRESS)))
+        .WillOnce(Return(at(SERVICE_TRANSACTION_SUCCESS)));
+    run();
+    EXPECT_TRUE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, AnInterruptionDuringAStepCancelsAtTheCore) {
+    EXPECT_CALL(*transaction, getInstallationProgress).WillOnce([] {
+        raise(SIGINT);
+        return ServiceTransactionProgress{SERVICE_TRANSACTION_IN_PROGRESS, 30, boost::none};
+    });
+    EXPECT_CALL(*transaction, cancelServiceTransaction(CANCEL_REASON));
+    EXPECT_THAT(run(), EndsWith("Installation: interrupted\n"
+                                "Installation was interrupted; the transaction has been cancelled at the core.\n"));
+    EXPECT_FALSE(succeeded);
+    EXPECT_EQ(report["outcome"], "cancelled");
+}
+
+TEST_F(UpgradeRunTest, AnInterruptionDuringACallCountsBeforeTheNextStep) {
+    EXPECT_CALL(*transaction, startInstallation).WillOnce([](const std::set<std::string>&) { raise(SIGINT); });
+    EXPECT_CALL(*transaction, startFinalization).Times(0);
+    EXPECT_CALL(*transaction, cancelServiceTransaction(CANCEL_REASON));
+    EXPECT_THAT(run(), EndsWith("Finalization was not started; the transaction has been cancelled at the core.\n"));
+    EXPECT_EQ(report["outcome"], "cancelled");
+}
+
+TEST_F(UpgradeRunTest, AnInterruptionBeforeTheSearchCancelsAtTheCore) {
+    raise(SIGINT);
+    EXPECT_CALL(*transaction, startSearching).Times(0);
+    EXPECT_CALL(*transaction, cancelServiceTransaction(CANCEL_REASON));
+    EXPECT_EQ(run(), "Search was not started; the transaction has been cancelled at the core.\n");
+}
+
+TEST_F(UpgradeRunTest, AnInterruptionDuringTheLastCallComesTooLate) {
+    EXPECT_CALL(*transaction, startFinalization).WillOnce([](const std::set<std::string>&, bool) { raise(SIGINT); });
+    EXPECT_CALL(*transaction, cancelServiceTransaction).Times(0);
+    run();
+    EXPECT_TRUE(succeeded);
+    EXPECT_TRUE(interruption.requested()); // and is taken here, lest it end the test
+}
+
+TEST(Session, TellsOfALockThatBlocksByTheDevicesSetting) {
+    const char* const key = "memory/menu/support/softwareupdate/isExternalLockAcquired";
+    EXPECT_FALSE(daxctl::isBlockingExternalLockHeld());
+    FakeKovan::setSetting(key, 1);
+    EXPECT_TRUE(daxctl::isBlockingExternalLockHeld());
+    FakeKovan::setSetting(key, 0);
+    EXPECT_FALSE(daxctl::isBlockingExternalLockHeld());
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
