@@ -26,10 +26,11 @@ nlohmann::ordered_json lastSearchOf(IServiceManager& manager) {
 bool addCoreFacts(IServiceManager& manager, nlohmann::ordered_json& status) {
     try {
         status["version"] = manager.getCurrentVersion();
-        status["supportedTypes"] = nlohmann::ordered_json::array();
+        auto types = nlohmann::ordered_json::array();
         for (const auto type : manager.getSupportedUpgradeTypes()) {
-            status["supportedTypes"].push_back(upgradeTypeName(type));
+            types.push_back(upgradeTypeName(type));
         }
+        status["supportedTypes"] = types;
         return true;
     } catch (...) {
         const Failure failure = describeCurrentException();

@@ -41,6 +41,30 @@ TEST_F(Daxctl, StatusTellsWhatIsKnown) {
         "supportedTypes": ["OTA", "OTN", "USB"]})"));
 }
 
+TEST_F(Daxctl, StatusIsALineForEachFact) {
+    const auto run = daxctl({"status"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(0));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output, "owner             nobody\n"
+                          "version           1000\n"
+                          "supported types   OTA, OTN, USB\n"
+                          "last search       none known\n"
+                          "installation lock no\n"
+                          "external lock     none that blocks\n");
+}
+
+TEST_F(Daxctl, StatusTellsTheRestWhenTheCoreFails) {
+    desk.play(withFault("getSupportedUpgradeTypes", "exception=CWrongKeys\ntext=It is broken."));
+    const auto run = daxctl({"status"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_EQ(run.errors, "The update core does not answer: CWrongKeys: It is broken.\n");
+    EXPECT_THAT(run.output, HasSubstr("version           1000\nsupported types   unknown\n"));
+    const auto status = jsonOf({"status"});
+    EXPECT_EQ(status["version"], "1000");
+    EXPECT_FALSE(status.contains("supportedTypes"));
+    EXPECT_EQ(status["error"]["name"], "CWrongKeys");
+}
+
 TEST_F(Daxctl, StatusNamesTheOwner) {
     const auto other = holder("updater", "6");
     EXPECT_EQ(jsonOf({"status"})["owner"],
@@ -138,17 +162,34 @@ TEST_F(Daxctl, LockHoldGivesTheCommandsStatusAndReleasesTheLock) {
     EXPECT_EQ(desk.countMessages("External lock 1 is being released by builder"), 1);
 }
 
+TEST_F(Daxctl, LockHoldInJsonLeavesStandardOutputToTheDocument) {
+    const auto held = daxctl({"lock", "hold", "--json", "--", "sh", "-c", "echo inside; exit 7"});
+    EXPECT_EQ(held.end, ProcessEnd::exited(7));
+    EXPECT_EQ(nlohmann::json::parse(held.output),
+              nlohmann::json::parse(R"({"outcome": "held", "id": 1, "status": 7})"));
+    EXPECT_EQ(held.errors, "inside\n");
+}
+
+TEST_F(Daxctl, LockHoldLetsABrokenPipeEndItsCommand) {
+    const auto held = daxctl({"lock", "hold", "--", "sh", "-c", "kill -PIPE $$; exit 7"});
+    EXPECT_EQ(held.end, ProcessEnd::exited(128 + SIGPIPE));
+}
+
 TEST_F(Daxctl, LockHoldReleasesTheLockOfACommandThatCannotBeStarted) {
     EXPECT_EQ(daxctl({"lock", "hold", "--", "/no/such/program"}).end, ProcessEnd::exited(127));
     EXPECT_EQ(desk.countMessages("External lock 1 is being released by daxctl"), 1);
 }
 
 TEST_F(Daxctl, LockHoldEndsItsCommandAndReleasesTheLockWhenItIsInterrupted) {
-    const auto held = desk.start("daxctl", {"lock", "hold", "--", "sleep", "1000"});
-    ASSERT_TRUE(desk.waitForMessage("External lock 1 is acquired by daxctl"));
-    held->send(SIGTERM);
-    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(128 + SIGTERM));
-    EXPECT_EQ(desk.countMessages("External lock 1 is being released by daxctl"), 1);
+    int lock = 0;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const std::string number = std::to_string(++lock);
+        const auto held = desk.start("daxctl", {"lock", "hold", "--", "sleep", "1000"});
+        ASSERT_TRUE(desk.waitForMessage("External lock " + number + " is acquired by daxctl"));
+        held->send(signal);
+        EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(128 + SIGTERM));
+        EXPECT_EQ(desk.countMessages("External lock " + number + " is being released by daxctl"), 1);
+    }
 }
 
 TEST_F(Daxctl, FactoryResetReachesTheCore) {
