@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/WaitUntil.h"
+
 namespace DAX {
 namespace Tests {
 namespace {
@@ -74,19 +76,8 @@ int RawPeer::requestName(const std::string& name, unsigned int flags) {
 }
 
 bool RawPeer::waitForNameOwner(const std::string& name, bool owned, std::chrono::milliseconds bound) {
-    const std::string rule =
-        "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + name + "'";
-    Error error;
-    dbus_bus_add_match(m_connection.get(), rule.c_str(), error.get());
-    error.throwIfSet();
-    const auto deadline = Clock::now() + bound;
-    bool reached = (dbus_bus_name_has_owner(m_connection.get(), name.c_str(), nullptr) != 0) == owned;
-    while (!reached && millisecondsUntil(deadline) > 0) {
-        dbus_connection_read_write(m_connection.get(), millisecondsUntil(deadline));
-        reached = (dbus_bus_name_has_owner(m_connection.get(), name.c_str(), nullptr) != 0) == owned;
-    }
-    dbus_bus_remove_match(m_connection.get(), rule.c_str(), nullptr);
-    return reached;
+    return waitUntil([&] { return (dbus_bus_name_has_owner(m_connection.get(), name.c_str(), nullptr) != 0) == owned; },
+                     bound);
 }
 
 std::uint32_t RawPeer::send(DBusMessage& message) {

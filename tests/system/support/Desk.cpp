@@ -117,21 +117,24 @@ pid_t Desk::ownerOf(const std::string& name) {
     return static_cast<pid_t>(pid);
 }
 
-void Desk::kill(pid_t pid) {
-    if (pid != 0) {
-        ::kill(pid, SIGKILL);
-        waitUntil([pid] { return hasEnded(pid); });
-    }
+// A call can have the bus start the program anew between two looks.
+void Desk::killOwner(const std::string& name) {
+    waitUntil([&] {
+        const pid_t pid = ownerOf(name);
+        if (pid != 0) {
+            ::kill(pid, SIGKILL);
+            waitUntil([pid] { return hasEnded(pid); });
+        }
+        return pid == 0;
+    });
 }
 
 void Desk::killDaemon() {
-    kill(daemon());
-    waitForNoDaemon();
+    killOwner(DAEMON_NAME);
 }
 
 void Desk::killCore() {
-    kill(core());
-    waitForNoCore();
+    killOwner(CORE_NAME);
 }
 
 std::vector<std::string> Desk::daemonMessages() const {

@@ -72,7 +72,7 @@ private:
     static const char* const DAEMON_LOG;
 
     pid_t ownerOf(const std::string& name);
-    void kill(pid_t pid);
+    void killOwner(const std::string& name);
 
     PrivateBus m_bus;
     RawPeer m_observer;
