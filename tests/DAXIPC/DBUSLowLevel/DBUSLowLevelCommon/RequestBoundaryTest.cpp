@@ -1,0 +1,88 @@
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
+
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/exception/all.hpp>
+#include <boost/serialization/string.hpp>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "DAXCommon/UserInterestExceptions.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "support/Thrown.h"
+#include "support/WireGoldens.h"
+
+using namespace DAX::Tests;
+using namespace DAX::UserInterestExceptions;
+using DAX::Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException;
+using DAX::Common::Utils::errinfo_stream_text;
+using DAX::Common::Utils::errinfo_supportcode;
+namespace RequestBoundary = DAX::DAXIPC::DBUSLowLevel::RequestBoundary;
+
+namespace {
+
+TEST(RequestBoundaryFind, GivesWhatTheTableHasForTheMethod) {
+    const std::map<std::string, int> table{{"one", 1}, {"two", 2}};
+    EXPECT_EQ(&table.at("two"), &RequestBoundary::find(table, "two"));
+}
+
+TEST(RequestBoundaryFind, ThrowsForAMethodThatTheTableDoesNotHave) {
+    const std::map<std::string, int> table{{"one", 1}};
+    const auto findAnother = [&] { RequestBoundary::find(table, "another"); };
+    EXPECT_EQ("Unknown method: another", (thrownText<errinfo_stream_text, UnknownMethodException>(findAnother)));
+}
+
+class RequestBoundaryAnswer : public testing::Test {
+protected:
+    template <class Handle>
+    bool answer(Handle handle) {
+        return RequestBoundary::answer(m_out, m_exceptionName, handle);
+    }
+
+    std::stringstream m_out;
+    std::string m_exceptionName = "as before";
+};
+
+TEST_F(RequestBoundaryAnswer, LeavesWhatTheHandlerWrote) {
+    EXPECT_TRUE(answer([&] { m_out << "the result"; }));
+    EXPECT_EQ("the result", m_out.str());
+    EXPECT_EQ("as before", m_exceptionName);
+}
+
+TEST_F(RequestBoundaryAnswer, PutsTheExceptionInThePlaceOfAllThatWasWritten) {
+    EXPECT_FALSE(answer([&] {
+        m_out << std::string(2000, 'x');
+        DAX_THROW(CUSBReadError(), "pulled" << errinfo_supportcode("U-7"));
+    }));
+    EXPECT_EQ("CUSBReadError", m_exceptionName);
+    const auto [supportCode, diagnostic, object] = decode<std::string, std::string, CUSBReadError>(m_out.str());
+    EXPECT_EQ("U-7", supportCode);
+    EXPECT_EQ(encode(supportCode, diagnostic, object), m_out.str());
+}
+
+TEST_F(RequestBoundaryAnswer, TakesWhateverIsThrown) {
+    EXPECT_FALSE(answer([] { throw 7; }));
+    EXPECT_EQ("DAXUnknownException", m_exceptionName);
+}
+
+struct OfAnotherKind {};
+
+TEST_F(RequestBoundaryAnswer, LetsOutWhatKeepsAnExceptionFromBeingWritten) {
+    const auto failWithANestedException = [&] {
+        m_out << "half";
+        try {
+            throw boost::enable_current_exception(OfAnotherKind());
+        } catch (...) {
+            DAX_THROW(CUpdateFailed(), boost::errinfo_nested_exception(boost::current_exception()));
+        }
+    };
+    EXPECT_THROW(answer(failWithANestedException), OfAnotherKind);
+    EXPECT_EQ("half", m_out.str());
+    EXPECT_EQ("as before", m_exceptionName);
+}
+
+} // namespace
