@@ -14,7 +14,8 @@ namespace DBUSLowLevel {
 class StandardExceptionHandler {
 public:
     // Writes the name and the archive of `exception`. Only inside a catch block, because it reads the current
-    // exception. Throws archive_exception when the stream cannot be written.
+    // exception. Throws archive_exception when the stream cannot be written, and lets out an exception nested in it
+    // that is no boost::exception.
     static void wrapException(const boost::exception_ptr& exception, std::string& name, std::stringstream& stream);
 
     // Throws the exception that `name` and the archive stand for, or archive_exception when the archive cannot be read.

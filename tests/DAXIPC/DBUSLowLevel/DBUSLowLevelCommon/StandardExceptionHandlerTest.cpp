@@ -168,10 +168,28 @@ TEST(StandardExceptionHandler, JoinsTheCodesOfNestedExceptions) {
     EXPECT_EQ("B", wrapThrown(CUpdateFailed() << boost::errinfo_nested_exception(inner)).supportCode());
 }
 
-struct TwoTypes : CWrongKeys, CUpdateFailed {};
+struct OfAnotherKind {};
+
+TEST(StandardExceptionHandler, LetsANestedExceptionOfAnotherKindOut) {
+    const auto inner = boost::copy_exception(OfAnotherKind());
+    EXPECT_THROW(wrapThrown(CUpdateFailed() << boost::errinfo_nested_exception(inner)), OfAnotherKind);
+    EXPECT_TRUE(FakeKovan::messages().empty());
+}
+
+template <class First, class Second>
+struct OfTwoTypes : Second, First {};
+
+// What is of two types that follow each other leaves under the name of the first.
+template <class First, class Second, class... Rest>
+void expectTriedInOrder(testing::Types<First, Second, Rest...>) {
+    EXPECT_EQ(ownNameOf<First>(), (wrapThrown(OfTwoTypes<First, Second>()).name));
+    if constexpr (sizeof...(Rest) > 0) {
+        expectTriedInOrder(testing::Types<Second, Rest...>());
+    }
+}
 
 TEST(StandardExceptionHandler, TriesTheTypesInTheOrderOfTheTable) {
-    EXPECT_EQ("CUpdateFailed", wrapThrown(TwoTypes()).name);
+    expectTriedInOrder(AllNamed());
 }
 
 TEST(StandardExceptionHandler, LogsWhatItSends) {
@@ -232,6 +250,8 @@ TEST(StandardExceptionHandler, LetsTheErrorOfAnUnwritableStreamOut) {
         EXPECT_THROW(StandardExceptionHandler::wrapException(boost::current_exception(), name, broken),
                      boost::archive::archive_exception);
     }
+    EXPECT_EQ("CWrongKeys", name);
+    EXPECT_EQ(1U, FakeKovan::messages("DBG").size());
 }
 
 } // namespace
