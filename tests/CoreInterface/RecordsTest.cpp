@@ -4,6 +4,7 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
+#include "DAXCommon/ServiceClientPriority.h"
 #include "support/RecordEquality.h"
 #include "support/SampleRecords.h"
 #include "support/WireGoldens.h"
@@ -35,6 +36,16 @@ TEST(CoreRecords, ProgressWrittenWithTheResultFirstIsReadAsWrongDataWithoutAnErr
 TEST(CoreRecords, NumbersOutsideTheEnumerationsAreKept) {
     auto progress = sampleProgress<Core::TransactionProgress>(-7, 50, boost::none);
     EXPECT_TRUE(progress == std::get<0>(decode<Core::TransactionProgress>(encode(progress))));
+}
+
+TEST(CoreRecords, EnumerationsTravelAsTheirNumbers) {
+    using namespace DAXCommon;
+    EXPECT_EQ("22 serialization::archive 18 0 1 2 3 4\n", encode(UNDEFINED, OTA, OTN, USB, POSTPONE));
+    EXPECT_EQ("22 serialization::archive 18 -1 4 2\n",
+              encode(PRIORITY_NO_SESSION, PRIORITY_MAIN_APP, TRANSACTION_TYPE_DATED_SEARCH));
+    EXPECT_EQ("22 serialization::archive 18 0 1 2 3\n",
+              encode(Core::TRANSACTION_UNDEFINED, Core::TRANSACTION_IN_PROGRESS, Core::TRANSACTION_SUCCESS,
+                     Core::TRANSACTION_FAILED));
 }
 
 } // namespace

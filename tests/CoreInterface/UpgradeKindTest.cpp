@@ -40,6 +40,10 @@ TEST(UpgradeKind, TravelsAsABareNumber) {
     EXPECT_EQ(DAXCommon::UPGRADE_KIND_REGULAR, loaded("0"));
 }
 
+TEST(UpgradeKind, IsHeldInThirtyTwoBits) {
+    EXPECT_EQ(4U, sizeof(UpgradeKind));
+}
+
 TEST(UpgradeKind, IsSavedByItsLowEightBits) {
     EXPECT_EQ("22 serialization::archive 18 2\n", saved(UpgradeKind(0x10002)));
     EXPECT_EQ("22 serialization::archive 18 255\n", saved(UpgradeKind(0xFFFFFFFF)));

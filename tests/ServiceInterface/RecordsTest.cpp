@@ -37,4 +37,10 @@ TEST(ServiceRecords, UpgradeDescriptionOfAnInvalidKindIsRefused) {
     EXPECT_THROW(decode<Service::SingleUpgradeDescription>(encode(upgrade)), Common::Utils::GenericException);
 }
 
+TEST(ServiceRecords, ResultsTravelAsTheirNumbers) {
+    EXPECT_EQ("22 serialization::archive 18 0 1 2 3\n",
+              encode(Service::SERVICE_TRANSACTION_UNDEFINED, Service::SERVICE_TRANSACTION_IN_PROGRESS,
+                     Service::SERVICE_TRANSACTION_SUCCESS, Service::SERVICE_TRANSACTION_FAILED));
+}
+
 } // namespace
