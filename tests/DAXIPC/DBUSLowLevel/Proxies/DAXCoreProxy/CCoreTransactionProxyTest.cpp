@@ -37,6 +37,8 @@ TEST_F(CCoreTransactionProxyTest, StartsASearch) {
     m_wire.replyNothing("startSearching");
     m_transaction.startSearching("");
     m_wire.expectRequest("startSearching", std::string());
+    m_transaction.startSearching("KV 65");
+    EXPECT_EQ("22 serialization::archive 18 5 KV 65", m_wire.bus.parameters("startSearching"));
 }
 
 TEST_F(CCoreTransactionProxyTest, StartsASearchForModels) {
