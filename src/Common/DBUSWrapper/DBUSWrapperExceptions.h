@@ -9,6 +9,8 @@ namespace Common {
 namespace DBUSWrapper {
 namespace DBUSWrapperExceptions {
 
+// What goes wrong between this process and the bus. The exceptions stay in the process; what libdbus says of the
+// failure is their streamed text.
 class DBUSWrapperException : public virtual std::exception, public virtual boost::exception {};
 
 class ErrorConnectingToDBUS : public DBUSWrapperException {};          // no bus connection could be made

@@ -2,6 +2,7 @@
 
 #include "AdapterFixture.h"
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "LibraryFaults.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX {
@@ -94,6 +95,17 @@ TEST_F(CDBUSAdapterClientsTest, TellsTheHandlerOfTheEndOfTheSubscribedClient) {
                             "log INF Disconnecting dead client: '" + client + "'", "disconnected " + client,
                             "log INF Unregistering connection named " + client,
                             "log INF We are now entering idle state."));
+}
+
+TEST_F(CDBUSAdapterClientsTest, WatchesTheNameOfAClientFromItsFirstCallToItsEnd) {
+    start();
+    takeMatchChanges();
+    const std::string client = callAndLeave();
+    ASSERT_TRUE(FakeKovan::waitForMessage("INF", "We are now entering idle state."));
+    const std::string rule = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,interface=org.freedesktop.DBus,"
+                             "member=NameOwnerChanged,type=signal,arg0=" +
+                             client;
+    EXPECT_THAT(takeMatchChanges(), ElementsAre("add " + rule, "remove " + rule));
 }
 
 TEST_F(CDBUSAdapterClientsTest, IsNotIdleWhileAnotherClientIsLeft) {
@@ -277,7 +289,7 @@ TEST_F(CDBUSAdapterClientsTest, LogsANameAcquisitionThatCannotBeRead) {
     RawPeer peer;
     peer.send(*makeSignal("NameAcquired"));
     peer.call(*makeIntrospection());
-    EXPECT_EQ(FakeKovan::countContaining("INF", "NameAcquired error: "), 1);
+    EXPECT_EQ(FakeKovan::countContaining("INF", "NameOwnerChanged error: "), 1);
     EXPECT_THAT(FakeKovan::messages("ERR"),
                 ElementsAre(StartsWith("DBUS error while handling message in adapter object: /org/kovan/test/object. "
                                        "Exception: ")));

@@ -1,10 +1,12 @@
 #include <chrono>
+#include <csignal>
 #include <mutex>
 #include <stdexcept>
 
 #include <boost/thread/thread.hpp>
 
 #include "AdapterFixture.h"
+#include "LibraryFaults.h"
 
 namespace DAX {
 namespace Tests {
@@ -96,6 +98,17 @@ TEST_F(CDBUSAdapterLoopTest, AsksTheStopConditionAfterEveryMessage) {
     EXPECT_GE(stopQuestions, before + 9); // the last answer may be here before the question
 }
 
+TEST_F(CDBUSAdapterLoopTest, AsksTheStopConditionOnceInAPassWithAMessage) {
+    start({60, 0, 0, nullptr});
+    RawPeer client;
+    client.call(*makeCall("any"));
+    const int before = stopQuestions;
+    for (int i = 0; i < 20; ++i) {
+        client.call(*makeCall("any"));
+    }
+    EXPECT_LE(stopQuestions, before + 30); // with another question in each pass they would be 40
+}
+
 TEST_F(CDBUSAdapterLoopTest, EndsWithoutAnExceptionWhenTheBusGoes) {
     start({60, 0, 0, nullptr});
     bus.stop();
@@ -125,6 +138,22 @@ TEST_F(CDBUSAdapterLoopTest, EndsWithoutAnExceptionWhenThePingFails) {
     EXPECT_THAT(last, ElementsAre("INF Unknown exception catched int DBUSAdapter thread. Adapter "
                                   "object:{/org/kovan/test/object}",
                                   std::string("INF ") + EXIT));
+}
+
+TEST_F(CDBUSAdapterLoopTest, AssertsThatNothingIsThrownThroughTheDispatch) {
+    EXPECT_EXIT(
+        {
+            FakeKovan::echoLogToStderr(true);
+            failNext("dbus_connection_dispatch");
+            listen(Run());
+        },
+        testing::KilledBySignal(SIGABRT),
+        testing::AllOf(HasSubstr("[FTL] "),
+                       HasSubstr("Throwing exception through C-function dbus_connection_dispatch() is not allowed. "
+                                 "Adapter object: /org/kovan/test/object. Exception: "),
+                       HasSubstr("thrown through the library"), HasSubstr("ASSERTION FAILED: false, "),
+                       HasSubstr("MESSAGE: Throwing exception through C-function dbus_connection_dispatch() is not "
+                                 "allowed.\n")));
 }
 
 // --- Idleness -----------------------------------------------------------------------------------------------------
@@ -259,6 +288,20 @@ TEST_F(CDBUSAdapterLoopTest, LeavesThePingGuardArmedWhenItIsInterrupted) {
     ASSERT_EQ(watchdogMessages().size(), 4U);
     EXPECT_THAT(watchdogMessages()[3], HasSubstr("WatchdogPingGuard /org/kovan/test/object' destroyed after"));
     EXPECT_THAT(watchdogMessages()[3], HasSubstr("It's armed. Warn after: 52, Kill after: 63."));
+}
+
+TEST_F(CDBUSAdapterLoopTest, ArmsThePingGuardAnewInEveryPassWithoutAPingFunction) {
+    FakeKovan::setProduction(false);
+    adapter->activate(1, CONNECTION_NAME);
+    const Clock::time_point activated = Clock::now();
+    RawPeer client;
+    while (Clock::now() - activated < std::chrono::seconds(2)) {
+        client.call(*makeCall("any"));
+    }
+    adapter->deactivate();
+    const std::string text = watchdogMessages().back();
+    const std::string armedFor = text.substr(text.find("destroyed after ") + 16);
+    EXPECT_LT(std::stod(armedFor), 1.9) << text;
 }
 
 } // namespace

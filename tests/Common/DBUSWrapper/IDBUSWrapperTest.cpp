@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "LibraryFaults.h"
 
 namespace DAX {
 namespace Tests {
@@ -16,9 +17,11 @@ TEST(IDBUSWrapperTest, NamesTheKindsOfReplies) {
     EXPECT_STREQ(REPLY_MESSAGE_TYPE_EXCEPTION_STRING, "EXCEPTION");
 }
 
-TEST(IDBUSWrapperTest, CanBeInitializedMoreThanOnce) {
+TEST(IDBUSWrapperTest, MakesTheLibraryFitForThreads) {
+    const int before = threadInitializations();
     IDBUSWrapper::initialize();
-    IDBUSWrapper::initialize();
+    EXPECT_EQ(threadInitializations(), before + 1);
+    IDBUSWrapper::initialize(); // once more does no harm
 }
 
 TEST(IDBUSWrapperTest, HasOneRootForItsExceptions) {

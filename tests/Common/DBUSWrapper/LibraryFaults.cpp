@@ -1,6 +1,10 @@
 #include "LibraryFaults.h"
 
+#include <atomic>
 #include <cerrno>
+#include <mutex>
+#include <stdexcept>
+#include <utility>
 
 #include <dbus/dbus.h>
 #include <pthread.h>
@@ -11,6 +15,9 @@ namespace {
 
 thread_local std::string faultyFunction;
 thread_local int replyTimeoutMs = 0;
+std::atomic<int> threadInits{0};
+std::mutex matchMutex; // guards matchChanges
+std::vector<std::string> matchChanges;
 
 bool fails(const char* function) {
     if (faultyFunction != function) {
@@ -18,6 +25,11 @@ bool fails(const char* function) {
     }
     faultyFunction.clear();
     return true;
+}
+
+void recordMatchChange(const std::string& change, const char* rule, const DBusError* error) {
+    const std::lock_guard<std::mutex> lock(matchMutex);
+    matchChanges.push_back(change + " " + rule + (error != nullptr ? " and wait" : ""));
 }
 
 } // namespace
@@ -30,13 +42,49 @@ int lastReplyTimeoutMs() {
     return replyTimeoutMs;
 }
 
+std::vector<std::string> takeMatchChanges() {
+    const std::lock_guard<std::mutex> lock(matchMutex);
+    return std::exchange(matchChanges, {});
+}
+
+int threadInitializations() {
+    return threadInits;
+}
+
 } // namespace Tests
 } // namespace DAX
 
 using DAX::Tests::fails;
+using DAX::Tests::recordMatchChange;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
 extern "C" {
+
+dbus_bool_t __real_dbus_threads_init_default();
+dbus_bool_t __wrap_dbus_threads_init_default() {
+    ++DAX::Tests::threadInits;
+    return __real_dbus_threads_init_default();
+}
+
+void __real_dbus_bus_add_match(DBusConnection*, const char*, DBusError*);
+void __wrap_dbus_bus_add_match(DBusConnection* connection, const char* rule, DBusError* error) {
+    recordMatchChange("add", rule, error);
+    __real_dbus_bus_add_match(connection, rule, error);
+}
+
+void __real_dbus_bus_remove_match(DBusConnection*, const char*, DBusError*);
+void __wrap_dbus_bus_remove_match(DBusConnection* connection, const char* rule, DBusError* error) {
+    recordMatchChange("remove", rule, error);
+    __real_dbus_bus_remove_match(connection, rule, error);
+}
+
+DBusDispatchStatus __real_dbus_connection_dispatch(DBusConnection*);
+DBusDispatchStatus __wrap_dbus_connection_dispatch(DBusConnection* connection) {
+    if (fails("dbus_connection_dispatch")) {
+        throw std::runtime_error("thrown through the library");
+    }
+    return __real_dbus_connection_dispatch(connection);
+}
 
 dbus_bool_t __real_dbus_connection_send(DBusConnection*, DBusMessage*, dbus_uint32_t*);
 dbus_bool_t __wrap_dbus_connection_send(DBusConnection* connection, DBusMessage* message, dbus_uint32_t* serial) {

@@ -29,8 +29,9 @@ const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-[[noreturn]] void throwUnreadable(const char* signal, const DBUSError& error) {
-    DAX_LOG(INF) << signal << " error: " << error.message();
+// One line for every signal of the bus that cannot be read, whichever it is.
+[[noreturn]] void throwUnreadable(const DBUSError& error) {
+    DAX_LOG(INF) << "NameOwnerChanged error: " << error.message();
     DAX_THROW(ERRORRegisteringObject(), error.message());
 }
 
@@ -177,7 +178,7 @@ DBusHandlerResult CDBUSAdapter::handleNameOwnerChanged(DBusMessage* message) {
     dbus_message_get_args(message, error.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING, &oldOwner, DBUS_TYPE_STRING,
                           &newOwner, DBUS_TYPE_INVALID);
     if (error.isSet()) {
-        throwUnreadable("NameOwnerChanged", error);
+        throwUnreadable(error);
     }
     DAX_LOG(INF) << "DBUSAdapter - NameOwnerChanged signal received from connection:{"
                  << dbus_message_get_sender(message) << "}. Adapter object path:{" << m_objectPath << "}";
@@ -215,7 +216,7 @@ DBusHandlerResult CDBUSAdapter::handleNameAcquired(DBusMessage* message) {
     DBUSError error;
     dbus_message_get_args(message, error.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
     if (error.isSet()) {
-        throwUnreadable("NameAcquired", error);
+        throwUnreadable(error);
     }
     DAX_LOG(INF) << "DBUSAdapter - NameAcquired signal received from connection:{" << dbus_message_get_sender(message)
                  << "}. Adapter object path:{" << m_objectPath << "}";
