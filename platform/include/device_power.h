@@ -1,0 +1,49 @@
+#pragma once
+
+// The device's power: its state, why it woke up, requests to restart or power off, and announcements of all that. The
+// announcements are made on GLib's default main context.
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef enum {
+    POWER_STATE_NORMAL = 0,
+    POWER_STATE_STANDBY = 1,
+    POWER_STATE_SUSPEND = 2,
+    POWER_STATE_POWER_OFF = 3,
+    POWER_STATE_RESTART = 4
+} power_state_e;
+
+// What an announcement calls: with a number that says more of the event (a power_state_e for a change of the state) and
+// the data given at the subscription. Its result is not looked at. It must not throw.
+typedef int (*device_power_callback)(int number, void* user_data);
+
+// The current power_state_e. Negative: failed.
+int device_power_get_state(void);
+
+// Asks for a state below POWER_STATE_POWER_OFF; `flag` says that it shall be taken at once. Negative: failed.
+int device_power_set_state(int state, int flag);
+
+// The code of what woke the device up, 0 or greater. Negative: failed.
+int device_power_get_wakeup_reason(void);
+int device_power_set_wakeup_reason(int reason);
+
+// The device restarts, or powers off, some time after the call. Not 0: refused.
+int device_power_request_reboot(int reason);
+int device_power_request_poweroff(int reason);
+
+// One subscription for each callback in each pair. 0: subscribed; -17: the callback is subscribed already; any other:
+// failed. After the unsubscription an announcement that is under way on another thread may still call.
+int device_power_subscribe_state_changed(device_power_callback callback, void* user_data);
+int device_power_unsubscribe_state_changed(device_power_callback callback);
+
+int device_power_subscribe_poweroff(device_power_callback callback, void* user_data);
+int device_power_unsubscribe_poweroff(device_power_callback callback);
+
+int device_power_subscribe_post_wakeup(device_power_callback callback, void* user_data);
+int device_power_unsubscribe_post_wakeup(device_power_callback callback);
+
+#ifdef __cplusplus
+}
+#endif
