@@ -16,7 +16,8 @@
 // parent.
 namespace FakeKovan {
 
-// Forgets every record and puts every knob back: an empty store, nothing fails, not production, clock at 0, no echo.
+// Forgets every record and puts every knob back: an empty store, nothing fails, nobody is subscribed, not production,
+// clock at 0, no echo.
 void reset();
 
 // Forgets what was recorded and leaves the knobs and the store: for tests that are so long that the record would grow
@@ -31,9 +32,12 @@ void forgetRecords();
 //   "write <key>=<value>"        a settings write; a failed one ends in " -> <result>"
 //   "event <name> <code>"        an event for the reporting service
 //   "hangguard register <seconds>", "hangguard notify", "vip", "bootclock init", "bootclock fini"
+//   "power subscribe <signal>", "power unsubscribe <signal>" (state_changed, poweroff or post_wakeup),
+//   "power set_state <state> <flag>", "power set_wakeup_reason <n>", "power request_reboot <n>",
+//   "power request_poweroff <n>": whatever their results
 //   what the test added by note()
-// Reads (of settings, of the time, of isProduction) are no side effects and are not in it. A bool is written as true or
-// false, a double as a stream writes it.
+// Reads (of settings, of the time, of the power state and the wake-up reason, of isProduction) are no side effects and
+// are not in it. A bool is written as true or false, a double as a stream writes it.
 std::vector<std::string> journal();
 
 // The entries that begin with "<kind> ", or are the kind: journal("write") is the order of the writes alone.
@@ -146,5 +150,37 @@ void setLocalTime(std::uint64_t seconds);
 void setSecondsAheadOfUTC(std::int64_t seconds);
 
 void setProduction(bool production); // false after reset()
+
+// --- device_power
+// -----------------------------------------------------------------------------------------------------
+
+enum class PowerSignal { STATE_CHANGED, POWER_OFF, POST_WAKEUP };
+
+// The results of a second subscription of one callback, and of an unsubscription of one that is not there.
+constexpr int ALREADY_SUBSCRIBED = -17;
+constexpr int NOT_SUBSCRIBED = -2;
+
+// 0 after reset(). With another result the call changes nothing.
+void setPowerSubscribeResult(PowerSignal signal, int result);
+void setPowerUnsubscribeResult(PowerSignal signal, int result);
+
+bool isPowerSubscribed(PowerSignal signal);
+
+// Calls every subscribed callback, with its own user data, on the calling thread and in order of subscription; one that
+// is unsubscribed meanwhile is left out. Returns the last result, 0 when there was none. No lock of the fake is held.
+int announcePower(PowerSignal signal, int number);
+
+// What the reading functions return: 0 after reset(). A successful device_power_set_... puts its own value there; it
+// announces nothing.
+void setPowerState(int state);
+void setWakeUpReason(int reason);
+
+// 0 after reset(). A negative one stores nothing.
+void setPowerSetStateResult(int result);
+void setWakeUpReasonResult(int result);
+
+// 0 after reset().
+void setRebootResult(int result);
+void setPoweroffResult(int result);
 
 } // namespace FakeKovan

@@ -4,6 +4,8 @@
 #include <map>
 #include <mutex>
 
+#include <device_power.h>
+
 #include "support/FakeKovan.h"
 
 namespace FakeKovan {
@@ -12,6 +14,26 @@ namespace FakeKovan {
 struct State {
     std::mutex mutex;
     std::condition_variable logged;
+
+    struct Power {
+        struct Subscription {
+            device_power_callback callback;
+            void* userData;
+        };
+        struct Signal {
+            std::vector<Subscription> subscriptions;
+            int subscribeResult = 0;
+            int unsubscribeResult = 0;
+        };
+        std::map<PowerSignal, Signal> signals;
+
+        int state = 0;
+        int setStateResult = 0;
+        int wakeUpReason = 0;
+        int setWakeUpReasonResult = 0;
+        int rebootResult = 0;
+        int poweroffResult = 0;
+    };
 
     struct Content {
         std::vector<std::string> journal;
@@ -42,6 +64,8 @@ struct State {
         std::int64_t secondsAheadOfUTC = 0;
 
         bool production = false;
+
+        Power power;
     } content;
 
     // Never destroyed: what outlives main may still log.
