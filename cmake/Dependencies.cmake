@@ -7,7 +7,6 @@ find_package(Boost 1.74 REQUIRED COMPONENTS thread chrono filesystem program_opt
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(DBUS REQUIRED IMPORTED_TARGET dbus-1)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
-pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(LMDB REQUIRED IMPORTED_TARGET lmdb)
 find_package(CLI11 REQUIRED)

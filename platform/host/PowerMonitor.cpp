@@ -2,38 +2,53 @@
 
 #include "PowerFile.h"
 
+#include <array>
+#include <cerrno>
 #include <filesystem>
-#include <gio/gio.h>
-#include <stdexcept>
+#include <glib-unix.h>
+#include <sys/inotify.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace KovanHost {
 
 namespace {
 
-struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
+// A file is written in place, or another takes its name.
+constexpr std::uint32_t CHANGES = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_ATTRIB;
+
+// What the source has: it goes with the last call under way.
+struct Watch {
+    Watch(int watchedDescriptor, void (*changeListener)()) : descriptor(watchedDescriptor), listener(changeListener) {}
+    int descriptor;
+    void (*listener)();
+
+    ~Watch() { close(descriptor); }
 };
 
-gboolean callListener(gpointer listener) {
-    reinterpret_cast<void (*)()>(listener)();
-    return G_SOURCE_REMOVE;
-}
-
-void onChanged(GFileMonitor*, GFile*, GFile*, GFileMonitorEvent, gpointer listener) {
-    g_main_context_invoke(nullptr, callListener, listener);
-}
-
-// The local file system, without the modules that GLib has for others.
-GFileMonitor* watchFolder(const std::string& path) {
-    const std::unique_ptr<GFile, Unref> folder(g_vfs_get_file_for_path(g_vfs_get_local(), path.c_str()));
-    GError* error = nullptr;
-    GFileMonitor* const monitor = g_file_monitor_directory(folder.get(), G_FILE_MONITOR_NONE, nullptr, &error);
-    if (monitor == nullptr) {
-        const std::string reason = error->message;
-        g_error_free(error);
-        throw std::runtime_error(path + ": " + reason);
+std::unique_ptr<Watch> watchFolder(const std::string& path, void (*listener)()) {
+    const int descriptor = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), path);
     }
-    return monitor;
+    auto watch = std::make_unique<Watch>(descriptor, listener);
+    if (inotify_add_watch(descriptor, path.c_str(), CHANGES | IN_ONLYDIR) < 0) {
+        throw std::system_error(errno, std::generic_category(), path);
+    }
+    return watch;
+}
+
+// What has happened is seen in the file itself.
+gboolean onChanged(gint descriptor, GIOCondition, gpointer data) {
+    std::array<char, 4096> events;
+    while (read(descriptor, events.data(), events.size()) > 0) {
+    }
+    static_cast<Watch*>(data)->listener();
+    return G_SOURCE_CONTINUE;
+}
+
+void release(gpointer data) {
+    const std::unique_ptr<Watch> watch(static_cast<Watch*>(data));
 }
 
 } // namespace
@@ -41,13 +56,16 @@ GFileMonitor* watchFolder(const std::string& path) {
 PowerMonitor::PowerMonitor(void (*listener)()) {
     const std::filesystem::path folder = std::filesystem::path(powerPath()).parent_path();
     std::filesystem::create_directories(folder);
-    m_monitor.reset(watchFolder(folder));
-    g_signal_connect(m_monitor.get(), "changed", G_CALLBACK(onChanged), reinterpret_cast<gpointer>(listener));
+    std::unique_ptr<Watch> watch = watchFolder(folder, listener);
+    m_source.reset(g_unix_fd_source_new(watch->descriptor, G_IO_IN));
+    g_source_set_callback(m_source.get(), reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(onChanged)),
+                          watch.release(), release);
+    g_source_attach(m_source.get(), nullptr);
 }
 
-void PowerMonitor::Stop::operator()(GFileMonitor* monitor) const {
-    g_file_monitor_cancel(monitor);
-    g_object_unref(monitor);
+void PowerMonitor::Stop::operator()(GSource* source) const {
+    g_source_destroy(source);
+    g_source_unref(source);
 }
 
 } // namespace KovanHost
