@@ -5,20 +5,25 @@
 #include <utility>
 
 #include <boost/core/noncopyable.hpp>
+#include <boost/current_function.hpp>
 #include <boost/optional.hpp>
 #include <boost/thread/thread.hpp>
 
+#include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
+#include "Utility/Utils/SingletonsRegister.h"
+#include "Utility/Utils/UserDataRegister.h"
 
 namespace DAX {
 namespace Common {
 namespace Utils {
 
 // One listener's subscription to a signal of the device. May be subscribed again after it was unsubscribed; both may be
-// called from any thread. A subclass binds it to one signal, and its destructor unsubscribes, since this class's own is
-// too late for that (an assertion).
+// called from any thread. The UserDataRegister must exist from the first subscription to the destructor's end. A
+// subclass binds this to one signal, and its destructor unsubscribes, since this class's own is too late for that (an
+// assertion).
 template <class Callback>
 class SignalSubscriber : private boost::noncopyable {
 public:
@@ -27,13 +32,22 @@ public:
             BOOST_ASSERT_MSG(false, "Signal subscriber is still subscribed. Subclass should define an appropriate "
                                     "destructor.");
         }
+        if (m_callbackId != nullptr) {
+            DAX_LOG(INF) << "Probably an exception was thrown while subscribing the callback in exernal API. The "
+                            "callback is not subscribed, but it was registered in UserDataRegister. We need to "
+                            "unregister it.";
+            unregister(BOOST_CURRENT_FUNCTION);
+        }
     }
 
-    // Throws GenericException when subscribed already; the earlier callback then stays.
+    // Throws GenericException when subscribed already; the earlier callback then stays. What doSubscribe throws passes.
     void subscribe(std::function<Callback> callback) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_subscribed) {
             DAX_THROW(GenericException(), errinfo_description("Already subscribed."));
+        }
+        if (m_callbackId != nullptr) { // of an attempt that failed
+            unregister(BOOST_CURRENT_FUNCTION);
         }
         m_callback = std::move(callback);
         m_callbackId = doRegisterCallback();
@@ -41,7 +55,8 @@ public:
         m_subscribed = true;
     }
 
-    // Throws GenericException when not subscribed. On return no callback is running or will start.
+    // Throws GenericException when not subscribed. On return no callback is running or will start, but for one that
+    // made this very call. A callback that makes it while another thread does so, too, waits for ever.
     void unsubscribe() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (!m_subscribed) {
@@ -49,11 +64,16 @@ public:
         }
         m_subscribed = false;
         doUnsubscribe();
+        unregister(BOOST_CURRENT_FUNCTION);
     }
 
 protected:
-    // Makes the callback reachable from a C interface and returns its id; null as long as none is needed.
-    virtual void* doRegisterCallback() { return nullptr; }
+    // Makes the callback reachable from a C interface and returns its id.
+    virtual void* doRegisterCallback() {
+        return SingletonsRegister::getSingletonsRegister()
+            .getService<UserDataRegister>(BOOST_CURRENT_FUNCTION, UserDataRegister::getID())
+            ->registerUserData(&m_callback, getExpectedExecutorThreadID());
+    }
 
     // The thread that alone may call back; empty for any.
     virtual boost::optional<boost::thread::id> getExpectedExecutorThreadID() = 0;
@@ -73,6 +93,12 @@ protected:
     std::function<Callback>& callback() { return m_callback; }
 
 private:
+    void unregister(const char* user) {
+        SingletonsRegister::getSingletonsRegister()
+            .getService<UserDataRegister>(user, UserDataRegister::getID())
+            ->unregisterUserData(std::exchange(m_callbackId, nullptr));
+    }
+
     std::mutex m_mutex; // guards all below
     bool m_subscribed = false;
     void* m_callbackId = nullptr;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <boost/core/noncopyable.hpp>
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// The base of every registered singleton. A class T is registerable when it has, besides, the static operations
+// `SingletonsID getID()` and `std::list<SingletonsID> getRequirements()`: what must exist already when it is created.
+class RegisterableSingleton : private boost::noncopyable {
+public:
+    virtual ~RegisterableSingleton() = default;
+
+protected:
+    RegisterableSingleton() = default;
+};
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <boost/core/noncopyable.hpp>
+
+#include "Utility/Utils/RegisterableSingleton.h"
+#include "Utility/Utils/SingletonsID.h"
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// An entry of the register: the only strong owner of a singleton, how often it is needed, and who uses it. Any thread
+// may call. Destroyed while it is needed or used, it fails an assertion, before the singleton is touched.
+class SRegisterItem : private boost::noncopyable {
+public:
+    SRegisterItem(std::shared_ptr<RegisterableSingleton> registerable, SingletonsID id,
+                  std::list<SingletonsID> requirements);
+    ~SRegisterItem();
+
+    void incrementNeeded();
+
+    // Whether the counter came down to zero.
+    bool decrementNeeded();
+
+    std::shared_ptr<RegisterableSingleton> getRegisterable() const { return m_registerable; }
+    const std::list<SingletonsID>& getRequirements() const { return m_requirements; }
+
+    // A user may be there several times. Taking one away that is not there fails an assertion.
+    void incrementUsage(const std::string& user);
+    void decrementUsage(const std::string& user);
+
+private:
+    std::string describe() const;
+
+    const std::shared_ptr<RegisterableSingleton> m_registerable;
+    const SingletonsID m_id;
+    const std::list<SingletonsID> m_requirements;
+    std::mutex m_usersMutex; // guards m_users
+    std::atomic<std::uint32_t> m_neededCnt{0};
+    std::vector<std::string> m_users;
+};
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <mutex>
+
+#include <boost/core/noncopyable.hpp>
+#include <boost/optional.hpp>
+#include <boost/thread/thread.hpp>
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// What an id of the UserDataRegister stands for: borrowed data, and the thread that alone may reach it. Whoever looks
+// at the data, or takes it away, holds the data mutex, and for as long as the data is used.
+class UserDataItem : private boost::noncopyable {
+public:
+    UserDataItem(void* data, const boost::optional<boost::thread::id>& expectedExecutor);
+
+    std::mutex& dataMutex() { return m_dataMutex; }
+
+    void removeData();
+
+    // Empty once it was removed. On software that is not for production an assertion fails on any thread but the
+    // expected one.
+    boost::optional<void*> getData();
+
+private:
+    std::mutex m_dataMutex; // guards m_data
+    boost::optional<void*> m_data;
+    const boost::optional<boost::thread::id> m_expectedExecutor;
+};
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include <boost/core/noncopyable.hpp>
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/optional.hpp>
+#include <boost/thread/thread.hpp>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Utility/Utils/DAXAssert.h"
+#include "Utility/Utils/RegisterableSingleton.h"
+#include "Utility/Utils/SingletonsID.h"
+#include "Utility/Utils/UserDataItem.h"
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// Lets C interfaces call back objects that may be gone by then. Such an interface gets a small number as its user data,
+// never a pointer to an object; GenericFunctorCallback turns the number back into the object under a lock. The
+// register is a registered singleton; it must outlive every registration (an assertion). Any thread may call anything.
+//
+// Locks: the map mutex, then a data mutex, but never the map mutex while a data mutex is waited for. The data mutex of
+// an id is held while its callback runs: a callback may register, and unregister itself and others; two callbacks that
+// unregister each other at the same time wait for ever.
+class UserDataRegister : public RegisterableSingleton {
+public:
+    class UserDataLock;
+    template <class Function>
+    class GenericFunctorCallback;
+
+    static SingletonsID getID() { return USER_DATA_REGISTER; }
+    static std::list<SingletonsID> getRequirements() { return {}; }
+
+    ~UserDataRegister() override;
+
+    // The new id: 1 for the first, and one more each time; none is used twice. `data` is borrowed until the id is
+    // unregistered. On software that is not for production an assertion fails when any thread but the expected
+    // executor reaches it.
+    void* registerUserData(void* data, boost::optional<boost::thread::id> expectedExecutor);
+
+    // On return no callback for this id is running, but for one that made this very call, or will start. An id that is
+    // not registered is logged.
+    void unregisterUserData(void* id);
+
+protected:
+    explicit UserDataRegister(int lastId = 0) : m_id(lastId) {}
+
+private:
+    // Null when the id is not registered.
+    std::shared_ptr<UserDataItem> find(void* id);
+
+    int m_id;
+    std::map<void*, std::shared_ptr<UserDataItem>> m_items;
+    std::mutex m_userDataMapMutex; // guards both above
+};
+
+// Holds the data of an id in place: while a valid lock lives, no other thread takes the data away. Belongs to the thread
+// that made it.
+class UserDataRegister::UserDataLock : private boost::noncopyable {
+public:
+    explicit UserDataLock(void* id);
+    ~UserDataLock();
+
+    // Whether there is data.
+    explicit operator bool() const { return m_valid; }
+
+    // For a valid lock, as long as its own thread has not unregistered the id.
+    void* getData() const { return *m_item->getData(); }
+
+private:
+    bool m_valid = false;
+    std::shared_ptr<UserDataItem> m_item;
+    std::unique_lock<std::mutex> m_dataLock;
+};
+
+// What goes to a C interface: the address of call<RetVal>, with an id of the register as user data. The data of that id
+// is a std::function<R(Args...)>. R is not void.
+template <class R, class... Args>
+class UserDataRegister::GenericFunctorCallback<R(Args...)> {
+public:
+    // Calls a copy of the function that is registered under the id; RetVal when there is none any more. An exception
+    // of the function ends the process: no C interface must see one.
+    template <R RetVal = R()>
+    static R call(Args... args, void* id) noexcept {
+        try {
+            const UserDataLock lock(id);
+            if (lock) {
+                const std::function<R(Args...)> function = *static_cast<std::function<R(Args...)>*>(lock.getData());
+                return function(args...);
+            }
+            DAX_LOG(WRN) << "The callback can not be called. ID:  " << id;
+        } catch (...) {
+            DAX_LOG(FTL) << "Exception caught during GenericFunctorCallback:"
+                         << boost::current_exception_diagnostic_information(true);
+            BOOST_ASSERT_MSG(false, "Callbacks must not throw!");
+        }
+        return RetVal;
+    }
+};
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX
