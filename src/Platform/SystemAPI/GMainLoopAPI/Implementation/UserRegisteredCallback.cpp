@@ -1,0 +1,28 @@
+#include "Platform/SystemAPI/GMainLoopAPI/UserRegisteredCallback.h"
+
+#include "Utility/Utils/DAXAssert.h"
+
+namespace DAX {
+namespace Platform {
+namespace MainLoop {
+namespace {
+
+const int RUN_ONCE = 0; // the value that takes a function out of the loop again
+
+} // namespace
+
+void* UserRegisteredCallback::getCallbackPtr() {
+    return &m_userRegisteredFunc;
+}
+
+void UserRegisteredCallback::setCallback(void (*function)(void*), void* argument) {
+    BOOST_ASSERT_MSG(m_userRegisteredFunc == nullptr, "UserRegisteredCallback was already set");
+    m_userRegisteredFunc = [function, argument] {
+        function(argument);
+        return RUN_ONCE;
+    };
+}
+
+} // namespace MainLoop
+} // namespace Platform
+} // namespace DAX
