@@ -7,13 +7,19 @@
 extern "C" {
 #endif
 
-typedef enum {
+// clang-format off
+#ifdef __cplusplus
+typedef enum power_state_e : int { // any number may come with an announcement
+#else
+typedef enum power_state_e {
+#endif
     POWER_STATE_NORMAL = 0,
     POWER_STATE_STANDBY = 1,
     POWER_STATE_SUSPEND = 2,
     POWER_STATE_POWER_OFF = 3,
     POWER_STATE_RESTART = 4
 } power_state_e;
+// clang-format on
 
 // What an announcement calls: with a number that says more of the event (a power_state_e for a change of the state) and
 // the data given at the subscription. Its result is not looked at. It must not throw.

@@ -1,6 +1,8 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
 
-#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerModeChangeSignalSubscriber.h"
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerOffSignalSubscriber.h"
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/WakeUpCbSubscriber.h"
 
 namespace DAX {
 namespace Platform {
@@ -10,15 +12,17 @@ using DAXCommon::PowerMode;
 
 std::unique_ptr<SignalSubscriber<void(PowerMode)>>
 CPowerModeSubscribersFactory::createPowerModeChangeSignalSubscriber() {
-    return std::make_unique<PowerSubscriber<void(PowerMode)>>("PowerModeChangeSignalSubscriber");
+    return std::make_unique<PowerModeChangeSignalSubscriber>();
 }
 
 std::unique_ptr<SignalSubscriber<void(PowerMode)>> CPowerModeSubscribersFactory::createPowerOffSignalSubscriber() {
-    return std::make_unique<PowerSubscriber<void(PowerMode)>>("PowerOffSignalSubscriber");
+    auto subscriber = std::make_unique<PowerOffSignalSubscriber>();
+    subscriber->needDistributor();
+    return subscriber;
 }
 
 std::unique_ptr<SignalSubscriber<void()>> CPowerModeSubscribersFactory::createPostWakeUpSignalSubscriber() {
-    return std::make_unique<PowerSubscriber<void()>>("WakeUpCbSubscriber");
+    return std::make_unique<WakeUpCbSubscriber>();
 }
 
 } // namespace Platform

@@ -1,36 +1,51 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include <boost/exception/diagnostic_information.hpp>
 
 #include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/GMainLoopAPI/MainLoop.h"
 #include "Utility/Utils/SignalSubscriber.h"
 
 namespace DAX {
 namespace Platform {
 
-// Holds the callback of a power event. No event reaches it: it is not bound to a signal of the device.
+// What the subscribers to power events have in common: they are called back on the main loop's thread alone, in the
+// device's form int (int), which a wrapper turns into the user's.
 template <class Callback>
 class PowerSubscriber : public Common::Utils::SignalSubscriber<Callback> {
-public:
-    explicit PowerSubscriber(const char* name) : m_name(name) {}
+protected:
+    // For a doRegisterCallback: takes the user's callback, and registers the wrapper in its place.
+    void* registerWrapper(const char* user, std::function<int(int)> wrapper) {
+        m_userCallback = std::exchange(this->callback(), nullptr);
+        m_wrapper = std::move(wrapper);
+        return Common::Utils::SingletonsRegister::getSingletonsRegister()
+            .getService<Common::Utils::UserDataRegister>(user, Common::Utils::UserDataRegister::getID())
+            ->registerUserData(&m_wrapper, getExpectedExecutorThreadID());
+    }
 
-    ~PowerSubscriber() override {
+    // A copy: the callback may unsubscribe, and subscribe another.
+    std::function<Callback> userCallback() const { return m_userCallback; }
+
+    boost::optional<boost::thread::id> getExpectedExecutorThreadID() override { return MainLoop::getMainLoopTheadId(); }
+
+    // For the destructor of each subclass.
+    void unsubscribeAtEnd(const char* name) noexcept {
         try {
             if (this->isSubscribed()) {
                 this->unsubscribe();
             }
         } catch (...) {
-            DAX_LOG(ERR) << "Exception was caught in " << m_name << ": "
+            DAX_LOG(ERR) << "Exception was caught in " << name << ": "
                          << boost::current_exception_diagnostic_information(true);
         }
     }
 
 private:
-    boost::optional<boost::thread::id> getExpectedExecutorThreadID() override { return boost::none; }
-    void doSubscribe() override {}
-    int doUnsubscribe() override { return 0; }
-
-    const char* m_name;
+    std::function<Callback> m_userCallback;
+    std::function<int(int)> m_wrapper;
 };
 
 } // namespace Platform

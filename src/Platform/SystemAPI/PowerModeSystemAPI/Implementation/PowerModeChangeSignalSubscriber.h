@@ -1,0 +1,23 @@
+#pragma once
+
+#include "DAXCommon/PowerMode.h"
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
+
+namespace DAX {
+namespace Platform {
+
+// Tells of each change of the device's power state.
+class PowerModeChangeSignalSubscriber : public PowerSubscriber<void(DAXCommon::PowerMode)> {
+public:
+    ~PowerModeChangeSignalSubscriber() override;
+
+private:
+    void* doRegisterCallback() override;
+    void doSubscribe() override;
+    int doUnsubscribe() override;
+
+    int callWrappedCb(int state);
+};
+
+} // namespace Platform
+} // namespace DAX

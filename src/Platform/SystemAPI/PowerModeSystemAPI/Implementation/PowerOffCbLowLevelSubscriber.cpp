@@ -1,0 +1,21 @@
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerOffCbLowLevelSubscriber.h"
+
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PlatformSignal.h"
+
+namespace DAX {
+namespace Platform {
+
+PowerOffCbLowLevelSubscriber::~PowerOffCbLowLevelSubscriber() {
+    unsubscribeAtEnd("PowerOffCbLowLevelSubscriber");
+}
+
+void PowerOffCbLowLevelSubscriber::doSubscribe() {
+    subscribeTo(POWER_OFF_SIGNAL, callbackId());
+}
+
+int PowerOffCbLowLevelSubscriber::doUnsubscribe() {
+    return unsubscribeFrom(POWER_OFF_SIGNAL);
+}
+
+} // namespace Platform
+} // namespace DAX

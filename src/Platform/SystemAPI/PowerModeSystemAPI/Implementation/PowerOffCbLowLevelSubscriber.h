@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
+#include "Utility/Utils/SingletonProperty.h"
+
+namespace DAX {
+namespace Platform {
+
+// The process's one subscription to the device's power-off signal; the distributor owns it. A second one at a time
+// throws GenericException.
+class PowerOffCbLowLevelSubscriber : public PowerSubscriber<int(int)>,
+                                     private Common::Utils::SingletonProperty<PowerOffCbLowLevelSubscriber> {
+public:
+    ~PowerOffCbLowLevelSubscriber() override;
+
+private:
+    void doSubscribe() override;
+    int doUnsubscribe() override;
+};
+
+} // namespace Platform
+} // namespace DAX

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
+
+namespace DAX {
+namespace Platform {
+
+// Tells that the device has woken up.
+class WakeUpCbSubscriber : public PowerSubscriber<void()> {
+public:
+    ~WakeUpCbSubscriber() override;
+
+private:
+    void* doRegisterCallback() override;
+    void doSubscribe() override;
+    int doUnsubscribe() override;
+};
+
+} // namespace Platform
+} // namespace DAX
