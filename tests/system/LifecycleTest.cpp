@@ -15,6 +15,11 @@ using namespace testing;
 // The stop condition is looked at every three seconds.
 const auto WITHIN_TWO_LOOKS = std::chrono::seconds(7);
 
+// What is needed by the main loop too is given back once more.
+const std::vector<std::string> IN_REVERSE_ORDER = {
+    "Unmarking needed: singleton id: G_MAIN_LOOP", "GLoopService closing.", "GLoopService closed.",
+    "Unmarking needed: singleton id: USER_DATA_REGISTER", "Unmarking needed: singleton id: USER_DATA_REGISTER"};
+
 class Lifecycle : public Test {
 protected:
     // Holds the daemon in a call to a core that does not answer, so that it cannot stop before the core goes.
@@ -31,6 +36,16 @@ protected:
             daemon.send(SIGTERM);
             EXPECT_TRUE(waitUntil([&] { return desk.countMessages("Setting s_sigTermFlag true.") == time; }));
         }
+    }
+
+    std::vector<std::string> singletonsGivenBack() {
+        std::vector<std::string> lines;
+        for (const std::string& message : desk.daemonMessages()) {
+            if (message.rfind("Unmarking needed: ", 0) == 0 || message.rfind("GLoopService clos", 0) == 0) {
+                lines.push_back(message);
+            }
+        }
+        return lines;
     }
 
     Desk desk;
@@ -53,8 +68,11 @@ TEST_F(Lifecycle, TellsItsStartInOrder) {
     for (const std::string& message : desk.daemonMessages()) {
         for (const char* beginning :
              {"Registering main thread id ", "Registering signal (signum: 15)", "Registering signal (signum: 2)",
-              "Registering VIP process.", "Starting DAXService", "Initialization of Watchdog status",
-              "Idle timeout set to 30", "Service Manager is started.", "Core connected to Service",
+              "Registering VIP process.", "Needed: singleton id: USER_DATA_REGISTER",
+              "Needed: singleton id: G_MAIN_LOOP", "GLoopService::GLoopService(): Starting.",
+              "GLoopService::LoopThreadFunction(): Starting.", "GLoopService::GLoopService(): Started thead id: ",
+              "Starting DAXService", "Initialization of Watchdog status", "Idle timeout set to 30",
+              "Service Manager is started.", "Core connected to Service",
               "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."}) {
             if (message.rfind(beginning, 0) == 0) {
                 started.push_back(beginning);
@@ -63,10 +81,29 @@ TEST_F(Lifecycle, TellsItsStartInOrder) {
     }
     EXPECT_THAT(started,
                 ElementsAre("Registering main thread id ", "Registering signal (signum: 15)",
-                            "Registering signal (signum: 2)", "Registering VIP process.", "Starting DAXService",
+                            "Registering signal (signum: 2)", "Registering VIP process.",
+                            "Needed: singleton id: USER_DATA_REGISTER", "Needed: singleton id: G_MAIN_LOOP",
+                            "GLoopService::GLoopService(): Starting.", "GLoopService::LoopThreadFunction(): Starting.",
+                            "GLoopService::GLoopService(): Started thead id: ", "Starting DAXService",
                             "Initialization of Watchdog status", "Idle timeout set to 30",
                             "Service Manager is started.", "Core connected to Service",
                             "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."));
+}
+
+TEST_F(Lifecycle, StartsItsMainLoopWithoutAPause) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    EXPECT_EQ(desk.countMessages("GLoopService: Waiting for g_main_loop to start running..."), 0);
+}
+
+TEST_F(Lifecycle, GivesItsSingletonsBackInReverseOrderAtAGoodEnd) {
+    desk.startDaemon({"--idle-timeout=1"})->waitForEnd(WITHIN_TWO_LOOKS);
+    EXPECT_THAT(singletonsGivenBack(), ElementsAreArray(IN_REVERSE_ORDER));
+}
+
+TEST_F(Lifecycle, GivesItsSingletonsBackInReverseOrderWhenItsStartFails) {
+    desk.startDaemon({"--no-such-option"})->waitForEnd(WITHIN_TWO_LOOKS);
+    EXPECT_THAT(singletonsGivenBack(), ElementsAreArray(IN_REVERSE_ORDER));
 }
 
 TEST_F(Lifecycle, SaysWhichRevisionStarts) {

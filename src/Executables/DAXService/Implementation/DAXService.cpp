@@ -15,11 +15,15 @@
 #include "Executables/DaemonHelpers/DaemonHelpers.h"
 #include "Platform/OperatingSystem/OSSignals.h"
 #include "Platform/OperatingSystem/SignalThread.h"
+#include "Platform/SystemAPI/GMainLoopAPI/MainLoop.h"
+#include "Platform/SystemAPI/GMainLoopAPI/MainLoopSingleton.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControl.h"
 #include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
 #include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
+#include "Utility/Utils/SingletonServiceGuard.h"
+#include "Utility/Utils/UserDataRegister.h"
 
 namespace {
 
@@ -27,10 +31,13 @@ using namespace DAX;
 using Common::DBUSWrapper::IDBUSAdapter;
 using Common::DBUSWrapper::IDBUSProxy;
 using Common::Logging::LoggingClass;
+using Common::Utils::SingletonServiceGuard;
+using Common::Utils::UserDataRegister;
 using DAXIPC::IDAXIPC;
 using DAXIPC::DBUSLowLevel::CCoreProxyFactory;
 using DAXIPC::DBUSLowLevel::DAXIPCServiceManagerAdapter;
 using Platform::NiceQuitHelper;
+using Platform::MainLoop::MainLoopSingleton;
 
 const char CONSOLE[] = "DAXServiceConsole";
 const unsigned int CORE_ACTIVATION_TIMEOUT_IN_SECONDS = 50;
@@ -51,6 +58,9 @@ bool serve(int argc, char** argv) {
     const NiceQuitHelper signalHandlers;
     Platform::VIPProcessSystemAPI::registerVIPProcess();
     Common::Debug::RestoreConsolePosition(CONSOLE);
+    const SingletonServiceGuard<UserDataRegister> userDataRegister;
+    const SingletonServiceGuard<MainLoopSingleton> mainLoop(MainLoopSingleton::create);
+    Platform::MainLoop::initializeMainLoop();
     IDAXIPC::initialize();
     DAX_LOG(INF) << "Starting DAXService" << Platform::ISystemControl::DAXRevisionDescription();
     const std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> proxyFactory = IDBUSProxy::createDefaultProxyFactory();

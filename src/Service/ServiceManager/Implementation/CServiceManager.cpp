@@ -70,7 +70,7 @@ std::shared_ptr<IService> CServiceManager::getService(ServiceClientPriority prio
         return nullptr;
     }
     const auto service = std::make_shared<CService>(m_core, priority, clientName, type);
-    m_currentService = service;
+    m_currentService.set(service);
     return service;
 }
 

@@ -9,6 +9,7 @@
 #include "CoreInterface/ICore.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/IPowerModeSubscribersFactory.h"
 #include "Service/ServiceManager/Implementation/CService.h"
+#include "Service/ServiceManager/Implementation/CurrentService.h"
 #include "ServiceInterface/IServiceManager.h"
 
 namespace DAX {
@@ -45,7 +46,7 @@ private:
     bool ownerGivesWay(DAXCommon::ServiceClientPriority priority, const std::string& clientName);
     void onPowerModeChanged(DAXCommon::PowerMode mode);
 
-    std::weak_ptr<CService> m_currentService;
+    CurrentService m_currentService;
     std::shared_ptr<Core::ICore> m_core;
     std::map<ExternalLockId, ExternalLock> m_externalLocks;
     std::unique_ptr<PowerModeSubscriber> m_powerModeSubscriber;

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "Service/ServiceManager/Implementation/CService.h"
+
+namespace DAX {
+namespace Service {
+namespace ServiceManager {
+
+// A weak pointer to the session granted last. Client calls replace it while a power-mode change looks at it on another
+// thread.
+class CurrentService {
+public:
+    std::shared_ptr<CService> lock() const {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        return m_service.lock();
+    }
+
+    void set(const std::shared_ptr<CService>& service) {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_service = service;
+    }
+
+    void reset() { set(nullptr); }
+
+private:
+    mutable std::mutex m_mutex; // guards m_service
+    std::weak_ptr<CService> m_service;
+};
+
+} // namespace ServiceManager
+} // namespace Service
+} // namespace DAX
