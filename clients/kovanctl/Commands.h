@@ -4,7 +4,8 @@
 
 namespace kovanctl {
 
-// Each adds one group of commands to `app`; a command that is chosen becomes `line.chosen`.
+// Each adds its commands to `app`; a command that is chosen becomes `line.chosen`.
 void addSettingCommands(CLI::App& app, clients_common::CommandLine& line);
+void addPowerCommands(CLI::App& app, clients_common::CommandLine& line);
 
 } // namespace kovanctl

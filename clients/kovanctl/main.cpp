@@ -9,5 +9,6 @@ int main(int argc, char** argv) {
     clients_common::CommandLine line;
     clients_common::addJsonFlag(app, line);
     kovanctl::addSettingCommands(app, line);
+    kovanctl::addPowerCommands(app, line);
     return clients_common::run(app, line, argc, argv);
 }

@@ -1,5 +1,4 @@
-#include "support/Process.h"
-#include "support/TemporaryRoot.h"
+#include "clients/kovanctl/KovanctlTest.h"
 #include "vconf.h"
 
 #include <gmock/gmock.h>
@@ -7,39 +6,19 @@
 #include <string>
 #include <vector>
 
-using DAX::Tests::FinishedRun;
-using DAX::Tests::ProcessEnd;
-using DAX::Tests::TemporaryRoot;
+using namespace DAX::Tests;
 using testing::HasSubstr;
 using Json = nlohmann::json;
 
 namespace {
 
-const ProcessEnd DONE = ProcessEnd::exited(0);
-const ProcessEnd REFUSED = ProcessEnd::exited(1);
-const ProcessEnd WRONG_USAGE = ProcessEnd::exited(2);
-
-class KovanctlTest : public testing::Test {
+class SettingCommandsTest : public KovanctlTest {
 protected:
-    static FinishedRun kovanctl(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), KOVANCTL);
-        return DAX::Tests::run({arguments, {}, {}, {}});
-    }
-
     static FinishedRun setting(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "setting");
         return kovanctl(arguments);
     }
-
-    const TemporaryRoot m_root;
 };
-
-// Calls that leave nothing on standard output.
-void expectFailure(const FinishedRun& run, const ProcessEnd& end, const std::string& message) {
-    EXPECT_EQ(end, run.end);
-    EXPECT_EQ("", run.output);
-    EXPECT_EQ(message, run.errors);
-}
 
 const std::string KEY_RULE = "a key begins with \"db/\", \"rtc/\" or \"memory/\" and has at most 511 bytes\n";
 
@@ -50,7 +29,7 @@ struct Written {
     Json json;
 };
 
-class KovanctlValueTest : public KovanctlTest, public testing::WithParamInterface<Written> {};
+class KovanctlValueTest : public SettingCommandsTest, public testing::WithParamInterface<Written> {};
 
 struct Mistaken {
     const char* type;
@@ -63,7 +42,7 @@ std::string nameByType(const testing::TestParamInfo<Value>& info) {
     return info.param.type + std::to_string(info.index);
 }
 
-class KovanctlWrongValueTest : public KovanctlTest, public testing::WithParamInterface<Mistaken> {};
+class KovanctlWrongValueTest : public SettingCommandsTest, public testing::WithParamInterface<Mistaken> {};
 
 } // namespace
 
@@ -113,13 +92,13 @@ INSTANTIATE_TEST_SUITE_P(WrongValues, KovanctlWrongValueTest,
                                          Mistaken{"double", "inf"}, Mistaken{"double", "1,5"}),
                          nameByType<Mistaken>);
 
-TEST_F(KovanctlTest, NegativeNumberNeedsNoDashes) {
+TEST_F(SettingCommandsTest, NegativeNumberNeedsNoDashes) {
     EXPECT_EQ(DONE, setting({"set", "db/key", "int", "-1"}).end);
 
     EXPECT_EQ("-1\n", setting({"get", "db/key"}).output);
 }
 
-TEST_F(KovanctlTest, UnknownTypeIsWrongUsage) {
+TEST_F(SettingCommandsTest, UnknownTypeIsWrongUsage) {
     const FinishedRun run = setting({"set", "db/key", "float", "1"});
 
     EXPECT_EQ(WRONG_USAGE, run.end);
@@ -127,11 +106,11 @@ TEST_F(KovanctlTest, UnknownTypeIsWrongUsage) {
     EXPECT_THAT(run.errors, HasSubstr("float not in {bool,int,double,string}"));
 }
 
-TEST_F(KovanctlTest, GetOfAnAbsentKeyIsRefused) {
+TEST_F(SettingCommandsTest, GetOfAnAbsentKeyIsRefused) {
     expectFailure(setting({"get", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
 }
 
-TEST_F(KovanctlTest, FailureWithJsonIsADocumentToo) {
+TEST_F(SettingCommandsTest, FailureWithJsonIsADocumentToo) {
     const FinishedRun run = setting({"get", "db/key", "--json"});
 
     EXPECT_EQ(REFUSED, run.end);
@@ -139,26 +118,26 @@ TEST_F(KovanctlTest, FailureWithJsonIsADocumentToo) {
     EXPECT_EQ("kovanctl: 'db/key': there is no such setting\n", run.errors);
 }
 
-TEST_F(KovanctlTest, JsonIsTakenAtEveryPlace) {
+TEST_F(SettingCommandsTest, JsonIsTakenAtEveryPlace) {
     EXPECT_EQ("[]\n", kovanctl({"--json", "setting", "list"}).output);
     EXPECT_EQ("[]\n", kovanctl({"setting", "--json", "list"}).output);
     EXPECT_EQ("[]\n", kovanctl({"setting", "list", "--json"}).output);
 }
 
-TEST_F(KovanctlTest, KeyThatNoStoreTakesIsRefused) {
+TEST_F(SettingCommandsTest, KeyThatNoStoreTakesIsRefused) {
     expectFailure(setting({"set", "key", "int", "1"}), REFUSED, "kovanctl: 'key': " + KEY_RULE);
     expectFailure(setting({"get", "key"}), REFUSED, "kovanctl: 'key': " + KEY_RULE);
     expectFailure(setting({"unset", "key"}), REFUSED, "kovanctl: 'key': " + KEY_RULE);
     expectFailure(setting({"get", ""}), REFUSED, "kovanctl: '': " + KEY_RULE);
 }
 
-TEST_F(KovanctlTest, StoreThatCannotBeReachedIsRefused) {
+TEST_F(SettingCommandsTest, StoreThatCannotBeReachedIsRefused) {
     m_root.write("var", "a file where a folder has to be");
 
     expectFailure(setting({"set", "db/key", "int", "1"}), REFUSED, "kovanctl: 'db/key': Not a directory\n");
 }
 
-TEST_F(KovanctlTest, UnsetRemovesASettingOnce) {
+TEST_F(SettingCommandsTest, UnsetRemovesASettingOnce) {
     setting({"set", "db/key", "int", "1"});
 
     EXPECT_EQ(DONE, setting({"unset", "db/key"}).end);
@@ -166,13 +145,13 @@ TEST_F(KovanctlTest, UnsetRemovesASettingOnce) {
     expectFailure(setting({"unset", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
 }
 
-TEST_F(KovanctlTest, UnsetWithJsonNamesTheKey) {
+TEST_F(SettingCommandsTest, UnsetWithJsonNamesTheKey) {
     setting({"set", "memory/key", "int", "1"});
 
     EXPECT_EQ(Json({{"key", "memory/key"}}), Json::parse(setting({"unset", "--json", "memory/key"}).output));
 }
 
-TEST_F(KovanctlTest, ListPrintsBothStoresInTheOrderOfTheirKeys) {
+TEST_F(SettingCommandsTest, ListPrintsBothStoresInTheOrderOfTheirKeys) {
     setting({"set", "memory/a", "string", "two\nlines"});
     setting({"set", "rtc/b", "double", "0.5"});
     setting({"set", "db/c", "bool", "true"});
@@ -183,7 +162,7 @@ TEST_F(KovanctlTest, ListPrintsBothStoresInTheOrderOfTheirKeys) {
     EXPECT_EQ("db/c bool true\nmemory/a string \"two\\nlines\"\nrtc/b double 0.5\n", run.output);
 }
 
-TEST_F(KovanctlTest, ListTakesAPrefix) {
+TEST_F(SettingCommandsTest, ListTakesAPrefix) {
     for (const char* key : {"db/a/x", "db/ab", "db/a", "db/b", "memory/a"}) {
         setting({"set", key, "int", "1"});
     }
@@ -192,7 +171,7 @@ TEST_F(KovanctlTest, ListTakesAPrefix) {
     EXPECT_EQ("memory/a int 1\n", setting({"list", "m"}).output);
 }
 
-TEST_F(KovanctlTest, ListOfNothingIsEmptyAndMakesNothing) {
+TEST_F(SettingCommandsTest, ListOfNothingIsEmptyAndMakesNothing) {
     const FinishedRun run = setting({"list"});
 
     EXPECT_EQ(DONE, run.end);
@@ -200,14 +179,14 @@ TEST_F(KovanctlTest, ListOfNothingIsEmptyAndMakesNothing) {
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
-TEST_F(KovanctlTest, ListWithJsonIsAnArrayOfRecords) {
+TEST_F(SettingCommandsTest, ListWithJsonIsAnArrayOfRecords) {
     setting({"set", "db/key", "int", "1"});
 
     EXPECT_EQ(Json::array({{{"key", "db/key"}, {"type", "int"}, {"value", 1}}}),
               Json::parse(setting({"list", "--json"}).output));
 }
 
-TEST_F(KovanctlTest, WritesWhatThePlatformReads) {
+TEST_F(SettingCommandsTest, WritesWhatThePlatformReads) {
     int value = 0;
     setting({"set", "db/key", "int", "7"});
 
@@ -215,13 +194,13 @@ TEST_F(KovanctlTest, WritesWhatThePlatformReads) {
     EXPECT_EQ(7, value);
 }
 
-TEST_F(KovanctlTest, ReadsWhatThePlatformWrote) {
+TEST_F(SettingCommandsTest, ReadsWhatThePlatformWrote) {
     ASSERT_EQ(0, vconf_set_str("memory/key", "text"));
 
     EXPECT_EQ("text\n", setting({"get", "memory/key"}).output);
 }
 
-TEST_F(KovanctlTest, IncompleteOrUnknownCommandIsWrongUsage) {
+TEST_F(SettingCommandsTest, IncompleteOrUnknownCommandIsWrongUsage) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
                                                       {"setting"},
                                                       {"setting", "get"},
@@ -236,7 +215,7 @@ TEST_F(KovanctlTest, IncompleteOrUnknownCommandIsWrongUsage) {
     }
 }
 
-TEST_F(KovanctlTest, HelpIsThereAtEveryPlace) {
+TEST_F(SettingCommandsTest, HelpIsThereAtEveryPlace) {
     for (const std::vector<std::string>& place : {std::vector<std::string>{},
                                                   {"setting"},
                                                   {"setting", "get"},

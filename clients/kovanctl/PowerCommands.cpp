@@ -1,0 +1,112 @@
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "host/PowerFile.h"
+#include "host/SimulatedPower.h"
+#include "kovanctl/Commands.h"
+
+#include <device_power.h>
+
+#include <CLI/CLI.hpp>
+#include <climits>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+namespace kovanctl {
+
+namespace {
+
+using clients_common::CommandLine;
+using clients_common::EXIT_DONE;
+using KovanHost::Power;
+using KovanHost::PowerRecord;
+using Json = nlohmann::ordered_json;
+
+struct Arguments {
+    int mode = 0;
+    int number = 0;
+    std::optional<int> reason;
+};
+
+std::string nameOfState(int state) {
+    static const char* const NAMES[] = {"normal", "standby", "suspend", "power off", "restart"};
+    return state <= POWER_STATE_RESTART ? NAMES[state] : "unknown";
+}
+
+int done(bool json, const Json& document) {
+    if (json) {
+        clients_common::printJson(document);
+    }
+    return EXIT_DONE;
+}
+
+int changeState(int state, bool json) {
+    KovanHost::setPowerState(state);
+    return done(json, {{"state", state}});
+}
+
+int announcePowerOff(int number, bool json) {
+    KovanHost::announcePowerOff(number);
+    return done(json, {{"number", number}});
+}
+
+int wakeUp(std::optional<int> reason, bool json) {
+    return done(json, {{"wakeUpReason", KovanHost::wakeUp(reason)}});
+}
+
+Json describe(const Power& power) {
+    Json requests = Json::array();
+    for (const PowerRecord& request : power.requests) {
+        requests.push_back({{"request", request.name}, {"reason", request.number}});
+    }
+    return {{"state", power.state}, {"wakeUpReason", power.wakeUpReason}, {"requests", requests}};
+}
+
+void print(const Power& power) {
+    std::printf("state           %d (%s)\n", power.state, nameOfState(power.state).c_str());
+    std::printf("wake-up reason  %d\n", power.wakeUpReason);
+    if (power.requests.empty()) {
+        std::printf("requests        none\n");
+    }
+    const char* label = "requests";
+    for (const PowerRecord& request : power.requests) {
+        std::printf("%-16s%s %d\n", label, request.name.c_str(), request.number);
+        label = "";
+    }
+}
+
+int show(bool json) {
+    const Power power = KovanHost::loadPower();
+    if (!json) {
+        print(power);
+    }
+    return done(json, describe(power));
+}
+
+} // namespace
+
+void addPowerCommands(CLI::App& app, CommandLine& line) {
+    const auto arguments = std::make_shared<Arguments>();
+
+    clients_common::addCommand(app, line, "power",
+                               "Print the power state, the wake-up reason, and the requests to restart or power off",
+                               [&line] { return show(line.json); });
+
+    CLI::App& mode = clients_common::addCommand(app, line, "power-mode", "Change the power state, and announce it",
+                                                [=, &line] { return changeState(arguments->mode, line.json); });
+    mode.add_option("N", arguments->mode, "0 normal, 1 standby, 2 suspend, 3 power off, 4 restart")
+        ->required()
+        ->check(CLI::Range(0, 4));
+
+    CLI::App& powerOff =
+        clients_common::addCommand(app, line, "power-off-signal", "Announce that the device powers off",
+                                   [=, &line] { return announcePowerOff(arguments->number, line.json); });
+    powerOff.add_option("N", arguments->number, "The number that is announced")->required();
+
+    CLI::App& wakeUpCommand = clients_common::addCommand(app, line, "wake-up", "Announce that the device woke up",
+                                                         [=, &line] { return wakeUp(arguments->reason, line.json); });
+    wakeUpCommand.add_option("--reason", arguments->reason, "Store this wake-up reason first")
+        ->check(CLI::Range(0, INT_MAX));
+}
+
+} // namespace kovanctl

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace DAX {
+namespace Tests {
+
+inline const ProcessEnd DONE = ProcessEnd::exited(0);
+inline const ProcessEnd REFUSED = ProcessEnd::exited(1);
+inline const ProcessEnd WRONG_USAGE = ProcessEnd::exited(2);
+
+// Runs kovanctl on a simulated device of the test's own.
+class KovanctlTest : public testing::Test {
+protected:
+    static FinishedRun kovanctl(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), KOVANCTL);
+        return run({arguments, {}, {}, {}});
+    }
+
+    const TemporaryRoot m_root;
+};
+
+// Calls that leave nothing on standard output.
+inline void expectFailure(const FinishedRun& run, const ProcessEnd& end, const std::string& message) {
+    EXPECT_EQ(end, run.end);
+    EXPECT_EQ("", run.output);
+    EXPECT_EQ(message, run.errors);
+}
+
+} // namespace Tests
+} // namespace DAX
