@@ -8,7 +8,8 @@ namespace KovanHost {
 
 // Calls a function whenever the power file may have changed, whoever changed it and however; the file, and the folder,
 // need not be there before. It is told by the kernel, through a source of GLib's default main context, and calls there.
-// It may call when nothing has changed, and once more while it is destroyed on another thread.
+// It may call when nothing has changed, and once more while it is destroyed on another thread. Once the folder itself
+// is taken away, it hears of that and of nothing more.
 class PowerMonitor {
 public:
     // The folder is made if it is absent. `listener` does not throw. std::system_error when it cannot be watched.

@@ -8,7 +8,8 @@
 namespace KovanHost {
 
 PowerSubscriptions& PowerSubscriptions::get() {
-    static PowerSubscriptions& subscriptions = *std::make_unique<PowerSubscriptions>().release(); // GLib's threads stay
+    static PowerSubscriptions& subscriptions =
+        *std::make_unique<PowerSubscriptions>().release(); // outlives static destructors
     return subscriptions;
 }
 

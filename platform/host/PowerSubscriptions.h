@@ -15,7 +15,7 @@ namespace KovanHost {
 
 // This process's subscribers of the device's power. They hear what happens after their subscription, whichever process
 // made it, on GLib's default main context and in the order in which it happened: every record among the announcements,
-// and a state that is another one without a record. No lock is held while one is called. Any thread may call; GLib's
+// and a state that is another one without a record. No lock is held while one is called. Any thread may call; the
 // monitor is there while somebody is subscribed.
 class PowerSubscriptions {
 public:

@@ -5,7 +5,6 @@
 #include "support/MainContext.h"
 #include "support/PowerListener.h"
 #include "support/TemporaryRoot.h"
-#include "support/WaitUntil.h"
 
 #include <atomic>
 #include <cerrno>
@@ -441,26 +440,19 @@ int keepThread(int, void* thread) {
 
 } // namespace
 
-// The subscriber's thread has a main context of its own, on which GLib would call it by itself.
 TEST_F(PowerAnnouncementsTest, CallsOnTheDefaultContextWhoeverSubscribed) {
     std::atomic<std::thread::id> called;
-    std::atomic<bool> subscribed{false};
     GMainContext* const own = g_main_context_new();
-    GMainLoop* const loop = g_main_loop_new(own, FALSE);
     std::thread subscriber([&] {
         g_main_context_push_thread_default(own);
-        subscribed = device_power_subscribe_poweroff(keepThread, &called) == 0;
-        g_main_loop_run(loop);
+        EXPECT_EQ(0, device_power_subscribe_poweroff(keepThread, &called));
         g_main_context_pop_thread_default(own);
     });
-    ASSERT_TRUE(DAX::Tests::waitUntil([&] { return subscribed.load(); }));
+    subscriber.join();
     KovanHost::announcePowerOff(3);
 
     EXPECT_TRUE(iterateUntil([&] { return called.load() != std::thread::id(); }));
     EXPECT_EQ(std::this_thread::get_id(), called.load());
-    device_power_unsubscribe_poweroff(keepThread);
-    g_main_loop_quit(loop);
-    subscriber.join();
-    g_main_loop_unref(loop);
+    EXPECT_EQ(0, device_power_unsubscribe_poweroff(keepThread));
     g_main_context_unref(own);
 }
