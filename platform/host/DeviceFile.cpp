@@ -14,6 +14,7 @@ namespace {
 struct Free {
     void operator()(GKeyFile* file) const { g_key_file_free(file); }
     void operator()(GError* error) const { g_error_free(error); }
+    void operator()(char* text) const { g_free(text); }
 };
 
 void warn(const std::string& path, const GError& error) {
@@ -25,18 +26,18 @@ bool isAbsence(const GError& error) {
            g_error_matches(&error, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_GROUP_NOT_FOUND) != FALSE;
 }
 
-} // namespace
-
-bool deviceFlag(const char* group, const char* key, bool fallback) {
+// What `get` reads from the file, which is loaded.
+template <class Value, class Get>
+Value readDevice(Value fallback, Get get) {
     const std::string path = underRoot("etc/kovan/device.ini");
     if (access(path.c_str(), F_OK) != 0) {
         return fallback;
     }
     const std::unique_ptr<GKeyFile, Free> file(g_key_file_new());
     GError* raised = nullptr;
-    bool value = false;
+    Value value{};
     if (g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &raised) != FALSE) {
-        value = g_key_file_get_boolean(file.get(), group, key, &raised) != FALSE;
+        value = get(*file, &raised);
     }
     if (raised == nullptr) {
         return value;
@@ -46,6 +47,21 @@ bool deviceFlag(const char* group, const char* key, bool fallback) {
         warn(path, *error);
     }
     return fallback;
+}
+
+} // namespace
+
+bool deviceFlag(const char* group, const char* key, bool fallback) {
+    return readDevice(fallback, [&](GKeyFile& file, GError** error) {
+        return g_key_file_get_boolean(&file, group, key, error) != FALSE;
+    });
+}
+
+std::string deviceText(const char* group, const char* key, const std::string& fallback) {
+    return readDevice(fallback, [&](GKeyFile& file, GError** error) {
+        const std::unique_ptr<char, Free> text(g_key_file_get_string(&file, group, key, error));
+        return text ? std::string(text.get()) : std::string();
+    });
 }
 
 } // namespace KovanHost

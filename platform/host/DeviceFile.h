@@ -9,5 +9,6 @@ namespace KovanHost {
 // standard error, with its path and the reason, and the fallback holds there too. The file is read at each call;
 // callers keep what is fixed for the life of a process. GLib is not called when there is no file.
 bool deviceFlag(const char* group, const char* key, bool fallback);
+std::string deviceText(const char* group, const char* key, const std::string& fallback);
 
 } // namespace KovanHost

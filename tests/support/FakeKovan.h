@@ -183,4 +183,11 @@ void setWakeUpReasonResult(int result);
 void setRebootResult(int result);
 void setPoweroffResult(int result);
 
+// --- kvplatform
+// -------------------------------------------------------------------------------------------------------
+
+// What kvplatform_getenv answers to a number; nothing is a null pointer. After reset() "/shared" (3), "/reserved" (6),
+// "/bin" (7), "/usb" (10), "/bigtemp" (27) and "/apps" (28).
+void setDirectory(int directory, const std::optional<std::string>& path);
+
 } // namespace FakeKovan

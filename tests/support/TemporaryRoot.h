@@ -12,6 +12,12 @@ namespace Tests {
 class TemporaryRoot {
 public:
     TemporaryRoot();
+    enum SameForAll { SAME_FOR_ALL };
+
+    // The same path for all that are made so in this process, one after the other: for tests of what keeps a path for
+    // the life of the process.
+    explicit TemporaryRoot(SameForAll);
+
     ~TemporaryRoot();
     TemporaryRoot(const TemporaryRoot&) = delete;
     TemporaryRoot& operator=(const TemporaryRoot&) = delete;
@@ -28,6 +34,8 @@ public:
     std::string read(const std::string& relative) const;
 
 private:
+    explicit TemporaryRoot(std::filesystem::path path);
+
     std::filesystem::path m_path;
     std::string m_previousRoot;
 };

@@ -26,3 +26,11 @@ TEST(TemporaryRootTest, WritesAndReadsFilesUnderItAndTakesThemAway) {
     }
     EXPECT_FALSE(std::filesystem::exists(path));
 }
+
+TEST(TemporaryRootTest, MayHaveTheSamePathAgain) {
+    const auto make = [] { return TemporaryRoot(TemporaryRoot::SAME_FOR_ALL).path(); };
+    const std::filesystem::path path = make();
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(make(), path);
+    EXPECT_NE(TemporaryRoot().path(), path);
+}

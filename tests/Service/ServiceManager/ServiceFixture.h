@@ -64,7 +64,7 @@ protected:
 
     std::string lockPath() const { return Platform::IProductPaths::getInstallationLockPath().string(); }
 
-    const TemporaryRoot root;
+    const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
     const std::shared_ptr<FakeCoreScript> script = std::make_shared<FakeCoreScript>();
     const std::shared_ptr<FakePowerModeScript> power = std::make_shared<FakePowerModeScript>();
     std::shared_ptr<Core::ICore> core = std::make_shared<FakeCore>(script);

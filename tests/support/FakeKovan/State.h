@@ -65,6 +65,9 @@ struct State {
 
         bool production = false;
 
+        std::map<int, std::string> directories = {{3, "/shared"}, {6, "/reserved"}, {7, "/bin"},
+                                                  {10, "/usb"},   {27, "/bigtemp"}, {28, "/apps"}};
+
         Power power;
     } content;
 

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 namespace DAX {
 namespace Tests {
@@ -21,9 +22,19 @@ std::filesystem::path makeFolder() {
     return name;
 }
 
+std::filesystem::path makeSameFolder() {
+    static const std::filesystem::path folder = makeFolder();
+    std::filesystem::create_directory(folder);
+    return folder;
+}
+
 } // namespace
 
-TemporaryRoot::TemporaryRoot() : m_path(makeFolder()) {
+TemporaryRoot::TemporaryRoot() : TemporaryRoot(makeFolder()) {}
+
+TemporaryRoot::TemporaryRoot(SameForAll) : TemporaryRoot(makeSameFolder()) {}
+
+TemporaryRoot::TemporaryRoot(std::filesystem::path path) : m_path(std::move(path)) {
     if (const char* previous = std::getenv(ROOT_VARIABLE)) {
         m_previousRoot = previous;
     }

@@ -63,7 +63,7 @@ protected:
         return *std::find_if(methods.begin(), methods.end(), [&](const auto& method) { return method.name == name; });
     }
 
-    const TemporaryRoot root;
+    const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
     LiveService service;
     const std::string good = golden("service/" + GetParam().name + ".request");
 };
@@ -150,7 +150,7 @@ struct Declaration {
 class DeclaredLength : public testing::TestWithParam<Declaration> {};
 
 TEST_P(DeclaredLength, IsRefusedWithoutMemoryForIt) {
-    const TemporaryRoot root;
+    const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
     LiveService service;
     for (const std::string& length : HUGE_LENGTHS) {
         const std::string message = "22 serialization::archive 18 " + GetParam().before + length + GetParam().behind;

@@ -108,7 +108,7 @@ public:
     void releaseLock();
     void disconnect();
 
-    TemporaryRoot root;
+    TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
     std::shared_ptr<FakeCoreScript> core;
     Subscription subscription;
     DAXIPC::DBUSLowLevel::CServiceManagerAdapter adapter;

@@ -1,0 +1,13 @@
+#include "Platform/Product/Implementation/defaultProductPaths.h"
+
+#include "Platform/Product/Implementation/CProductPaths.h"
+
+namespace DAX {
+namespace Platform {
+
+std::unique_ptr<IProductPathsImpl> defaultProductPaths() {
+    return std::make_unique<CProductPaths>();
+}
+
+} // namespace Platform
+} // namespace DAX
