@@ -366,6 +366,11 @@ int changeTheState(int, void*) {
     return device_power_set_state(2, 1);
 }
 
+int changeTheStateAndSubscribe(int, void* numbers) {
+    device_power_set_state(2, 1);
+    return device_power_subscribe_state_changed(append, numbers);
+}
+
 int subscribeAppend(int, void* numbers) {
     return device_power_subscribe_poweroff(append, numbers);
 }
@@ -418,6 +423,19 @@ TEST_F(PowerAnnouncementsTest, SubscriberMadeByACallbackHearsWhatComesAfterIt) {
     EXPECT_THAT(numbers, ElementsAre(2));
     device_power_unsubscribe_poweroff(subscribeAppend);
     device_power_unsubscribe_poweroff(append);
+}
+
+TEST_F(PowerAnnouncementsTest, SubscriberMadeByACallbackHearsNoStateFromBeforeIt) {
+    std::vector<int> numbers;
+    device_power_subscribe_poweroff(changeTheStateAndSubscribe, &numbers);
+    KovanHost::announcePowerOff(3);
+    EXPECT_TRUE(iterateUntil([] { return device_power_get_state() == 2; }));
+    device_power_set_state(1, 0);
+    EXPECT_TRUE(iterateUntil([&] { return !numbers.empty(); }));
+
+    EXPECT_THAT(numbers, ElementsAre(1));
+    device_power_unsubscribe_poweroff(changeTheStateAndSubscribe);
+    device_power_unsubscribe_state_changed(append);
 }
 
 TEST_F(PowerAnnouncementsTest, MovesToAnotherRootWithTheFirstNewSubscriber) {
