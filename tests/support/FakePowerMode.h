@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "Platform/SystemAPI/PowerModeSystemAPI/IPowerModeSubscribersFactory.h"
+#include "Utility/Utils/SingletonServiceGuard.h"
+#include "Utility/Utils/UserDataRegister.h"
 
 namespace DAX {
 namespace Tests {
@@ -32,6 +34,7 @@ private:
         }
     }
 
+    const Common::Utils::SingletonServiceGuard<Common::Utils::UserDataRegister> m_userDataRegister;
     std::function<void(DAXCommon::PowerMode)> m_callback;
 };
 

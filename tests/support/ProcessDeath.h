@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -32,11 +33,24 @@
         ::testing::AllOf(::testing::HasSubstr(std::string(">ASSERTION FAILED: ") + (EXPRESSION) + ", "),               \
                          ::testing::HasSubstr(std::string("\nMESSAGE: ") + (MESSAGE) + "\n")))
 
+// The same for one that has none.
+#define EXPECT_ASSERTION_WITHOUT_MSG(STATEMENT, EXPRESSION)                                                            \
+    EXPECT_EXIT(                                                                                                       \
+        {                                                                                                              \
+            ::FakeKovan::echoLogToStderr(true);                                                                        \
+            STATEMENT;                                                                                                 \
+        },                                                                                                             \
+        ::testing::KilledBySignal(SIGABRT),                                                                            \
+        ::testing::AllOf(::testing::HasSubstr(std::string(">ASSERTION FAILED: ") + (EXPRESSION) + ", "),               \
+                         ::testing::Not(::testing::HasSubstr("\nMESSAGE: "))))
+
 // Runs the statement, with its own expectations, in a child process: for what leaves a mark on the process it runs in.
+// The child ends without static destructors: the objects of the test around it are still there.
 #define EXPECT_IN_CHILD(STATEMENT)                                                                                     \
     EXPECT_EXIT(                                                                                                       \
         {                                                                                                              \
             STATEMENT;                                                                                                 \
-            std::exit(::testing::Test::HasFailure() ? 1 : 0);                                                          \
+            std::fflush(nullptr);                                                                                      \
+            std::_Exit(::testing::Test::HasFailure() ? 1 : 0);                                                         \
         },                                                                                                             \
         ::testing::ExitedWithCode(0), "")

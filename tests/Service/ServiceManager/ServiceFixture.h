@@ -43,6 +43,7 @@ protected:
         std::filesystem::create_directories(Platform::IProductPaths::getDAXPartitionPath().string());
         script->observer = [](const std::string& call) { FakeKovan::note("core " + call); };
         power->observer = [](const std::string& what) { FakeKovan::note("power " + what); };
+        forget();
     }
 
     // The side effects since the last `forget`.

@@ -13,10 +13,10 @@
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ReferenceModel.h"
-#include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
 #include "support/FakeCore.h"
 #include "support/FakeKovan.h"
+#include "support/FakePowerMode.h"
 #include "support/TemporaryRoot.h"
 
 namespace DAX {
@@ -48,7 +48,8 @@ public:
     ModelTest()
         : core(std::make_shared<FakeCoreScript>())
         , adapter(std::make_shared<Service::CServiceManagerFactory>(
-              std::make_shared<FakeCoreFactory>(core), std::make_shared<Platform::CPowerModeSubscribersFactory>())) {
+              std::make_shared<FakeCoreFactory>(core),
+              std::make_shared<FakePowerModeFactory>(std::make_shared<FakePowerModeScript>()))) {
         adapter.useThisEventSubscriber(subscription);
         core->takeCalls();
         const char* seed = std::getenv("DAX_MODEL_SEED");
