@@ -10,6 +10,7 @@
 #include "Debug/DebugCommon/DebugThreadName.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
+#include "support/Event.h"
 #include "support/FakeKovan.h"
 #include "support/WaitUntil.h"
 
@@ -17,6 +18,7 @@ using namespace DAX::Common::Utils;
 using boost::chrono::hours;
 using boost::chrono::milliseconds;
 using DAX::Common::Debug::ThreadDebug;
+using DAX::Tests::Event;
 using DAX::Tests::waitUntil;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -25,18 +27,6 @@ using testing::StartsWith;
 namespace {
 
 const milliseconds AT_ONCE(0);
-
-// Something that happens once, on another thread.
-class Event {
-public:
-    void happen() { m_promise.set_value(); }
-    bool wait() { return m_future.wait_for(std::chrono::seconds(20)) == std::future_status::ready; }
-    bool happened() const { return m_future.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }
-
-private:
-    std::promise<void> m_promise;
-    std::future<void> m_future = m_promise.get_future();
-};
 
 TEST(DelayedTriggerTest, RunsTheActionWhenTheDeadlineHasPassed) {
     DelayedTrigger trigger("bus");

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+#include <future>
+#include <sys/types.h>
+#include <thread>
+
+namespace DAX {
+namespace Tests {
+
+// A call on a thread of its own. It is waited for at the object's end, so what it waits for has to come before that.
+class OtherThread {
+public:
+    explicit OtherThread(const std::function<void()>& function);
+    ~OtherThread();
+    OtherThread(const OtherThread&) = delete;
+    OtherThread& operator=(const OtherThread&) = delete;
+
+    // Waits until the call waits for something: a lock, a condition, another thread. False when it has returned, or
+    // the bound passes first.
+    bool waitUntilItWaits() const;
+
+    // Waits for the call's end and throws what it threw.
+    void finish() { m_returned.get(); }
+
+private:
+    bool waits() const;
+    bool hasReturned() const;
+
+    std::promise<pid_t> m_started;
+    std::future<void> m_returned;
+    std::thread m_thread;
+    pid_t m_id;
+};
+
+} // namespace Tests
+} // namespace DAX
