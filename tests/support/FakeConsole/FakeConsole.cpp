@@ -3,17 +3,23 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace FakeConsole {
 namespace {
 
-std::string replacement; // of the console's path, when it is not empty
+// Of the console's path, when it is not empty. Never destroyed: an assertion may fail at the process's very end.
+std::string& replacement() {
+    static std::string& path = *std::make_unique<std::string>().release();
+    return path;
+}
+
 bool refused = false;
 
 } // namespace
 
 void redirectTo(const std::string& path) {
-    replacement = path;
+    replacement() = path;
 }
 
 void refuse() {
@@ -33,6 +39,6 @@ std::FILE* __wrap_freopen(const char* path, const char* mode, std::FILE* stream)
         errno = EACCES;
         return nullptr;
     }
-    const bool replaced = !FakeConsole::replacement.empty();
-    return __real_freopen(replaced ? FakeConsole::replacement.c_str() : path, mode, stream);
+    const bool replaced = !FakeConsole::replacement().empty();
+    return __real_freopen(replaced ? FakeConsole::replacement().c_str() : path, mode, stream);
 }

@@ -19,7 +19,7 @@ namespace Logging {
 const char* const LOG_TAG = "org.kovan.tv.dax.DAX";
 
 const int LoggingClass::maxMessageLength;
-std::string LoggingClass::m_processName;
+__attribute__((init_priority(101))) std::string LoggingClass::m_processName; // outlives what logs at its own end
 bool LoggingClass::m_bSocketInitialized = false;
 
 namespace {
