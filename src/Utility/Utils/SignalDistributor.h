@@ -25,7 +25,7 @@ public:
     // Subscribes to the device's signal; only the first call does. What the subscription throws passes, and the next
     // call tries again.
     void initialize() {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::lock_guard<std::mutex> lock(m_initializeMutex);
         if (m_initialized) {
             return;
         }
@@ -66,11 +66,12 @@ protected:
     SignalSubscriber<Callback>* lowLevelSubscriber() { return m_lowLevelSubscriber.get(); }
 
 private:
-    std::mutex m_mutex; // guards all below
+    std::mutex m_mutex; // guards m_subscribers; the callback takes it, so it is not held while the device is called
     std::unique_ptr<SignalSubscriber<Callback>> m_lowLevelSubscriber;
     std::set<void*> m_subscribers;
     std::function<Callback> m_multiCallback;
     bool m_initialized = false;
+    std::mutex m_initializeMutex; // guards the rest
 };
 
 } // namespace Utils

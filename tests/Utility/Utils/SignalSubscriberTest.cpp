@@ -1,12 +1,16 @@
 #include "Utility/Utils/SignalSubscriber.h"
 
+#include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include "DlogHook.h"
+#include "TestSubscriber.h"
+#include "UserDataFixture.h"
+#include "support/Event.h"
+#include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 #include "support/Thrown.h"
 
@@ -14,87 +18,367 @@ namespace DAX {
 namespace Tests {
 namespace {
 
-using ::testing::ElementsAre;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
-// Fires by hand; `calls` is the order of its slots.
-class Subscriber : public Common::Utils::SignalSubscriber<int(int)> {
-public:
-    ~Subscriber() override {
-        if (unsubscribesAtItsEnd && isSubscribed()) {
-            unsubscribe();
-        }
+const char FAILED_BEFORE[] = "Probably an exception was thrown while subscribing the callback in exernal API. The "
+                             "callback is not subscribed, but it was registered in UserDataRegister. We need to "
+                             "unregister it.";
+
+std::function<int(int)> returning(int result) {
+    return [result](int) { return result; };
+}
+
+class SignalSubscriberTest : public UserDataFixture {
+protected:
+    void subscribeInVain() {
+        subscriber.failsToSubscribe = true;
+        EXPECT_THROW(subscriber.subscribe(returning(1)), std::domain_error);
+        subscriber.failsToSubscribe = false;
     }
 
-    int fire(int value) { return callback()(value); }
-
-    std::vector<std::string> calls;
-    bool failsToSubscribe = false;
-    bool unsubscribesAtItsEnd = true;
-
-private:
-    void* doRegisterCallback() override {
-        calls.push_back("register");
-        return this;
-    }
-    boost::optional<boost::thread::id> getExpectedExecutorThreadID() override { return boost::none; }
-    void doSubscribe() override {
-        EXPECT_EQ(callbackId(), this);
-        calls.push_back("subscribe");
-        if (failsToSubscribe) {
-            throw std::runtime_error("no signal");
-        }
-    }
-    int doUnsubscribe() override {
-        calls.push_back("unsubscribe");
-        return -1;
-    }
+    TestSubscriber subscriber;
 };
 
-TEST(SignalSubscriber, RegistersTheCallbackBeforeItSubscribes) {
-    Subscriber subscriber;
+TEST_F(SignalSubscriberTest, RegistersTheCallbackBeforeItSubscribes) {
     subscriber.subscribe([](int value) { return value + 1; });
-    EXPECT_THAT(subscriber.calls, ElementsAre("register", "subscribe"));
-    EXPECT_EQ(subscriber.fire(41), 42);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe"));
+    EXPECT_EQ(subscriber.lastId(), id(1));
+    EXPECT_EQ(subscriber.signal(41), 42);
 }
 
-TEST(SignalSubscriber, RefusesASecondCallbackAndKeepsTheFirst) {
-    Subscriber subscriber;
-    subscriber.subscribe([](int) { return 1; });
-    EXPECT_EQ(thrownDescription([&] { subscriber.subscribe([](int) { return 2; }); }), "Already subscribed.");
-    EXPECT_EQ(subscriber.fire(0), 1);
-    EXPECT_THAT(subscriber.calls, ElementsAre("register", "subscribe"));
+TEST_F(SignalSubscriberTest, RefusesASecondCallbackAndKeepsTheFirst) {
+    subscriber.subscribe(returning(1));
+    EXPECT_EQ(thrownDescription([&] { subscriber.subscribe(returning(2)); }), "Already subscribed.");
+    EXPECT_EQ(subscriber.signal(0), 1);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe"));
 }
 
-TEST(SignalSubscriber, RefusesToUnsubscribeWithoutASubscription) {
-    Subscriber subscriber;
+TEST_F(SignalSubscriberTest, RefusesToUnsubscribeWithoutASubscription) {
     EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
-    EXPECT_TRUE(subscriber.calls.empty());
+    EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }
 
-TEST(SignalSubscriber, MaySubscribeAgain) {
-    Subscriber subscriber;
-    subscriber.subscribe([](int) { return 1; });
+TEST_F(SignalSubscriberTest, RefusesToUnsubscribeTwice) {
+    subscriber.subscribe(returning(1));
     subscriber.unsubscribe();
-    subscriber.subscribe([](int) { return 2; });
-    EXPECT_EQ(subscriber.fire(0), 2);
-    EXPECT_THAT(subscriber.calls, ElementsAre("register", "subscribe", "unsubscribe", "register", "subscribe"));
-}
-
-TEST(SignalSubscriber, IsNotSubscribedAfterAFailure) {
-    Subscriber subscriber;
-    subscriber.failsToSubscribe = true;
-    EXPECT_THROW(subscriber.subscribe([](int) { return 1; }), std::runtime_error);
     EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe"));
 }
 
-TEST(SignalSubscriber, MayNotEndSubscribed) {
+TEST_F(SignalSubscriberTest, UnsubscribesBeforeItUnregistersTheCallback) {
+    subscriber.subscribe(returning(1));
+    int signalled = 0;
+    subscriber.atUnsubscription = [&] { signalled = subscriber.signal(0); };
+    subscriber.unsubscribe();
+    EXPECT_EQ(signalled, 1);
+    EXPECT_EQ(subscriber.signal(0), -1);
+    EXPECT_THAT(FakeKovan::journal("log"), ElementsAre("log WRN The callback is not registered or removed. ID:  0x1",
+                                                       "log WRN The callback can not be called. ID:  0x1"));
+}
+
+TEST_F(SignalSubscriberTest, MaySubscribeAgain) {
+    subscriber.subscribe(returning(1));
+    subscriber.unsubscribe();
+    subscriber.subscribe(returning(2));
+    EXPECT_EQ(subscriber.lastId(), id(2));
+    EXPECT_EQ(subscriber.signal(0), 2);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "register", "subscribe"));
+}
+
+TEST_F(SignalSubscriberTest, LogsNothingAtAnOrderlyEnd) {
+    { const TestSubscriber idle; }
+    {
+        TestSubscriber used;
+        used.subscribe(returning(1));
+    }
+    EXPECT_THAT(FakeKovan::logLines(), IsEmpty());
+}
+
+TEST_F(SignalSubscriberTest, MayNotEndSubscribed) {
     EXPECT_ASSERTION_MSG(
         {
-            Subscriber subscriber;
-            subscriber.unsubscribesAtItsEnd = false;
-            subscriber.subscribe([](int) { return 1; });
+            TestSubscriber careless;
+            careless.unsubscribesAtItsEnd = false;
+            careless.subscribe(returning(1));
         },
         "false", "Signal subscriber is still subscribed. Subclass should define an appropriate destructor.");
+}
+
+// --- A failure of the device
+// ----------------------------------------------------------------------------------------------
+
+TEST_F(SignalSubscriberTest, IsNotSubscribedAfterAFailure) {
+    subscribeInVain();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe"));
+    EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
+}
+
+TEST_F(SignalSubscriberTest, LeavesTheCallbackRegisteredAfterAFailure) {
+    subscribeInVain();
+    EXPECT_EQ(subscriber.signal(0), 1);
+}
+
+TEST_F(SignalSubscriberTest, UnregistersTheCallbackOfAFailedSubscriptionAtItsEnd) {
+    void* failed = nullptr;
+    {
+        TestSubscriber local;
+        local.failsToSubscribe = true;
+        EXPECT_THROW(local.subscribe(returning(1)), std::domain_error);
+        failed = local.lastId();
+    }
+    EXPECT_THAT(FakeKovan::journal("log"), ElementsAre(std::string("log INF ") + FAILED_BEFORE));
+    EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(failed)));
+}
+
+TEST_F(SignalSubscriberTest, MaySubscribeAgainAfterAFailure) {
+    subscribeInVain();
+    subscriber.subscribe(returning(2));
+    EXPECT_EQ(subscriber.lastId(), id(2));
+    EXPECT_EQ(subscriber.signal(0), 2);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "register", "subscribe"));
+    EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(id(1)))) << "nobody will unregister it later";
+}
+
+TEST_F(SignalSubscriberTest, MayFailAgainAfterAFailure) {
+    subscribeInVain();
+    subscribeInVain();
+    EXPECT_EQ(subscriber.lastId(), id(2));
+    EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(id(1))));
+}
+
+TEST_F(SignalSubscriberTest, IsNotSubscribedAfterAFailureToUnsubscribe) {
+    subscriber.subscribe(returning(1));
+    subscriber.failsToUnsubscribe = true;
+    EXPECT_THROW(subscriber.unsubscribe(), std::domain_error);
+    EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
+    EXPECT_EQ(subscriber.signal(0), 1) << "it is registered until the subscriber's end";
+}
+
+TEST_F(SignalSubscriberTest, UnregistersTheCallbackAtItsEndAfterAFailureToUnsubscribe) {
+    {
+        TestSubscriber local;
+        local.subscribe(returning(1));
+        local.failsToUnsubscribe = true;
+        EXPECT_THROW(local.unsubscribe(), std::domain_error);
+    }
+    EXPECT_THAT(FakeKovan::journal("log"), ElementsAre(std::string("log INF ") + FAILED_BEFORE));
+    EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(id(1))));
+}
+
+// --- What it needs of the register
+// ----------------------------------------------------------------------------------------
+
+TEST_F(SignalSubscriberTest, NeedsTheRegister) {
+    EXPECT_ASSERTION_MSG(
+        {
+            unmark<UserDataRegister>();
+            subscriber.subscribe(returning(1));
+        },
+        "0", "Singleton USER_DATA_REGISTER does not exist.");
+}
+
+TEST_F(SignalSubscriberTest, HasToGoBeforeTheRegister) {
+    EXPECT_ASSERTION_MSG(
+        {
+            subscriber.subscribe(returning(1));
+            unmark<UserDataRegister>();
+        },
+        "0", "There are some unregistered callbacks!");
+}
+
+// The text of the register's end while a member function of the subscriber uses it.
+std::string usedBy(const std::string& function) {
+    return "Singleton (USER_DATA_REGISTER=USER_DATA_REGISTER) is still used by: [" + function +
+           " [with Callback = int(int)]]";
+}
+
+TEST_F(SignalSubscriberTest, RegistersUnderTheSignatureOfItsFunction) {
+    subscriber.expectedExecutor = [] {
+        unmark<UserDataRegister>();
+        return boost::none;
+    };
+    EXPECT_ASSERTION_MSG(subscriber.subscribe(returning(1)), "false",
+                         usedBy("void* DAX::Common::Utils::SignalSubscriber<Callback>::doRegisterCallback()"));
+}
+
+TEST_F(SignalSubscriberTest, UnregistersUnderTheSignatureOfItsFunction) {
+    EXPECT_ASSERTION_MSG(
+        {
+            subscriber.subscribe(returning(1));
+            unregister(id(1)); // so that the register has something to log
+            onLogLine("The callback has been already unregistered", unmark<UserDataRegister>);
+            subscriber.unsubscribe();
+        },
+        "false", usedBy("void DAX::Common::Utils::SignalSubscriber<Callback>::unsubscribe()"));
+}
+
+TEST_F(SignalSubscriberTest, UnregistersUnderTheSignatureOfItsDestructor) {
+    EXPECT_ASSERTION_MSG(
+        {
+            TestSubscriber local;
+            local.failsToSubscribe = true;
+            EXPECT_THROW(local.subscribe(returning(1)), std::domain_error);
+            unregister(id(1));
+            onLogLine("The callback has been already unregistered", unmark<UserDataRegister>);
+        },
+        "false", usedBy("DAX::Common::Utils::SignalSubscriber<Callback>::~SignalSubscriber()"));
+}
+
+// A subclass that wraps the callback.
+class Wrapping : public Common::Utils::SignalSubscriber<void()> {
+public:
+    ~Wrapping() override { unsubscribe(); }
+    int signal() const { return UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(7, callbackId()); }
+
+private:
+    using UserDataRegister = Common::Utils::UserDataRegister;
+
+    void* doRegisterCallback() override {
+        m_wrapper = [this](int value) {
+            callback()();
+            return value;
+        };
+        return service<UserDataRegister>("Wrapping")->registerUserData(&m_wrapper, boost::none);
+    }
+    boost::optional<boost::thread::id> getExpectedExecutorThreadID() override { return boost::none; }
+    void doSubscribe() override {}
+    int doUnsubscribe() override { return 0; }
+
+    std::function<int(int)> m_wrapper;
+};
+
+TEST_F(SignalSubscriberTest, LetsASubclassRegisterAFunctionOfItsOwn) {
+    Wrapping wrapping;
+    wrapping.subscribe([] { FakeKovan::note("callback"); });
+    EXPECT_EQ(wrapping.signal(), 7);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("callback"));
+}
+
+// --- Threads
+// --------------------------------------------------------------------------------------------------------------
+
+TEST_F(SignalSubscriberTest, IsCalledBackOnTheExpectedThread) {
+    subscriber.expectedExecutor = [] { return boost::this_thread::get_id(); };
+    subscriber.subscribe(returning(1));
+    EXPECT_EQ(subscriber.signal(0), 1);
+}
+
+TEST_F(SignalSubscriberTest, MayNotBeCalledBackOnAnotherThread) {
+    subscriber.expectedExecutor = [] { return NOT_ANY_THREAD; };
+    subscriber.subscribe(returning(1));
+    EXPECT_ASSERTION_MSG(subscriber.signal(0), "0", wrongThread(NOT_ANY_THREAD));
+}
+
+TEST_F(SignalSubscriberTest, MayBeCalledBackOnAnotherThreadInProduction) {
+    FakeKovan::setProduction(true);
+    subscriber.expectedExecutor = [] { return NOT_ANY_THREAD; };
+    subscriber.subscribe(returning(1));
+    EXPECT_EQ(subscriber.signal(0), 1);
+}
+
+TEST_F(SignalSubscriberTest, WaitsForARunningCallbackWhenItUnsubscribes) {
+    Event begun, goOn;
+    subscriber.subscribe([&](int value) {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread unsubscribing([this] {
+        subscriber.unsubscribe();
+        FakeKovan::note("unsubscribed");
+    });
+    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
+
+    goOn.happen();
+
+    unsubscribing.finish();
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "unsubscribed"));
+}
+
+TEST_F(SignalSubscriberTest, LetsItsCallbackUnsubscribeIt) {
+    subscriber.subscribe([this](int value) {
+        subscriber.unsubscribe();
+        return value;
+    });
+    EXPECT_EQ(subscriber.signal(5), 5);
+    EXPECT_EQ(subscriber.signal(5), -1);
+    EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
+}
+
+TEST_F(SignalSubscriberTest, LetsItsCallbackSubscribeAnotherOneInItsPlace) {
+    subscriber.subscribe([this](int value) {
+        subscriber.unsubscribe();
+        subscriber.subscribe(returning(9));
+        return value;
+    });
+    EXPECT_EQ(subscriber.signal(5), 5);
+    EXPECT_EQ(subscriber.signal(5), 9);
+}
+
+TEST_F(SignalSubscriberTest, LetsItsCallbackEndIt) {
+    auto ending = std::make_unique<TestSubscriber>();
+    ending->subscribe([&ending](int value) {
+        ending.reset();
+        return value;
+    });
+    void* const itsId = ending->lastId();
+    EXPECT_EQ((UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(5, itsId)), 5);
+    EXPECT_EQ(ending, nullptr);
+}
+
+TEST_F(SignalSubscriberTest, LetsItsCallbackHandleOtherSubscribers) {
+    TestSubscriber other;
+    subscriber.subscribe([&other](int value) {
+        other.subscribe(returning(9));
+        const int result = value + other.signal(0);
+        other.unsubscribe();
+        return result;
+    });
+    EXPECT_EQ(subscriber.signal(1), 10);
+}
+
+TEST_F(SignalSubscriberTest, NeverCallsBackBehindItsEnd) {
+    std::atomic<void*> current{nullptr};
+    std::atomic<bool> done{false};
+    OtherThread device([&] {
+        while (!done) {
+            UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(1, current);
+        }
+    });
+    for (int i = 0; i < 300; ++i) {
+        int calls = 0; // of the device's thread alone, until the subscriber's end
+        {
+            TestSubscriber local;
+            local.subscribe([&calls](int value) { return calls += value; });
+            current = local.lastId();
+        }
+        calls = -1;
+        FakeKovan::forgetRecords();
+    }
+    done = true;
+}
+
+TEST_F(SignalSubscriberTest, IsSubscribedByOneOfManyThreads) {
+    std::atomic<int> refused{0};
+    {
+        std::vector<std::unique_ptr<OtherThread>> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.push_back(std::make_unique<OtherThread>([&] {
+                try {
+                    subscriber.subscribe(returning(1));
+                } catch (const Common::Utils::GenericException&) {
+                    ++refused;
+                }
+            }));
+        }
+    }
+    EXPECT_EQ(refused, 3);
+    EXPECT_EQ(subscriber.signal(0), 1);
 }
 
 } // namespace
