@@ -16,9 +16,14 @@ using namespace testing;
 const auto WITHIN_TWO_LOOKS = std::chrono::seconds(7);
 
 // What is needed by the main loop too is given back once more.
-const std::vector<std::string> IN_REVERSE_ORDER = {
-    "Unmarking needed: singleton id: G_MAIN_LOOP", "GLoopService closing.", "GLoopService closed.",
-    "Unmarking needed: singleton id: USER_DATA_REGISTER", "Unmarking needed: singleton id: USER_DATA_REGISTER"};
+const std::vector<std::string> IN_REVERSE_ORDER = {"Unmarking needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER",
+                                                   "Unmarking needed: singleton id: G_MAIN_LOOP",
+                                                   "Unmarking needed: singleton id: USER_DATA_REGISTER",
+                                                   "Unmarking needed: singleton id: G_MAIN_LOOP",
+                                                   "GLoopService closing.",
+                                                   "GLoopService closed.",
+                                                   "Unmarking needed: singleton id: USER_DATA_REGISTER",
+                                                   "Unmarking needed: singleton id: USER_DATA_REGISTER"};
 
 class Lifecycle : public Test {
 protected:
@@ -71,23 +76,25 @@ TEST_F(Lifecycle, TellsItsStartInOrder) {
               "Registering VIP process.", "Needed: singleton id: USER_DATA_REGISTER",
               "Needed: singleton id: G_MAIN_LOOP", "GLoopService::GLoopService(): Starting.",
               "GLoopService::LoopThreadFunction(): Starting.", "GLoopService::GLoopService(): Started thead id: ",
-              "Starting DAXService", "Initialization of Watchdog status", "Idle timeout set to 30",
-              "Service Manager is started.", "Core connected to Service",
+              "Needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER", "Starting DAXService",
+              "Initialization of Watchdog status", "Idle timeout set to 30", "Service Manager is started.",
+              "Core connected to Service",
               "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."}) {
             if (message.rfind(beginning, 0) == 0) {
                 started.push_back(beginning);
             }
         }
     }
-    EXPECT_THAT(started,
-                ElementsAre("Registering main thread id ", "Registering signal (signum: 15)",
-                            "Registering signal (signum: 2)", "Registering VIP process.",
-                            "Needed: singleton id: USER_DATA_REGISTER", "Needed: singleton id: G_MAIN_LOOP",
-                            "GLoopService::GLoopService(): Starting.", "GLoopService::LoopThreadFunction(): Starting.",
-                            "GLoopService::GLoopService(): Started thead id: ", "Starting DAXService",
-                            "Initialization of Watchdog status", "Idle timeout set to 30",
-                            "Service Manager is started.", "Core connected to Service",
-                            "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."));
+    EXPECT_THAT(
+        started,
+        ElementsAre(
+            "Registering main thread id ", "Registering signal (signum: 15)", "Registering signal (signum: 2)",
+            "Registering VIP process.", "Needed: singleton id: USER_DATA_REGISTER", "Needed: singleton id: G_MAIN_LOOP",
+            "GLoopService::GLoopService(): Starting.", "GLoopService::LoopThreadFunction(): Starting.",
+            "GLoopService::GLoopService(): Started thead id: ", "Needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER",
+            "Starting DAXService", "Initialization of Watchdog status", "Idle timeout set to 30",
+            "Service Manager is started.", "Core connected to Service",
+            "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."));
 }
 
 TEST_F(Lifecycle, StartsItsMainLoopWithoutAPause) {

@@ -20,6 +20,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControl.h"
 #include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
+#include "Platform/SystemAPI/TimerUtilsSystemAPI/BootClockInitializer.h"
 #include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
@@ -62,6 +63,7 @@ bool serve(int argc, char** argv) {
     const SingletonServiceGuard<MainLoopSingleton> mainLoop(MainLoopSingleton::create);
     Platform::MainLoop::initializeMainLoop();
     IDAXIPC::initialize();
+    const SingletonServiceGuard<Platform::BootClockInitializer> bootClock;
     DAX_LOG(INF) << "Starting DAXService" << Platform::ISystemControl::DAXRevisionDescription();
     const std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> proxyFactory = IDBUSProxy::createDefaultProxyFactory();
     const auto coreFactory = std::make_shared<CCoreProxyFactory>(proxyFactory, CORE_ACTIVATION_TIMEOUT_IN_SECONDS);

@@ -1,27 +1,71 @@
 #pragma once
 
+#include <ostream>
 #include <string>
+
+#include "Platform/SystemAPI/KPIEventSenderAPI/IKPIEvent.h"
+#include "Platform/SystemAPI/KPIEventSenderAPI/KPIEventCodes.h"
 
 namespace DAX {
 namespace Platform {
 namespace KpiEvent {
 
-// One event for the device's reporting service.
-class IKPIEvent {
+class CInfoEvent : public IKPIEvent {
 public:
-    IKPIEvent(std::string code, std::string name);
-    virtual ~IKPIEvent() = default;
+    // The type is told as "d" for 0, "o" for 2 and "e" for any other.
+    CInfoEvent(bool au, int cp, int type);
 
-    // A short key-value text in braces, the fields separated by ";".
-    virtual std::string getDescription() const = 0;
-
-    const std::string& getCode() const { return m_code; }
-    const std::string& getName() const { return m_name; }
+    std::string getDescription() const override;
 
 private:
-    std::string m_code;
-    std::string m_name;
+    bool m_au;
+    int m_cp;
+    int m_type;
 };
+
+class COSDShowEvent : public IKPIEvent {
+public:
+    explicit COSDShowEvent(NotificationType type);
+
+    std::string getDescription() const override;
+
+private:
+    NotificationType m_type;
+};
+
+class COSDInputEvent : public IKPIEvent {
+public:
+    COSDInputEvent(InputType input, OsdType type);
+
+    std::string getDescription() const override;
+
+private:
+    InputType m_input;
+    OsdType m_type;
+};
+
+class COSUEvent : public IKPIEvent {
+public:
+    // Named and written as the enumerations of KPIEventCodes.h.
+    enum class UserInput : int { TI = 0, LA = 1, NO = 2, WO = 3 };
+    enum class OSDTypeOSU : int { GO = 0, DE = 1, MA = 2, US = 3 };
+    enum class AllChangesStatus : int { NA = 0, NO = 1, BE = 2, SC = 3, EN = 4 };
+
+    COSUEvent(UserInput input, OSDTypeOSU type, AllChangesStatus ac, AllChangesStatus nc, AllChangesStatus wc);
+
+    std::string getDescription() const override;
+
+private:
+    UserInput m_input;
+    OSDTypeOSU m_type;
+    AllChangesStatus m_ac;
+    AllChangesStatus m_nc;
+    AllChangesStatus m_wc;
+};
+
+std::ostream& operator<<(std::ostream& stream, COSUEvent::UserInput input);
+std::ostream& operator<<(std::ostream& stream, COSUEvent::OSDTypeOSU type);
+std::ostream& operator<<(std::ostream& stream, COSUEvent::AllChangesStatus status);
 
 // A failed assertion.
 class CErrorEvent : public IKPIEvent {
@@ -37,9 +81,6 @@ private:
     std::string m_expression;
     std::string m_message;
 };
-
-// Sends the event and blocks until it is taken. A failure is logged; nothing is raised. Any thread may call.
-void sendKPIEventToServer(const IKPIEvent& event);
 
 } // namespace KpiEvent
 } // namespace Platform

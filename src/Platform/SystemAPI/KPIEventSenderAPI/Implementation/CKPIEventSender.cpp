@@ -1,4 +1,4 @@
-#include "Platform/SystemAPI/KPIEventSenderAPI/KPIEvents.h"
+#include "Platform/SystemAPI/KPIEventSenderAPI/IKPIEvent.h"
 
 #include <MetricLogger.h>
 

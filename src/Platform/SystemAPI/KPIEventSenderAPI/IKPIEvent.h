@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+namespace DAX {
+namespace Platform {
+namespace KpiEvent {
+
+// One event for the device's reporting service.
+class IKPIEvent {
+public:
+    IKPIEvent(std::string code, std::string name);
+    virtual ~IKPIEvent() = default;
+
+    // A short key-value text in braces, the fields separated by ";".
+    virtual std::string getDescription() const = 0;
+
+    const std::string& getCode() const { return m_code; }
+    const std::string& getName() const { return m_name; }
+
+private:
+    std::string m_code;
+    std::string m_name;
+};
+
+// Sends the event and blocks until it is taken. A failure is logged; nothing is raised. Any thread may call.
+void sendKPIEventToServer(const IKPIEvent& event);
+
+} // namespace KpiEvent
+} // namespace Platform
+} // namespace DAX

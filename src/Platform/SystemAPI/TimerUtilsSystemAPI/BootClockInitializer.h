@@ -1,0 +1,33 @@
+#pragma once
+
+#include <list>
+
+#include "Utility/Utils/RegisterableSingleton.h"
+#include "Utility/Utils/SingletonsID.h"
+
+namespace DAX {
+namespace Platform {
+
+// The registered singleton that starts the device's time library, and ends it with its own end. The library may need
+// the main loop. Its failure to start is logged.
+class BootClockInitializer : public Common::Utils::RegisterableSingleton {
+public:
+    static Common::Utils::SingletonsID getID() { return Common::Utils::SINGLETON_BOOTCLOCK_INITIALIZER; }
+    static std::list<Common::Utils::SingletonsID> getRequirements() { return {Common::Utils::G_MAIN_LOOP}; }
+
+    ~BootClockInitializer() override;
+
+    // Nobody sets these.
+    int getDAXTimerPriority() const { return m_priority; }
+    int getWeekFlag() const { return m_weekFlag; }
+
+protected:
+    BootClockInitializer();
+
+private:
+    int m_priority = 0;
+    int m_weekFlag = 0;
+};
+
+} // namespace Platform
+} // namespace DAX

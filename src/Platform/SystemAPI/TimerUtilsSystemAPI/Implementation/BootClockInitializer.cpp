@@ -1,0 +1,21 @@
+#include "Platform/SystemAPI/TimerUtilsSystemAPI/BootClockInitializer.h"
+
+#include <bootclock.h>
+
+#include "Common/Logging/LoggingStream.h"
+
+namespace DAX {
+namespace Platform {
+
+BootClockInitializer::BootClockInitializer() {
+    if (bootclock_init() != 0) {
+        DAX_LOG(ERR) << "bootclock_init failed";
+    }
+}
+
+BootClockInitializer::~BootClockInitializer() {
+    bootclock_fini();
+}
+
+} // namespace Platform
+} // namespace DAX
