@@ -60,8 +60,8 @@ private:
     std::mutex m_userDataMapMutex; // guards both above
 };
 
-// Holds the data of an id in place: while a valid lock lives, no other thread takes the data away. Belongs to the thread
-// that made it.
+// Holds the data of an id in place: while a valid lock lives, no other thread takes the data away. Belongs to the
+// thread that made it.
 class UserDataRegister::UserDataLock : private boost::noncopyable {
 public:
     explicit UserDataLock(void* id);

@@ -185,7 +185,8 @@ TEST(SingletonsRegisterMisuseTest, LogsALeakedGuardUnderTheNameOfTheProcess) {
             mark<Base>();
             std::exit(0);
         },
-        KilledBySignal(SIGABRT), ContainsRegex("\\[ProcessWithALongName-17\\.037\\.0\\][^\n]*ASSERTION FAILED: m_needed"));
+        KilledBySignal(SIGABRT),
+        ContainsRegex("\\[ProcessWithALongName-17\\.037\\.0\\][^\n]*ASSERTION FAILED: m_needed"));
 }
 
 TEST(SingletonsRegisterMisuseTest, LetsAProcessEndThatLeaksNothing) {
