@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <utility>
@@ -36,18 +37,20 @@ public:
             DAX_LOG(INF) << "Probably an exception was thrown while subscribing the callback in exernal API. The "
                             "callback is not subscribed, but it was registered in UserDataRegister. We need to "
                             "unregister it.";
-            unregister(BOOST_CURRENT_FUNCTION);
+            unregister(BOOST_CURRENT_FUNCTION, m_callbackId);
         }
     }
 
     // Throws GenericException when subscribed already; the earlier callback then stays. What doSubscribe throws passes.
+    // Waits for the end of another thread's unsubscribe(), so the callback that this one waits for must not call it.
     void subscribe(std::function<Callback> callback) {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_unregistered.wait(lock, [this] { return !m_unregistering; });
         if (m_subscribed) {
             DAX_THROW(GenericException(), errinfo_description("Already subscribed."));
         }
         if (m_callbackId != nullptr) { // of an attempt that failed
-            unregister(BOOST_CURRENT_FUNCTION);
+            unregister(BOOST_CURRENT_FUNCTION, std::exchange(m_callbackId, nullptr));
         }
         m_callback = std::move(callback);
         m_callbackId = doRegisterCallback();
@@ -56,15 +59,21 @@ public:
     }
 
     // Throws GenericException when not subscribed. On return no callback is running or will start, but for one that
-    // made this very call. A callback that makes it while another thread does so, too, waits for ever.
+    // made this very call. Whoever else asks meanwhile, such as a running callback, finds it not subscribed.
     void unsubscribe() {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        std::unique_lock<std::mutex> lock(m_mutex);
         if (!m_subscribed) {
             DAX_THROW(GenericException(), errinfo_description("Not subscribed."));
         }
         m_subscribed = false;
         doUnsubscribe();
-        unregister(BOOST_CURRENT_FUNCTION);
+        void* const id = std::exchange(m_callbackId, nullptr);
+        m_unregistering = true;
+        lock.unlock();
+        unregister(BOOST_CURRENT_FUNCTION, id);
+        lock.lock();
+        m_unregistering = false;
+        m_unregistered.notify_all();
     }
 
 protected:
@@ -93,16 +102,18 @@ protected:
     std::function<Callback>& callback() { return m_callback; }
 
 private:
-    void unregister(const char* user) {
+    static void unregister(const char* user, void* id) {
         SingletonsRegister::getSingletonsRegister()
             .getService<UserDataRegister>(user, UserDataRegister::getID())
-            ->unregisterUserData(std::exchange(m_callbackId, nullptr));
+            ->unregisterUserData(id);
     }
 
-    std::mutex m_mutex; // guards all below
+    std::mutex m_mutex; // guards all below; not held while a running callback is waited for
     bool m_subscribed = false;
     void* m_callbackId = nullptr;
     std::function<Callback> m_callback;
+    bool m_unregistering = false;
+    std::condition_variable m_unregistered;
 };
 
 } // namespace Utils

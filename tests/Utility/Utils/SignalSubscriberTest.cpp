@@ -300,6 +300,47 @@ TEST_F(SignalSubscriberTest, WaitsForARunningCallbackWhenItUnsubscribes) {
                 ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "unsubscribed"));
 }
 
+TEST_F(SignalSubscriberTest, AnswersARunningCallbackThatItWaitsFor) {
+    Event begun, goOn;
+    subscriber.subscribe([&](int value) {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
+        return value;
+    });
+    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread unsubscribing([this] { subscriber.unsubscribe(); });
+    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
+
+    goOn.happen();
+
+    unsubscribing.finish();
+}
+
+TEST_F(SignalSubscriberTest, WaitsForTheEndOfAnUnsubscriptionBeforeItSubscribesAgain) {
+    Event begun, goOn;
+    subscriber.subscribe([&](int value) {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread unsubscribing([this] { subscriber.unsubscribe(); });
+    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
+    OtherThread subscribing([this] { subscriber.subscribe(returning(9)); });
+    EXPECT_TRUE(subscribing.waitUntilItWaits());
+
+    goOn.happen();
+
+    subscribing.finish();
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "register", "subscribe"));
+    EXPECT_EQ(subscriber.signal(0), 9);
+}
+
 TEST_F(SignalSubscriberTest, LetsItsCallbackUnsubscribeIt) {
     subscriber.subscribe([this](int value) {
         subscriber.unsubscribe();
