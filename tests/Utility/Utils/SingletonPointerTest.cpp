@@ -1,6 +1,6 @@
 #include "Utility/Utils/SingletonPointer.h"
 
-#include <boost/optional.hpp>
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -68,12 +68,11 @@ TEST(SingletonPointerTest, MayHaveTheNameOfAnotherOne) {
 // The only way that a pointer may outlive its singleton: it is not there at the moment when that goes.
 TEST(SingletonPointerTest, IsHarmlessBehindItsSingletonUnlessItIsUsed) {
     auto item = makeItem();
-    boost::optional<SingletonPointer<Base>> pointer;
-    pointer.emplace("test", item);
+    auto pointer = std::make_unique<SingletonPointer<Base>>("test", item);
     item->decrementUsage("test");
     item.reset();
 
-    EXPECT_ASSERTION_MSG(pointer->operator->(), "0", GONE);
+    EXPECT_ASSERTION_MSG((*pointer)->answer(), "0", GONE);
     pointer.reset();
 }
 

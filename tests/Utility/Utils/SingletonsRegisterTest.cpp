@@ -1,9 +1,8 @@
 #include "Utility/Utils/SingletonsRegister.h"
 
 #include <functional>
+#include <memory>
 #include <stdexcept>
-
-#include <boost/optional.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -314,14 +313,12 @@ TEST(SingletonsRegisterTest, LetsTheDestructorOfASingletonUnmarkAnother) {
 
 // The requirements are looked for when the object is there.
 TEST(SingletonsRegisterTest, LetsAFactoryMarkWhatItsSingletonRequires) {
-    boost::optional<Guard<Base>> base;
-    boost::optional<Guard<Dependent>> dependent;
-    dependent.emplace([&base] {
-        base.emplace();
+    std::unique_ptr<Guard<Base>> base;
+    const Guard<Dependent> dependent([&base] {
+        base = std::make_unique<Guard<Base>>();
         return SingletonsRegister::defaultFactory<Dependent>();
     });
     EXPECT_EQ(service<Dependent>("test")->answer(), 42);
-    dependent.reset();
 }
 
 } // namespace
