@@ -8,7 +8,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ServiceInterface/Implementation/ChecksummedFile.h"
+#include "AfterClose.h"
+#include "Common/IO/ChecksumedStream.h"
+#include "Common/IO/FileExceptions.h"
+#include "Common/IO/FileStream.h"
+#include "ServiceInterface/Implementation/InstallationRecord.h"
+#include "serializers/binary/little_endian.h"
 #include "support/FakeKovan.h"
 #include "support/OrdinaryUser.h"
 #include "support/TemporaryRoot.h"
@@ -18,9 +23,14 @@ namespace DAX {
 namespace Tests {
 namespace {
 
-using Service::ServiceCommon::isChecksummedFileIntact;
-using Service::ServiceCommon::littleEndian32;
+using Common::IO::ChecksumedStream;
+using Common::IO::FileSinkIOException;
+using Common::IO::FileSinkNotEnoughSpaceException;
+using Common::IO::FileStream;
+using Common::Utils::errinfo_description;
+using Common::Utils::errinfo_stream_text;
 using Service::ServiceCommon::saveInstallationState;
+using Service::ServiceCommon::writeInstallationRecord;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -28,10 +38,13 @@ class InstallationStateTest : public ::testing::Test {
 protected:
     std::string bytes() const { return root.read("lock"); }
 
-    // The stream text of what saving throws.
+    // The text of what saving throws under a tag.
+    template <class Info, class E = FileSinkIOException>
     static std::string failureOfSaving(const std::string& path) {
-        return thrownText<Common::Utils::errinfo_stream_text>([&] { saveInstallationState(path, "info"); });
+        return thrownText<Info, E>([&] { saveInstallationState(path, "info"); });
     }
+
+    bool isIntact() const { return ChecksumedStream(std::make_shared<FileStream>(path)).openCheck(); }
 
     const TemporaryRoot root;
     const std::string path = (root / "lock").string();
@@ -79,11 +92,36 @@ TEST_F(InstallationStateTest, LogsTheTextAndThenTheFile) {
                 ElementsAre("log INF Upgrade info: info", "log INF Upgrade info saved in file: " + path));
 }
 
-TEST_F(InstallationStateTest, AFileWithoutItsTrailerFailsTheVerificationAndStays) {
-    EXPECT_EQ(thrownDescription([] { saveInstallationState("/dev/null", "info"); }),
+TEST_F(InstallationStateTest, AFileThatIsDamagedBeforeItIsReadFailsTheVerificationAndStays) {
+    afterNextClose([this] { std::filesystem::resize_file(path, 21); });
+    EXPECT_EQ(thrownDescription([&] { saveInstallationState(path, "info"); }),
               "InstallationState verification failed.");
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
-    EXPECT_TRUE(std::filesystem::exists("/dev/null"));
+    EXPECT_EQ(bytes().size(), 21U);
+}
+
+TEST_F(InstallationStateTest, AFileThatIsGoneBeforeItIsReadFailsTheVerification) {
+    afterNextClose([this] { std::filesystem::remove(path); });
+    EXPECT_EQ(thrownDescription([&] { saveInstallationState(path, "info"); }),
+              "InstallationState verification failed.");
+}
+
+TEST_F(InstallationStateTest, ATextThatIsDamagedButFitsItsTrailerIsTakenForGood) {
+    afterNextClose([this] { root.write("lock", std::string("CHECKSUMED\0\0\0\0", 14)); });
+    EXPECT_NO_THROW(saveInstallationState(path, "info"));
+}
+
+TEST_F(InstallationStateTest, ATextOfMoreThan32BitsIsRefusedBeforeAnythingIsWritten) {
+    root.write("lock", "before");
+    using Bytes =
+        boost::error_info<serializers::binary::detail::tag_cant_store_type_in_this_number_of_bytes, std::size_t>;
+    try {
+        writeInstallationRecord(path, std::string_view("", 0x100000000));
+        FAIL() << "nothing was thrown";
+    } catch (const serializers::lossy_conversion& exception) {
+        EXPECT_EQ(*boost::get_error_info<Bytes>(exception), 4U);
+    }
+    EXPECT_EQ(bytes(), "before");
 }
 
 TEST_F(InstallationStateTest, TellsThePathAndTheReasonWhenTheFolderIsMissing) {
@@ -91,9 +129,8 @@ TEST_F(InstallationStateTest, TellsThePathAndTheReasonWhenTheFolderIsMissing) {
     try {
         saveInstallationState(lock, "info");
         FAIL() << "nothing was thrown";
-    } catch (const Common::Utils::GenericException& exception) {
-        EXPECT_EQ(textOf<Common::Utils::errinfo_stream_text>(exception),
-                  "Cannot open file errno=2 (No such file or directory)");
+    } catch (const FileSinkIOException& exception) {
+        EXPECT_EQ(textOf<errinfo_stream_text>(exception), " errno=2 (No such file or directory)");
         EXPECT_EQ(*boost::get_error_info<Common::Utils::errinfo_path>(exception), lock);
     }
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
@@ -102,48 +139,48 @@ TEST_F(InstallationStateTest, TellsThePathAndTheReasonWhenTheFolderIsMissing) {
 TEST_F(InstallationStateTest, MakesNoFileInAFolderThatCannotBeWritten) {
     std::filesystem::permissions(root.path(), std::filesystem::perms(0555));
     const OrdinaryUser user;
-    EXPECT_EQ(failureOfSaving(path), "Cannot open file errno=13 (Permission denied)");
+    EXPECT_EQ(failureOfSaving<errinfo_stream_text>(path), " errno=13 (Permission denied)");
     EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST_F(InstallationStateTest, AFullMediumIsAFailure) {
-    EXPECT_EQ(failureOfSaving("/dev/full"), "Cannot write file errno=28 (No space left on device)");
+TEST_F(InstallationStateTest, AFullMediumIsAFailureAndLeavesTheFileWithoutATrailer) {
+    EXPECT_EQ(failureOfSaving<errinfo_description>("/dev/full"), "Flushing file failed.");
+    EXPECT_EQ(failureOfSaving<errinfo_stream_text>("/dev/full"), " errno=28 (No space left on device)");
+}
+
+TEST_F(InstallationStateTest, AFullMediumIsToldAsSuchWhenTheTextIsLongerThanTheBuffer) {
+    EXPECT_EQ((thrownText<errinfo_description, FileSinkNotEnoughSpaceException>(
+                  [] { saveInstallationState("/dev/full", std::string(100000, 'x')); })),
+              "No space left on device.");
+    EXPECT_EQ(FakeKovan::messages("WRN"),
+              std::vector<std::string>{"Destroying ChecksumedSink without markEndOfData(). CRC will not be appended."});
 }
 
 TEST_F(InstallationStateTest, AFolderInTheFilesPlaceIsAFailure) {
     std::filesystem::create_directory(path);
-    EXPECT_EQ(failureOfSaving(path), "Cannot open file errno=21 (Is a directory)");
-}
-
-TEST_F(InstallationStateTest, TheTrailerFitsAFileThatWasSaved) {
-    saveInstallationState(path, "info");
-    EXPECT_TRUE(isChecksummedFileIntact(path));
+    EXPECT_EQ(failureOfSaving<errinfo_stream_text>(path), " errno=21 (Is a directory)");
+    EXPECT_TRUE(std::filesystem::is_directory(path));
 }
 
 TEST_F(InstallationStateTest, AnyChangedByteShowsInTheTrailer) {
     saveInstallationState(path, "info");
+    EXPECT_TRUE(isIntact());
     const std::string good = bytes();
     for (std::size_t i = 0; i < good.size(); ++i) {
         std::string bad = good;
         bad[i] = static_cast<char>(bad[i] ^ 1);
         root.write("lock", bad);
-        EXPECT_FALSE(isChecksummedFileIntact(path)) << "byte " << i;
+        EXPECT_FALSE(isIntact()) << "byte " << i;
     }
 }
 
 TEST_F(InstallationStateTest, ACutFileIsNotIntact) {
     saveInstallationState(path, "info");
     const std::string good = bytes();
-    for (const std::size_t length : {std::size_t{0}, std::size_t{13}, std::size_t{14}, good.size() - 1}) {
+    for (std::size_t length = 0; length < good.size(); ++length) {
         root.write("lock", good.substr(0, length));
-        EXPECT_FALSE(isChecksummedFileIntact(path)) << length << " bytes";
+        EXPECT_FALSE(isIntact()) << length << " bytes";
     }
-}
-
-TEST(LittleEndian32, RefusesWhatDoesNotFit) {
-    EXPECT_EQ(littleEndian32(0xffffffff), "\xff\xff\xff\xff");
-    EXPECT_EQ(thrownText<Common::Utils::errinfo_stream_text>([] { littleEndian32(0x100000000); }),
-              "Number does not fit in 32 bits: 4294967296");
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 #include "ServiceInterface/InstallationState.h"
 
+#include "Common/IO/ChecksumedStream.h"
+#include "Common/IO/FileStream.h"
 #include "Common/Logging/LoggingStream.h"
-#include "ServiceInterface/Implementation/ChecksummedFile.h"
+#include "ServiceInterface/Implementation/InstallationRecord.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
@@ -9,21 +11,16 @@ namespace DAX {
 namespace Service {
 namespace ServiceCommon {
 
+using Common::IO::ChecksumedStream;
+using Common::IO::FileStream;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_path;
 using Common::Utils::GenericException;
 
-namespace {
-
-std::string record(const std::string& info) {
-    return littleEndian32(info.size()) + info;
-}
-
-} // namespace
-
 void saveInstallationState(std::string path, std::string info) {
-    writeChecksummedFile(path, record(info));
-    if (!isChecksummedFileIntact(path)) {
+    writeInstallationRecord(path, info);
+    ChecksumedStream stream(std::make_shared<FileStream>(path));
+    if (!stream.openCheck()) {
         DAX_THROW(GenericException(), errinfo_description("InstallationState verification failed.")
                                           << errinfo_path(path));
     }

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "Common/IO/FileExceptions.h"
 #include "Platform/Product/IProductInfo.h"
 #include "support/Thrown.h"
 
@@ -181,8 +182,9 @@ TEST_F(FinalizationTest, AnUnknownUpgradeTypeFailsBeforeTheVersionIsLookedAt) {
 TEST_F(FinalizationTest, ALockFileThatCannotBeWrittenKeepsTheCoreFromFinalizing) {
     const auto transaction = makeTransaction();
     std::filesystem::remove_all(Platform::IProductPaths::getDAXPartitionPath().string());
-    EXPECT_EQ(thrownText<Common::Utils::errinfo_stream_text>([&] { transaction->startFinalization({}, false); }),
-              "Cannot open file errno=2 (No such file or directory)");
+    EXPECT_EQ((thrownText<Common::Utils::errinfo_stream_text, Common::IO::FileSinkIOException>(
+                  [&] { transaction->startFinalization({}, false); })),
+              " errno=2 (No such file or directory)");
     EXPECT_EQ(journal().back(), "log INF Upgrade information has been prepared.");
     EXPECT_FALSE(Platform::IProductInfo::isInstallationLocked());
 }

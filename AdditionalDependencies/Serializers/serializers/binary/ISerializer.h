@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "serializers/binary/SerializerMixin.h"
+
+namespace serializers {
+namespace binary {
+
+// Writes values, or reads them, through the same calls. Belongs to one thread at a time.
+class ISerializer : public SerializerMixin<ISerializer> {
+public:
+    virtual ~ISerializer() = default;
+
+    // Whether it writes; it never changes.
+    virtual bool saving() = 0;
+
+    // Writes the bytes, or fills them. Throws what lies below it throws.
+    virtual void serializeData(std::uint8_t* data, std::size_t size) = 0;
+};
+
+} // namespace binary
+} // namespace serializers

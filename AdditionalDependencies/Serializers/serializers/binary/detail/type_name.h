@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+namespace serializers {
+namespace binary {
+namespace detail {
+
+template <class T>
+const char* signature() {
+    return __PRETTY_FUNCTION__; // "... [with T = <the type>]"
+}
+
+// A type as the compiler writes it.
+template <class T>
+std::string type_name() {
+    const std::string text = signature<T>();
+    const std::string before = "T = ";
+    const std::size_t begin = text.find(before) + before.size();
+    return text.substr(begin, text.rfind(']') - begin);
+}
+
+} // namespace detail
+} // namespace binary
+} // namespace serializers

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <exception>
+
+#include <boost/exception/exception.hpp>
+#include <boost/exception/info.hpp>
+
+namespace serializers {
+
+// What went wrong with a serializer; the root of its exceptions.
+class serialization_exception : public virtual std::exception, public virtual boost::exception {};
+
+// A value that does not fit in the bytes it is to be stored in.
+class lossy_conversion : public virtual serialization_exception {};
+
+struct tag_description {}; // what went wrong, in words
+using errinfo_description = boost::error_info<tag_description, const char*>;
+
+} // namespace serializers

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include <boost/crc.hpp>
+
+#include "Common/IO/ISink.h"
+#include "Common/IO/ITransactionalEntity.h"
+#include "Utility/Utils/IDebugName.h"
+#include "serializers/binary/little_endian.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// The common CRC-32.
+using Crc32 = boost::crc_optimal<32, 0x04C11DB7, 0xFFFFFFFF, 0xFFFFFFFF, true, true>;
+
+// Keeps nothing of what is written but its checksum. Crc gives the constants of a reflected sum of 32 bits.
+template <class Crc>
+class CRCSink : public ISink, public ITransactionalEntity, public Utils::IDebugName {
+public:
+    void writeChunk(const std::uint8_t* data, std::size_t size) override {
+        throwIfEndOfDataMarked();
+        const Table& table = byteTable();
+        std::uint32_t remainder = m_remainder;
+        for (const std::uint8_t* const end = data + size; data != end; ++data) {
+            remainder = (remainder >> 8) ^ table[(remainder ^ *data) & 0xffU];
+        }
+        m_remainder = remainder;
+    }
+
+    void markEndOfData() override {
+        throwIfEndOfDataMarked();
+        m_endOfDataMarked = true;
+    }
+
+    bool endOfDataMarked() override { return m_endOfDataMarked; }
+
+    // The sum of all data; marks its end.
+    std::uint32_t getCRC32() {
+        if (!m_endOfDataMarked) {
+            markEndOfData();
+        }
+        return ~m_remainder;
+    }
+
+    void transactionSaved(ITransaction*) override {}
+
+    void transactionSerialize(IStoreTransaction* transaction) override {
+        std::uint8_t flag = m_endOfDataMarked ? 1 : 0;
+        transaction->serializer().serializeData(&flag, sizeof(flag));
+        m_endOfDataMarked = flag != 0;
+        transaction->serializer().serialize<serializers::binary::little_endian<4>>(m_remainder);
+    }
+
+    std::string debugName() const override { return "CRCSink"; }
+
+private:
+    using Table = std::array<std::uint32_t, 256>;
+
+    static const Table& byteTable() {
+        static const Table table = makeTable();
+        return table;
+    }
+
+    static Table makeTable() {
+        Table table{};
+        for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
+            std::uint32_t remainder = byte;
+            for (int bit = 0; bit < 8; ++bit) {
+                remainder = (remainder >> 1) ^ ((remainder & 1U) != 0 ? reflected(Crc::truncated_polynominal) : 0);
+            }
+            table[byte] = remainder;
+        }
+        return table;
+    }
+
+    static std::uint32_t reflected(std::uint32_t value) {
+        std::uint32_t result = 0;
+        for (int bit = 0; bit < 32; ++bit) {
+            result |= ((value >> bit) & 1U) << (31 - bit);
+        }
+        return result;
+    }
+
+    bool m_endOfDataMarked = false;
+    std::uint32_t m_remainder = Crc::initial_remainder;
+
+    static_assert(Crc::bit_count == 32 && Crc::reflect_input && Crc::reflect_remainder, "another form of sum");
+    static_assert(Crc::final_xor_value == 0xFFFFFFFF, "the remainder is given inverted");
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

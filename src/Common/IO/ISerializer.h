@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Common/IO/IOCommon.h"
+#include "serializers/binary/ISerializer.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// A serializer that counts its bytes.
+class ISerializer : public serializers::binary::ISerializer {
+public:
+    // Throws GenericException when the count overflows; it then stays.
+    void serializeData(std::uint8_t* data, std::size_t size) override;
+
+protected:
+    // `position` is how many bytes came before.
+    virtual void serializeDataImpl(streamsize_t position, std::uint8_t* data, std::size_t size) = 0;
+
+private:
+    streamsize_t m_position = 0;
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

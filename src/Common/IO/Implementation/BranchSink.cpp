@@ -1,0 +1,60 @@
+#include "Common/IO/BranchSink.h"
+
+#include <utility>
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+void BranchSink::addBranch(std::shared_ptr<ISink> branch) {
+    m_branches.push_back(std::move(branch));
+}
+
+void BranchSink::writeChunk(const std::uint8_t* data, std::size_t size) {
+    throwIfEndOfDataMarked();
+    for (const std::shared_ptr<ISink>& branch : m_branches) {
+        branch->writeChunk(data, size);
+    }
+}
+
+void BranchSink::markEndOfData() {
+    throwIfEndOfDataMarked();
+    m_endOfDataMarked = true;
+    if (!m_passEndOfData) {
+        return;
+    }
+    for (const std::shared_ptr<ISink>& branch : m_branches) {
+        branch->markEndOfData();
+    }
+}
+
+void BranchSink::transactionSaved(ITransaction* transaction) {
+    processBranches(transaction);
+}
+
+void BranchSink::transactionSerialize(IStoreTransaction* transaction) {
+    std::uint8_t flag = m_endOfDataMarked ? 1 : 0;
+    transaction->serializer().serializeData(&flag, sizeof(flag));
+    m_endOfDataMarked = flag != 0;
+    processBranches(transaction);
+}
+
+void BranchSink::processBranches(ITransaction* transaction) {
+    for (const std::shared_ptr<ISink>& branch : m_branches) {
+        if (auto* const entity = dynamic_cast<ITransactionalEntity*>(branch.get())) {
+            transaction->processDependency(entity);
+        }
+    }
+}
+
+std::string BranchSink::debugName() const {
+    std::string names;
+    for (const std::shared_ptr<ISink>& branch : m_branches) {
+        names += (names.empty() ? "" : ", ") + Utils::getDebugName(*branch);
+    }
+    return "BranchSink(" + names + ")";
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,19 @@
+#include "Common/IO/FileExceptions.h"
+
+#include "Utility/Utils/ErrorTags.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+FileStreamIOException::FileStreamIOException(int errnoValue) {
+    *this << Utils::errinfo_errno(errnoValue);
+}
+
+FileSinkIOException::FileSinkIOException(int errnoValue) {
+    *this << Utils::errinfo_errno(errnoValue);
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,164 @@
+#include "Common/IO/FileSink.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/filesystem/operations.hpp>
+#include <boost/thread/thread.hpp>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Common/PlatformDependent/Sync.h"
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+using IOExceptions::NotOpenedException;
+using Utils::errinfo_description;
+using Utils::errinfo_path;
+using Utils::GenericException;
+
+FileSink::FileSink(const boost::filesystem::path& path, bool truncate) : m_path(path.string()), m_truncate(truncate) {}
+
+FileSink::~FileSink() {
+    try {
+        if (m_opened) {
+            close();
+        }
+    } catch (...) {
+        DAX_LOG(ERR) << "Exception caught in ~FileSink. Ignoring: "
+                     << boost::current_exception_diagnostic_information(true);
+    }
+    if (m_file != nullptr) { // the end of data failed
+        std::fclose(m_file);
+    }
+}
+
+const char* FileSink::mode() const {
+    return !m_truncate && boost::filesystem::exists(boost::filesystem::status(m_path)) ? "rb+" : "wb";
+}
+
+void FileSink::open() {
+    throwIfOpened();
+    throwIfAlreadyClosed();
+    m_file = ::fopen64(m_path.c_str(), mode());
+    if (m_file == nullptr) {
+        DAX_THROW(FileSinkIOException(errno), errinfo_path(m_path));
+    }
+    m_opened = true;
+    if (::fseeko64(m_file, 0, SEEK_END) != 0) {
+        fail(errno, "Seeking to end of file failed.");
+    }
+    const off64_t end = ::ftello64(m_file);
+    if (end < 0) {
+        fail(errno, "Getting file size failed.");
+    }
+    m_position = static_cast<streamsize_t>(end);
+    if (m_endOfDataMarked) {
+        m_endOfDataMarked = false;
+        markEndOfData();
+    }
+}
+
+void FileSink::writeChunk(const std::uint8_t* data, std::size_t size) {
+    openIfNotOpened();
+    throwIfEndOfDataMarked();
+    boost::this_thread::interruption_point();
+    if (std::fwrite(data, 1, size, m_file) == size) {
+        m_position += size;
+        return;
+    }
+    const int errnoValue = errno;
+    if (errnoValue == ENOSPC) {
+        DAX_THROW(FileSinkNotEnoughSpaceException(errnoValue), errinfo_path(m_path)
+                                                                   << errinfo_description("No space left on device."));
+    }
+    fail(errnoValue, "Writing to file failed.");
+}
+
+void FileSink::flush() {
+    openIfNotOpened();
+    if (m_file == nullptr) {
+        return;
+    }
+    if (std::fflush(m_file) != 0) {
+        fail(errno, "Flushing file failed.");
+    }
+    const int descriptor = ::fileno(m_file);
+    if (descriptor < 0) {
+        fail(errno, "Getting file descriptor failed.");
+    }
+    try {
+        PlatformDependent::file_sync(descriptor);
+    } catch (const std::exception&) {
+        DAX_THROW(GenericException(), "sync() failed.");
+    }
+}
+
+void FileSink::markEndOfData() {
+    throwIfEndOfDataMarked();
+    throwIfAlreadyClosed();
+    try {
+        if (m_opened) {
+            finishFile();
+        }
+    } catch (...) {
+        m_endOfDataMarked = true;
+        throw;
+    }
+    m_endOfDataMarked = true;
+}
+
+void FileSink::finishFile() {
+    flush();
+    if (std::fclose(std::exchange(m_file, nullptr)) != 0) {
+        fail(errno, "Closing file failed.");
+    }
+}
+
+streamsize_t FileSink::position() {
+    openIfNotOpened();
+    return m_position;
+}
+
+void FileSink::seek(streamsize_t position) {
+    openIfNotOpened();
+    throwIfEndOfDataMarked();
+    if (position == m_position) {
+        return;
+    }
+    if (::fseeko64(m_file, static_cast<off64_t>(position), SEEK_SET) != 0) {
+        fail(errno, "Seeking file failed.");
+    }
+    m_position = position;
+}
+
+void FileSink::close() {
+    throwIfAlreadyClosed();
+    throwIfNotOpened();
+    if (!m_endOfDataMarked) {
+        markEndOfData();
+    }
+    m_opened = false;
+    m_closed = true;
+}
+
+void FileSink::transactionLoad(IStoreTransaction* transaction) {
+    BOOST_ASSERT(!isOpened());
+    m_truncate = false;
+    TransactionalSeekable<ISeekableSink>::transactionLoad(transaction);
+}
+
+std::string FileSink::debugName() const {
+    return "FileSink(" + m_path + ")";
+}
+
+void FileSink::fail(int errnoValue, const char* description) const {
+    DAX_THROW(FileSinkIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

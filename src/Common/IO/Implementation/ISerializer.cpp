@@ -1,0 +1,16 @@
+#include "Common/IO/ISerializer.h"
+
+#include "Utility/Utils/SafePlus.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+void ISerializer::serializeData(std::uint8_t* data, std::size_t size) {
+    serializeDataImpl(m_position, data, size);
+    m_position = Utils::safePlus<streamsize_t>(m_position, size);
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,56 @@
+#include "Common/IO/IStream.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "Utility/Utils/SafePlus.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+using IOExceptions::StreamDepletedException;
+using Utils::errinfo_subject;
+using Utils::getDebugName;
+
+std::string IStream::readAllText(std::size_t chunkSize) {
+    std::vector<std::uint8_t> text;
+    std::size_t length = 0;
+    for (;;) {
+        text.resize(Utils::safePlus(length, chunkSize));
+        const std::size_t bytesRead = readChunk(text.data() + length, chunkSize);
+        if (bytesRead == 0) {
+            return std::string(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length));
+        }
+        length += bytesRead;
+    }
+}
+
+void IStream::throwIfPartOf(std::size_t size, std::size_t bytesRead) const {
+    if (bytesRead < size) {
+        DAX_THROW(StreamDepletedException(), errinfo_subject(getDebugName(*this))
+                                                 << "Stream does not contain full entry. bytesRead=" << bytesRead
+                                                 << ", sizeof(pod)=" << size);
+    }
+}
+
+void IStream::throwEmpty() const {
+    DAX_THROW(StreamDepletedException(), errinfo_subject(getDebugName(*this)) << "Stream is empty.");
+}
+
+std::size_t IZeroCopyStream::readChunk(std::uint8_t* data, std::size_t size) {
+    std::size_t bytesRead = 0;
+    const std::uint8_t* chunk = nullptr;
+    std::size_t chunkSize = 0;
+    while (bytesRead < size && nextChunk(&chunk, &chunkSize)) {
+        const std::size_t taken = std::min(size - bytesRead, chunkSize);
+        std::copy_n(chunk, taken, data + bytesRead);
+        bytesRead += taken;
+        giveBack(chunkSize - taken);
+    }
+    return bytesRead;
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

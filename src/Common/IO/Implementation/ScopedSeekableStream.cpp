@@ -1,0 +1,15 @@
+#include "Common/IO/ScopedSeekableStream.h"
+
+#include <utility>
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+ScopedSeekableStream::ScopedSeekableStream(std::shared_ptr<ISeekableStream> stream, streamsize_t start,
+                                           streamsize_t size)
+    : ScopedView("ScopedSeekableStream", std::move(stream), start, size) {}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

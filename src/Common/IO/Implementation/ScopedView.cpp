@@ -1,0 +1,118 @@
+#include "Common/IO/ScopedView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Utility/Utils/RethrowExceptionStream.h"
+#include "Utility/Utils/SafePlus.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+namespace {
+
+using IOExceptions::OutOfRangeException;
+using Utils::errinfo_subject;
+
+void checkEnd(const char* name, streamsize_t start, streamsize_t size) {
+    try {
+        Utils::safePlus(start, size);
+    } catch (...) {
+        Utils::RethrowExceptionStream().getStream() << name << ": start=" << start << " size=" << size;
+    }
+}
+
+} // namespace
+
+template <class Interface>
+ScopedView<Interface>::ScopedView(const char* name, std::shared_ptr<Interface> stream, streamsize_t start,
+                                  streamsize_t size)
+    : m_name(name), m_stream(std::move(stream)), m_start(start), m_size(size) {
+    checkEnd(name, start, size);
+}
+
+template <class Interface>
+void ScopedView<Interface>::openIfNotOpened() {
+    if (m_opened) {
+        return;
+    }
+    m_opened = true;
+    if (m_start > m_stream->size()) {
+        throwOutside(" should start on ", m_start);
+    }
+    if (m_start + m_size > m_stream->size()) {
+        throwOutside(" should end on ", m_start + m_size);
+    }
+    m_stream->seek(m_start);
+}
+
+template <class Interface>
+void ScopedView<Interface>::throwOutside(const char* bound, streamsize_t place) const {
+    DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
+                                         << m_name << bound << place << ", which is after end of underlying stream "
+                                         << m_stream->size());
+}
+
+template <class Interface>
+std::size_t ScopedView<Interface>::readChunk(std::uint8_t* data, std::size_t size) {
+    const streamsize_t remaining = m_size - position();
+    return m_stream->readChunk(data, std::min<streamsize_t>(size, remaining));
+}
+
+template <class Interface>
+bool ScopedView<Interface>::atEnd() {
+    return m_size == position();
+}
+
+template <class Interface>
+streamsize_t ScopedView<Interface>::position() {
+    openIfNotOpened();
+    const streamsize_t offset = m_stream->position();
+    if (offset < m_start) {
+        DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
+                                             << "Underlying offset is less than start offset: start=" << m_start
+                                             << " offset=" << offset);
+    }
+    const streamsize_t position = offset - m_start;
+    if (position > m_size) {
+        DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
+                                             << "Position is bigger than stream size: stream size=" << m_size
+                                             << " position=" << position);
+    }
+    return position;
+}
+
+template <class Interface>
+void ScopedView<Interface>::seek(streamsize_t position) {
+    openIfNotOpened();
+    if (position > m_size) {
+        DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
+                                             << "Position " << position << " is bigger than stream size " << m_size);
+    }
+    m_stream->seek(m_start + position);
+}
+
+template <class Interface>
+streamsize_t ScopedView<Interface>::size() {
+    openIfNotOpened();
+    return m_size;
+}
+
+template <class Interface>
+void ScopedView<Interface>::transactionSaved(ITransaction* transaction) {
+    if (auto* const entity = dynamic_cast<ITransactionalEntity*>(m_stream.get())) {
+        transaction->processDependency(entity);
+    }
+}
+
+template <class Interface>
+std::string ScopedView<Interface>::debugName() const {
+    return std::string(m_name) + "(" + Utils::getDebugName(*m_stream) + ")";
+}
+
+template class ScopedView<ISeekableStream>;
+template class ScopedView<IStorageStream>;
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

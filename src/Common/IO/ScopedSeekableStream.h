@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Common/IO/ScopedView.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// A part of a seekable stream.
+class ScopedSeekableStream : public ScopedView<ISeekableStream> {
+public:
+    ScopedSeekableStream(std::shared_ptr<ISeekableStream> stream, streamsize_t start, streamsize_t size);
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

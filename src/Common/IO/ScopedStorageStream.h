@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Common/IO/ScopedView.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// A part of a storage stream, which it opens and closes.
+class ScopedStorageStream : public ScopedView<IStorageStream> {
+public:
+    ScopedStorageStream(std::shared_ptr<IStorageStream> stream, streamsize_t start, streamsize_t size);
+
+    void open() override;
+    void close() override;
+    bool isOpened() override;
+    bool alreadyClosed() override;
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Common/IO/IStream.h"
+#include "Common/IO/ITransactionalEntity.h"
+#include "Utility/Utils/IDebugName.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// No more than so many of a stream's next bytes.
+class ScopedStream : public IStream, public ITransactionalEntity, public Utils::IDebugName {
+public:
+    ScopedStream(std::shared_ptr<IStream> stream, streamsize_t size);
+
+    std::size_t readChunk(std::uint8_t* data, std::size_t size) override;
+
+    void transactionSaved(ITransaction* transaction) override;
+
+    // Saves how much remains; the stream takes part by itself.
+    void transactionSerialize(IStoreTransaction* transaction) override;
+
+    std::string debugName() const override;
+
+private:
+    const std::shared_ptr<IStream> m_stream;
+    streamsize_t m_bytesRemaining;
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Common/IO/IOExceptions.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/getDebugName.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// The checks of a storage object's life: not yet opened, opened, closed. T is what it is mixed into, and has open(),
+// isOpened() and alreadyClosed().
+template <class T>
+class StorageHelper {
+protected:
+    void throwIfOpened() {
+        if (self().isOpened()) {
+            DAX_THROW(IOExceptions::AlreadyOpenedException(), subject());
+        }
+    }
+
+    void throwIfNotOpened() {
+        if (!self().isOpened()) {
+            DAX_THROW(IOExceptions::NotOpenedException(), subject());
+        }
+    }
+
+    void throwIfAlreadyClosed() {
+        if (self().alreadyClosed()) {
+            DAX_THROW(IOExceptions::AlreadyClosedException(), subject());
+        }
+    }
+
+    // What an object does at each use: it opens at the first, and refuses once it is closed.
+    void openIfNotOpened() {
+        if (!self().isOpened()) {
+            self().open();
+        }
+    }
+
+private:
+    T& self() { return static_cast<T&>(*this); }
+    Utils::errinfo_subject subject() { return Utils::errinfo_subject(Utils::getDebugName(self())); }
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

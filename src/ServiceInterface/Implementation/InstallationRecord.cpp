@@ -1,0 +1,36 @@
+#include "ServiceInterface/Implementation/InstallationRecord.h"
+
+#include "Common/IO/ChecksumedSink.h"
+#include "Common/IO/FileSink.h"
+#include "Common/IO/SinkSerializer.h"
+#include "serializers/binary/little_endian.h"
+
+namespace DAX {
+namespace Service {
+namespace ServiceCommon {
+
+using namespace Common::IO;
+using serializers::binary::little_endian;
+
+namespace {
+
+// A serializer takes what it saves for its own to fill, and leaves it as it is.
+std::uint8_t* bytesOf(std::string_view text) {
+    return reinterpret_cast<std::uint8_t*>(const_cast<char*>(text.data()));
+}
+
+} // namespace
+
+void writeInstallationRecord(const std::string& path, std::string_view text) {
+    ChecksumedSink sink(std::make_shared<FileSink>(path, true), true);
+    SinkSerializer serializer(&sink);
+    serializer.save<little_endian<4>>(text.size());
+    serializer.serializeData(bytesOf(text), text.size());
+    sink.markEndOfData();
+    sink.flush();
+    sink.close();
+}
+
+} // namespace ServiceCommon
+} // namespace Service
+} // namespace DAX

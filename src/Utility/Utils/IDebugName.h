@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// What an object is called in messages: its class, and in parentheses what tells it from others.
+class IDebugName {
+public:
+    virtual ~IDebugName() = default;
+
+    virtual std::string debugName() const = 0;
+};
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX

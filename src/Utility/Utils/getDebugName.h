@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <typeinfo>
+
+#include "Utility/Utils/IDebugName.h"
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+
+// The object's debugName(); the name of its static type and its address where it has none.
+template <class T>
+std::string getDebugName(const T& object) {
+    if (const auto* const named = dynamic_cast<const IDebugName*>(&object)) {
+        return named->debugName();
+    }
+    std::ostringstream text;
+    text << typeid(T).name() << "=0x" << std::hex << reinterpret_cast<std::uintptr_t>(&object);
+    return text.str();
+}
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX

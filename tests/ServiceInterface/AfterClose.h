@@ -1,0 +1,13 @@
+#pragma once
+
+#include <functional>
+
+namespace DAX {
+namespace Tests {
+
+// Runs the function once, behind the next fclose() of this thread: what may happen to a file between its writer and its
+// reader.
+void afterNextClose(std::function<void()> function);
+
+} // namespace Tests
+} // namespace DAX
