@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/optional.hpp>
+
+#include "DAXCommon/UpgradeType.h"
+
+namespace DAX {
+namespace DAXCommon {
+
+// Text functions that the programs of the update stack share. They hold no state: any thread may call any of them.
+namespace DAXCommonUtils {
+
+// "OTA", "OTN", "USB" or "POSTPONE". Any other type, UNDEFINED included, fails an assertion.
+std::string upgradeTypeToString(UpgradeType type);
+
+// A progress value as one text: 42, or 42|3.5 with a detail. The detail keeps six significant digits.
+std::string packStandaloneProgressValue(int progress, boost::optional<float> detail);
+
+// Reads it back: `detail` is empty when the text has none. False, with a log line, when the text has another form; the
+// values are left as they were then.
+bool unpackStandaloneProgressValue(const std::string& text, int& progress, boost::optional<float>& detail);
+
+// The numbers before and behind the first point; without a point, the minor number is 0. Throws boost::bad_lexical_cast
+// when one is no int, and leaves both as they were.
+void parseVersion(const std::string& version, int& major, int& minor);
+
+// Takes "MODEL-MAJOR.MINOR" apart at its last dash. The numbers keep their low 16 bits. False, with a log line, when
+// there is no dash. What parseVersion throws passes; the model is set by then, the numbers are not.
+bool parsedModelAndVersion(const std::string& text, std::string& model, unsigned short& major, unsigned short& minor);
+
+// What people see of a version: its major number alone. What parseVersion throws passes.
+std::string versionStringForUI(const std::string& version);
+
+// The CRC-32 of the bytes, in eight lower-case hexadecimal digits, the sum's lowest byte first.
+std::string calculateCrcString(const unsigned char* data, unsigned long size);
+
+// The identifier of the transaction that brings the upgrade with this identifier: its CRC string.
+std::string getTransactionIdForUpgrade(const std::vector<unsigned char>& bytes);
+
+} // namespace DAXCommonUtils
+
+} // namespace DAXCommon
+} // namespace DAX
