@@ -56,6 +56,29 @@ TEST_P(SignalThreadTest, HoldsBothSignalsBackFromItsMakerWhileItLives) {
     EXPECT_FALSE(isHeldBack(GetParam()));
 }
 
+TEST_P(SignalThreadTest, LeavesAnIgnoredSignalIgnored) {
+    EXPECT_IN_CHILD({
+        ::signal(GetParam(), SIG_IGN);
+        const SignalThread thread;
+        handlingThread = 0;
+        kill(getpid(), GetParam());
+        const RegisterSignalHandler handler(GetParam() == SIGTERM ? SIGINT : SIGTERM, &rememberThread);
+        kill(getpid(), GetParam() == SIGTERM ? SIGINT : SIGTERM);
+        EXPECT_TRUE(waitUntil([] { return handlingThread != 0; }));
+    });
+}
+
+TEST_P(SignalThreadTest, EndsTheProcessByASignalThatNobodyHandles) {
+    EXPECT_EXIT(
+        {
+            ::signal(GetParam(), SIG_DFL);
+            const SignalThread thread;
+            kill(getpid(), GetParam());
+            waitUntil([] { return false; });
+        },
+        testing::KilledBySignal(GetParam()), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Signals, SignalThreadTest, testing::Values(SIGTERM, SIGINT));
 
 TEST(SignalThread, KeepsAHandlerFromWaitingForTheThreadThatItInterrupts) {

@@ -2,9 +2,12 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <iterator>
 
+#include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include "Utility/Utils/ErrInfoStream.h"
@@ -23,30 +26,50 @@ sigset_t handledSignals() {
     return signals;
 }
 
-int makeEvent() {
-    const int event = eventfd(0, EFD_CLOEXEC);
-    if (event < 0) {
-        DAX_THROW(Common::Utils::GenericException(), "Cannot make an event:" << Common::Utils::errinfo_errno(errno));
+int checked(int descriptor) {
+    if (descriptor < 0) {
+        DAX_THROW(Common::Utils::GenericException(), "Cannot wait for signals:" << Common::Utils::errinfo_errno(errno));
     }
-    return event;
+    return descriptor;
 }
 
-// Waits in the kernel for the event; signals are handled meanwhile.
-void waitFor(int event) {
-    const sigset_t signals = handledSignals();
+// What the kernel does with a signal that it delivers, but outside the context of a signal.
+void deliver(int signum) {
+    struct sigaction action {};
+    sigaction(signum, nullptr, &action);
+    if (action.sa_handler == SIG_DFL) {
+        const sigset_t signals = handledSignals();
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+        pthread_kill(pthread_self(), signum);
+        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    } else if (action.sa_handler != SIG_IGN) {
+        action.sa_handler(signum);
+    }
+}
+
+// Delivers what comes, until the event does.
+void run(int signalSource, int stopEvent) {
     pthread_setname_np(pthread_self(), "signals");
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    std::uint64_t count = 0;
-    while (read(event, &count, sizeof(count)) < 0 && errno == EINTR) {
+    pollfd sources[] = {{stopEvent, POLLIN, 0}, {signalSource, POLLIN, 0}};
+    while (sources[0].revents == 0) {
+        if (poll(sources, std::size(sources), -1) < 0) {
+            continue;
+        }
+        signalfd_siginfo info{};
+        if (sources[1].revents != 0 && read(signalSource, &info, sizeof(info)) == sizeof(info)) {
+            deliver(static_cast<int>(info.ssi_signo));
+        }
     }
 }
 
 } // namespace
 
-SignalThread::SignalThread() : m_stopEvent(makeEvent()) {
+SignalThread::SignalThread() {
     const sigset_t signals = handledSignals();
+    m_stopEvent = checked(eventfd(0, EFD_CLOEXEC));
+    m_signalSource = checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
     pthread_sigmask(SIG_BLOCK, &signals, &m_previousMask);
-    m_thread = boost::thread([event = m_stopEvent] { waitFor(event); });
+    m_thread = boost::thread([source = m_signalSource, event = m_stopEvent] { run(source, event); });
 }
 
 SignalThread::~SignalThread() {
@@ -55,6 +78,7 @@ SignalThread::~SignalThread() {
         const boost::this_thread::disable_interruption uninterrupted;
         m_thread.join();
     }
+    close(m_signalSource);
     close(m_stopEvent);
     pthread_sigmask(SIG_SETMASK, &m_previousMask, nullptr);
 }
