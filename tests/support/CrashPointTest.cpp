@@ -1,0 +1,48 @@
+#include "support/CrashPoint.h"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+// How far a child came.
+class CrashPointTest : public testing::Test {
+protected:
+    ~CrashPointTest() override { munmap(steps, sizeof(int)); }
+
+    int* const steps =
+        static_cast<int*>(mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+
+    void takeThreeSteps() const {
+        for (int step = 0; step < 3; ++step) {
+            syscall(SYS_getppid);
+            ++*steps;
+        }
+    }
+};
+
+TEST_F(CrashPointTest, KillsBeforeTheCall) {
+    for (int call = 0; call < 3; ++call) {
+        *steps = 0;
+        EXPECT_TRUE(killAtSystemCall([this] { takeThreeSteps(); }, call));
+        EXPECT_EQ(*steps, call);
+    }
+}
+
+TEST_F(CrashPointTest, KillsAtTheEndOfTheProcessLast) {
+    EXPECT_TRUE(killAtSystemCall([this] { takeThreeSteps(); }, 3)); // the exit
+    EXPECT_EQ(*steps, 3);
+}
+
+TEST_F(CrashPointTest, SaysThatTheOperationCameToItsEnd) {
+    EXPECT_FALSE(killAtSystemCall([this] { takeThreeSteps(); }, 4));
+    EXPECT_EQ(*steps, 3);
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
