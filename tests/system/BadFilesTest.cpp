@@ -1,0 +1,122 @@
+// What stands in the way of the daemon's files.
+#include <filesystem>
+
+#include <boost/date_time/posix_time/posix_time_io.hpp>
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/optional/optional_io.hpp>
+#include <gmock/gmock.h>
+
+#include "DAXCommon/UserInterestExceptions.h"
+#include "support/WaitUntil.h"
+#include "system/support/Desk.h"
+#include "system/support/Scenarios.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace testing;
+using namespace DAXCommon;
+using namespace Service;
+using UserInterestExceptions::DAXUnknownException;
+
+const std::string FOLDER = "mnt/systemrw/org.kovan.tv.dax/data/tv";
+const std::string LOCK_FILE = FOLDER + "/InstallationLock.dat";
+const std::string DATE_FILE = FOLDER + "/LastSearchingDate";
+
+class BadLockFile : public Test {
+protected:
+    BadLockFile() {
+        desk.play(QUICK);
+        std::filesystem::create_directories(desk.root / FOLDER);
+        manager = desk.connect();
+        session = manager->getService(ServiceClientPriority(1), "client", ServiceTransactionType(0));
+        transaction = session->startNewTransaction(OTN);
+        daemon = desk.daemon();
+    }
+
+    // The finalization fails before the core hears of it, with this text, and the daemon goes on.
+    void expectRefusal(const std::string& text) {
+        try {
+            transaction->startFinalization({}, false);
+            FAIL() << "nothing was thrown";
+        } catch (const DAXUnknownException& exception) {
+            EXPECT_THAT(boost::diagnostic_information(exception), HasSubstr(text));
+        }
+        EXPECT_THAT(desk.coreMethods(), Not(Contains("startFinalization")));
+        EXPECT_EQ(manager->getCurrentVersion(), "1000");
+        EXPECT_EQ(desk.daemon(), daemon);
+    }
+
+    Desk desk;
+    std::unique_ptr<IServiceManager> manager;
+    std::shared_ptr<IService> session;
+    std::shared_ptr<IServiceTransaction> transaction;
+    pid_t daemon = 0;
+};
+
+TEST_F(BadLockFile, IsAFolder) {
+    desk.root.write(LOCK_FILE + "/inside", "text");
+    expectRefusal(" errno=21 (Is a directory)");
+    EXPECT_EQ(desk.root.read(LOCK_FILE + "/inside"), "text");
+}
+
+TEST_F(BadLockFile, HasNoFolder) {
+    std::filesystem::remove_all(desk.root / FOLDER);
+    expectRefusal(" errno=2 (No such file or directory)");
+    EXPECT_FALSE(std::filesystem::exists(desk.root / FOLDER));
+}
+
+TEST_F(BadLockFile, HasAFileAboveIt) {
+    std::filesystem::remove_all(desk.root / FOLDER);
+    desk.root.write(FOLDER, "a file");
+    expectRefusal(" errno=20 (Not a directory)");
+    EXPECT_EQ(desk.root.read(FOLDER), "a file");
+}
+
+TEST_F(BadLockFile, LeadsToAFullMedium) {
+    std::filesystem::create_symlink("/dev/full", desk.root / LOCK_FILE);
+    expectRefusal(" errno=28 (No space left on device)");
+}
+
+class BadDateFile : public Test {
+protected:
+    // No date is given, with this line, and the daemon goes on.
+    void expectNoDate(const std::string& line) {
+        const auto manager = desk.connect();
+        EXPECT_EQ(manager->getLastSearchingForUpgradeDate(), boost::none);
+        EXPECT_EQ(desk.countMessages(line), 1);
+        EXPECT_EQ(manager->getCurrentVersion(), "1000");
+    }
+
+    std::string path() const { return (desk.root / DATE_FILE).string(); }
+
+    Desk desk;
+};
+
+TEST_F(BadDateFile, IsTorn) {
+    desk.root.write(DATE_FILE, "20260102T0");
+    const auto date = desk.connect()->getLastSearchingForUpgradeDate();
+    EXPECT_TRUE(!date || date->date() == boost::gregorian::date(2026, 1, 2));
+}
+
+TEST_F(BadDateFile, HoldsNoDate) {
+    desk.root.write(DATE_FILE, "yesterday");
+    expectNoDate("SearchingDateRegister::getDate File with date data is probably corrupted. Exception occurred: ");
+}
+
+TEST_F(BadDateFile, IsALink) {
+    desk.root.write(FOLDER + "/elsewhere", "20260102T030405");
+    std::filesystem::create_symlink("elsewhere", path());
+    expectNoDate("Reading from symbolic link file is security violation : " + path());
+    EXPECT_EQ(desk.root.read(FOLDER + "/elsewhere"), "20260102T030405");
+}
+
+TEST_F(BadDateFile, IsAFolder) {
+    std::filesystem::create_directories(path());
+    expectNoDate("SearchingDateRegister::getDate cannot open the file: " + path());
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
