@@ -4,13 +4,13 @@
 #include <CLI/CLI.hpp>
 
 #include "DAXCommon/UpgradeType.h"
+#include "DAXCommon/UpgradeTypeNames.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
 #include "daxctl/RequestOptions.h"
 #include "daxctl/UpgradeRun.h"
-#include "daxctl/UpgradeTypes.h"
 
 namespace daxctl {
 
@@ -23,7 +23,7 @@ void addPlanOptions(CLI::App& command, UpgradePlan& plan) {
                     "For what purpose the session is wanted; a search of type 2 records its date")
         ->capture_default_str();
     command.add_option("--type", plan.upgradeType, "Where the upgrade comes from")
-        ->transform(CLI::CheckedTransformer(upgradeTypesByName(), CLI::ignore_case))
+        ->transform(CLI::CheckedTransformer(DAX::DAXCommon::upgradeTypesByName(), CLI::ignore_case))
         ->default_str("OTN");
     command.add_option("--search-parameter", plan.searchParameter, "Handed to the core as it stands");
 }

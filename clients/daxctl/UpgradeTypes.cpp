@@ -1,22 +1,13 @@
 #include "daxctl/UpgradeTypes.h"
 
+#include "DAXCommon/UpgradeTypeNames.h"
+
 namespace daxctl {
 
-using namespace DAX::DAXCommon;
-
-const std::map<std::string, UpgradeType>& upgradeTypesByName() {
-    static const std::map<std::string, UpgradeType> types = {
-        {"UNDEFINED", UNDEFINED}, {"OTA", OTA}, {"OTN", OTN}, {"USB", USB}, {"POSTPONE", POSTPONE}};
-    return types;
-}
-
-std::string upgradeTypeName(UpgradeType type) {
-    for (const auto& [name, value] : upgradeTypesByName()) {
-        if (value == type) {
-            return name;
-        }
-    }
-    return std::to_string(static_cast<int>(type));
+std::string upgradeTypeName(DAX::DAXCommon::UpgradeType type) {
+    const auto& names = DAX::DAXCommon::upgradeTypeNames();
+    const auto named = names.find(type);
+    return named != names.end() ? named->second : std::to_string(static_cast<int>(type));
 }
 
 } // namespace daxctl

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "DAXCommon/UpgradeTypeNames.h"
 #include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
 #include "DAXCoreSimulator/ScenarioFile.h"
@@ -15,9 +16,6 @@ using namespace DAX::DAXCommon;
 using Group = ScenarioFile::Group;
 
 const std::string FAULT_PREFIX = "fault ";
-
-const std::map<std::string, UpgradeType> UPGRADE_TYPES{
-    {"UNDEFINED", UNDEFINED}, {"OTA", OTA}, {"OTN", OTN}, {"USB", USB}, {"POSTPONE", POSTPONE}};
 
 // One of the words, or a failure that lists them.
 template <class Value>
@@ -78,7 +76,7 @@ void readCore(Group& group, Scenario& scenario) {
         group.read("supported_types", names);
         scenario.supportedTypes.clear();
         for (const std::string& name : names) {
-            scenario.supportedTypes.push_back(chosen(group, "supported_types", name, UPGRADE_TYPES));
+            scenario.supportedTypes.push_back(chosen(group, "supported_types", name, upgradeTypesByName()));
         }
     }
 }
@@ -97,7 +95,7 @@ void readSearch(Group& group, Scenario& scenario) {
     readChosen(group, "possible", scenario.searchingPossible,
                std::map<std::string, Possible>{{"true", true}, {"false", false}, {"unknown", boost::none}});
     readStep(group, scenario.search);
-    readChosen(group, "upgrade_type", scenario.found.upgradeType, UPGRADE_TYPES);
+    readChosen(group, "upgrade_type", scenario.found.upgradeType, upgradeTypesByName());
     readKind(group, scenario.found.kind);
     group.read("scope", scenario.found.scope);
     readBytes(group, "upgrade_id", scenario.found.upgradeId);

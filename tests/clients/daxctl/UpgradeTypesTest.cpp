@@ -1,25 +1,19 @@
 #include "daxctl/UpgradeTypes.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace DAX {
 namespace Tests {
 namespace {
 
 using namespace DAXCommon;
-using testing::ElementsAre;
-using testing::Pair;
-
-TEST(UpgradeTypes, HaveTheNamesThatPeopleUse) {
-    EXPECT_THAT(daxctl::upgradeTypesByName(),
-                ElementsAre(Pair("OTA", OTA), Pair("OTN", OTN), Pair("POSTPONE", POSTPONE),
-                            Pair("UNDEFINED", UNDEFINED), Pair("USB", USB)));
-}
 
 TEST(UpgradeTypes, AreNamedEach) {
-    for (const auto& [name, type] : daxctl::upgradeTypesByName()) {
-        EXPECT_EQ(daxctl::upgradeTypeName(type), name);
-    }
+    EXPECT_EQ(daxctl::upgradeTypeName(UNDEFINED), "UNDEFINED");
+    EXPECT_EQ(daxctl::upgradeTypeName(OTA), "OTA");
+    EXPECT_EQ(daxctl::upgradeTypeName(OTN), "OTN");
+    EXPECT_EQ(daxctl::upgradeTypeName(USB), "USB");
+    EXPECT_EQ(daxctl::upgradeTypeName(POSTPONE), "POSTPONE");
 }
 
 TEST(UpgradeTypes, AreNumbersWhenTheyHaveNoName) {

@@ -1,10 +1,9 @@
 #include "Service/ServiceManager/Implementation/CServiceTransaction.h"
 
-#include <map>
-
 #include <boost/exception/diagnostic_information.hpp>
 
 #include "Common/Logging/LoggingStream.h"
+#include "DAXCommon/UpgradeTypeNames.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Service/ServiceManager/Implementation/SearchingDateRegister.h"
@@ -40,11 +39,7 @@ std::string nameOf(Core::ETransactionResult result) {
 }
 
 const std::string& nameOf(DAXCommon::UpgradeType upgradeType) {
-    static const std::map<DAXCommon::UpgradeType, std::string> names{{DAXCommon::OTA, "OTA"},
-                                                                     {DAXCommon::OTN, "OTN"},
-                                                                     {DAXCommon::USB, "USB"},
-                                                                     {DAXCommon::POSTPONE, "POSTPONE"},
-                                                                     {DAXCommon::UNDEFINED, "UNDEFINED"}};
+    const auto& names = DAXCommon::upgradeTypeNames();
     const auto found = names.find(upgradeType);
     if (found == names.end()) {
         DAX_THROW(GenericException(), errinfo_description("upgradeType key out of range"));
