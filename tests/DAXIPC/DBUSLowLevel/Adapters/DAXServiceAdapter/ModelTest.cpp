@@ -23,7 +23,11 @@ namespace DAX {
 namespace Tests {
 namespace {
 
+#ifdef __SANITIZE_THREAD__
+const int STEPS = 1000; // the sanitizer keeps every stack that it meets, and exceptions make ever longer ones
+#else
 const int STEPS = 100000;
+#endif
 const char* const PRIORITY_KEY = "memory/menu/support/softwareupdate/currentServiceClientPriority";
 const char* const LOCK_KEY = "memory/menu/support/softwareupdate/isExternalLockAcquired";
 
