@@ -63,6 +63,13 @@ TEST_F(InstallationStateTest, WritesLengthTextMagicAndChecksum) {
     }
 }
 
+TEST_F(InstallationStateTest, WritesWhatItHasAlwaysWritten) {
+    saveInstallationState(path, "Type: OTN(F) from: 1000 to: 1100");
+    const auto golden = std::filesystem::path(__FILE__).parent_path() / "../golden/io/InstallationLock.dat";
+    std::ifstream file(golden, std::ios::binary);
+    EXPECT_EQ(bytes(), std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
 TEST_F(InstallationStateTest, WritesAnEmptyTextAsEighteenKnownBytes) {
     saveInstallationState(path, "");
     EXPECT_EQ(bytes(), std::string("\0\0\0\0CHECKSUMED\x1c\xdf\x44\x21", 18));

@@ -1,4 +1,5 @@
 // How the daemon starts and ends.
+#include <algorithm>
 #include <csignal>
 
 #include <gmock/gmock.h>
@@ -111,6 +112,18 @@ TEST_F(Lifecycle, GivesItsSingletonsBackInReverseOrderAtAGoodEnd) {
 TEST_F(Lifecycle, GivesItsSingletonsBackInReverseOrderWhenItsStartFails) {
     desk.startDaemon({"--no-such-option"})->waitForEnd(WITHIN_TWO_LOOKS);
     EXPECT_THAT(singletonsGivenBack(), ElementsAreArray(IN_REVERSE_ORDER));
+}
+
+TEST_F(Lifecycle, SaysThatSigtermEndsItBeforeItGivesItsSingletonsBack) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    daemon->send(SIGTERM);
+    EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(1));
+    EXPECT_THAT(singletonsGivenBack(), ElementsAreArray(IN_REVERSE_ORDER));
+    const std::vector<std::string> messages = desk.daemonMessages();
+    const auto said = std::find(messages.begin(), messages.end(), "Exit From DAXService after receiving SIGTERM.");
+    EXPECT_LT(said, std::find(messages.begin(), messages.end(), IN_REVERSE_ORDER.front()));
+    EXPECT_THAT(messages, Not(Contains("Exit From DAXService")));
 }
 
 TEST_F(Lifecycle, SaysWhichRevisionStarts) {

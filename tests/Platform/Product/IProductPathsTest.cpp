@@ -1,6 +1,8 @@
 #include "Platform/Product/IProductPaths.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <initializer_list>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -82,11 +84,30 @@ public:
     path m_getDAXPartitionPath() override { return "/other"; }
 };
 
+// An implementation whose other directories with something below them are elsewhere.
+class OtherDirectories : public CProductPaths {
+public:
+    path m_getDAXBigTempPath() override { return "/big"; }
+    path m_getDAXDownloadedFilesPath() override { return "/downloads"; }
+    path m_getUpdateDetailsDataPath() override { return "/details"; }
+};
+
+const std::initializer_list<path (*)()> COMPOSED_ANEW = {IProductPaths::getNotificationCounterDirPath,
+                                                         IProductPaths::getWOCDaxInfoCandidatePath,
+                                                         IProductPaths::getWOCDaxInfoApprovedPath};
+
+bool isComposedAnew(const Location& location) {
+    return std::find(COMPOSED_ANEW.begin(), COMPOSED_ANEW.end(), location.operation) != COMPOSED_ANEW.end();
+}
+
+std::string pathUnder(const std::string& root, const Location& location) {
+    const std::string onTheDevice = location.onTheDevice;
+    return onTheDevice == "/run/user/5001/.dax-auto-upgrade-launch" ? onTheDevice : root + onTheDevice;
+}
+
 void expectLocationsUnder(const std::string& root) {
     for (const Location& location : LOCATIONS) {
-        const std::string expected = location.onTheDevice;
-        const bool isUnderNoRoot = expected == "/run/user/5001/.dax-auto-upgrade-launch";
-        EXPECT_EQ(location.operation().string(), isUnderNoRoot ? expected : root + expected);
+        EXPECT_EQ(location.operation().string(), pathUnder(root, location));
     }
 }
 
@@ -121,6 +142,17 @@ TEST(IProductPathsTest, StandUnderTheRootOfTheSimulatedDevice) {
     });
 }
 
+TEST(IProductPathsTest, TakeASlashAtTheEndOfTheRootForNothing) {
+    EXPECT_IN_CHILD({
+        setRoot("/simulated/device//");
+        expectLocationsUnder("/simulated/device");
+    });
+    EXPECT_IN_CHILD({
+        setRoot("/");
+        expectLocationsUnder("");
+    });
+}
+
 TEST(IProductPathsTest, AreThoseOfTheImplementationThatIsPutIn) {
     EXPECT_IN_CHILD({
         Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<MovedPaths>());
@@ -131,20 +163,29 @@ TEST(IProductPathsTest, AreThoseOfTheImplementationThatIsPutIn) {
 TEST(IProductPathsTest, StayWhatTheyWereAtTheFirstQuestion) {
     EXPECT_IN_CHILD({
         setRoot("/first");
+        expectLocationsUnder("/first");
+        Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<MovedPaths>());
+        for (const Location& location : LOCATIONS) {
+            EXPECT_EQ(location.operation().string(), pathUnder("/first", location));
+        }
+    });
+}
+
+TEST(IProductPathsTest, FollowAnotherImplementationUntilTheFirstQuestion) {
+    EXPECT_IN_CHILD({
+        setRoot("/first");
         IProductPaths::getInstallationLockPath();
         Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<MovedPaths>());
         EXPECT_EQ(IProductPaths::getInstallationLockPath(),
                   "/first/mnt/systemrw/org.kovan.tv.dax/data/tv/InstallationLock.dat");
-        EXPECT_EQ(IProductPaths::getBackupPath(), "/moved/root/mnt/backup"); // asked for the first time
+        EXPECT_EQ(IProductPaths::getBackupPath(), "/moved/root/mnt/backup");
     });
 }
 
 TEST(IProductPathsTest, ThreeAreComposedAnewEachTime) {
     EXPECT_IN_CHILD({
         ::unsetenv("KOVAN_ROOT");
-        for (const auto operation :
-             {IProductPaths::getNotificationCounterDirPath, IProductPaths::getWOCDaxInfoCandidatePath,
-              IProductPaths::getWOCDaxInfoApprovedPath}) {
+        for (const auto operation : COMPOSED_ANEW) {
             const std::string name = operation().filename().string();
             Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<OtherPartition>());
             EXPECT_EQ(operation().string(), "/other/" + name);
@@ -157,7 +198,23 @@ TEST(IProductPathsTest, ComposeThePartitionFromItsPartsWhereItIsNotAskedFor) {
     EXPECT_IN_CHILD({
         Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<OtherPartition>());
         EXPECT_EQ(IProductPaths::getDAXPartitionPath(), "/other");
-        EXPECT_EQ(IProductPaths::getUpdateInfoFilePath(), "/mnt/systemrw/org.kovan.tv.dax/data/tv/UpdateInfo.xml");
+        for (const Location& location : LOCATIONS) {
+            if (location.operation != IProductPaths::getDAXPartitionPath && !isComposedAnew(location)) {
+                EXPECT_EQ(location.operation().string(), location.onTheDevice);
+            }
+        }
+    });
+}
+
+TEST(IProductPathsTest, AskForTheDirectoryThatTheyStandBelow) {
+    EXPECT_IN_CHILD({
+        Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<OtherDirectories>());
+        EXPECT_EQ(IProductPaths::getPostponeUpdateRWStoragePath(), "/big/PostponeUpdate");
+        EXPECT_EQ(IProductPaths::getUpdateMainContentsInfoDataPath(), "/downloads/UpdateMainContentsInfoData");
+        EXPECT_EQ(IProductPaths::getUpdateDetailsFilePath(), "/details/update_details.xml");
+        OtherDirectories directories;
+        EXPECT_EQ(directories.CProductPaths::m_getDAXDownloadedFilesPath(), "/big/DAXDownloadedFiles");
+        EXPECT_EQ(directories.CProductPaths::m_getUpdateDetailsDataPath(), "/downloads/UpdateDetailsData");
     });
 }
 
@@ -199,6 +256,32 @@ TEST_F(UpgradeLogs, AreTheRegularFilesOfTheirName) {
     EXPECT_IN_CHILD(EXPECT_THAT(IProductPaths::getOSUpgradeLogFiles(),
                                 UnorderedElementsAre((root / inUpgradeDirectory("upgrade-1.log")).string(),
                                                      (root / inUpgradeDirectory("upgrade-.log")).string())));
+}
+
+TEST_F(UpgradeLogs, StayWhatTheyWereAtTheFirstQuestion) {
+    root.write(inUpgradeDirectory("upgrade-1.log"), "");
+    EXPECT_IN_CHILD({
+        const std::vector<path> logs = IProductPaths::getOSUpgradeLogFiles();
+        root.write(inUpgradeDirectory("upgrade-2.log"), "");
+        EXPECT_EQ(IProductPaths::getOSUpgradeLogFiles(), logs);
+        EXPECT_EQ(logs.size(), 1u);
+    });
+}
+
+TEST_F(UpgradeLogs, AreLookedForInTheDirectoryThatIsAskedFor) {
+    class OtherDirectory : public CProductPaths {
+    public:
+        explicit OtherDirectory(std::string directory) : m_directory(std::move(directory)) {}
+        path m_getOSUpgradeDirPath() override { return m_directory; }
+
+    private:
+        const std::string m_directory;
+    };
+    root.write("other/upgrade-1.log", "");
+    EXPECT_IN_CHILD({
+        OtherDirectory paths((root / "other").string());
+        EXPECT_THAT(paths.m_getOSUpgradeLogFiles(), UnorderedElementsAre((root / "other/upgrade-1.log").string()));
+    });
 }
 
 } // namespace

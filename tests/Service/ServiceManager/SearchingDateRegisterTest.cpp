@@ -54,6 +54,17 @@ TEST_F(SearchingDateRegisterTest, ReadsWhatItWrote) {
     EXPECT_THAT(journal(), ElementsAre("log INF Date: 20150220T123456 got from file: " + path()));
 }
 
+TEST_F(SearchingDateRegisterTest, WritesAndReadsWhatItAlwaysHas) {
+    const auto golden = std::filesystem::path(__FILE__).parent_path() / "../../golden/io/LastSearchingDate";
+    std::filesystem::create_directories((root / DATE_FILE).parent_path());
+    std::filesystem::copy_file(golden, root / DATE_FILE);
+    const std::string before = root.read(DATE_FILE);
+    EXPECT_EQ(date(), "20260102T030405");
+    FakeKovan::setLocalTime(1767323045);
+    SearchingDateRegister::getInstance()->registerCurrentDate();
+    EXPECT_EQ(root.read(DATE_FILE), before);
+}
+
 TEST_F(SearchingDateRegisterTest, ASecondWriteReplacesTheFirst) {
     root.write(DATE_FILE, "20200101T000000 and much more text behind it");
     FakeKovan::setLocalTime(1424435696);

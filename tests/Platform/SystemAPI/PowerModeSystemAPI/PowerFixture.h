@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,7 +21,14 @@ namespace Tests {
 // A main loop whose thread is the one that made it, so that a test announces power events by itself.
 class LoopHere : public Platform::MainLoop::MainLoopSingleton {
 public:
-    boost::thread::id getMainLoopThreadId() const override { return m_thread; }
+    boost::thread::id getMainLoopThreadId() const override {
+        if (whenAsked) {
+            whenAsked();
+        }
+        return m_thread;
+    }
+
+    std::function<void()> whenAsked; // runs whenever somebody asks for the thread
 
 private:
     const boost::thread::id m_thread = boost::this_thread::get_id();
@@ -32,9 +41,11 @@ protected:
 
     PowerFixture() {
         using Platform::MainLoop::MainLoopSingleton;
+        auto made = std::make_unique<LoopHere>();
+        loop = made.get();
         Common::Utils::SingletonsRegister::getSingletonsRegister()
             .getService<MainLoopSingleton>("PowerFixture", MainLoopSingleton::getID())
-            ->setMainLoopImplementation(std::make_unique<LoopHere>());
+            ->setMainLoopImplementation(std::move(made));
         FakeKovan::forgetRecords();
     }
 
@@ -48,6 +59,7 @@ protected:
     const Common::Utils::SingletonServiceGuard<Common::Utils::UserDataRegister> userDataRegister;
     const Common::Utils::SingletonServiceGuard<Platform::MainLoop::MainLoopSingleton> mainLoop{
         Platform::MainLoop::MainLoopSingleton::create};
+    LoopHere* loop = nullptr;
     Platform::CPowerModeSubscribersFactory factory;
     std::vector<int> modes;
 };

@@ -1,11 +1,14 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
 
 #include "PowerFixture.h"
+#include "support/ProcessDeath.h"
 
 namespace DAX {
 namespace Tests {
 namespace {
 
+using Common::Utils::SingletonsID;
+using Common::Utils::SingletonsRegister;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -22,11 +25,44 @@ private:
     int doUnsubscribe() override { DAX_THROW(Common::Utils::GenericException(), "the device is gone"); }
 };
 
-class PowerSubscriberTest : public PowerFixture {};
+class PowerSubscriberTest : public PowerFixture {
+protected:
+    // Withdraws every need of the singleton when the thread is asked for the time-th time, while it is in use.
+    void dropWhenAsked(SingletonsID id, int time) {
+        loop->whenAsked = [id, time, asked = 0]() mutable {
+            while (asked + 1 >= time) {
+                SingletonsRegister::getSingletonsRegister().unmarkNeeded(id);
+            }
+            ++asked;
+        };
+    }
+
+    static std::string registerIsUsedBy(const std::string& user) {
+        return "Singleton (USER_DATA_REGISTER=USER_DATA_REGISTER) is still used by: [" + user + "]";
+    }
+};
 
 TEST_F(PowerSubscriberTest, ExpectsTheMainLoopsThread) {
     FailingSubscriber subscriber;
     EXPECT_TRUE(subscriber.getExpectedExecutorThreadID() == boost::this_thread::get_id());
+}
+
+TEST_F(PowerSubscriberTest, UsesTheRegisterUnderTheNameOfItsSubclass) {
+    const auto powerMode = factory.createPowerModeChangeSignalSubscriber();
+    const auto powerOff = factory.createPowerOffSignalSubscriber();
+    const auto wakeUp = factory.createPostWakeUpSignalSubscriber();
+    dropWhenAsked(Common::Utils::USER_DATA_REGISTER, 1);
+    EXPECT_ASSERTION_MSG(powerMode->subscribe(collect()), "false", registerIsUsedBy("PowerModeChangeSignalSubscriber"));
+    EXPECT_ASSERTION_MSG(powerOff->subscribe(collect()), "false", registerIsUsedBy("PowerOffSignalSubscriber"));
+    EXPECT_ASSERTION_MSG(wakeUp->subscribe([] {}), "false", registerIsUsedBy("WakeUpCbSubscriber"));
+}
+
+TEST_F(PowerSubscriberTest, UsesTheDistributorUnderTheNameOfItsSubclass) {
+    const auto powerOff = factory.createPowerOffSignalSubscriber();
+    dropWhenAsked(Common::Utils::POWER_OFF_CB_DISTRIBUTOR, 2); // the second to ask is the distributor's own subscriber
+    EXPECT_ASSERTION_MSG(powerOff->subscribe(collect()), "false",
+                         "Singleton (POWER_OFF_CB_DISTRIBUTOR=POWER_OFF_CB_DISTRIBUTOR) is still used by: "
+                         "[PowerOffSignalSubscriber]");
 }
 
 TEST_F(PowerSubscriberTest, LogsAnExceptionAtItsEndAndLetsNoneOut) {

@@ -22,6 +22,19 @@ TEST(HangGuard, RegistersTheProcessWithItsLimit) {
                             "log DBG Initialization of Watchdog status successfully sent with result: 5"));
 }
 
+TEST(HangGuard, TakesEveryResultFromZeroOnForASuccess) {
+    HangGuard::initWatchdogTimer(300);
+    HangGuard::updateWatchdogTimer();
+    EXPECT_THAT(FakeKovan::messages(), ElementsAre("Initialization of Watchdog status successfully sent with result: 0",
+                                                   "Update of Watchdog status successfully sent with result: 0"));
+}
+
+TEST(HangGuard, TakesEveryResultBelowZeroForAFailure) {
+    FakeKovan::setHangguardRegisterResult(-1);
+    EXPECT_EQ(thrownText<errinfo_stream_text>([] { HangGuard::initWatchdogTimer(300); }),
+              "Initializing Watchdog status failed with error code:-1");
+}
+
 TEST(HangGuard, LogsAndThrowsAFailedRegistration) {
     FakeKovan::setHangguardRegisterResult(-3);
     EXPECT_EQ(thrownText<errinfo_stream_text>([] { HangGuard::initWatchdogTimer(300); }),

@@ -1,0 +1,108 @@
+#include "FileFaults.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <map>
+#include <utility>
+
+#include <sys/types.h>
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+thread_local std::string faultyFunction;
+thread_local int faultyErrno = 0;
+thread_local int callsToTheFault = 0;
+thread_local bool errorFlag = false;
+thread_local std::map<std::string, int> calls;
+
+// Whether this call is the one that fails.
+bool fails(const char* function) {
+    ++calls[function];
+    if (faultyFunction != function || --callsToTheFault != 0) {
+        return false;
+    }
+    faultyFunction.clear();
+    errno = faultyErrno;
+    return true;
+}
+
+} // namespace
+
+void failNext(const std::string& function, int errnoValue, int call) {
+    callsToTheFault = call;
+    faultyFunction = function;
+    faultyErrno = errnoValue;
+}
+
+int takeCalls(const std::string& function) {
+    return std::exchange(calls[function], 0);
+}
+
+} // namespace Tests
+} // namespace DAX
+
+using DAX::Tests::errorFlag;
+using DAX::Tests::fails;
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
+extern "C" {
+
+std::FILE* __real_fopen64(const char* path, const char* mode);
+std::FILE* __wrap_fopen64(const char* path, const char* mode) {
+    return fails("fopen64") ? nullptr : __real_fopen64(path, mode);
+}
+
+int __real_fseeko64(std::FILE* file, off64_t offset, int whence);
+int __wrap_fseeko64(std::FILE* file, off64_t offset, int whence) {
+    return fails("fseeko64") ? -1 : __real_fseeko64(file, offset, whence);
+}
+
+off64_t __real_ftello64(std::FILE* file);
+off64_t __wrap_ftello64(std::FILE* file) {
+    return fails("ftello64") ? -1 : __real_ftello64(file);
+}
+
+std::size_t __real_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file);
+std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
+    return fails("fwrite") ? 0 : __real_fwrite(data, size, count, file);
+}
+
+int __real_fflush(std::FILE* file);
+int __wrap_fflush(std::FILE* file) {
+    return fails("fflush") ? EOF : __real_fflush(file);
+}
+
+int __real_fileno(std::FILE* file);
+int __wrap_fileno(std::FILE* file) {
+    return fails("fileno") ? -1 : __real_fileno(file);
+}
+
+int __real_fsync(int descriptor);
+int __wrap_fsync(int descriptor) {
+    return fails("fsync") ? -1 : __real_fsync(descriptor);
+}
+
+std::size_t __real_fread(void* data, std::size_t size, std::size_t count, std::FILE* file);
+std::size_t __wrap_fread(void* data, std::size_t size, std::size_t count, std::FILE* file) {
+    errorFlag = fails("fread");
+    return errorFlag ? 0 : __real_fread(data, size, count, file);
+}
+
+int __real_ferror(std::FILE* file);
+int __wrap_ferror(std::FILE* file) {
+    return errorFlag ? 1 : __real_ferror(file);
+}
+
+// A file that fails to close is closed.
+int __real_fclose(std::FILE* file);
+int __wrap_fclose(std::FILE* file) {
+    const bool failing = fails("fclose");
+    const int failure = errno;
+    const int result = __real_fclose(file);
+    errno = failing ? failure : errno;
+    return failing ? EOF : result;
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)

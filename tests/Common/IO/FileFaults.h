@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace DAX {
+namespace Tests {
+
+// Makes the C library's files fail. The functions that stand under --wrap in the build file of these tests go through
+// here.
+
+// The next call of the function by this thread, or the one of this number from now on, fails with this errno value, and
+// does nothing else. fread gives nothing and sets the file's error flag, fwrite takes nothing.
+void failNext(const std::string& function, int errnoValue, int call = 1);
+
+// How often this thread called the function since it asked before.
+int takeCalls(const std::string& function);
+
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,339 @@
+#include "Common/IO/FileSink.h"
+
+#include <boost/thread/thread.hpp>
+#include <gmock/gmock.h>
+
+#include "FakeTransaction.h"
+#include "FileFaults.h"
+#include "MemoryStreams.h"
+#include "support/FakeKovan.h"
+#include "support/ProcessDeath.h"
+#include "support/TemporaryRoot.h"
+#include "support/Thrown.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using namespace Common::IO;
+using Common::Utils::errinfo_description;
+using Common::Utils::errinfo_path;
+using Common::Utils::errinfo_stream_text;
+using IOExceptions::AlreadyClosedException;
+using IOExceptions::AlreadyOpenedException;
+using IOExceptions::EndOfDataMarkedException;
+using IOExceptions::NotOpenedException;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+void write(ISink& sink, const std::string& text) {
+    sink.writeChunk(bytesOf(text), text.size());
+}
+
+class FileSinkTest : public testing::Test {
+protected:
+    std::string content() const { return root.read("file"); }
+
+    // "<description>|<errno text>" of what the statement throws, which has to name the file.
+    template <class E = FileSinkIOException, class Statement>
+    std::string failureOf(const Statement& statement) {
+        try {
+            statement();
+        } catch (const E& exception) {
+            EXPECT_EQ(*boost::get_error_info<errinfo_path>(exception), path);
+            return textOf<errinfo_description>(exception) + "|" + textOf<errinfo_stream_text>(exception);
+        }
+        return "<nothing thrown>";
+    }
+
+    const TemporaryRoot root;
+    const std::string path = (root / "file").string();
+};
+
+TEST_F(FileSinkTest, MakesAFileOfWhatIsWritten) {
+    for (const bool truncate : {true, false}) {
+        std::filesystem::remove(path);
+        FileSink sink(path, truncate);
+        EXPECT_FALSE(std::filesystem::exists(path));
+        write(sink, "abc");
+        write(sink, "def");
+        EXPECT_EQ(sink.position(), 6U);
+        sink.close();
+        EXPECT_EQ(content(), "abcdef");
+    }
+}
+
+TEST_F(FileSinkTest, EmptiesTheFileThatItTruncates) {
+    root.write("file", "0123456789");
+    FileSink sink(path, true);
+    EXPECT_EQ(sink.position(), 0U);
+    EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
+TEST_F(FileSinkTest, GoesOnBehindWhatTheFileHolds) {
+    root.write("file", "0123456789");
+    FileSink sink(path, false);
+    EXPECT_EQ(sink.position(), 10U);
+    write(sink, "ab");
+    sink.close();
+    EXPECT_EQ(content(), "0123456789ab");
+}
+
+TEST_F(FileSinkTest, CutsNothing) {
+    root.write("file", "0123456789");
+    FileSink sink(path, false);
+    sink.seek(3);
+    write(sink, "ab");
+    EXPECT_EQ(sink.position(), 5U);
+    sink.markEndOfData();
+    EXPECT_EQ(content(), "012ab56789");
+}
+
+TEST_F(FileSinkTest, DoesNothingForThePositionThatHoldsAlready) {
+    FileSink sink(path, true);
+    sink.open();
+    takeCalls("fseeko64");
+    sink.seek(0);
+    EXPECT_EQ(takeCalls("fseeko64"), 0);
+    failNext("fseeko64", EINVAL);
+    EXPECT_EQ(failureOf([&] { sink.seek(1); }), "Seeking file failed.| errno=22 (Invalid argument)");
+    EXPECT_EQ(sink.position(), 0U);
+}
+
+TEST_F(FileSinkTest, TakesNoMoreBehindTheEndOfData) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    sink.markEndOfData();
+    EXPECT_TRUE(sink.isOpened());
+    EXPECT_TRUE(sink.endOfDataMarked());
+    EXPECT_THROW(write(sink, "c"), EndOfDataMarkedException);
+    EXPECT_THROW(sink.markEndOfData(), EndOfDataMarkedException);
+    EXPECT_THROW(sink.seek(0), EndOfDataMarkedException);
+    EXPECT_NO_THROW(sink.flush());
+    EXPECT_EQ(sink.position(), 2U);
+    sink.close();
+    EXPECT_EQ(content(), "ab");
+}
+
+TEST_F(FileSinkTest, TakesTheEndOfDataToTheMediumAndClosesTheFile) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    takeCalls("fsync");
+    takeCalls("fclose");
+    sink.markEndOfData();
+    EXPECT_EQ(takeCalls("fsync"), 1);
+    EXPECT_EQ(takeCalls("fclose"), 1);
+    sink.close();
+    EXPECT_EQ(takeCalls("fsync"), 0);
+    EXPECT_EQ(takeCalls("fclose"), 0);
+}
+
+TEST_F(FileSinkTest, FlushesToTheMedium) {
+    FileSink sink(path, true);
+    takeCalls("fsync");
+    write(sink, "ab");
+    EXPECT_EQ(takeCalls("fsync"), 0);
+    sink.flush();
+    EXPECT_EQ(takeCalls("fsync"), 1);
+    EXPECT_EQ(content(), "ab");
+}
+
+TEST_F(FileSinkTest, FlushesAFileThatItOpensForThat) {
+    FileSink sink(path, true);
+    sink.flush();
+    EXPECT_TRUE(std::filesystem::exists(path));
+}
+
+TEST_F(FileSinkTest, MarksTheEndBeforeItIsOpened) {
+    FileSink sink(path, true);
+    sink.markEndOfData();
+    EXPECT_TRUE(sink.endOfDataMarked());
+    EXPECT_FALSE(sink.isOpened());
+    EXPECT_FALSE(std::filesystem::exists(path));
+    takeCalls("fclose");
+    sink.open();
+    EXPECT_EQ(takeCalls("fclose"), 1);
+    EXPECT_TRUE(sink.isOpened());
+    EXPECT_TRUE(sink.endOfDataMarked());
+    EXPECT_EQ(content(), "");
+    EXPECT_THROW(write(sink, "c"), EndOfDataMarkedException);
+}
+
+TEST_F(FileSinkTest, MarksTheEndByClosing) {
+    FileSink sink(path, true);
+    sink.open();
+    sink.close();
+    EXPECT_TRUE(sink.endOfDataMarked());
+    EXPECT_TRUE(sink.alreadyClosed());
+    EXPECT_FALSE(sink.isOpened());
+}
+
+TEST_F(FileSinkTest, OpensAndClosesOnce) {
+    FileSink sink(path, true);
+    EXPECT_THROW(sink.close(), NotOpenedException);
+    sink.open();
+    EXPECT_THROW(sink.open(), AlreadyOpenedException);
+    sink.close();
+    EXPECT_THROW(sink.close(), AlreadyClosedException);
+    EXPECT_THROW(sink.open(), AlreadyClosedException);
+    EXPECT_THROW(sink.position(), AlreadyClosedException);
+    EXPECT_THROW(write(sink, "a"), AlreadyClosedException);
+    EXPECT_THROW(sink.flush(), AlreadyClosedException);
+    EXPECT_THROW(sink.markEndOfData(), EndOfDataMarkedException);
+}
+
+TEST_F(FileSinkTest, TellsWhatFailsWhenItOpens) {
+    EXPECT_EQ(failureOf([&] {
+                  std::filesystem::create_directory(path);
+                  FileSink(path, true).open();
+              }),
+              "<no such text>| errno=21 (Is a directory)");
+    std::filesystem::remove(path);
+    failNext("fseeko64", EIO);
+    EXPECT_EQ(failureOf([&] { FileSink(path, true).open(); }),
+              "Seeking to end of file failed.| errno=5 (Input/output error)");
+    failNext("ftello64", EIO);
+    EXPECT_EQ(failureOf([&] { FileSink(path, true).open(); }),
+              "Getting file size failed.| errno=5 (Input/output error)");
+}
+
+TEST_F(FileSinkTest, TellsAFullDisk) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    failNext("fwrite", ENOSPC);
+    EXPECT_EQ(failureOf<FileSinkNotEnoughSpaceException>([&] { write(sink, "cd"); }),
+              "No space left on device.| errno=28 (No space left on device)");
+    EXPECT_EQ(sink.position(), 2U);
+    failNext("fwrite", ENOSPC);
+    EXPECT_THROW(write(sink, "cd"), FileSinkIOException);
+}
+
+TEST_F(FileSinkTest, MeetsARealFullDisk) {
+    FileSink sink("/dev/full", true);
+    EXPECT_THROW(write(sink, std::string(100000, 'x')), FileSinkNotEnoughSpaceException);
+}
+
+TEST_F(FileSinkTest, TellsAFailingWrite) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    failNext("fwrite", EIO);
+    EXPECT_EQ(failureOf([&] { write(sink, "cd"); }), "Writing to file failed.| errno=5 (Input/output error)");
+    EXPECT_EQ(sink.position(), 2U);
+}
+
+TEST_F(FileSinkTest, TellsWhatFailsWhenItFlushes) {
+    FileSink sink(path, true);
+    sink.open();
+    failNext("fflush", EIO);
+    EXPECT_EQ(failureOf([&] { sink.flush(); }), "Flushing file failed.| errno=5 (Input/output error)");
+    failNext("fileno", EBADF);
+    EXPECT_EQ(failureOf([&] { sink.flush(); }), "Getting file descriptor failed.| errno=9 (Bad file descriptor)");
+    failNext("fsync", EIO);
+    EXPECT_EQ(thrownText<errinfo_stream_text>([&] { sink.flush(); }), "sync() failed.");
+}
+
+TEST_F(FileSinkTest, IsMarkedThoughTheEndOfDataFails) {
+    for (const char* const function : {"fflush", "fileno", "fsync", "fclose"}) {
+        FileSink sink(path, true);
+        sink.open();
+        failNext(function, EIO);
+        EXPECT_ANY_THROW(sink.markEndOfData()) << function;
+        EXPECT_TRUE(sink.endOfDataMarked()) << function;
+        EXPECT_THROW(write(sink, "a"), EndOfDataMarkedException) << function;
+        EXPECT_NO_THROW(sink.close()) << function;
+    }
+}
+
+TEST_F(FileSinkTest, LeavesNoFileOpenWhenTheEndOfDataFails) {
+    takeCalls("fclose");
+    {
+        FileSink sink(path, true);
+        sink.open();
+        failNext("fflush", EIO);
+        EXPECT_ANY_THROW(sink.markEndOfData());
+    }
+    EXPECT_EQ(takeCalls("fclose"), 1);
+}
+
+TEST_F(FileSinkTest, TellsAFailingClose) {
+    FileSink sink(path, true);
+    sink.open();
+    failNext("fclose", EIO);
+    EXPECT_EQ(failureOf([&] { sink.close(); }), "Closing file failed.| errno=5 (Input/output error)");
+    EXPECT_TRUE(sink.isOpened());
+}
+
+TEST_F(FileSinkTest, EndsTheDataWhenItDies) {
+    {
+        FileSink sink(path, true);
+        write(sink, "ab");
+    }
+    EXPECT_EQ(content(), "ab");
+    EXPECT_TRUE(FakeKovan::messages().empty());
+}
+
+TEST_F(FileSinkTest, LogsAFailureWhenItDies) {
+    {
+        FileSink sink(path, true);
+        write(sink, "ab");
+        failNext("fsync", EIO);
+    }
+    EXPECT_THAT(FakeKovan::messages("ERR"), ElementsAre(AllOf(StartsWith("Exception caught in ~FileSink. Ignoring: "),
+                                                              HasSubstr("sync() failed."))));
+}
+
+TEST_F(FileSinkTest, CanBeInterruptedBetweenChunks) {
+    FileSink sink("/dev/null", true);
+    bool interrupted = false;
+    boost::thread writer([&] {
+        try {
+            for (;;) {
+                write(sink, "a");
+            }
+        } catch (const boost::thread_interrupted&) {
+            interrupted = true;
+        }
+    });
+    writer.interrupt();
+    writer.join();
+    EXPECT_TRUE(interrupted);
+}
+
+TEST_F(FileSinkTest, SavesItsPositionAndFlushes) {
+    FileSink sink(path, true);
+    write(sink, "abc");
+    takeCalls("fsync");
+    FakeTransaction saving;
+    sink.transactionSerialize(&saving);
+    EXPECT_THAT(saving.bytes, ElementsAre(3, 0, 0, 0, 0, 0, 0, 0));
+    EXPECT_EQ(takeCalls("fsync"), 1);
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(FileSinkTest, KeepsTheDataThatWasSaved) {
+    root.write("file", "0123456789");
+    FakeTransaction loading({4, 0, 0, 0, 0, 0, 0, 0});
+    FileSink sink(path, true);
+    sink.transactionSerialize(&loading);
+    EXPECT_EQ(sink.position(), 4U);
+    write(sink, "x");
+    sink.close();
+    EXPECT_EQ(content(), "0123x56789");
+}
+
+TEST_F(FileSinkTest, AssertsThatItIsNotOpenedWhenItIsRestored) {
+    FakeTransaction loading({4, 0, 0, 0, 0, 0, 0, 0});
+    FileSink sink(path, true);
+    sink.open();
+    EXPECT_ASSERTION(sink.transactionLoad(&loading), "!isOpened()");
+}
+
+TEST_F(FileSinkTest, IsCalledByItsPath) {
+    EXPECT_EQ(FileSink(path, true).debugName(), "FileSink(" + path + ")");
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,36 @@
+#include "Common/PlatformDependent/Sync.h"
+
+#include <cstdio>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/FakeKovan.h"
+#include "support/Thrown.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using Common::PlatformDependent::file_sync;
+using Common::PlatformDependent::system_sync;
+using Common::Utils::errinfo_stream_text;
+
+TEST(Sync, TakesAFileToItsMedium) {
+    std::FILE* const file = std::tmpfile();
+    EXPECT_NO_THROW(file_sync(fileno(file)));
+    std::fclose(file);
+}
+
+TEST(Sync, TellsWhyAFileCannotBeTaken) {
+    EXPECT_EQ(thrownText<errinfo_stream_text>([] { file_sync(-1); }), " errno=9 (Bad file descriptor)");
+}
+
+TEST(Sync, SaysThatItTakesAllFileSystems) {
+    system_sync();
+    EXPECT_THAT(FakeKovan::journal(), testing::ElementsAre("log INF Performing 'sync'."));
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
