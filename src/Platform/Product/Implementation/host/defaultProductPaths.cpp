@@ -9,10 +9,11 @@ namespace DAX {
 namespace Platform {
 namespace {
 
-// The root folder of the simulated device; empty for none.
+// The root folder of the simulated device, with no slash at its end; empty for none.
 std::string simulatedRoot() {
-    const char* const root = std::getenv("KOVAN_ROOT");
-    return root != nullptr ? root : "";
+    const char* const given = std::getenv("KOVAN_ROOT");
+    const std::string root = given != nullptr ? given : "";
+    return root.substr(0, root.find_last_not_of('/') + 1);
 }
 
 class CSimulatedProductPaths : public CProductPaths {
