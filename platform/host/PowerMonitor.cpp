@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <glib-unix.h>
+#include <mutex>
 #include <sys/inotify.h>
 #include <system_error>
 #include <unistd.h>
@@ -17,22 +18,34 @@ namespace {
 // A file is written in place, or another takes its name.
 constexpr std::uint32_t CHANGES = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_ATTRIB;
 
+// Guards the descriptors of all watches, from one thread to another: GLib hands a source over, but with locks of its
+// own.
+std::mutex descriptorMutex;
+
 // What the source has: it goes with the last call under way.
 struct Watch {
     Watch(int watchedDescriptor, void (*changeListener)()) : descriptor(watchedDescriptor), listener(changeListener) {}
     int descriptor;
     void (*listener)();
 
-    ~Watch() { close(descriptor); }
+    ~Watch() {
+        const std::lock_guard<std::mutex> lock(descriptorMutex);
+        close(descriptor);
+    }
 };
 
 std::unique_ptr<Watch> watchFolder(const std::string& path, void (*listener)()) {
+    std::unique_lock<std::mutex> lock(descriptorMutex);
     const int descriptor = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     if (descriptor < 0) {
         throw std::system_error(errno, std::generic_category(), path);
     }
+    const bool watched = inotify_add_watch(descriptor, path.c_str(), CHANGES | IN_ONLYDIR) >= 0;
+    const int failure = errno;
     auto watch = std::make_unique<Watch>(descriptor, listener);
-    if (inotify_add_watch(descriptor, path.c_str(), CHANGES | IN_ONLYDIR) < 0) {
+    lock.unlock();
+    if (!watched) {
+        errno = failure;
         throw std::system_error(errno, std::generic_category(), path);
     }
     return watch;
@@ -40,10 +53,15 @@ std::unique_ptr<Watch> watchFolder(const std::string& path, void (*listener)()) 
 
 // What has happened is seen in the file itself.
 gboolean onChanged(gint descriptor, GIOCondition, gpointer data) {
-    std::array<char, 4096> events;
-    while (read(descriptor, events.data(), events.size()) > 0) {
+    void (*listener)() = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(descriptorMutex);
+        std::array<char, 4096> events;
+        while (read(descriptor, events.data(), events.size()) > 0) {
+        }
+        listener = static_cast<Watch*>(data)->listener;
     }
-    static_cast<Watch*>(data)->listener();
+    listener();
     return G_SOURCE_CONTINUE;
 }
 
