@@ -8,6 +8,7 @@
 
 #include "Common/IO/ISink.h"
 #include "Common/IO/ITransactionalEntity.h"
+#include "Common/IO/serializeFlag.h"
 #include "Utility/Utils/IDebugName.h"
 #include "serializers/binary/little_endian.h"
 
@@ -50,9 +51,7 @@ public:
     void transactionSaved(ITransaction*) override {}
 
     void transactionSerialize(IStoreTransaction* transaction) override {
-        std::uint8_t flag = m_endOfDataMarked ? 1 : 0;
-        transaction->serializer().serializeData(&flag, sizeof(flag));
-        m_endOfDataMarked = flag != 0;
+        serializeFlag(transaction->serializer(), m_endOfDataMarked);
         transaction->serializer().serialize<serializers::binary::little_endian<4>>(m_remainder);
     }
 

@@ -25,14 +25,14 @@ public:
 
     void transactionSaved(ITransaction* transaction) override;
 
-    // The part itself has nothing to save; the stream takes part by itself.
-    void transactionSerialize(IStoreTransaction*) override {}
+    // Saves whether it was used: its position is the stream's, which takes part by itself.
+    void transactionSerialize(IStoreTransaction* transaction) override;
 
     std::string debugName() const override;
 
 protected:
-    // `name` is what the class is called in messages. Throws GenericException when the end does not fit in 64 bits.
-    ScopedView(const char* name, std::shared_ptr<Interface> stream, streamsize_t start, streamsize_t size);
+    // Throws GenericException when the end does not fit in 64 bits.
+    ScopedView(std::shared_ptr<Interface> stream, streamsize_t start, streamsize_t size);
 
     void openIfNotOpened();
 
@@ -41,7 +41,6 @@ protected:
 private:
     [[noreturn]] void throwOutside(const char* bound, streamsize_t place) const;
 
-    const char* const m_name;
     const std::shared_ptr<Interface> m_stream;
     const streamsize_t m_start;
     const streamsize_t m_size;

@@ -173,6 +173,39 @@ TEST_F(ScopedStorageStreamTest, LooksAtItsBoundsWhenItIsFirstUsed) {
               "ScopedStorageStream should end on 11, which is after end of underlying stream 10");
 }
 
+TEST_F(ScopedStorageStreamTest, StaysWhereItsStreamWasRestored) {
+    const auto whole = file();
+    ScopedStorageStream stream(whole, 3, 4);
+    stream.seek(2);
+    FakeTransaction saving;
+    stream.transactionSerialize(&saving);
+    whole->transactionSerialize(&saving);
+    EXPECT_THAT(saving.bytes, testing::ElementsAre(1, 5, 0, 0, 0, 0, 0, 0, 0));
+    const auto again = file();
+    ScopedStorageStream restored(again, 3, 4);
+    FakeTransaction loading(saving.bytes);
+    restored.transactionSerialize(&loading);
+    again->transactionSerialize(&loading);
+    EXPECT_EQ(restored.position(), 2U);
+}
+
+TEST_F(ScopedStorageStreamTest, BeginsAtItsPartWhenItIsRestoredUnused) {
+    const auto whole = file();
+    FakeTransaction saving;
+    ScopedStorageStream(whole, 3, 4).transactionSerialize(&saving);
+    EXPECT_THAT(saving.bytes, testing::ElementsAre(0));
+    ScopedStorageStream restored(whole, 3, 4);
+    FakeTransaction loading(saving.bytes);
+    restored.transactionSerialize(&loading);
+    EXPECT_EQ(read(restored, 1), "3");
+}
+
+TEST_F(ScopedStorageStreamTest, LooksAtItsBoundsOnlyOnce) {
+    ScopedStorageStream late(file(), 11, 0);
+    EXPECT_THROW(late.size(), OutOfRangeException);
+    EXPECT_EQ(late.size(), 0U);
+}
+
 TEST_F(ScopedStorageStreamTest, NamesTheStreamThatTakesPart) {
     const auto whole = file();
     FakeTransaction transaction;

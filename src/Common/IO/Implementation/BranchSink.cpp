@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Common/IO/serializeFlag.h"
+
 namespace DAX {
 namespace Common {
 namespace IO {
@@ -33,9 +35,7 @@ void BranchSink::transactionSaved(ITransaction* transaction) {
 }
 
 void BranchSink::transactionSerialize(IStoreTransaction* transaction) {
-    std::uint8_t flag = m_endOfDataMarked ? 1 : 0;
-    transaction->serializer().serializeData(&flag, sizeof(flag));
-    m_endOfDataMarked = flag != 0;
+    serializeFlag(transaction->serializer(), m_endOfDataMarked);
     processBranches(transaction);
 }
 

@@ -8,7 +8,7 @@ namespace IO {
 
 ScopedSeekableStream::ScopedSeekableStream(std::shared_ptr<ISeekableStream> stream, streamsize_t start,
                                            streamsize_t size)
-    : ScopedView("ScopedSeekableStream", std::move(stream), start, size) {}
+    : ScopedView(std::move(stream), start, size) {}
 
 } // namespace IO
 } // namespace Common

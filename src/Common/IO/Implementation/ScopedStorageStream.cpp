@@ -7,7 +7,7 @@ namespace Common {
 namespace IO {
 
 ScopedStorageStream::ScopedStorageStream(std::shared_ptr<IStorageStream> stream, streamsize_t start, streamsize_t size)
-    : ScopedView("ScopedStorageStream", std::move(stream), start, size) {}
+    : ScopedView(std::move(stream), start, size) {}
 
 void ScopedStorageStream::open() {
     stream().open();

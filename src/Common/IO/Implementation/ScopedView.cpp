@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Common/IO/serializeFlag.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 #include "Utility/Utils/SafePlus.h"
 
@@ -13,6 +14,14 @@ namespace {
 
 using IOExceptions::OutOfRangeException;
 using Utils::errinfo_subject;
+
+// What the class of each view is called in messages.
+template <class Interface>
+const char* const CLASS_NAME = nullptr;
+template <>
+const char* const CLASS_NAME<ISeekableStream> = "ScopedSeekableStream";
+template <>
+const char* const CLASS_NAME<IStorageStream> = "ScopedStorageStream";
 
 void checkEnd(const char* name, streamsize_t start, streamsize_t size) {
     try {
@@ -25,10 +34,9 @@ void checkEnd(const char* name, streamsize_t start, streamsize_t size) {
 } // namespace
 
 template <class Interface>
-ScopedView<Interface>::ScopedView(const char* name, std::shared_ptr<Interface> stream, streamsize_t start,
-                                  streamsize_t size)
-    : m_name(name), m_stream(std::move(stream)), m_start(start), m_size(size) {
-    checkEnd(name, start, size);
+ScopedView<Interface>::ScopedView(std::shared_ptr<Interface> stream, streamsize_t start, streamsize_t size)
+    : m_stream(std::move(stream)), m_start(start), m_size(size) {
+    checkEnd(CLASS_NAME<Interface>, start, size);
 }
 
 template <class Interface>
@@ -49,8 +57,8 @@ void ScopedView<Interface>::openIfNotOpened() {
 template <class Interface>
 void ScopedView<Interface>::throwOutside(const char* bound, streamsize_t place) const {
     DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
-                                         << m_name << bound << place << ", which is after end of underlying stream "
-                                         << m_stream->size());
+                                         << CLASS_NAME<Interface> << bound << place
+                                         << ", which is after end of underlying stream " << m_stream->size());
 }
 
 template <class Interface>
@@ -106,8 +114,13 @@ void ScopedView<Interface>::transactionSaved(ITransaction* transaction) {
 }
 
 template <class Interface>
+void ScopedView<Interface>::transactionSerialize(IStoreTransaction* transaction) {
+    serializeFlag(transaction->serializer(), m_opened);
+}
+
+template <class Interface>
 std::string ScopedView<Interface>::debugName() const {
-    return std::string(m_name) + "(" + Utils::getDebugName(*m_stream) + ")";
+    return std::string(CLASS_NAME<Interface>) + "(" + Utils::getDebugName(*m_stream) + ")";
 }
 
 template class ScopedView<ISeekableStream>;
