@@ -16,10 +16,14 @@ thread_local int faultyErrno = 0;
 thread_local int callsToTheFault = 0;
 thread_local bool errorFlag = false;
 thread_local std::map<std::string, int> calls;
+thread_local std::vector<std::string>* order = nullptr;
 
 // Whether this call is the one that fails.
 bool fails(const char* function) {
     ++calls[function];
+    if (order != nullptr) {
+        order->push_back(function);
+    }
     if (faultyFunction != function || --callsToTheFault != 0) {
         return false;
     }
@@ -38,6 +42,19 @@ void failNext(const std::string& function, int errnoValue, int call) {
 
 int takeCalls(const std::string& function) {
     return std::exchange(calls[function], 0);
+}
+
+std::vector<std::string> callsOf(const std::function<void()>& statement) {
+    std::vector<std::string> made;
+    order = &made;
+    try {
+        statement();
+    } catch (...) {
+        order = nullptr;
+        throw;
+    }
+    order = nullptr;
+    return made;
 }
 
 } // namespace Tests

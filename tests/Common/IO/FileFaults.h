@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace DAX {
 namespace Tests {
@@ -14,6 +16,9 @@ void failNext(const std::string& function, int errnoValue, int call = 1);
 
 // How often this thread called the function since it asked before.
 int takeCalls(const std::string& function);
+
+// What this thread calls while the statement runs, in order; ferror, which changes nothing, is left out.
+std::vector<std::string> callsOf(const std::function<void()>& statement);
 
 } // namespace Tests
 } // namespace DAX

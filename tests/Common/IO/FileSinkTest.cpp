@@ -5,8 +5,10 @@
 
 #include "FakeTransaction.h"
 #include "FileFaults.h"
+#include "Interruption.h"
 #include "MemoryStreams.h"
 #include "support/FakeKovan.h"
+#include "support/OrdinaryUser.h"
 #include "support/ProcessDeath.h"
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
@@ -19,6 +21,7 @@ using namespace Common::IO;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_path;
 using Common::Utils::errinfo_stream_text;
+using Common::Utils::errinfo_subject;
 using IOExceptions::AlreadyClosedException;
 using IOExceptions::AlreadyOpenedException;
 using IOExceptions::EndOfDataMarkedException;
@@ -299,6 +302,129 @@ TEST_F(FileSinkTest, CanBeInterruptedBetweenChunks) {
     writer.interrupt();
     writer.join();
     EXPECT_TRUE(interrupted);
+}
+
+TEST_F(FileSinkTest, IsInterruptedBeforeItWrites) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    takeCalls("fwrite");
+    EXPECT_TRUE(interrupts([&] { write(sink, "cd"); }));
+    EXPECT_EQ(takeCalls("fwrite"), 0);
+    EXPECT_EQ(sink.position(), 2U);
+    sink.close();
+    EXPECT_EQ(content(), "ab");
+}
+
+TEST_F(FileSinkTest, ReachesTheMediumBeforeItClosesTheFile) {
+    FileSink sink(path, true);
+    EXPECT_THAT(callsOf([&] { sink.open(); }), ElementsAre("fopen64", "fseeko64", "ftello64"));
+    EXPECT_THAT(callsOf([&] { sink.flush(); }), ElementsAre("fflush", "fileno", "fsync"));
+    EXPECT_THAT(callsOf([&] { sink.markEndOfData(); }), ElementsAre("fflush", "fileno", "fsync", "fclose"));
+    EXPECT_THAT(callsOf([&] { sink.flush(); }), ElementsAre());
+    EXPECT_THAT(callsOf([&] { sink.close(); }), ElementsAre());
+}
+
+TEST_F(FileSinkTest, StopsAtTheFirstFailureOfAFlush) {
+    FileSink sink(path, true);
+    sink.open();
+    for (const char* const function : {"fflush", "fileno", "fsync"}) {
+        failNext(function, EIO);
+        const auto calls = callsOf([&] { EXPECT_ANY_THROW(sink.flush()); });
+        EXPECT_EQ(calls.back(), function);
+    }
+}
+
+TEST_F(FileSinkTest, AFailureToSynchronizeIsNoneOfTheFile) {
+    FileSink sink(path, true);
+    sink.open();
+    failNext("fsync", EIO);
+    try {
+        sink.flush();
+        FAIL() << "nothing was thrown";
+    } catch (const IOExceptions::IOStreamsException&) {
+        FAIL() << "of the wrong family";
+    } catch (const Common::Utils::GenericException& exception) {
+        EXPECT_EQ(textOf<errinfo_stream_text>(exception), "sync() failed.");
+    }
+}
+
+TEST_F(FileSinkTest, IsMarkedOnARealFullDiskThatTakesNothingOfTheBuffer) {
+    FileSink sink("/dev/full", true);
+    write(sink, "ab"); // the C library keeps it
+    EXPECT_EQ(thrownDescription<FileSinkIOException>([&] { sink.markEndOfData(); }), "Flushing file failed.");
+    EXPECT_TRUE(sink.endOfDataMarked());
+    EXPECT_TRUE(sink.isOpened());
+    sink.close();
+    EXPECT_TRUE(sink.alreadyClosed());
+}
+
+TEST_F(FileSinkTest, AFullDiskIsNoOtherFailure) {
+    FileSink sink(path, true);
+    sink.open();
+    failNext("fwrite", EFBIG);
+    try {
+        write(sink, "ab");
+        FAIL() << "nothing was thrown";
+    } catch (const FileSinkNotEnoughSpaceException&) {
+        FAIL() << "the disk is not full";
+    } catch (const FileSinkIOException& exception) {
+        EXPECT_EQ(textOf<errinfo_description>(exception), "Writing to file failed.");
+    }
+}
+
+TEST_F(FileSinkTest, DoesNotEmptyAFileThatItCannotLookAt) {
+    root.write("locked/file", "0123456789");
+    const std::string locked = (root / "locked/file").string();
+    std::filesystem::permissions(root / "locked", std::filesystem::perms::none);
+    {
+        const OrdinaryUser user;
+        EXPECT_EQ((thrownText<errinfo_stream_text, FileSinkIOException>([&] { FileSink(locked, false).open(); })),
+                  " errno=13 (Permission denied)");
+    }
+    std::filesystem::permissions(root / "locked", std::filesystem::perms::all);
+    EXPECT_EQ(root.read("locked/file"), "0123456789");
+}
+
+TEST_F(FileSinkTest, IsMarkedThoughTheEndOfDataFailsWhenItOpens) {
+    FileSink sink(path, true);
+    sink.markEndOfData();
+    failNext("fclose", EIO);
+    EXPECT_EQ(failureOf([&] { sink.open(); }), "Closing file failed.| errno=5 (Input/output error)");
+    EXPECT_TRUE(sink.endOfDataMarked());
+    EXPECT_TRUE(sink.isOpened());
+}
+
+TEST_F(FileSinkTest, StaysOpenedWhenTheEndOfDataFailsAsItCloses) {
+    FileSink sink(path, true);
+    sink.open();
+    failNext("fsync", EIO);
+    EXPECT_THROW(sink.close(), Common::Utils::GenericException);
+    EXPECT_TRUE(sink.isOpened());
+    EXPECT_FALSE(sink.alreadyClosed());
+    EXPECT_NO_THROW(sink.close());
+    EXPECT_TRUE(sink.alreadyClosed());
+}
+
+TEST_F(FileSinkTest, ReachesBehindFourGibibytes) {
+    const streamsize_t far = 5ULL << 30;
+    FileSink sink(path, true);
+    sink.seek(far);
+    write(sink, "far");
+    EXPECT_EQ(sink.position(), far + 3);
+    sink.close();
+    EXPECT_EQ(std::filesystem::file_size(path), far + 3);
+}
+
+TEST_F(FileSinkTest, SaysWhichOneRefuses) {
+    FileSink sink(path, true);
+    const std::string name = "FileSink(" + path + ")";
+    EXPECT_EQ((thrownText<errinfo_subject, NotOpenedException>([&] { sink.close(); })), name);
+    sink.open();
+    EXPECT_EQ((thrownText<errinfo_subject, AlreadyOpenedException>([&] { sink.open(); })), name);
+    sink.markEndOfData();
+    EXPECT_EQ((thrownText<errinfo_subject, EndOfDataMarkedException>([&] { write(sink, "a"); })), name);
+    sink.close();
+    EXPECT_EQ((thrownText<errinfo_subject, AlreadyClosedException>([&] { sink.seek(0); })), name);
 }
 
 TEST_F(FileSinkTest, SavesItsPositionAndFlushes) {

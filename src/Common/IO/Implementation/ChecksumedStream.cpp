@@ -56,7 +56,7 @@ ChecksumedStream::ChecksumedStream(std::shared_ptr<IStorageStream> stream) : m_s
 
 ChecksumedStream::~ChecksumedStream() {
     try {
-        if (m_opened && !m_closed) {
+        if (m_opened) {
             close();
         }
     } catch (...) {

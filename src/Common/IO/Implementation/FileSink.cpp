@@ -15,7 +15,6 @@ namespace DAX {
 namespace Common {
 namespace IO {
 
-using IOExceptions::NotOpenedException;
 using Utils::errinfo_description;
 using Utils::errinfo_path;
 using Utils::GenericException;
@@ -37,7 +36,9 @@ FileSink::~FileSink() {
 }
 
 const char* FileSink::mode() const {
-    return !m_truncate && boost::filesystem::exists(boost::filesystem::status(m_path)) ? "rb+" : "wb";
+    boost::system::error_code ignored; // a file that cannot be looked at is not emptied, and does not open
+    const bool missing = boost::filesystem::status(m_path, ignored).type() == boost::filesystem::file_not_found;
+    return m_truncate || missing ? "wb" : "rb+";
 }
 
 void FileSink::open() {
