@@ -299,13 +299,29 @@ TEST_F(ChecksumedStreamTest, LogsWhatFailsWhenItDies) {
                                   HasSubstr("Closing file failed."))));
 }
 
-TEST_F(ChecksumedStreamTest, ReadsFilesOfOldTimes) {
-    for (const char* const name : {"empty.checksumed", "digits.checksumed"}) {
-        const std::filesystem::path folder = std::filesystem::path(__FILE__).parent_path() / "../../golden/io";
-        ChecksumedStream old(std::make_shared<FileStream>((folder / name).string()));
-        EXPECT_EQ(old.readAllText(5), std::string(name) == "empty.checksumed" ? "" : "123456789");
-    }
+// Files that were written once and for all, and the data in them.
+class ChecksumedGolden : public Checksumed, public testing::WithParamInterface<std::pair<const char*, const char*>> {
+protected:
+    const std::filesystem::path golden =
+        std::filesystem::path(__FILE__).parent_path() / "../../golden/io" / GetParam().first;
+    const std::string data = GetParam().second;
+};
+
+TEST_P(ChecksumedGolden, IsRead) {
+    ChecksumedStream stream(std::make_shared<FileStream>(golden.string()));
+    EXPECT_EQ(stream.readAllText(5), data);
 }
+
+TEST_P(ChecksumedGolden, IsWritten) {
+    ChecksumedSink sink(fileSink(), true);
+    sink.writeChunk(bytesOf(data), data.size());
+    sink.close();
+    EXPECT_EQ(content(), FileStream(golden.string()).readAllText(100));
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, ChecksumedGolden,
+                         testing::Values(std::make_pair("empty.checksumed", ""),
+                                         std::make_pair("digits.checksumed", "123456789")));
 
 } // namespace
 } // namespace Tests

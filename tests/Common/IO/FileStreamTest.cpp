@@ -7,6 +7,7 @@
 
 #include "FakeTransaction.h"
 #include "FileFaults.h"
+#include "Interruption.h"
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
@@ -211,6 +212,59 @@ TEST_F(FileStreamTest, CanBeInterruptedBetweenChunks) {
     reader.interrupt();
     reader.join();
     EXPECT_TRUE(interrupted);
+}
+
+TEST_F(FileStreamTest, IsInterruptedBeforeItReads) {
+    stream.open();
+    takeCalls("fread");
+    EXPECT_TRUE(interrupts([this] { read(1); }));
+    EXPECT_EQ(takeCalls("fread"), 0);
+    EXPECT_EQ(stream.position(), 0U);
+    EXPECT_EQ(read(3), "012");
+}
+
+TEST_F(FileStreamTest, LeavesTheFileOpenForItsEndWhenItCannotBeMeasured) {
+    takeCalls("fclose");
+    {
+        FileStream immeasurable(path);
+        failNext("ftello64", EIO);
+        EXPECT_THROW(immeasurable.open(), FileStreamIOException);
+        EXPECT_TRUE(immeasurable.isOpened());
+        EXPECT_THROW(immeasurable.open(), IOExceptions::AlreadyOpenedException);
+    }
+    EXPECT_EQ(takeCalls("fclose"), 1);
+}
+
+TEST_F(FileStreamTest, TakesAShortReadWithoutAnErrorForWhatItIs) {
+    std::filesystem::resize_file(path, 100000); // more than the C library reads ahead
+    stream.open();
+    std::filesystem::resize_file(path, 50000);
+    EXPECT_EQ(read(100000).size(), 50000U);
+    EXPECT_EQ(read(1), "");
+    EXPECT_FALSE(stream.atEnd());
+}
+
+TEST_F(FileStreamTest, ReachesBehindFourGibibytes) {
+    const streamsize_t far = 5ULL << 30;
+    std::filesystem::resize_file(path, far);
+    std::ofstream(path, std::ios::app) << "far";
+    EXPECT_EQ(stream.size(), far + 3);
+    stream.seek(far);
+    EXPECT_EQ(read(9), "far");
+    EXPECT_EQ(stream.position(), far + 3);
+}
+
+TEST_F(FileStreamTest, RefusesEverythingOnceItIsClosed) {
+    stream.open();
+    stream.close();
+    const auto refusal = [this](const std::function<void()>& use) {
+        return thrownText<errinfo_subject, IOExceptions::AlreadyClosedException>(use);
+    };
+    EXPECT_EQ(refusal([&] { read(1); }), "FileStream(" + path + ")");
+    EXPECT_EQ(refusal([&] { stream.atEnd(); }), "FileStream(" + path + ")");
+    EXPECT_EQ(refusal([&] { stream.position(); }), "FileStream(" + path + ")");
+    EXPECT_EQ(refusal([&] { stream.seek(0); }), "FileStream(" + path + ")");
+    EXPECT_EQ(refusal([&] { stream.size(); }), "FileStream(" + path + ")");
 }
 
 TEST_F(FileStreamTest, SavesAndRestoresItsPosition) {

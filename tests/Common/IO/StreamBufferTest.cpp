@@ -93,6 +93,42 @@ TEST_F(StreamBufferTest, RefusesWhatItDidNotGiveAndStaysAsItIs) {
     EXPECT_EQ(next(buffer), "ef");
 }
 
+// Fails once, and gives a text otherwise.
+class FailsOnce : public MemoryStream {
+public:
+    using MemoryStream::MemoryStream;
+    std::size_t readChunk(std::uint8_t* data, std::size_t size) override {
+        if (std::exchange(fails, false)) {
+            throw std::runtime_error("once");
+        }
+        return MemoryStream::readChunk(data, size);
+    }
+
+    bool fails = false;
+};
+
+TEST_F(StreamBufferTest, StaysAsItIsWhenTheStreamFails) {
+    const auto stream = std::make_shared<FailsOnce>("abcdef");
+    StreamBuffer buffer(stream, 4);
+    next(buffer);
+    stream->fails = true;
+    EXPECT_THROW(next(buffer), std::runtime_error);
+    EXPECT_EQ(buffer.maxGiveBackSize(), 4U);
+    EXPECT_EQ(next(buffer), "ef");
+}
+
+// Takes part in transactions as a stream that can be sought in, and is none.
+class NoSeekable : public MemoryStream, public TransactionalSeekable<ISeekableStream> {
+public:
+    using MemoryStream::MemoryStream;
+};
+
+TEST_F(StreamBufferTest, AssertsThatAStreamWhosePositionIsSavedHasOne) {
+    StreamBuffer buffer(std::make_shared<NoSeekable>("ab"), 4);
+    FakeTransaction saving;
+    EXPECT_ASSERTION(buffer.transactionSerialize(&saving), "seekableStream");
+}
+
 TEST_F(StreamBufferTest, NeverReadsWithoutASize) {
     const auto stream = std::make_shared<MemoryStream>("ab");
     StreamBuffer buffer(stream, 0);
