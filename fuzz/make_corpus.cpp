@@ -5,6 +5,8 @@
 #include <string>
 
 #include "HandleRequestInput.h"
+#include "SerializersInput.h"
+#include "VerifyChecksumInput.h"
 #include "support/WireGoldens.h"
 
 namespace {
@@ -31,6 +33,30 @@ Seeds updateTextsSeeds() {
             {"modelAndVersion", "T-MODEL-1666.1234"}};
 }
 
+// Files that are right and ones that are nearly so, and payloads around the size of the buffer that they are read with.
+Seeds verifyChecksumSeeds() {
+    using DAX::Fuzz::makeVerifyChecksumInput;
+    const std::string digits = "123456789CHECKSUMED\x26\x39\xf4\xcb";
+    return {{"empty", makeVerifyChecksumInput({false, {}, std::string("CHECKSUMED\0\0\0\0", 14)})},
+            {"tooShort", makeVerifyChecksumInput({false, {}, std::string("CHECKSUMED\0\0\0", 13)})},
+            {"digits", makeVerifyChecksumInput({false, {{3, 4}, {9, 1}, {10, 1}}, digits})},
+            {"corrupted", makeVerifyChecksumInput({false, {}, "0" + digits})},
+            {"writtenEmpty", makeVerifyChecksumInput({true, {{0, 1}}, ""})},
+            {"writtenMagic", makeVerifyChecksumInput({true, {{0, 5}, {5, 9}}, "CHECKSUMED"})},
+            {"writtenBuffer", makeVerifyChecksumInput({true, {{1000, 100}}, std::string(1024, 'x')})},
+            {"writtenLong", makeVerifyChecksumInput({true, {{0, 1023}, {1024, 2}}, std::string(1025, 'x')})}};
+}
+
+// Values at the borders of the types, in the widths that are in use and in ones that do not hold them.
+Seeds serializersSeeds() {
+    using DAX::Fuzz::makeSerializersInput;
+    return {{"four", makeSerializersInput({{2, 4, {1, 2, 3, 4}}})},
+            {"eight", makeSerializersInput({{3, 8, {1, 2, 3, 4, 5, 6, 7, 8}}})},
+            {"most", makeSerializersInput({{3, 4, {255, 255, 255, 255}}, {3, 4, {0, 0, 0, 0, 1}}})},
+            {"narrow", makeSerializersInput({{0, 1, {255}}, {1, 1, {0, 1}}, {0, 2, {0, 1}}})},
+            {"wide", makeSerializersInput({{3, 16, {1}}, {3, 9, {0, 0, 0, 0, 0, 0, 0, 0, 1}}})}};
+}
+
 int writeSeeds(const Seeds& seeds, const std::string& folder) {
     for (const auto& [name, content] : seeds) {
         std::ofstream file(folder + "/" + name, std::ios::binary);
@@ -47,7 +73,9 @@ int writeSeeds(const Seeds& seeds, const std::string& folder) {
 
 int main(int argc, char** argv) {
     const std::map<std::string, Seeds (*)()> targets{{"handle_request", handleRequestSeeds},
-                                                     {"update_texts", updateTextsSeeds}};
+                                                     {"serializers", serializersSeeds},
+                                                     {"update_texts", updateTextsSeeds},
+                                                     {"verify_checksum", verifyChecksumSeeds}};
     if (argc != 3 || targets.count(argv[1]) == 0) {
         std::cerr << "usage: make_corpus TARGET FOLDER, where TARGET is one of:\n";
         for (const auto& target : targets) {

@@ -1,0 +1,171 @@
+// Any value of each unsigned type in each width: it is stored as plain arithmetic stores it or refused, any bytes are
+// loaded as plain arithmetic reads them or refused, and nothing is done the wrong way round. The values that are taken
+// go to a sink too, which is moved between the calls, and stand there one behind the other.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+#include <boost/exception/get_error_info.hpp>
+
+#include "Common/IO/SinkSerializer.h"
+#include "SerializersInput.h"
+#include "serializers/binary/little_endian.h"
+
+namespace {
+
+using namespace DAX::Common::IO;
+using DAX::Fuzz::MAX_WIDTH;
+using DAX::Fuzz::Step;
+using serializers::binary::little_endian;
+using Bytes = std::vector<std::uint8_t>;
+__extension__ using Wide = unsigned __int128; // of MAX_WIDTH bytes
+
+void require(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "%s\n", what);
+        std::abort();
+    }
+}
+
+// Keeps what is saved, or gives what is to be loaded.
+class Memory : public serializers::binary::ISerializer {
+public:
+    Memory() = default;
+    explicit Memory(Bytes content) : bytes(std::move(content)), m_saving(false) {}
+
+    bool saving() override { return m_saving; }
+    void serializeData(std::uint8_t* data, std::size_t size) override {
+        if (m_saving) {
+            bytes.insert(bytes.end(), data, data + size);
+        } else {
+            require(size == bytes.size(), "another number of bytes is loaded");
+            std::copy(bytes.begin(), bytes.end(), data);
+        }
+    }
+
+    Bytes bytes;
+
+private:
+    const bool m_saving = true;
+};
+
+// A file in memory.
+class MemorySink : public ISeekableSink {
+public:
+    void writeChunk(const std::uint8_t* data, std::size_t size) override {
+        bytes.resize(std::max<std::size_t>(bytes.size(), offset + size));
+        std::copy_n(data, size, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+        offset += size;
+    }
+    void markEndOfData() override {}
+    bool endOfDataMarked() override { return false; }
+    streamsize_t position() override { return offset; }
+    void seek(streamsize_t position) override { offset = position; }
+
+    Bytes bytes;
+    streamsize_t offset = 0;
+};
+
+// Where the values of one input go, and what has to stand there.
+struct Output {
+    MemorySink sink;
+    SinkSerializer serializer{&sink};
+    Bytes expected;
+};
+
+Wide valueOf(const std::uint8_t* bytes, std::size_t count) {
+    Wide value = 0;
+    while (count != 0) {
+        value = value * 256 + bytes[--count];
+    }
+    return value;
+}
+
+Bytes bytesOf(Wide value, std::size_t count) {
+    Bytes bytes;
+    for (; bytes.size() < count; value /= 256) {
+        bytes.push_back(static_cast<std::uint8_t>(value % 256));
+    }
+    return bytes;
+}
+
+template <class Statement>
+bool isRefusedByDirection(const Statement& statement, const std::string& description) {
+    try {
+        statement();
+    } catch (const serializers::serialization_exception& exception) {
+        return *boost::get_error_info<serializers::errinfo_description>(exception) == description;
+    }
+    return false;
+}
+
+template <class T, std::size_t N>
+void checkSaving(T value, Output& output) {
+    const bool fits = valueOf(bytesOf(value, N).data(), N) == value;
+    const T before = value;
+    Memory memory;
+    try {
+        memory.serialize<little_endian<N>>(value);
+        require(fits, "a value is cut");
+    } catch (const serializers::lossy_conversion& exception) {
+        using Tag = serializers::binary::detail::tag_cant_store_type_in_this_number_of_bytes;
+        require(!fits, "a value that fits is refused");
+        require(*boost::get_error_info<boost::error_info<Tag, T>>(exception) == N, "another number of bytes is told");
+    }
+    require(value == before, "saving changes the value");
+    require(memory.bytes == (fits ? bytesOf(value, N) : Bytes()), "other bytes are saved");
+    if (fits) {
+        output.sink.seek(value % 64);
+        output.serializer.save<little_endian<N>>(value);
+        output.expected.insert(output.expected.end(), memory.bytes.begin(), memory.bytes.end());
+    }
+    require(isRefusedByDirection([&] { memory.load<little_endian<N>>(value); }, "Can't load from a saving serializer."),
+            "a saving serializer loads");
+}
+
+template <class T, std::size_t N>
+void checkLoading(const Bytes& bytes, T value) {
+    const Wide expected = valueOf(bytes.data(), N);
+    const bool fits = expected <= std::numeric_limits<T>::max();
+    const T before = value;
+    Memory memory(bytes);
+    try {
+        memory.load<little_endian<N>>(value);
+        require(fits && value == expected, "another value is loaded");
+    } catch (const serializers::lossy_conversion&) {
+        require(!fits && value == before, "a value that fits is refused, or a refused one changes");
+    }
+    require(isRefusedByDirection([&] { memory.save<little_endian<N>>(value); }, "Can't save to a loading serializer."),
+            "a loading serializer saves");
+}
+
+template <class T, std::size_t N>
+void check(const Step& step, Output& output) {
+    const T value = static_cast<T>(valueOf(step.bytes.data(), 8));
+    checkSaving<T, N>(value, output);
+    checkLoading<T, N>(Bytes(step.bytes.begin(), step.bytes.begin() + N), value);
+}
+
+template <class T, std::size_t... Index>
+void checkWidth(const Step& step, Output& output, std::index_sequence<Index...>) {
+    ((Index + 1 == step.width ? check<T, Index + 1>(step, output) : void()), ...);
+}
+
+template <class... T>
+void checkType(const Step& step, Output& output) {
+    std::size_t type = 0;
+    ((type++ == step.type ? checkWidth<T>(step, output, std::make_index_sequence<MAX_WIDTH>()) : void()), ...);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Output output;
+    for (const Step& step : DAX::Fuzz::readSerializersInput(data, size)) {
+        checkType<std::uint8_t, std::uint16_t, std::uint32_t, std::uint64_t>(step, output);
+    }
+    require(output.sink.bytes == output.expected, "the sink holds other bytes");
+    return 0;
+}
