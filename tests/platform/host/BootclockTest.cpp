@@ -14,9 +14,15 @@ class BootclockTest : public testing::Test {
 protected:
     ~BootclockTest() override { inZone(nullptr); }
 
-    static void inZone(const char* zone) {
-        zone == nullptr ? unsetenv("TZ") : setenv("TZ", zone, 1);
-        EXPECT_EQ(0, bootclock_init());
+    static void inZone(const char* zone) { zone == nullptr ? unsetenv("TZ") : setenv("TZ", zone, 1); }
+
+    static void expectCurrentTimeAheadOfUtcBy(uint64_t seconds) {
+        const auto before = static_cast<uint64_t>(std::time(nullptr));
+        const uint64_t local = BC_GetCurrentTime();
+        const auto after = static_cast<uint64_t>(std::time(nullptr));
+
+        EXPECT_LE(before + seconds, local);
+        EXPECT_GE(after + seconds, local);
     }
 };
 
@@ -30,12 +36,26 @@ TEST_F(BootclockTest, InitAndFiniSucceed) {
 TEST_F(BootclockTest, CurrentTimeIsUtcPlusTheZonesOffset) {
     inZone("EAST-5:30");
 
+    expectCurrentTimeAheadOfUtcBy(5 * HOUR + HOUR / 2);
+}
+
+TEST_F(BootclockTest, ZoneThatChangesWhileTheProcessRunsIsFollowed) {
+    inZone("EAST-5:30");
+    BC_GetCurrentTime();
+    inZone("FARTHER-9");
+
+    expectCurrentTimeAheadOfUtcBy(9 * HOUR);
+}
+
+TEST_F(BootclockTest, CurrentTimeLeadsBackToUtc) {
+    inZone("WEST+8");
+
     const auto before = static_cast<uint64_t>(std::time(nullptr));
-    const uint64_t local = BC_GetCurrentTime();
+    const uint64_t utc = BC_ConvertToUTCTime(BC_GetCurrentTime());
     const auto after = static_cast<uint64_t>(std::time(nullptr));
 
-    EXPECT_LE(before + 5 * HOUR + HOUR / 2, local);
-    EXPECT_GE(after + 5 * HOUR + HOUR / 2, local);
+    EXPECT_LE(before, utc);
+    EXPECT_GE(after, utc);
 }
 
 TEST_F(BootclockTest, LocalTimeWestOfUtcBecomesLater) {
