@@ -1,11 +1,14 @@
 #include "proc_stat.h"
 
 #include "support/ForkedProcess.h"
+#include "support/OrdinaryUser.h"
 
+#include <cerrno>
 #include <fstream>
 #include <gtest/gtest.h>
 
 using DAX::Tests::ForkedProcess;
+using DAX::Tests::OrdinaryUser;
 
 namespace {
 
@@ -23,6 +26,17 @@ TEST(ProcStatTest, ResultTellsWhetherTheProcessIsProtected) {
         const int before = adjustment();
         const int result = proc_stat_set_vip_process();
         return result == 0 ? adjustment() == -900 : result < 0 && adjustment() == before;
+    });
+
+    EXPECT_EQ(1, process.wait());
+}
+
+TEST(ProcStatTest, OrdinaryUserIsRefusedWithTheReason) {
+    ForkedProcess process([] {
+        const int before = adjustment();
+        const OrdinaryUser user;
+        const bool refused = proc_stat_set_vip_process() == -EACCES;
+        return refused && adjustment() == before;
     });
 
     EXPECT_EQ(1, process.wait());
