@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 
@@ -22,18 +21,16 @@ public:
     // data.
     virtual std::size_t readChunk(std::uint8_t* data, std::size_t size) = 0;
 
-    // Reads a value as it lies in memory; false, and the value stays, at the end of the data. Throws
-    // StreamDepletedException when there is only a part of it.
+    // Reads a value as it lies in memory, with one read; false, and the value stays, at the end of the data. Throws
+    // StreamDepletedException when there is only a part of it, which then stands in the value.
     template <class T>
     bool tryRead(T& pod) {
         static_assert(std::is_trivially_copyable<T>::value, "the bytes must be the value");
-        std::uint8_t bytes[sizeof(T)];
-        const std::size_t bytesRead = readChunk(bytes, sizeof(pod));
+        const std::size_t bytesRead = readChunk(reinterpret_cast<std::uint8_t*>(&pod), sizeof(pod));
         if (bytesRead == 0) {
             return false;
         }
         throwIfPartOf(sizeof(pod), bytesRead);
-        std::memcpy(&pod, bytes, sizeof(pod));
         return true;
     }
 

@@ -1,5 +1,7 @@
 #include "Common/IO/IStream.h"
 
+#include <array>
+
 #include <gmock/gmock.h>
 
 #include "Common/IO/StreamBuffer.h"
@@ -68,12 +70,12 @@ TEST(IStream, TriesToReadAndGetsTheValue) {
     EXPECT_EQ(value, 'a');
 }
 
-TEST(IStream, TriesToReadWithOneCall) {
+TEST(IStream, TriesToReadIntoTheValueWithOneCall) {
     MemoryStream stream("abcd", 2);
-    std::uint32_t value = 7;
+    std::array<char, 4> value{'1', '2', '3', '4'};
     EXPECT_THROW(stream.tryRead(value), StreamDepletedException);
     EXPECT_EQ(stream.reads, 1);
-    EXPECT_EQ(value, 7U);
+    EXPECT_THAT(value, testing::ElementsAre('a', 'b', '3', '4'));
 }
 
 TEST(IStream, ReadsAllTextInChunks) {
@@ -94,9 +96,15 @@ TEST(IStream, ReadsNoTextFromAnEmptyOne) {
     EXPECT_EQ(MemoryStream("").readAllText(10), "");
 }
 
-TEST(IStream, RefusesAChunkThatNoTextCanHold) {
-    MemoryStream stream("ab", 1);
-    EXPECT_THROW(stream.readAllText(SIZE_MAX), std::exception);
+// Says that it gave all that a number can tell.
+class Endless : public IStream {
+public:
+    std::size_t readChunk(std::uint8_t*, std::size_t) override { return SIZE_MAX; }
+};
+
+TEST(IStream, RefusesATextWhoseSizeNoNumberTells) {
+    EXPECT_EQ(thrownText<errinfo_stream_text>([] { Endless().readAllText(5); }),
+              "numeric overflow:18446744073709551615+5");
 }
 
 // Hands out a text in chunks of three.
