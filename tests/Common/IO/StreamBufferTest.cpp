@@ -251,6 +251,12 @@ TEST_F(StreamBufferTest, AssertsThatTheUnreadDataFits) {
     EXPECT_ASSERTION(buffer.transactionSerialize(&loading), "m_dataBuffer.size() >= dataBufferSize");
 }
 
+TEST_F(StreamBufferTest, AssertsThatTheUnreadDataFitsWhereNoNumberTellsItsEnd) {
+    FakeTransaction loading({0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 2, 0, 0, 0, 'x', 'y'});
+    auto buffer = bufferOver("", 4);
+    EXPECT_ASSERTION(buffer.transactionSerialize(&loading), "m_dataBuffer.size() >= dataBufferSize");
+}
+
 } // namespace
 } // namespace Tests
 } // namespace DAX

@@ -1,12 +1,12 @@
 #include "Common/IO/StreamBuffer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Common/IO/TransactionalSeekable.h"
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
-#include "Utility/Utils/SafePlus.h"
 
 namespace DAX {
 namespace Common {
@@ -93,7 +93,7 @@ void StreamBuffer::serializeUnreadData(IStoreTransaction* transaction) {
     std::uint64_t unreadBytes = m_size - m_position;
     serializer.serialize<little_endian<4>>(unreadBytes);
     if (!serializer.saving()) {
-        const std::size_t dataBufferSize = Utils::safePlus<std::size_t>(position, unreadBytes);
+        const std::size_t dataBufferSize = position + std::min(unreadBytes, UINT64_MAX - position); // never wraps
         BOOST_ASSERT(m_dataBuffer.size() >= dataBufferSize);
         m_position = position;
         m_size = dataBufferSize;
