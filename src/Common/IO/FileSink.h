@@ -18,7 +18,7 @@ namespace IO {
 // A file to write. The end of data takes it to its medium and closes it, whatever is asked of the object afterwards.
 // Nothing is cut: what stood behind the last position stays. Each chunk is a point of interruption. Failures of the
 // system throw FileSinkIOException, a full disk FileSinkNotEnoughSpaceException; the position then stays, and the file
-// holds an unknown part of the chunk.
+// holds an unknown part of the chunk. A file that does not reach its medium throws GenericException.
 class FileSink : public IStorageSink,
                  public TransactionalSeekable<ISeekableSink>,
                  public Utils::IDebugName,

@@ -315,6 +315,21 @@ TEST_F(FileSinkTest, IsInterruptedBeforeItWrites) {
     EXPECT_EQ(content(), "ab");
 }
 
+TEST_F(FileSinkTest, RefusesDataBehindTheEndBeforeItIsInterrupted) {
+    FileSink sink(path, true);
+    sink.open();
+    sink.markEndOfData();
+    EXPECT_FALSE(interrupts([&] { EXPECT_THROW(write(sink, "a"), EndOfDataMarkedException); }));
+}
+
+TEST_F(FileSinkTest, MakesAFileOfAnEmptyCopy) {
+    FileSink sink(path, true);
+    MemoryStream stream("");
+    EXPECT_EQ(sink.appendAllStream(&stream, 3), 0U);
+    EXPECT_TRUE(sink.isOpened());
+    EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
 TEST_F(FileSinkTest, ReachesTheMediumBeforeItClosesTheFile) {
     FileSink sink(path, true);
     EXPECT_THAT(callsOf([&] { sink.open(); }), ElementsAre("fopen64", "fseeko64", "ftello64"));

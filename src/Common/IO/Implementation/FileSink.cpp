@@ -36,9 +36,12 @@ FileSink::~FileSink() {
 }
 
 const char* FileSink::mode() const {
+    if (m_truncate) {
+        return "wb";
+    }
     boost::system::error_code ignored; // a file that cannot be looked at is not emptied, and does not open
     const bool missing = boost::filesystem::status(m_path, ignored).type() == boost::filesystem::file_not_found;
-    return m_truncate || missing ? "wb" : "rb+";
+    return missing ? "wb" : "rb+";
 }
 
 void FileSink::open() {
