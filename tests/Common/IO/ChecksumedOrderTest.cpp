@@ -75,6 +75,13 @@ TEST_F(ChecksumedOrder, MarksTheDataAloneWithoutATrailer) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("write 12", "mark"));
 }
 
+TEST_F(ChecksumedOrder, WritesItsTrailerThoughItWasNeverOpened) {
+    sink->markEndOfData();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("write CHECKSUMED", "write " + std::string(4, '\0'), "mark"));
+    EXPECT_FALSE(sink->isOpened());
+    EXPECT_THROW(sink->close(), NotOpenedException);
+}
+
 TEST_F(ChecksumedOrder, IsMarkedThoughItsTrailerFailsAndWritesNoSecondOne) {
     write("12");
     below->failing = "write CHECKSUMED";

@@ -288,6 +288,14 @@ TEST_F(ChecksumedStreamTest, ClosesOnce) {
     EXPECT_THROW(stream.size(), AlreadyClosedException);
 }
 
+TEST_F(ChecksumedStreamTest, IsClosedThoughItsStreamDoesNotClose) {
+    stream.open();
+    failNext("fclose", EIO);
+    EXPECT_EQ(thrownDescription<FileStreamIOException>([&] { stream.close(); }), "Closing file failed.");
+    EXPECT_TRUE(stream.alreadyClosed());
+    EXPECT_FALSE(stream.isOpened());
+}
+
 TEST_F(ChecksumedStreamTest, LogsWhatFailsWhenItDies) {
     {
         ChecksumedStream dying(fileStream());

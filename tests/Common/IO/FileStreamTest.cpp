@@ -168,6 +168,8 @@ TEST_F(FileStreamTest, OpensAndClosesOnce) {
 }
 
 TEST_F(FileStreamTest, SaysWhichOneRefuses) {
+    EXPECT_EQ((thrownText<errinfo_subject, IOExceptions::OutOfRangeException>([&] { FileStream(path).seek(11); })),
+              "FileStream(" + path + ")");
     EXPECT_EQ((thrownText<errinfo_subject, IOExceptions::NotOpenedException>([&] { stream.close(); })),
               "FileStream(" + path + ")");
 }

@@ -17,6 +17,7 @@ namespace {
 using namespace Common::IO;
 using Common::Utils::errinfo_rethrows;
 using Common::Utils::errinfo_stream_text;
+using Common::Utils::errinfo_subject;
 using IOExceptions::OutOfRangeException;
 using testing::AllOf;
 using testing::EndsWith;
@@ -29,9 +30,16 @@ std::string read(IStream& stream, std::size_t size) {
     return text;
 }
 
+// The text of what the statement throws, which has to name the view.
 template <class Statement>
 std::string outOfRange(const Statement& statement) {
-    return thrownText<errinfo_stream_text, OutOfRangeException>(statement);
+    try {
+        statement();
+    } catch (const OutOfRangeException& exception) {
+        EXPECT_THAT(textOf<errinfo_subject>(exception), StartsWith("Scoped"));
+        return textOf<errinfo_stream_text>(exception);
+    }
+    return "<nothing thrown>";
 }
 
 TEST(ScopedStream, EndsAfterItsBytes) {
