@@ -6,8 +6,8 @@ namespace DAX {
 namespace Service {
 namespace ServiceCommon {
 
-// Writes the installation lock file at `path` with `info` in it and verifies what it wrote. Throws when either fails;
-// a failure does not remove the file.
+// Writes the installation lock file at `path` with `info` in it and verifies what it wrote. Throws what the file
+// throws, and GenericException when the file that was read back is not intact; a failure does not remove it.
 void saveInstallationState(std::string path, std::string info);
 
 } // namespace ServiceCommon
