@@ -54,7 +54,9 @@ Seeds serializersSeeds() {
             {"eight", makeSerializersInput({{3, 8, {1, 2, 3, 4, 5, 6, 7, 8}}})},
             {"most", makeSerializersInput({{3, 4, {255, 255, 255, 255}}, {3, 4, {0, 0, 0, 0, 1}}})},
             {"narrow", makeSerializersInput({{0, 1, {255}}, {1, 1, {0, 1}}, {0, 2, {0, 1}}})},
-            {"wide", makeSerializersInput({{3, 16, {1}}, {3, 9, {0, 0, 0, 0, 0, 0, 0, 0, 1}}})}};
+            {"wide", makeSerializersInput({{3, 16, {1}}, {3, 9, {0, 0, 0, 0, 0, 0, 0, 0, 1}}})},
+            {"place", makeSerializersInput({{0, 9, {0, 0, 255, 255, 255, 255, 0, 0, 255, 255, 255, 255}}})},
+            {"endedPlace", makeSerializersInput({{0, 9, {1, 1, 1, 2, 3, 4, 1, 1, 1, 2, 3, 4}}})}};
 }
 
 int writeSeeds(const Seeds& seeds, const std::string& folder) {

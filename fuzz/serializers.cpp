@@ -1,14 +1,20 @@
 // Any value of each unsigned type in each width: it is stored as plain arithmetic stores it or refused, any bytes are
 // loaded as plain arithmetic reads them or refused, and nothing is done the wrong way round. The values that are taken
-// go to a sink too, which is moved between the calls, and stand there one behind the other.
+// go to a sink too, which is moved between the calls, and stand there one behind the other. The input's bytes are
+// summed up by sinks that are saved and replaced by restored ones between the rows, and the first bytes of each row are
+// restored as a place that somebody saved.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include <boost/exception/get_error_info.hpp>
 
+#include "Common/IO/BranchSink.h"
+#include "Common/IO/CRCSink.h"
+#include "Common/IO/FakeTransaction.h"
 #include "Common/IO/SinkSerializer.h"
 #include "SerializersInput.h"
 #include "serializers/binary/little_endian.h"
@@ -131,11 +137,14 @@ void checkLoading(const Bytes& bytes, T value) {
     const bool fits = expected <= std::numeric_limits<T>::max();
     const T before = value;
     Memory memory(bytes);
-    try {
-        memory.load<little_endian<N>>(value);
-        require(fits && value == expected, "another value is loaded");
-    } catch (const serializers::lossy_conversion&) {
-        require(!fits && value == before, "a value that fits is refused, or a refused one changes");
+    for (const bool eitherWay : {false, true}) {
+        value = before;
+        try {
+            eitherWay ? memory.serialize<little_endian<N>>(value) : memory.load<little_endian<N>>(value);
+            require(fits && value == expected, "another value is loaded");
+        } catch (const serializers::lossy_conversion&) {
+            require(!fits && value == before, "a value that fits is refused, or a refused one changes");
+        }
     }
     require(isRefusedByDirection([&] { memory.save<little_endian<N>>(value); }, "Can't save to a loading serializer."),
             "a loading serializer saves");
@@ -159,13 +168,119 @@ void checkType(const Step& step, Output& output) {
     ((type++ == step.type ? checkWidth<T>(step, output, std::make_index_sequence<MAX_WIDTH>()) : void()), ...);
 }
 
+// A sum, and one more behind a branch of its own.
+struct Sums {
+    explicit Sums(bool passEndOfData) : sink(passEndOfData), inner(std::make_shared<BranchSink>(passEndOfData)) {
+        sink.addBranch(outerSum);
+        sink.addBranch(inner);
+        inner->addBranch(innerSum);
+    }
+
+    BranchSink sink;
+    const std::shared_ptr<BranchSink> inner;
+    const std::shared_ptr<CRCSink<Crc32>> outerSum = std::make_shared<CRCSink<Crc32>>();
+    const std::shared_ptr<CRCSink<Crc32>> innerSum = std::make_shared<CRCSink<Crc32>>();
+};
+
+Bytes saved(Sums& sums) {
+    DAX::Tests::FakeTransaction transaction;
+    sums.sink.transactionSerialize(&transaction);
+    return transaction.bytes;
+}
+
+void restore(Sums& sums, const Bytes& bytes) {
+    DAX::Tests::FakeTransaction transaction(bytes);
+    sums.sink.transactionSerialize(&transaction);
+    require(transaction.bytes.empty(), "less is restored than was saved");
+}
+
+// What a plain computation makes of the inverted sum of what came before.
+std::uint32_t remainderBehind(std::uint32_t remainder, const Bytes& bytes) {
+    for (const std::uint8_t byte : bytes) {
+        remainder ^= byte;
+        for (int bit = 0; bit < 8; ++bit) {
+            remainder = remainder / 2 ^ (remainder % 2 != 0 ? 0xEDB88320U : 0U);
+        }
+    }
+    return remainder;
+}
+
+// Two halves alike: the flag of a branch, the flag of its sum, and the sum's remainder.
+Bytes place(bool ended, bool sumEnded, std::uint32_t remainder) {
+    Bytes half{ended, sumEnded};
+    const Bytes bytes = bytesOf(remainder, 4);
+    half.insert(half.end(), bytes.begin(), bytes.end());
+    Bytes both = half;
+    both.insert(both.end(), half.begin(), half.end());
+    return both;
+}
+
+bool takes(ISink& sink, const Bytes& bytes) {
+    try {
+        sink.writeChunk(bytes.data(), bytes.size());
+    } catch (const IOExceptions::EndOfDataMarkedException&) {
+        return false;
+    }
+    return true;
+}
+
+void checkResuming(const std::vector<Step>& steps, bool passEndOfData) {
+    auto sums = std::make_unique<Sums>(passEndOfData);
+    const auto replace = [&](const Bytes& expected) {
+        require(saved(*sums) == expected, "another place is saved");
+        sums = std::make_unique<Sums>(passEndOfData);
+        restore(*sums, expected);
+        require(saved(*sums) == expected, "another place is restored");
+    };
+    std::uint32_t remainder = 0xFFFFFFFF;
+    for (const Step& step : steps) {
+        const Bytes bytes(step.bytes.begin(), step.bytes.begin() + static_cast<std::ptrdiff_t>(step.width));
+        require(takes(sums->sink, bytes), "an open sink refuses");
+        remainder = remainderBehind(remainder, bytes);
+        replace(place(false, false, remainder));
+    }
+    sums->sink.markEndOfData();
+    Bytes ended = place(true, true, remainder);
+    if (!passEndOfData) {
+        ended = place(false, false, remainder);
+        ended[0] = 1;
+    }
+    replace(ended);
+    require(!takes(sums->sink, {0}), "a restored end is none");
+    require(sums->outerSum->getCRC32() == ~remainder && sums->innerSum->getCRC32() == ~remainder, "another sum");
+}
+
+// Any byte but 0 is a flag that is set, and the first one that is set keeps the data from what stands behind it.
+void checkRestoring(const Step& step) {
+    Bytes bytes(step.bytes.begin(), step.bytes.begin() + 12);
+    const auto outer = static_cast<std::uint32_t>(valueOf(&bytes[2], 4));
+    const auto inner = static_cast<std::uint32_t>(valueOf(&bytes[8], 4));
+    Sums sums(true);
+    restore(sums, bytes);
+    for (const std::size_t flag : {0U, 1U, 6U, 7U}) {
+        bytes[flag] = bytes[flag] != 0 ? 1 : 0;
+    }
+    require(saved(sums) == bytes, "another place is saved than was restored");
+
+    const Bytes data(step.bytes.begin(), step.bytes.end());
+    const bool toOuter = bytes[0] == 0 && bytes[1] == 0;
+    const bool toInner = toOuter && bytes[6] == 0 && bytes[7] == 0;
+    require(takes(sums.sink, data) == toInner, "data behind the end is taken, or data before it refused");
+    require(sums.outerSum->getCRC32() == ~(toOuter ? remainderBehind(outer, data) : outer), "another outer sum");
+    require(sums.innerSum->getCRC32() == ~(toInner ? remainderBehind(inner, data) : inner), "another inner sum");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<Step> steps = DAX::Fuzz::readSerializersInput(data, size);
     Output output;
-    for (const Step& step : DAX::Fuzz::readSerializersInput(data, size)) {
+    for (const Step& step : steps) {
         checkType<std::uint8_t, std::uint16_t, std::uint32_t, std::uint64_t>(step, output);
+        checkRestoring(step);
     }
     require(output.sink.bytes == output.expected, "the sink holds other bytes");
+    checkResuming(steps, false);
+    checkResuming(steps, true);
     return 0;
 }

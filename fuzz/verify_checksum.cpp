@@ -1,6 +1,7 @@
 // Any bytes as a checksummed file, or as the payload of one that is written here: what is written has the trailer that
 // a plain computation gives, a file is accepted when it has that trailer and refused in the one way that callers
-// expect when it has not, and a reader that moves about gets the payload and never the trailer.
+// expect when it has not, and a reader that moves about gets the payload and never the trailer. The verdict is the same
+// in memory, and another one when any single bit of a right file is turned round.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include "Common/IO/ChecksumedStream.h"
 #include "Common/IO/FileSink.h"
 #include "Common/IO/FileStream.h"
+#include "Common/IO/MemoryStreams.h"
 #include "VerifyChecksumInput.h"
 #include "support/TemporaryRoot.h"
 
@@ -107,6 +109,20 @@ void checkRefusal(const std::string& path) {
     require(refused && !stream.isOpened(), "a corrupted file opens");
 }
 
+bool verifiesInMemory(const std::string& file) {
+    return ChecksumedStream::verifyChecksum(std::make_shared<DAX::Tests::MemorySeekableStream>(file));
+}
+
+// Each move tells a bit.
+void checkTurnedBits(const std::string& file, const std::vector<Move>& moves) {
+    for (const Move& move : moves) {
+        std::string turned = file;
+        char& byte = turned[move.place % turned.size()];
+        byte = static_cast<char>(byte ^ (1 << (move.length % 8)));
+        require(!verifiesInMemory(turned), "a turned bit passes");
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -131,7 +147,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const bool right = isRight(file);
     require(ChecksumedStream::verifyChecksum(std::make_shared<FileStream>(path)) == right, "another verdict");
+    require(verifiesInMemory(file) == right, "another verdict in memory");
     if (right) {
+        checkTurnedBits(file, input.moves);
         checkReading(path, file.substr(0, file.size() - TRAILER), input.moves);
     } else {
         checkRefusal(path);
