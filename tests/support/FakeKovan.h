@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <ostream>
@@ -34,10 +35,11 @@ void forgetRecords();
 //   "hangguard register <seconds>", "hangguard notify", "vip", "bootclock init", "bootclock fini"
 //   "power subscribe <signal>", "power unsubscribe <signal>" (state_changed, poweroff or post_wakeup),
 //   "power set_state <state> <flag>", "power set_wakeup_reason <n>", "power request_reboot <n>",
-//   "power request_poweroff <n>": whatever their results
+//   "power request_poweroff <n>", "plantcfg reset <mode>": whatever their results
+//   "usb init", "usb fini", "usb get_device_list", "usb free_device <device name>", "usb free_device_list"
 //   what the test added by note()
-// Reads (of settings, of the time, of the power state and the wake-up reason, of isProduction) are no side effects and
-// are not in it. A bool is written as true or false, a double as a stream writes it.
+// Reads (of settings, of facts, of the time, of the power state and the wake-up reason, of isProduction) are no side
+// effects and are not in it. A bool is written as true or false, a double as a stream writes it.
 std::vector<std::string> journal();
 
 // The entries that begin with "<kind> ", or are the kind: journal("write") is the order of the writes alone.
@@ -189,5 +191,56 @@ void setPoweroffResult(int result);
 // What kvplatform_getenv answers to a number; nothing is a null pointer. After reset() "/shared" (3), "/reserved" (6),
 // "/bin" (7), "/usb" (10), "/bigtemp" (27) and "/apps" (28).
 void setDirectory(int directory, const std::optional<std::string>& path);
+
+// --- system_info
+// ------------------------------------------------------------------------------------------------------
+
+// nullptr stands for a read that succeeds and gives no text.
+using SystemInfoValue = std::variant<bool, int, std::string, std::nullptr_t>;
+
+// The numbered values, and the custom ones. A read of one that was not set, or of another type, gives
+// SYSTEM_INFO_ERROR_INVALID_PARAMETER.
+void setSystemInfo(int key, const SystemInfoValue& value);
+void setSystemInfo(const std::string& key, const SystemInfoValue& value);
+
+// From now on every read of the key gives this result.
+void failSystemInfo(int key, int result);
+void failSystemInfo(const std::string& key, int result);
+
+// The keys of all reads, oldest first; a number as its decimal text.
+std::vector<std::string> systemInfoReads();
+
+// --- plantcfg
+// ---------------------------------------------------------------------------------------------------------
+
+// 1, "done", after reset(). A read with another result leaves the reader's value alone. The numbers are 0 after
+// reset().
+void setPlantcfgResetResult(int result);
+void setModelEnum(int value, int result = 1);
+void setLocalsetEnum(int value, int result = 1);
+
+// --- usb_device
+// -------------------------------------------------------------------------------------------------------
+
+// Nothing stands for a null text.
+struct UsbDevice {
+    std::optional<std::string> mountPath;
+    std::optional<std::string> devname;
+    std::optional<std::string> serial;
+    std::optional<std::string> manufacturer;
+    std::optional<std::string> product;
+    int vendorId = 0;
+    int productId = 0;
+};
+
+// What the next list holds; nothing after reset(). The use of a freed device ends the process.
+void setUsbDevices(const std::vector<UsbDevice>& devices);
+
+void setUsbInitResult(int result); // 0 after reset()
+void setUsbListResult(int result); // 0 after reset(); with another result there is no list
+void setUsbCount(int count);       // the count of the devices after reset()
+
+// Each walk's step to this position, 0 for the first, gives this result from now on.
+void failUsbWalk(int position, int result);
 
 } // namespace FakeKovan

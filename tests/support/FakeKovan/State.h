@@ -35,6 +35,28 @@ struct State {
         int poweroffResult = 0;
     };
 
+    struct SystemInfo {
+        std::map<std::string, SystemInfoValue> values;
+        std::map<std::string, int> failures;
+        std::vector<std::string> reads;
+    };
+
+    struct Plantcfg {
+        int resetResult = 1;
+        int model = 0;
+        int modelResult = 1;
+        int localset = 0;
+        int localsetResult = 1;
+    };
+
+    struct Usb {
+        std::vector<UsbDevice> devices;
+        int initResult = 0;
+        int listResult = 0;
+        std::optional<int> count;
+        std::optional<std::pair<int, int>> walkFailure; // the position and the result
+    };
+
     struct Content {
         std::vector<std::string> journal;
         std::vector<LogLine> logLines;
@@ -69,6 +91,9 @@ struct State {
                                                   {10, "/usb"},   {27, "/bigtemp"}, {28, "/apps"}};
 
         Power power;
+        SystemInfo systemInfo;
+        Plantcfg plantcfg;
+        Usb usb;
     } content;
 
     // Never destroyed: what outlives main may still log.
