@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace DAX {
@@ -8,6 +9,9 @@ namespace IO {
 
 // Sizes and positions, in bytes.
 using streamsize_t = std::uint64_t;
+
+// In bytes; for reading small files whole.
+inline constexpr std::size_t SMALL_CHUNK_SIZE = 1024;
 
 } // namespace IO
 } // namespace Common

@@ -218,9 +218,7 @@ TEST_F(FileStreamTest, CanBeInterruptedBetweenChunks) {
 
 TEST_F(FileStreamTest, IsInterruptedBeforeItReads) {
     stream.open();
-    takeCalls("fread");
-    EXPECT_TRUE(interrupts([this] { read(1); }));
-    EXPECT_EQ(takeCalls("fread"), 0);
+    EXPECT_EQ(callsUntilInterruption("fread", [this] { read(1); }), 0);
     EXPECT_EQ(stream.position(), 0U);
     EXPECT_EQ(read(3), "012");
 }

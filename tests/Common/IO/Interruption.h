@@ -1,8 +1,12 @@
 #pragma once
 
 #include <future>
+#include <optional>
+#include <string>
 
 #include <boost/thread/thread.hpp>
+
+#include "FileFaults.h"
 
 namespace DAX {
 namespace Tests {
@@ -25,6 +29,21 @@ bool interrupts(const Statement& statement) {
     asked.set_value();
     thread.join();
     return interrupted;
+}
+
+// How often the statement called a function of the C library (see FileFaults.h) before it was interrupted, as above;
+// nothing when it was not.
+template <class Statement>
+std::optional<int> callsUntilInterruption(const std::string& function, const Statement& statement) {
+    std::optional<int> calls;
+    interrupts([&] {
+        try {
+            statement();
+        } catch (const boost::thread_interrupted&) {
+            calls = takeCalls(function);
+        }
+    });
+    return calls;
 }
 
 } // namespace Tests

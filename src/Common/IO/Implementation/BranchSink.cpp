@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Common/IO/Implementation/processIfTransactional.h"
 #include "Common/IO/serializeFlag.h"
 
 namespace DAX {
@@ -41,9 +42,7 @@ void BranchSink::transactionSerialize(IStoreTransaction* transaction) {
 
 void BranchSink::processBranches(ITransaction* transaction) {
     for (const std::shared_ptr<ISink>& branch : m_branches) {
-        if (auto* const entity = dynamic_cast<ITransactionalEntity*>(branch.get())) {
-            transaction->processDependency(entity);
-        }
+        processIfTransactional(*transaction, *branch);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Common/IO/Implementation/processIfTransactional.h"
 #include "serializers/binary/little_endian.h"
 
 namespace DAX {
@@ -22,9 +23,7 @@ std::size_t ScopedStream::readChunk(std::uint8_t* data, std::size_t size) {
 }
 
 void ScopedStream::transactionSaved(ITransaction* transaction) {
-    if (auto* const entity = dynamic_cast<ITransactionalEntity*>(m_stream.get())) {
-        transaction->processDependency(entity);
-    }
+    processIfTransactional(*transaction, *m_stream);
 }
 
 void ScopedStream::transactionSerialize(IStoreTransaction* transaction) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Common/IO/Implementation/processIfTransactional.h"
 #include "Common/IO/serializeFlag.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 #include "Utility/Utils/SafePlus.h"
@@ -108,9 +109,7 @@ streamsize_t ScopedView<Interface>::size() {
 
 template <class Interface>
 void ScopedView<Interface>::transactionSaved(ITransaction* transaction) {
-    if (auto* const entity = dynamic_cast<ITransactionalEntity*>(m_stream.get())) {
-        transaction->processDependency(entity);
-    }
+    processIfTransactional(*transaction, *m_stream);
 }
 
 template <class Interface>

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Common/IO/Implementation/processIfTransactional.h"
 #include "Common/IO/TransactionalSeekable.h"
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/ErrInfoStream.h"
@@ -48,9 +49,7 @@ void StreamBuffer::giveBack(std::size_t size) {
 }
 
 void StreamBuffer::transactionSaved(ITransaction* transaction) {
-    if (auto* const entity = dynamic_cast<ITransactionalEntity*>(m_stream.get())) {
-        transaction->processDependency(entity);
-    }
+    processIfTransactional(*transaction, *m_stream);
 }
 
 void StreamBuffer::transactionSerialize(IStoreTransaction* transaction) {

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Common/IO/ITransactionalEntity.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// Takes what an object stands on into the transaction, if it can take part in one.
+template <class Subject>
+void processIfTransactional(ITransaction& transaction, Subject& subject) {
+    if (auto* const entity = dynamic_cast<ITransactionalEntity*>(&subject)) {
+        transaction.processDependency(entity);
+    }
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX
