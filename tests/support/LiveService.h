@@ -10,6 +10,7 @@
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
+#include "support/DebugParameters.h"
 #include "support/FakeCore.h"
 #include "support/FakePowerMode.h"
 #include "support/ServiceContract.h"
@@ -95,6 +96,7 @@ private:
         }
     }
 
+    const DebugParameters m_debugParameters;
     const std::shared_ptr<FakeCoreScript> m_core = makeCore();
     Subscriber m_subscriber;
     std::unique_ptr<DAXIPC::DBUSLowLevel::CServiceManagerAdapter> m_adapter;

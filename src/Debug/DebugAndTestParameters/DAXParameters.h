@@ -5,14 +5,43 @@
 namespace DAX {
 namespace DAXCommon {
 
-// The switches of a development device. Any thread may read them.
+// The fields of the debug and test parameters for the rest of the system. It has no data: each call goes to the record
+// afresh, and throws GenericException while that is not loaded.
 class DAXParameters {
 public:
+    bool getNoRebootFlag() const;
+    void setNoRebootFlag(bool value);
+    bool getSkipCompatibilityChecker() const;
+    void setSkipCompatibilityChecker(bool value);
+    bool getSkipVersionChecker() const;
+    void setSkipVersionChecker(bool value);
+    bool getSkipIntegrityChecker() const;
+    void setSkipIntegrityChecker(bool value);
+    bool getDontSwitchPartitions() const;
+    void setDontSwitchPartitions(bool value);
+    bool getEmulateWasSuccessfulUpgrade() const;
+    void setEmulateWasSuccessfulUpgrade(bool value);
+    bool getTestTransformationFailure() const;
+    void setTestTransformationFailure(bool value);
+    bool getUseOTNTestServer() const;
+    void setUseOTNTestServer(bool value);
+    bool getDurationReduced() const;
+    void setDurationReduced(bool value);
+    unsigned long getNumberOfFailures() const;
+    void setNumberOfFailures(unsigned long value);
+    int getOTASetServiceOption() const;
+    void setOTASetServiceOption(int value);
+
+    std::string getOTNTestServerAddress() const;
     // The scenario that is played in place of a real transaction; empty in normal operation.
     std::string getServiceTransactionStubScenarioPath() const;
+    // The same for the core.
+    std::string getCoreTransactionStubScenarioPath() const;
+    std::string getOtnOUItemDownloadDirectory() const;
+    std::string getResumeDataBackupDirectory() const;
 };
 
-const DAXParameters& getDAXParameters();
+DAXParameters& getDAXParameters();
 
 } // namespace DAXCommon
 } // namespace DAX

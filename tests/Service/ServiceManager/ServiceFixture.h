@@ -12,6 +12,7 @@
 #include "DAXCommon/ServiceClientPriority.h"
 #include "DAXCommon/ServiceTransactionType.h"
 #include "Platform/Product/IProductPaths.h"
+#include "support/DebugParameters.h"
 #include "support/FakeCore.h"
 #include "support/FakeKovan.h"
 #include "support/FakePowerMode.h"
@@ -43,7 +44,7 @@ protected:
         std::filesystem::create_directories(Platform::IProductPaths::getDAXPartitionPath().string());
         script->observer = [](const std::string& call) { FakeKovan::note("core " + call); };
         power->observer = [](const std::string& what) { FakeKovan::note("power " + what); };
-        forget();
+        FakeKovan::forgetRecords();
     }
 
     // The side effects since the last `forget`.
@@ -66,6 +67,7 @@ protected:
     std::string lockPath() const { return Platform::IProductPaths::getInstallationLockPath().string(); }
 
     const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
+    DebugParameters debugParameters;
     const std::shared_ptr<FakeCoreScript> script = std::make_shared<FakeCoreScript>();
     const std::shared_ptr<FakePowerModeScript> power = std::make_shared<FakePowerModeScript>();
     std::shared_ptr<Core::ICore> core = std::make_shared<FakeCore>(script);

@@ -10,6 +10,7 @@
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/DAXIPCServiceManagerAdapter.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/CCoreProxyFactory.h"
 #include "DAXIPC/IDAXIPC.h"
+#include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 #include "Debug/DebugCommon/ConsolePosition.h"
 #include "Debug/DebugCommon/DebugThreadName.h"
 #include "Executables/DaemonHelpers/DaemonHelpers.h"
@@ -65,6 +66,7 @@ bool serve(int argc, char** argv) {
     IDAXIPC::initialize();
     const SingletonServiceGuard<Platform::BootClockInitializer> bootClock;
     DAX_LOG(INF) << "Starting DAXService" << Platform::ISystemControl::DAXRevisionDescription();
+    DAXCommon::DebugAndTestParameters::loadDebugAndTestParameters();
     const std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> proxyFactory = IDBUSProxy::createDefaultProxyFactory();
     const auto coreFactory = std::make_shared<CCoreProxyFactory>(proxyFactory, CORE_ACTIVATION_TIMEOUT_IN_SECONDS);
     const auto powerModeFactory = std::make_shared<Platform::CPowerModeSubscribersFactory>();

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include <boost/optional.hpp>
+
+#include "Debug/DebugAndTestParameters/InstallationPerformanceParameters.h"
+
+namespace DAX {
+namespace DAXCommon {
+
+// The one record of switches that change how the update stack behaves on a development device. It is read once, at the
+// start, from the XML file "DebugAndTestParameters.xml" on the update partition; a device without that file keeps all
+// defaults, and production software does not read it at all.
+//
+// A bad file is logged and throws nothing: what was read before its bad place stays. It is read as untrusted input: no
+// content of it takes memory beyond a small multiple of its own size.
+//
+// The record has no lock: it is loaded on the main thread before others run, and read from all threads afterwards.
+class DebugAndTestParameters {
+public:
+    // The load at start. A missing or bad file counts as loaded; in production nothing is read and nothing is loaded.
+    static void loadDebugAndTestParameters();
+
+    // The record; in production always the defaults. Throws GenericException before the load.
+    static DebugAndTestParameters& getDebugAndTestParameters();
+
+    // Whether the load at start has happened, and no reading of the file again has failed since.
+    static bool loaded();
+
+    // Reads the file into the one record again. False when it cannot be opened, and then all stays as it was, or when
+    // it cannot be read, and then the parameters count as not loaded. Throws GenericException when they were not
+    // before.
+    static bool reload();
+
+    // Reads the file into this object; false when it cannot be opened or read.
+    bool load();
+
+    // Writes this object to the file; false, with a log line, when that fails.
+    bool save() const;
+
+    static std::string getConfigFilePath();
+
+    // Free parameters, by name. Absent, and for a number also not readable as one: disengaged, or the default.
+    boost::optional<int> getCustomIntParam(const std::string& name) const;
+    int getCustomIntParam(const std::string& name, int defaultValue) const;
+    boost::optional<bool> getCustomBoolParam(const std::string& name) const;
+    bool getCustomBoolParam(const std::string& name, bool defaultValue) const;
+    boost::optional<std::string> getCustomStringParam(const std::string& name) const;
+    std::string getCustomStringParam(const std::string& name, const std::string& defaultValue) const;
+
+    // A disengaged value erases the name.
+    void setCustomStringParam(const std::string& name, boost::optional<std::string> value);
+    void setCustomIntParam(const std::string& name, boost::optional<int> value);
+    void setCustomBoolParam(const std::string& name, boost::optional<bool> value);
+
+    const InstallationPerformanceParameters& getInstallationPerformanceParameters() const {
+        return m_installationPerformanceParameters;
+    }
+    InstallationPerformanceParameters& getInstallationPerformanceParameters() {
+        return m_installationPerformanceParameters;
+    }
+
+    bool isNoRebootFlag() const { return m_noRebootFlag; }
+    void setNoRebootFlag(bool value) { m_noRebootFlag = value; }
+    bool isSkipCompatibilityChecker() const { return m_skipCompatibilityChecker; }
+    void setSkipCompatibilityChecker(bool value) { m_skipCompatibilityChecker = value; }
+    bool isSkipVersionChecker() const { return m_skipVersionChecker; }
+    void setSkipVersionChecker(bool value) { m_skipVersionChecker = value; }
+    bool isSkipIntegrityChecker() const { return m_skipIntegrityChecker; }
+    void setSkipIntegrityChecker(bool value) { m_skipIntegrityChecker = value; }
+    bool isDontSwitchPartitions() const { return m_dontSwitchPartitions; }
+    void setDontSwitchPartitions(bool value) { m_dontSwitchPartitions = value; }
+    bool isEmulateWasSuccessfulUpgrade() const { return m_emulateWasSuccessfulUpgrade; }
+    void setEmulateWasSuccessfulUpgrade(bool value) { m_emulateWasSuccessfulUpgrade = value; }
+    bool isTestTransformationFailure() const { return m_testTransformationFailure; }
+    void setTestTransformationFailure(bool value) { m_testTransformationFailure = value; }
+    bool isUseOTNTestServer() const { return m_useOTNTestServer; }
+    void setUseOTNTestServer(bool value) { m_useOTNTestServer = value; }
+    bool isDurationReduced() const { return m_durationReduced; }
+    void setDurationReduced(bool value) { m_durationReduced = value; }
+    unsigned long getNumberOfFailures() const { return m_numberOfFailures; }
+    void setNumberOfFailures(unsigned long value) { m_numberOfFailures = value; }
+    int getOTASetServiceOption() const { return m_setOTASetServiceOption; }
+    void setOTASetServiceOption(int value) { m_setOTASetServiceOption = value; }
+
+    std::string getOTNTestServerAddress() const { return m_otnTestServerAddress; }
+    std::string getServiceTransactionStubScenarioPath() const { return m_serviceTransactionStubScenarioPath; }
+    std::string getCoreTransactionStubScenarioPath() const { return m_coreTransactionStubScenarioPath; }
+    std::string getOtnOUItemDownloadDirectory() const { return m_otnOUItemDownloadDirectory; }
+    std::string getResumeDataBackupDirectory() const { return m_resumeDataBackupDirectory; }
+
+private:
+    friend class boost::serialization::access;
+    template <class Archive>
+    void serialize(Archive& archive, unsigned int version);
+
+    static DebugAndTestParameters instance;
+    static bool isLoaded;
+
+    bool m_noRebootFlag = false;
+    bool m_skipCompatibilityChecker = false;
+    bool m_skipVersionChecker = false;
+    bool m_skipIntegrityChecker = false;
+    bool m_dontSwitchPartitions = false;
+    bool m_emulateWasSuccessfulUpgrade = false;
+    bool m_testTransformationFailure = false;
+    bool m_useOTNTestServer = false;
+    std::string m_otnTestServerAddress = "otn-test-server.example:8080/";
+    unsigned long m_numberOfFailures = 0;
+    bool m_durationReduced = false;
+    int m_setOTASetServiceOption = 0;
+    InstallationPerformanceParameters m_installationPerformanceParameters =
+        InstallationPerformanceParameters::getDefaultParameters();
+    std::string m_serviceTransactionStubScenarioPath;
+    std::string m_coreTransactionStubScenarioPath;
+    std::string m_otnOUItemDownloadDirectory;
+    std::string m_resumeDataBackupDirectory;
+    std::map<std::string, std::string> m_customParams = {{"testParam0", "0"}, {"testParam1", "testStringValue1"}};
+};
+
+} // namespace DAXCommon
+
+namespace Common {
+
+DAXCommon::DebugAndTestParameters& getDebugAndTestParameters();
+
+} // namespace Common
+} // namespace DAX

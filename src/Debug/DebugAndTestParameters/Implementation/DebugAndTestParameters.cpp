@@ -1,0 +1,115 @@
+#include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
+
+#include <exception>
+#include <fstream>
+
+#include <DAXProductionConfig.h>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Debug/DebugAndTestParameters/Implementation/DebugFile.h"
+#include "Platform/Product/IProductPaths.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace DAXCommon {
+
+using Common::Debug::isProduction;
+using Common::Utils::errinfo_description;
+using Common::Utils::GenericException;
+
+namespace {
+
+std::ifstream openForReading(const std::string& path) {
+    DAX_LOG(INF) << "Opening config from " << path;
+    std::ifstream file(path);
+    if (!file) {
+        DAX_LOG(WRN) << "Failed to open DebugAndTestParameters from " << path;
+    }
+    return file;
+}
+
+bool read(std::istream& file, const std::string& path, DebugAndTestParameters& parameters) {
+    try {
+        readDebugFile(file, parameters);
+        return true;
+    } catch (const std::exception& exception) {
+        DAX_LOG(WRN) << "Failed to load DebugAndTestParameters from " << path << ": " << exception.what();
+        return false;
+    }
+}
+
+} // namespace
+
+DebugAndTestParameters DebugAndTestParameters::instance;
+bool DebugAndTestParameters::isLoaded = false;
+
+void DebugAndTestParameters::loadDebugAndTestParameters() {
+    if (isLoaded) {
+        DAX_LOG(WRN) << "DebugAndTestParameters were already loaded.";
+        return;
+    }
+    if (isProduction()) {
+        DAX_LOG(INF) << "We are in production mode. Will not load DebugAndTestParameters.";
+        return;
+    }
+    DAX_LOG(DBG) << "Loading DebugAndTestParameters.";
+    instance.load();
+    isLoaded = true;
+}
+
+DebugAndTestParameters& DebugAndTestParameters::getDebugAndTestParameters() {
+    if (isProduction() || isLoaded) {
+        return instance;
+    }
+    DAX_THROW(GenericException(), errinfo_description("DebugAndTestParameters were not loaded."));
+}
+
+bool DebugAndTestParameters::loaded() {
+    return isLoaded;
+}
+
+bool DebugAndTestParameters::reload() {
+    if (!isLoaded) {
+        DAX_LOG(ERR) << "DebugAndTestParameters not yet loaded - use loadDebugAndTestParameters() first";
+        DAX_THROW(GenericException(), errinfo_description("load DebugAndTestParameters before reload"));
+    }
+    const std::string path = getConfigFilePath();
+    std::ifstream file = openForReading(path);
+    if (!file) {
+        return false;
+    }
+    isLoaded = false;
+    isLoaded = read(file, path, instance);
+    return isLoaded;
+}
+
+bool DebugAndTestParameters::load() {
+    const std::string path = getConfigFilePath();
+    std::ifstream file = openForReading(path);
+    return file && read(file, path, *this);
+}
+
+bool DebugAndTestParameters::save() const {
+    const std::string path = getConfigFilePath();
+    try {
+        std::ofstream file(path);
+        writeDebugFile(file, *this);
+        return true;
+    } catch (const std::exception& exception) {
+        DAX_LOG(WRN) << "Failed to save DebugAndTestParameters to " << path << ": " << exception.what();
+        return false;
+    }
+}
+
+std::string DebugAndTestParameters::getConfigFilePath() {
+    return (Platform::IProductPaths::getDAXPartitionPath() / "DebugAndTestParameters.xml").string();
+}
+
+} // namespace DAXCommon
+
+DAXCommon::DebugAndTestParameters& Common::getDebugAndTestParameters() {
+    return DAXCommon::DebugAndTestParameters::getDebugAndTestParameters();
+}
+
+} // namespace DAX
