@@ -15,7 +15,8 @@ public:
     // Throws archive_exception (output_stream_error), as all writing does, when the stream takes nothing.
     explicit XMLOutput(std::ostream& file);
 
-    // Ends the document and hands it over to the system. Without it the document is not complete.
+    // Ends the document and hands it over to the system. Without it the document is not complete; the library adds an
+    // empty line when the object goes.
     void finish();
 
 private:

@@ -47,7 +47,11 @@ XMLInput::XMLInput(std::istream& file) : xml_iarchive_impl(inClassicLocale(file)
 
 XMLInput::~XMLInput() = default;
 
-void XMLInput::load_start(const char*) {
+// Nothing but its value is there of what has no name.
+void XMLInput::load_start(const char* name) {
+    if (name == nullptr) {
+        return;
+    }
     if (!gimpl->parse_start_tag(is)) {
         throw archive_exception(archive_exception::input_stream_error);
     }
@@ -56,6 +60,9 @@ void XMLInput::load_start(const char*) {
 
 // The outermost element may have any name.
 void XMLInput::load_end(const char* name) {
+    if (name == nullptr) {
+        return;
+    }
     if (!gimpl->parse_end_tag(is)) {
         throw archive_exception(archive_exception::input_stream_error);
     }

@@ -1,0 +1,94 @@
+#include "DebugFileFixture.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using DAXCommon::DAXParameters;
+using DAXCommon::getDAXParameters;
+using DAXCommon::InstallationPerformanceParameters;
+
+struct Switch {
+    const char* name;
+    bool (DebugAndTestParameters::*get)() const;
+    bool (DAXParameters::*facadeGet)() const;
+    void (DAXParameters::*facadeSet)(bool);
+};
+
+#define SWITCH(NAME)                                                                                                   \
+    { #NAME, &DebugAndTestParameters::is##NAME, &DAXParameters::get##NAME, &DAXParameters::set##NAME }
+
+const Switch SWITCHES[] = {SWITCH(NoRebootFlag),
+                           SWITCH(SkipCompatibilityChecker),
+                           SWITCH(SkipVersionChecker),
+                           SWITCH(SkipIntegrityChecker),
+                           SWITCH(DontSwitchPartitions),
+                           SWITCH(EmulateWasSuccessfulUpgrade),
+                           SWITCH(TestTransformationFailure),
+                           SWITCH(UseOTNTestServer),
+                           SWITCH(DurationReduced)};
+
+class DebugParametersFields : public DebugFileFixture {};
+
+TEST_F(DebugParametersFields, AllSwitchesAreOffByDefault) {
+    const DebugAndTestParameters parameters;
+    for (const Switch& one : SWITCHES) {
+        EXPECT_FALSE((parameters.*one.get)()) << one.name;
+    }
+}
+
+TEST_F(DebugParametersFields, AllElseIsZeroOrEmptyByDefaultButTheServer) {
+    const DebugAndTestParameters parameters;
+    EXPECT_THAT(parameters.getOTNTestServerAddress(), ::testing::MatchesRegex("[a-z.-]+:[0-9]+/"));
+    EXPECT_EQ(parameters.getNumberOfFailures(), 0U);
+    EXPECT_EQ(parameters.getOTASetServiceOption(), 0);
+    EXPECT_EQ(parameters.getServiceTransactionStubScenarioPath(), "");
+    EXPECT_EQ(parameters.getCoreTransactionStubScenarioPath(), "");
+    EXPECT_EQ(parameters.getOtnOUItemDownloadDirectory(), "");
+    EXPECT_EQ(parameters.getResumeDataBackupDirectory(), "");
+}
+
+TEST_F(DebugParametersFields, TheFacadeTurnsEachSwitchOfTheRecordAlone) {
+    const DebugAndTestParameters& record = loaded();
+    for (const Switch& one : SWITCHES) {
+        (getDAXParameters().*one.facadeSet)(true);
+        for (const Switch& other : SWITCHES) {
+            EXPECT_EQ((record.*other.get)(), one.name == other.name) << one.name << ", " << other.name;
+            EXPECT_EQ((getDAXParameters().*other.facadeGet)(), one.name == other.name) << one.name;
+        }
+        (getDAXParameters().*one.facadeSet)(false);
+    }
+}
+
+TEST_F(DebugParametersFields, TheFacadeSetsTheNumbersOfTheRecord) {
+    const DebugAndTestParameters& record = loaded();
+    getDAXParameters().setNumberOfFailures(3);
+    getDAXParameters().setOTASetServiceOption(-4);
+    EXPECT_EQ(record.getNumberOfFailures(), 3U);
+    EXPECT_EQ(record.getOTASetServiceOption(), -4);
+    EXPECT_EQ(getDAXParameters().getNumberOfFailures(), 3U);
+    EXPECT_EQ(getDAXParameters().getOTASetServiceOption(), -4);
+}
+
+TEST_F(DebugParametersFields, TheFacadeGivesTheTextsOfTheRecord) {
+    write(goldenDebugFile("changed.xml"));
+    loaded();
+    EXPECT_EQ(getDAXParameters().getOTNTestServerAddress(), "other.example:81/");
+    EXPECT_EQ(getDAXParameters().getServiceTransactionStubScenarioPath(), "/service scenario");
+    EXPECT_EQ(getDAXParameters().getCoreTransactionStubScenarioPath(), "/core <scenario> & \"more\"");
+    EXPECT_EQ(getDAXParameters().getOtnOUItemDownloadDirectory(), "/download");
+    EXPECT_EQ(getDAXParameters().getResumeDataBackupDirectory(), "/backup");
+}
+
+TEST_F(DebugParametersFields, TheRecordHasItsOwnCopyOfTheDefaultTuning) {
+    DebugAndTestParameters parameters;
+    parameters.getInstallationPerformanceParameters().setNetworkStreamBufferSize(7);
+    const DebugAndTestParameters& constant = parameters;
+    EXPECT_EQ(constant.getInstallationPerformanceParameters().getNetworkStreamBufferSize(), 7U);
+    EXPECT_EQ(InstallationPerformanceParameters::getDefaultParameters().getNetworkStreamBufferSize(), 1048576U);
+    EXPECT_EQ(DebugAndTestParameters().getInstallationPerformanceParameters().getNetworkStreamBufferSize(), 1048576U);
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
