@@ -9,7 +9,7 @@ namespace Debug {
 
 bool isProduction() {
     static const bool production =
-        KovanHost::atBorder(false, [] { return KovanHost::deviceFlag("software", "production", false); });
+        KovanHost::atBorder(false, [] { return KovanHost::factOf<bool>(KovanHost::SOFTWARE, "production"); });
     return production;
 }
 

@@ -1,66 +1,132 @@
 #include "DeviceFile.h"
 
 #include "AppendFile.h"
-#include "Root.h"
+#include "KnownFile.h"
 
-#include <glib.h>
+#include <map>
 #include <memory>
+#include <mutex>
+#include <stdexcept>
 #include <unistd.h>
 
 namespace KovanHost {
 
 namespace {
 
-struct Free {
-    void operator()(GKeyFile* file) const { g_key_file_free(file); }
-    void operator()(GError* error) const { g_error_free(error); }
-    void operator()(char* text) const { g_free(text); }
+// Null while there is no file.
+using Device = std::shared_ptr<KeyFile>;
+
+Device parseDevice(const std::string& text) {
+    return std::make_shared<KeyFile>(text);
+}
+
+std::string textOfDevice(const Device& device) {
+    return device->text();
+}
+
+KnownFile<Device>& file() {
+    using File = KnownFile<Device>;
+    static File& known = *std::make_unique<File>(File::Form{"etc/kovan/device.ini", parseDevice, textOfDevice},
+                                                 File::FALLS_BACK_TO_DEFAULTS)
+                              .release(); // outlives static destructors
+    return known;
+}
+
+// The values of the wrong type that were told, and how they stood in the file.
+class ToldValues {
+public:
+    static ToldValues& get() {
+        static ToldValues& told = *std::make_unique<ToldValues>().release(); // outlives static destructors
+        return told;
+    }
+
+    void tell(const KeyFile& device, const std::string& group, const std::string& name, const std::string& complaint) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        forgetOthers(device);
+        const std::string value = device.raw(group, name).value_or("");
+        if (m_values.insert_or_assign({group, name}, value).second) {
+            appendLine(STDERR_FILENO, devicePath() + ": " + complaint);
+        }
+    }
+
+    void forget(const std::string& group, const std::string& name) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_values.erase({group, name});
+    }
+
+private:
+    // What stands otherwise in the file now, or in another file.
+    void forgetOthers(const KeyFile& device) {
+        if (m_path != devicePath()) {
+            m_path = devicePath();
+            m_values.clear();
+        }
+        for (auto told = m_values.begin(); told != m_values.end();) {
+            const auto& [group, name] = told->first;
+            told = device.raw(group, name) == told->second ? std::next(told) : m_values.erase(told);
+        }
+    }
+
+    std::mutex m_mutex;
+    // Guarded by m_mutex.
+    std::string m_path;
+    std::map<std::pair<std::string, std::string>, std::string> m_values;
 };
 
-void warn(const std::string& path, const GError& error) {
-    appendLine(STDERR_FILENO, path + ": " + error.message + "; using the default");
-}
-
-bool isAbsence(const GError& error) {
-    return g_error_matches(&error, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_KEY_NOT_FOUND) != FALSE ||
-           g_error_matches(&error, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_GROUP_NOT_FOUND) != FALSE;
-}
-
-// What `get` reads from the file, which is loaded.
-template <class Value, class Get>
-Value readDevice(Value fallback, Get get) {
-    const std::string path = underRoot("etc/kovan/device.ini");
-    if (access(path.c_str(), F_OK) != 0) {
-        return fallback;
+// `consequence` is what is said behind a value of the wrong type.
+template <typename T>
+std::optional<T> given(const std::string& group, const std::string& name, const char* consequence) {
+    const Device device = file().known();
+    if (!device) {
+        return std::nullopt;
     }
-    const std::unique_ptr<GKeyFile, Free> file(g_key_file_new());
-    GError* raised = nullptr;
-    Value value{};
-    if (g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_NONE, &raised) != FALSE) {
-        value = get(*file, &raised);
-    }
-    if (raised == nullptr) {
+    try {
+        const std::optional<T> value = device->get<T>(group, name);
+        ToldValues::get().forget(group, name);
         return value;
+    } catch (const std::runtime_error& error) {
+        ToldValues::get().tell(*device, group, name, error.what() + std::string(consequence));
+        throw;
     }
-    const std::unique_ptr<GError, Free> error(raised);
-    if (!isAbsence(*error)) {
-        warn(path, *error);
-    }
-    return fallback;
 }
 
 } // namespace
 
-bool deviceFlag(const char* group, const char* key, bool fallback) {
-    return readDevice(fallback, [&](GKeyFile& file, GError** error) {
-        return g_key_file_get_boolean(&file, group, key, error) != FALSE;
-    });
+std::string devicePath() {
+    return file().path();
 }
 
-std::string deviceText(const char* group, const char* key, const std::string& fallback) {
-    return readDevice(fallback, [&](GKeyFile& file, GError** error) {
-        const std::unique_ptr<char, Free> text(g_key_file_get_string(&file, group, key, error));
-        return text ? std::string(text.get()) : std::string();
+FactValue valueOf(const DeviceFact& fact) {
+    return std::visit(
+        [&](const auto& fallback) -> FactValue {
+            try {
+                using T = std::decay_t<decltype(fallback)>;
+                return given<T>(fact.group, fact.name, "; using the default").value_or(fallback);
+            } catch (const std::runtime_error&) {
+                return fallback;
+            }
+        },
+        fact.fallback);
+}
+
+template <typename T>
+std::optional<T> givenValue(const std::string& group, const std::string& name) {
+    return given<T>(group, name, "; it cannot be read");
+}
+
+template std::optional<bool> givenValue(const std::string& group, const std::string& name);
+template std::optional<int> givenValue(const std::string& group, const std::string& name);
+template std::optional<std::string> givenValue(const std::string& group, const std::string& name);
+
+KeyFile loadDevice() {
+    const Device device = file().load();
+    return device ? std::move(*device) : KeyFile();
+}
+
+void changeDevice(const std::function<void(KeyFile&)>& change) {
+    file().change([&](Device& device) {
+        device = device ? device : std::make_shared<KeyFile>();
+        change(*device);
     });
 }
 

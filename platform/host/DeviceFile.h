@@ -1,14 +1,44 @@
 #pragma once
 
+#include "DeviceFacts.h"
+#include "KeyFile.h"
+
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace KovanHost {
 
-// The facts of the simulated device: the GLib key file etc/kovan/device.ini under the root.
-// Where the file, the group or the key is absent, the fallback holds. A file or a value that cannot be read is told on
-// standard error, with its path and the reason, and the fallback holds there too. The file is read at each call;
-// callers keep what is fixed for the life of a process. GLib is not called when there is no file.
-bool deviceFlag(const char* group, const char* key, bool fallback);
-std::string deviceText(const char* group, const char* key, const std::string& fallback);
+// What the device file tells: etc/kovan/device.ini under the root, a GLib key file of at most 64 KiB. It is read at
+// each call, so that a change is seen at once; callers keep what is fixed for the life of a process. Any thread may
+// call.
+//
+// A file that is bad counts as absent. That is told once on standard error, with the path, the number of the line and
+// the reason, and not again before the file is good or bad for another reason. So is a value of the wrong type, and the
+// rest of the file holds. GLib is not called while there is no file.
+
+std::string devicePath();
+
+// What holds for a fact that is known by name: what the file gives, or the default, also for a value of the wrong type.
+FactValue valueOf(const DeviceFact& fact);
+
+// The same, for a fact of deviceFacts() of the type T.
+template <typename T>
+T factOf(const char* group, const char* name) {
+    return std::get<T>(valueOf(*findFact(group, name)));
+}
+
+// What the file gives as bool, int or std::string; empty when it gives nothing. std::runtime_error, after it was told,
+// when the value is of another type.
+template <typename T>
+std::optional<T> givenValue(const std::string& group, const std::string& name);
+
+// For tools. A bad file raises std::runtime_error with the path and the reason.
+KeyFile loadDevice();
+
+// Changes the file, and makes it and its folder when they are absent. One change after another, whichever process makes
+// it; readers see the file as it was before or after, even if the writer dies. std::system_error when it cannot be
+// written.
+void changeDevice(const std::function<void(KeyFile&)>& change);
 
 } // namespace KovanHost

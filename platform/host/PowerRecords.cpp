@@ -1,10 +1,11 @@
 #include "PowerRecords.h"
 
+#include "KeyFile.h"
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <glib.h>
-#include <memory>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -14,28 +15,9 @@ namespace {
 
 using Records = std::vector<PowerRecord>;
 
-struct Free {
-    void operator()(GKeyFile* file) const { g_key_file_free(file); }
-    void operator()(gchar* text) const { g_free(text); }
-    void operator()(gchar** texts) const { g_strfreev(texts); }
-};
-
 std::int64_t microsecondsSince1970() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
-}
-
-// Calls a function of GLib that tells of its failure in a GError.
-template <typename Function>
-auto orThrow(Function&& function) {
-    GError* error = nullptr;
-    auto result = function(&error);
-    if (error != nullptr) {
-        const std::string reason = error->message;
-        g_error_free(error);
-        throw std::runtime_error(reason);
-    }
-    return result;
 }
 
 template <typename T>
@@ -45,32 +27,31 @@ bool parseWhole(const std::string& text, T& number) {
     return error == std::errc() && stopped == end;
 }
 
-int readNumber(GKeyFile* file, const char* key) {
-    const int number = orThrow([&](GError** error) { return g_key_file_get_integer(file, "power", key, error); });
-    if (number < 0) {
+int readNumber(const KeyFile& file, const char* key) {
+    const std::optional<int> number = file.get<int>("power", key);
+    if (!number) {
+        throw std::runtime_error("there is no " + std::string(key) + " in [power]");
+    }
+    if (*number < 0) {
         throw std::runtime_error("the " + std::string(key) + " is negative");
     }
-    return number;
+    return *number;
 }
 
-PowerRecord readRecord(GKeyFile* file, const char* group, const char* key) {
-    const std::unique_ptr<gchar, Free> value(
-        orThrow([&](GError** error) { return g_key_file_get_string(file, group, key, error); }));
-    const std::string text = value.get();
+PowerRecord parseRecord(const std::string& key, const std::string& text) {
     const std::size_t space = text.find(' ');
     PowerRecord record = {0, text.substr(0, space), 0};
     if (space == std::string::npos || !parseWhole(text.substr(space + 1), record.number) ||
         !parseWhole(key, record.sequence)) {
-        throw std::runtime_error("'" + std::string(key) + "=" + text + "' is no record");
+        throw std::runtime_error("'" + key + "=" + text + "' is no record");
     }
     return record;
 }
 
-Records readRecords(GKeyFile* file, const char* group) {
+Records readRecords(const KeyFile& file, const char* group) {
     Records records;
-    const std::unique_ptr<gchar*, Free> keys(g_key_file_get_keys(file, group, nullptr, nullptr));
-    for (gchar** key = keys.get(); key != nullptr && *key != nullptr; ++key) {
-        records.push_back(readRecord(file, group, *key));
+    for (const std::string& key : file.keys(group)) {
+        records.push_back(parseRecord(key, file.get<std::string>(group, key).value_or("")));
     }
     std::sort(records.begin(), records.end(),
               [](const PowerRecord& left, const PowerRecord& right) { return left.sequence < right.sequence; });
@@ -113,15 +94,12 @@ Power parsePower(const std::string& text) {
     if (text.back() != '\n') {
         throw std::runtime_error("the last line has no end");
     }
-    const std::unique_ptr<GKeyFile, Free> file(g_key_file_new());
-    orThrow([&](GError** error) {
-        return g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, error);
-    });
+    const KeyFile file(text);
     Power power;
-    power.state = readNumber(file.get(), "state");
-    power.wakeUpReason = readNumber(file.get(), "wakeup_reason");
-    power.announcements = readRecords(file.get(), "announcements");
-    power.requests = readRecords(file.get(), "requests");
+    power.state = readNumber(file, "state");
+    power.wakeUpReason = readNumber(file, "wakeup_reason");
+    power.announcements = readRecords(file, "announcements");
+    power.requests = readRecords(file, "requests");
     return power;
 }
 

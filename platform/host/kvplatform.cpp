@@ -10,19 +10,19 @@ namespace {
 
 using Directories = std::map<int, std::string>;
 
-std::string directory(const char* key, const char* fallback) {
-    return KovanHost::deviceText("directories", key, fallback);
+std::string directory(const char* name) {
+    return KovanHost::factOf<std::string>(KovanHost::DIRECTORIES, name);
 }
 
 // Read once in a process.
 const Directories& directories() {
     static const Directories DIRECTORIES = {
-        {KVPLATFORM_SHARED_DATA, directory("shared_data", "/usr/share")},
-        {KVPLATFORM_RESERVED, directory("reserved", "/usr/lib")},
-        {KVPLATFORM_BINARIES, directory("binaries", "/usr/bin")},
-        {KVPLATFORM_USB_MOUNT, directory("usb_mount", "/mnt/usb")},
-        {KVPLATFORM_BIG_TEMPORARY_STORAGE, directory("big_temporary_storage", "/mnt/temporary")},
-        {KVPLATFORM_APPS, directory("apps", "/usr/apps")},
+        {KVPLATFORM_SHARED_DATA, directory("shared_data")},
+        {KVPLATFORM_RESERVED, directory("reserved")},
+        {KVPLATFORM_BINARIES, directory("binaries")},
+        {KVPLATFORM_USB_MOUNT, directory("usb_mount")},
+        {KVPLATFORM_BIG_TEMPORARY_STORAGE, directory("big_temporary_storage")},
+        {KVPLATFORM_APPS, directory("apps")},
     };
     return DIRECTORIES;
 }

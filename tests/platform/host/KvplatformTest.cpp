@@ -1,17 +1,17 @@
 #include "kvplatform.h"
 
+#include "platform/host/DeviceTest.h"
 #include "support/ForkedProcess.h"
-#include "support/TemporaryRoot.h"
 
 #include <gmock/gmock.h>
 
+using DAX::Tests::DeviceTest;
 using DAX::Tests::ForkedProcess;
-using DAX::Tests::TemporaryRoot;
 
 namespace {
 
 // The directories are read once in a process, so each question is asked in a process of its own.
-class KvplatformTest : public testing::Test {
+class KvplatformTest : public DeviceTest {
 protected:
     static bool isAt(int directory, const std::string& path) {
         ForkedProcess process([=] {
@@ -20,10 +20,6 @@ protected:
         });
         return process.wait() == 1;
     }
-
-    void device(const std::string& text) const { m_root.write("etc/kovan/device.ini", text); }
-
-    const TemporaryRoot m_root;
 };
 
 } // namespace
@@ -57,9 +53,8 @@ TEST_F(KvplatformTest, TakesEachFromTheDeviceFile) {
 
 TEST_F(KvplatformTest, FallsBackWhenTheDeviceFileCannotBeRead) {
     device("no key file");
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(isAt(28, "/usr/apps"));
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("device.ini: Key file contains line "));
+    EXPECT_THAT(DAX::Tests::errorsOf([] { EXPECT_TRUE(isAt(28, "/usr/apps")); }),
+                testing::HasSubstr("device.ini: line 1: Key file contains line "));
 }
 
 TEST_F(KvplatformTest, GivesTheSameTextAtEachCall) {

@@ -145,8 +145,9 @@ TEST_F(PowerStateTest, GarbageLeavesTheLastKnownStateAndIsToldOnce) {
     write("no key file\n");
 
     EXPECT_THAT(errorsOfTwoQuestions(2),
-                testing::MatchesRegex(path() + ": Key file contains line .+no key file.+ which is not a key-value "
-                                               "pair, group, or comment; keeping what was known\n"));
+                testing::MatchesRegex(path() +
+                                      ": line 1: Key file contains line .+no key file.+ which is not a key-value "
+                                      "pair, group, or comment; keeping what was known\n"));
 }
 
 TEST_F(PowerStateTest, FolderInItsPlaceLeavesTheLastKnownStateAndIsToldOnce) {

@@ -1,36 +1,30 @@
 #include "DAXProductionConfig.h"
 
+#include "platform/host/DeviceTest.h"
 #include "support/ForkedProcess.h"
-#include "support/TemporaryRoot.h"
 
 #include <gmock/gmock.h>
 
 using DAX::Common::Debug::isProduction;
+using DAX::Tests::DeviceTest;
 using DAX::Tests::ForkedProcess;
-using DAX::Tests::TemporaryRoot;
 
 namespace {
 
 // The flag is read once in a process, so each question is asked in a process of its own.
-class ProductionConfigTest : public testing::Test {
+class ProductionConfigTest : public DeviceTest {
 protected:
     static bool askedInAnotherProcess() {
         ForkedProcess process([] { return isProduction() ? 1 : 0; });
         return process.wait() == 1;
     }
 
-    void device(const std::string& text) const { m_root.write("etc/kovan/device.ini", text); }
-
-    std::string errorsOfTwoQuestions() const {
-        testing::internal::CaptureStderr();
-        ForkedProcess process([] { return isProduction() || isProduction(); });
-        EXPECT_EQ(0, process.wait());
-        return testing::internal::GetCapturedStderr();
+    static std::string errorsOfTwoQuestions() {
+        return DAX::Tests::errorsOf([] {
+            ForkedProcess process([] { return isProduction() || isProduction(); });
+            EXPECT_EQ(0, process.wait());
+        });
     }
-
-    std::string path() const { return (m_root / "etc/kovan/device.ini").string(); }
-
-    const TemporaryRoot m_root;
 };
 
 } // namespace
@@ -61,18 +55,17 @@ TEST_F(ProductionConfigTest, AbsentKeyOrGroupIsSilentlyFalse) {
 TEST_F(ProductionConfigTest, BrokenFileIsToldOnceWithPathAndReason) {
     device("no key file");
 
-    EXPECT_THAT(errorsOfTwoQuestions(),
-                testing::MatchesRegex(path() +
-                                      ": Key file contains line .+no key file.+ which is not a key-value pair, "
-                                      "group, or comment; using the default\n"));
+    EXPECT_EQ(path() + ": line 1: Key file contains line “no key file” which is not a key-value pair, group, or "
+                       "comment; using the defaults\n",
+              errorsOfTwoQuestions());
 }
 
 TEST_F(ProductionConfigTest, ValueThatIsNoBooleanIsToldOnce) {
     device("[software]\nproduction=perhaps\n");
 
-    EXPECT_THAT(errorsOfTwoQuestions(),
-                testing::MatchesRegex(
-                    path() + ": Key file contains key .+production.+ cannot be interpreted.+ using the default\n"));
+    EXPECT_EQ(path() + ": line 2: 'production' in [software] is no boolean (true or false): 'perhaps'; using the "
+                       "default\n",
+              errorsOfTwoQuestions());
 }
 
 TEST_F(ProductionConfigTest, AnswerIsFixedForTheLifeOfTheProcess) {

@@ -1,0 +1,27 @@
+#include "JsonLines.h"
+
+#include "AppendFile.h"
+#include "Root.h"
+#include "TextFile.h"
+#include "Timestamp.h"
+
+#include <unistd.h>
+
+namespace KovanHost {
+
+bool appendRecord(const std::string& relative, const nlohmann::ordered_json& record) {
+    nlohmann::ordered_json line = {{"time", utcTimestamp()}};
+    line.update(record);
+    const std::string path = underRoot(relative);
+    makeFolderOf(path);
+    const int descriptor = openForAppending(path);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool written =
+        appendLine(descriptor, line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    close(descriptor);
+    return written;
+}
+
+} // namespace KovanHost

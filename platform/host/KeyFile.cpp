@@ -1,0 +1,162 @@
+#include "KeyFile.h"
+
+#include "GLibOwner.h"
+#include "KeyFileLines.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace KovanHost {
+
+namespace {
+
+// What a person is shown of a text of any length and with any bytes.
+std::string shown(const std::string& text) {
+    constexpr std::size_t MOST = 160;
+    const std::size_t half = std::min(text.size(), MOST) / 2;
+    const std::string part =
+        text.size() <= MOST ? text : text.substr(0, half) + " ... " + text.substr(text.size() - half);
+    std::string result = GLibOwner<gchar>(g_utf8_make_valid(part.data(), static_cast<gssize>(part.size()))).get();
+    std::replace_if(
+        result.begin(), result.end(), [](char byte) { return g_ascii_iscntrl(byte) != FALSE; }, '?');
+    return result;
+}
+
+std::runtime_error atLine(std::size_t line, const std::string& reason) {
+    return std::runtime_error("line " + std::to_string(line) + ": " + reason);
+}
+
+void refuseZeroBytes(const std::string& text) {
+    const std::size_t place = text.find('\0');
+    if (place != std::string::npos) {
+        const auto ends = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
+        throw atLine(static_cast<std::size_t>(ends) + 1, "a byte that is zero");
+    }
+}
+
+bool isUtf8(const std::string& text) {
+    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+}
+
+bool isName(const std::string& text) {
+    const auto isForbidden = [](char byte) {
+        return g_ascii_iscntrl(byte) != FALSE || byte == '[' || byte == ']' || byte == '=';
+    };
+    return !text.empty() && text.front() != '#' && text.front() != ' ' && text.back() != ' ' && isUtf8(text) &&
+           std::none_of(text.begin(), text.end(), isForbidden);
+}
+
+const std::string& name(const std::string& text) {
+    if (!isName(text)) {
+        throw std::runtime_error("'" + shown(text) + "' cannot be a name in a key file");
+    }
+    return text;
+}
+
+// What `get` reads; empty when there is no such value, or `wrong` is thrown.
+template <typename T, typename Get, typename Wrong>
+std::optional<T> read(Get&& get, Wrong&& wrong) {
+    GError* raised = nullptr;
+    std::optional<T> value = get(&raised);
+    if (raised == nullptr) {
+        return value;
+    }
+    const GLibOwner<GError> error(raised);
+    if (g_error_matches(raised, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_KEY_NOT_FOUND) == FALSE &&
+        g_error_matches(raised, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_GROUP_NOT_FOUND) == FALSE) {
+        throw wrong();
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> textOf(gchar* owned) {
+    const GLibOwner<gchar> text(owned);
+    return text ? std::optional<std::string>(text.get()) : std::nullopt;
+}
+
+std::vector<std::string> textsOf(gchar** owned) {
+    const GLibOwner<gchar*> texts(owned);
+    std::vector<std::string> result;
+    for (gchar** text = owned; text != nullptr && *text != nullptr; ++text) {
+        result.emplace_back(*text);
+    }
+    return result;
+}
+
+} // namespace
+
+KeyFile::KeyFile() : m_file(g_key_file_new()) {}
+
+KeyFile::KeyFile(const std::string& text) : m_file(g_key_file_new()), m_text(text) {
+    refuseZeroBytes(text);
+    GError* raised = nullptr;
+    if (g_key_file_load_from_data(m_file.get(), text.data(), text.size(), G_KEY_FILE_NONE, &raised) == FALSE) {
+        const GLibOwner<GError> error(raised);
+        throw atLine(firstBadLine(text), shown(error->message));
+    }
+}
+
+void KeyFile::Free::operator()(GKeyFile* file) const {
+    g_key_file_free(file);
+}
+
+std::vector<std::string> KeyFile::groups() const {
+    return textsOf(g_key_file_get_groups(m_file.get(), nullptr));
+}
+
+std::vector<std::string> KeyFile::keys(const std::string& group) const {
+    return textsOf(g_key_file_get_keys(m_file.get(), group.c_str(), nullptr, nullptr));
+}
+
+template <>
+std::optional<bool> KeyFile::get(const std::string& group, const std::string& key) const {
+    return read<bool>(
+        [&](GError** error) {
+            return g_key_file_get_boolean(m_file.get(), group.c_str(), key.c_str(), error) != FALSE;
+        },
+        [&] { return wrongType(group, key, "no boolean (true or false)"); });
+}
+
+template <>
+std::optional<int> KeyFile::get(const std::string& group, const std::string& key) const {
+    return read<int>(
+        [&](GError** error) { return g_key_file_get_integer(m_file.get(), group.c_str(), key.c_str(), error); },
+        [&] { return wrongType(group, key, "no number of 32 bits"); });
+}
+
+template <>
+std::optional<std::string> KeyFile::get(const std::string& group, const std::string& key) const {
+    return read<std::string>(
+        [&](GError** error) {
+            return textOf(g_key_file_get_string(m_file.get(), group.c_str(), key.c_str(), error)).value_or("");
+        },
+        [&] { return wrongType(group, key, "no UTF-8 text with \\s, \\n, \\t, \\r and \\\\ for escapes"); });
+}
+
+std::optional<std::string> KeyFile::raw(const std::string& group, const std::string& key) const {
+    return textOf(g_key_file_get_value(m_file.get(), group.c_str(), key.c_str(), nullptr));
+}
+
+void KeyFile::set(const std::string& group, const std::string& key, const std::string& value) {
+    *this = KeyFile(withLine(m_text, group, groupLine(group), key, keyLine(key, value)));
+}
+
+std::runtime_error KeyFile::wrongType(const std::string& group, const std::string& key, const char* type) const {
+    return atLine(lineOfKey(m_text, group, key), "'" + shown(key) + "' in [" + shown(group) + "] is " + type + ": '" +
+                                                     shown(raw(group, key).value_or("")) + "'");
+}
+
+std::string groupLine(const std::string& group) {
+    return "[" + name(group) + "]\n";
+}
+
+std::string keyLine(const std::string& key, const std::string& value) {
+    if (!isUtf8(value)) {
+        throw std::runtime_error("'" + shown(value) + "' is no UTF-8 text");
+    }
+    const GLibOwner<GKeyFile> file(g_key_file_new());
+    g_key_file_set_string(file.get(), "group", "key", value.c_str());
+    return name(key) + "=" + textOf(g_key_file_get_value(file.get(), "group", "key", nullptr)).value_or("") + "\n";
+}
+
+} // namespace KovanHost

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "AppendFile.h"
+#include "Root.h"
+#include "TextFile.h"
+
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+namespace KovanHost {
+
+// A file of the simulated device that several processes, and people, write, and what this process knows of it.
+// `Content` is what its text means; a `Content()` is what no file means. Any thread may call.
+template <typename Content>
+class KnownFile {
+public:
+    struct Form {
+        const char* path;                          // under the root
+        Content (*parse)(const std::string& text); // std::runtime_error when the text makes no sense
+        std::string (*textOf)(const Content& content);
+    };
+    enum WhileBad { KEEPS_WHAT_WAS_KNOWN, FALLS_BACK_TO_DEFAULTS };
+
+    KnownFile(const Form& form, WhileBad whileBad) : m_form(form), m_whileBad(whileBad) {}
+
+    std::string path() const { return underRoot(m_form.path); }
+
+    // Read afresh. std::runtime_error with the path and the reason when the file is bad.
+    Content load() const { return parse(readText(path())); }
+
+    // The same, but while the file is bad, what this process knew before, or Content(). That is told on standard error
+    // with the path and the reason, and not again before the file is good or bad for another reason.
+    Content known() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        refresh();
+        return m_content;
+    }
+
+    // Changes the content, and writes it with the folders. One change after another, whichever process makes it;
+    // readers see the file as it was before or after, even if the writer dies. A bad file is refused as load() refuses
+    // it. std::system_error when it cannot be written.
+    void change(const std::function<void(Content&)>& change) {
+        changeFrom([this] { return load(); }, change);
+    }
+
+    // The same, but a bad file is replaced, from what was known.
+    void changeEvenIfBad(const std::function<void(Content&)>& change) {
+        changeFrom([this] { return known(); }, change);
+    }
+
+private:
+    Content parse(const std::optional<std::string>& text) const {
+        try {
+            return text ? m_form.parse(*text) : Content();
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(path() + ": " + error.what());
+        }
+    }
+
+    void changeFrom(const std::function<Content()>& start, const std::function<void(Content&)>& change) {
+        makeFolderOf(path());
+        const FileLock lock(path() + ".lock");
+        Content content = start();
+        change(content);
+        replaceText(path(), m_form.textOf(content));
+        known(); // remembers it
+    }
+
+    void refresh() {
+        if (m_path != path()) {
+            forget();
+        }
+        try {
+            const bool seen = std::exchange(m_seen, false);
+            const std::optional<std::string> text = readText(m_path);
+            m_seen = true;
+            if (!seen || text != m_text) {
+                m_text = text;
+                m_content = parse(text);
+                m_complaint.clear();
+            }
+        } catch (const std::runtime_error& error) {
+            complain(error.what());
+        }
+    }
+
+    void forget() {
+        m_path = path();
+        m_seen = false;
+        m_content = Content();
+        m_complaint.clear();
+    }
+
+    void complain(const std::string& complaint) {
+        if (m_whileBad == FALLS_BACK_TO_DEFAULTS) {
+            m_content = Content();
+        }
+        if (m_complaint != complaint) {
+            m_complaint = complaint;
+            appendLine(STDERR_FILENO, complaint + (m_whileBad == KEEPS_WHAT_WAS_KNOWN ? "; keeping what was known"
+                                                                                      : "; using the defaults"));
+        }
+    }
+
+    const Form m_form;
+    const WhileBad m_whileBad;
+
+    std::mutex m_mutex;
+    // Guarded by m_mutex.
+    std::string m_path;
+    bool m_seen = false; // m_text is what was read last, and is in m_content or in m_complaint
+    std::optional<std::string> m_text;
+    Content m_content{};
+    std::string m_complaint; // empty while the file is good
+};
+
+} // namespace KovanHost

@@ -1,0 +1,103 @@
+#include "TextFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <stdexcept>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace KovanHost {
+
+namespace {
+
+template <typename Result>
+Result checked(Result result, const std::string& path) {
+    if (result < 0) {
+        throw std::system_error(errno, std::generic_category(), path);
+    }
+    return result;
+}
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor() { close(m_number); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    operator int() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+void refuseLarge(std::size_t size, const std::string& path) {
+    if (size > MOST_BYTES) {
+        throw std::runtime_error(path + ": larger than " + std::to_string(MOST_BYTES) + " bytes");
+    }
+}
+
+// A pipe or a device has no whole text. A folder is told by the first read.
+void refuseEndless(int file, const std::string& path) {
+    struct stat status {};
+    checked(fstat(file, &status), path);
+    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+        throw std::runtime_error(path + ": not a regular file");
+    }
+}
+
+void writeText(const std::string& path, const std::string& text) {
+    const Descriptor file(checked(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644), path));
+    for (std::size_t written = 0; written < text.size();) {
+        written += static_cast<std::size_t>(checked(write(file, text.data() + written, text.size() - written), path));
+    }
+}
+
+} // namespace
+
+std::optional<std::string> readText(const std::string& path) {
+    const int opened = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (opened < 0 && (errno == ENOENT || errno == ENOTDIR)) {
+        return std::nullopt;
+    }
+    const Descriptor file(checked(opened, path));
+    refuseEndless(file, path);
+    std::string text;
+    char buffer[4096];
+    while (const ssize_t count = checked(read(file, buffer, sizeof(buffer)), path)) {
+        text.append(buffer, static_cast<std::size_t>(count));
+        refuseLarge(text.size(), path);
+    }
+    return text;
+}
+
+void replaceText(const std::string& path, const std::string& text) {
+    refuseLarge(text.size(), path);
+    const std::string fresh = path + ".new";
+    writeText(fresh, text);
+    checked(std::rename(fresh.c_str(), path.c_str()), path);
+}
+
+void makeFolderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path();
+    std::error_code failure;
+    std::filesystem::create_directories(folder, failure);
+    if (failure) {
+        throw std::system_error(failure, folder);
+    }
+}
+
+FileLock::FileLock(const std::string& path)
+    : m_descriptor(checked(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644), path)) {
+    while (flock(m_descriptor, LOCK_EX) != 0 && errno == EINTR) {
+    }
+}
+
+FileLock::~FileLock() {
+    close(m_descriptor);
+}
+
+} // namespace KovanHost

@@ -1,0 +1,199 @@
+#include "host/KeyFile.h"
+
+#include "host/KeyFileLines.h"
+#include "support/Corruption.h"
+
+#include <chrono>
+#include <glib.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+using KovanHost::KeyFile;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+const std::string GOOD = "# a comment\n"
+                         "[one]\n"
+                         "Encoding=UTF-8\n"
+                         "flag=true\r\n"
+                         "\n"
+                         "  number = -3 \n"
+                         "[two]\n"
+                         "Encoding=none\n"
+                         "text=a\\sb\n"
+                         "[one]\n"
+                         "number=4\n"
+                         "last=x";
+
+std::string reasonAgainst(const std::string& text) {
+    try {
+        const KeyFile file(text);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "<none>";
+}
+
+template <typename T>
+std::string reasonAgainstValue(const std::string& text) {
+    const KeyFile file("[group]\nkey=" + text + "\n");
+    try {
+        file.get<T>("group", "key");
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "<none>";
+}
+
+bool isGood(const std::string& text) {
+    const std::unique_ptr<GKeyFile, void (*)(GKeyFile*)> file(g_key_file_new(), g_key_file_free);
+    return g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != FALSE;
+}
+
+// One beginning after the other.
+std::size_t firstBadLineByTrial(const std::string& text) {
+    std::size_t line = 1;
+    for (std::size_t end = text.find('\n'); end != std::string::npos && isGood(text.substr(0, end + 1)); ++line) {
+        end = text.find('\n', end + 1);
+    }
+    return line;
+}
+
+} // namespace
+
+TEST(KeyFileTest, GivesValuesByTheirTypes) {
+    const KeyFile file(GOOD);
+
+    EXPECT_EQ(true, file.get<bool>("one", "flag"));
+    EXPECT_EQ(4, file.get<int>("one", "number"));
+    EXPECT_EQ("a b", file.get<std::string>("two", "text"));
+    EXPECT_EQ("a\\sb", file.raw("two", "text"));
+    EXPECT_EQ("x", file.get<std::string>("one", "last"));
+}
+
+TEST(KeyFileTest, GivesNothingForWhatIsAbsent) {
+    const KeyFile file(GOOD);
+
+    EXPECT_EQ(std::nullopt, file.get<bool>("one", "text"));
+    EXPECT_EQ(std::nullopt, file.get<int>("three", "number"));
+    EXPECT_EQ(std::nullopt, file.get<std::string>("", ""));
+    EXPECT_EQ(std::nullopt, file.raw("one", "text"));
+    EXPECT_THAT(KeyFile().groups(), ElementsAre());
+    EXPECT_THAT(file.keys("three"), ElementsAre());
+}
+
+TEST(KeyFileTest, KeepsTheOrder) {
+    const KeyFile file("[b]\nz=1\ny=2\n[a]\nx=3\n");
+
+    EXPECT_THAT(file.groups(), ElementsAre("b", "a"));
+    EXPECT_THAT(file.keys("b"), ElementsAre("z", "y"));
+}
+
+TEST(KeyFileTest, EmptyTextHoldsNothing) {
+    EXPECT_THAT(KeyFile("").groups(), ElementsAre());
+}
+
+TEST(KeyFileTest, BadLineIsToldByItsNumber) {
+    EXPECT_EQ("line 1: Key file does not start with a group", reasonAgainst("a=b\n"));
+    EXPECT_EQ("line 3: Key file contains line “x” which is not a key-value pair, group, or comment",
+              reasonAgainst("[a]\n\nx\ny\n"));
+    EXPECT_EQ("line 2: Key file contains line “x” which is not a key-value pair, group, or comment",
+              reasonAgainst("[a]\nx"));
+    EXPECT_EQ("line 2: Invalid key name: a]", reasonAgainst("[a]\na]=b\n"));
+    EXPECT_EQ("line 2: Key file contains unsupported encoding “x”", reasonAgainst("[a]\nEncoding=x\n"));
+    EXPECT_EQ("line 2: a byte that is zero", reasonAgainst(std::string("[a]\na=b\0\n", 9)));
+}
+
+TEST(KeyFileTest, EncodingIsReadInTheFirstGroupAlone) {
+    EXPECT_EQ("<none>", reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n"));
+    EXPECT_THAT(reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n[a]\nEncoding=x\n"), StartsWith("line 6: "));
+}
+
+TEST(KeyFileTest, FindsTheLineThatGLibStopsAt) {
+    std::vector<std::string> texts = DAX::Tests::changesOf(GOOD, std::string("=[]#\n\r \xff", 8));
+    const std::vector<std::string> cuts = DAX::Tests::cutsOf(GOOD);
+    texts.insert(texts.end(), cuts.begin(), cuts.end());
+    int bad = 0;
+    for (const std::string& text : texts) {
+        if (!isGood(text)) {
+            ++bad;
+            ASSERT_EQ(firstBadLineByTrial(text), KovanHost::firstBadLine(text)) << text;
+        }
+    }
+    EXPECT_LT(50, bad);
+}
+
+TEST(KeyFileTest, LongReasonIsShortenedAndHarmless) {
+    const std::string reason = reasonAgainst("[a]\n" + std::string(60000, 'x') + "\x1b\n");
+
+    EXPECT_THAT(reason, StartsWith("line 2: Key file contains line “xxx"));
+    EXPECT_THAT(reason, HasSubstr("xxx ... xxx"));
+    EXPECT_THAT(reason, testing::EndsWith("xxx?” which is not a key-value pair, group, or comment"));
+    EXPECT_GT(200u, reason.size());
+}
+
+TEST(KeyFileTest, ValueOfAnotherTypeIsToldByLineAndKey) {
+    EXPECT_EQ("line 2: 'key' in [group] is no boolean (true or false): 'yes'", reasonAgainstValue<bool>("yes"));
+    EXPECT_EQ("line 2: 'key' in [group] is no boolean (true or false): ''", reasonAgainstValue<bool>(""));
+    EXPECT_EQ("line 2: 'key' in [group] is no number of 32 bits: '1.5'", reasonAgainstValue<int>("1.5"));
+    EXPECT_EQ("line 2: 'key' in [group] is no number of 32 bits: '2147483648'", reasonAgainstValue<int>("2147483648"));
+    EXPECT_EQ("line 2: 'key' in [group] is no number of 32 bits: ''", reasonAgainstValue<int>(""));
+    const std::string text = "line 2: 'key' in [group] is no UTF-8 text with \\s, \\n, \\t, \\r and \\\\ for escapes: ";
+    EXPECT_EQ(text + "'a\\q'", reasonAgainstValue<std::string>("a\\q"));
+    EXPECT_EQ(text + "'\xef\xbf\xbd'", reasonAgainstValue<std::string>("\xff"));
+}
+
+TEST(KeyFileTest, LineOfAKeyIsTheLastThatSaysIt) {
+    const std::string text = "#[b]\n[a]\nx=1\n#x=2\n[b]\n x = 3\ny=x=4\n[a]\nx=5\n";
+
+    EXPECT_EQ(9u, KovanHost::lineOfKey(text, "a", "x"));
+    EXPECT_EQ(6u, KovanHost::lineOfKey(text, "b", "x"));
+    EXPECT_EQ(7u, KovanHost::lineOfKey(text, "b", "y"));
+    EXPECT_EQ(0u, KovanHost::lineOfKey(text, "a", "y"));
+}
+
+TEST(KeyFileTest, SetLeavesAllOtherLinesAsTheyAre) {
+    KeyFile file("# top\n\n[a]\n# of x\n x = 1\n# of y\ny=2\n\n# of b\n[b]\nz=3\r\nz[de]=drei\n\n# end");
+    file.set("a", "x", "one");
+    file.set("a", "new", " padded ");
+    file.set("c", "w", "4");
+
+    EXPECT_EQ("# top\n\n[a]\n# of x\nx=one\n# of y\ny=2\nnew=\\spadded \n\n# of b\n[b]\nz=3\r\nz[de]=drei\n\n# "
+              "end\n\n[c]\nw=4\n",
+              file.text());
+    EXPECT_EQ("one", file.get<std::string>("a", "x"));
+}
+
+TEST(KeyFileTest, SetWritesTheLineThatHolds) {
+    KeyFile file("[a]\nx=1\n[b]\n[a]\nx=2\n[b]\n");
+    file.set("a", "x", "3");
+    file.set("b", "y", "4");
+
+    EXPECT_EQ("[a]\nx=1\n[b]\n[a]\nx=3\n[b]\ny=4\n", file.text());
+    EXPECT_EQ(3, file.get<int>("a", "x"));
+}
+
+TEST(KeyFileTest, WhatIsSetIsReadAgain) {
+    for (const char* value : {"", " ", "a\nb", "tab\t", "\\", "ä", "a=b", "#", "[x]"}) {
+        KeyFile file;
+        file.set("group", "com.velmora/featureconf/a.b", value);
+        EXPECT_EQ(value, KeyFile(file.text()).get<std::string>("group", "com.velmora/featureconf/a.b"));
+    }
+}
+
+TEST(KeyFileTest, SetRefusesWhatCannotBeWritten) {
+    KeyFile file;
+    for (const char* name : {"", " a", "a ", "a=b", "a[b]", "a]", "#a", "a\nb", "\xff"}) {
+        EXPECT_THROW(file.set("group", name, "1"), std::runtime_error) << name;
+        EXPECT_THROW(file.set(name, "key", "1"), std::runtime_error) << name;
+    }
+    EXPECT_THROW(file.set("group", "key", "\xff"), std::runtime_error);
+    EXPECT_EQ("", file.text());
+}

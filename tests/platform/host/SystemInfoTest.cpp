@@ -1,0 +1,379 @@
+#include "system_info.h"
+
+#include "host/DeviceFile.h"
+#include "platform/host/DeviceTest.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <variant>
+#include <vector>
+
+using DAX::Tests::errorsOf;
+using KovanHost::DeviceFact;
+using testing::HasSubstr;
+
+namespace {
+
+const std::string HEIGHT = "com.velmora/featureconf/panel_resolution_height";
+
+// What a question gives: its result, and what became of the value.
+using Text = std::pair<int, std::string>;
+using Number = std::pair<int, int>;
+using Flag = std::pair<int, bool>;
+
+constexpr int UNTOUCHED = -12345;
+
+template <typename Question>
+Text askText(Question ask) {
+    char* text = nullptr;
+    const int result = ask(&text);
+    const std::string value = text != nullptr ? text : "<untouched>";
+    std::free(text);
+    return {result, value};
+}
+
+template <typename Value, typename Question>
+std::pair<int, Value> askValue(Value before, Question ask) {
+    const int result = ask(&before);
+    return {result, before};
+}
+
+system_info_key_e keyOf(int number) {
+    return static_cast<system_info_key_e>(number);
+}
+
+Text valueText(int key) {
+    return askText([=](char** text) { return system_info_get_value_string(keyOf(key), text); });
+}
+
+Text customText(const std::string& key) {
+    return askText([&](char** text) { return system_info_get_custom_string(key.c_str(), text); });
+}
+
+Number valueNumber(int key) {
+    return askValue(UNTOUCHED, [=](int* number) { return system_info_get_value_int(keyOf(key), number); });
+}
+
+Number customNumber(const std::string& key) {
+    return askValue(UNTOUCHED, [&](int* number) { return system_info_get_custom_int(key.c_str(), number); });
+}
+
+// A flag stays as it was `before`, unless it is read.
+Flag valueFlag(int key, bool before) {
+    return askValue(before, [=](bool* flag) { return system_info_get_value_bool(keyOf(key), flag); });
+}
+
+Flag customFlag(const std::string& key, bool before) {
+    return askValue(before, [&](bool* flag) { return system_info_get_custom_bool(key.c_str(), flag); });
+}
+
+const Text NO_TEXT{-22, "<untouched>"};
+const Number NO_NUMBER{-22, UNTOUCHED};
+
+struct Expected {
+    int key;
+    const char* name;
+    std::variant<int, const char*> value;
+};
+
+class SystemInfoTest : public DAX::Tests::DeviceTest {};
+class SystemInfoValueTest : public SystemInfoTest, public testing::WithParamInterface<Expected> {};
+
+struct ExpectedFeature {
+    const char* name;
+    std::variant<bool, int, const char*> value;
+};
+
+class SystemInfoFeatureTest : public SystemInfoTest, public testing::WithParamInterface<ExpectedFeature> {
+protected:
+    std::string key() const { return std::string("com.velmora/featureconf/") + GetParam().name; }
+    void give(const std::string& value) const { device("[features]\n" + key() + "=" + value + "\n"); }
+};
+
+} // namespace
+
+TEST_P(SystemInfoValueTest, HasADefaultOfOneType) {
+    const auto& [key, name, value] = GetParam();
+    if (const int* const number = std::get_if<int>(&value)) {
+        EXPECT_EQ((Number{0, *number}), valueNumber(key));
+        EXPECT_EQ(NO_TEXT, valueText(key));
+    } else {
+        EXPECT_EQ((Text{0, std::get<const char*>(value)}), valueText(key));
+        EXPECT_EQ(NO_NUMBER, valueNumber(key));
+    }
+    EXPECT_EQ((Flag{-22, true}), valueFlag(key, true));
+}
+
+TEST_P(SystemInfoValueTest, IsTakenFromTheFileByItsName) {
+    const auto& [key, name, value] = GetParam();
+    device(std::string("[system_info]\n") + name + "=77\n");
+    if (std::holds_alternative<int>(value)) {
+        EXPECT_EQ((Number{0, 77}), valueNumber(key));
+    } else {
+        EXPECT_EQ((Text{0, "77"}), valueText(key));
+    }
+}
+
+TEST_P(SystemInfoValueTest, IsNotTakenFromTheFileByItsNumber) {
+    const auto& [key, name, value] = GetParam();
+    device("[system_info]\n" + std::to_string(key) + "=77\n");
+
+    EXPECT_NE((Number{0, 77}), valueNumber(key));
+    EXPECT_NE((Text{0, "77"}), valueText(key));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, SystemInfoValueTest,
+    testing::Values(Expected{0, "model_line", "EUR_DTV"}, Expected{8, "software_date", "2026-03-02"},
+                    Expected{90, "localset", "EU"}, Expected{126, "otn_server_type", 1},
+                    Expected{128, "software_version", "T-MARLOW-1666.1"}, Expected{133, "submicom_version", "SUB-1004"},
+                    Expected{284, "sales_region", 1}, Expected{564, "platform_type", "MARLOW"},
+                    Expected{620, "china_model_line", "CHI_MARLOW"}, Expected{869, "fast_usb_booting", 0},
+                    Expected{890, "ota_support", 1}, Expected{902, "otn_onoff", 1}, Expected{904, "otn_testserver", 0},
+                    Expected{922, "dax_duration", 0}, Expected{923, "dax_fail_test", 0},
+                    Expected{10130, "hotel_otn_update", 1}),
+    [](const auto& instance) { return instance.param.name; });
+
+TEST_P(SystemInfoFeatureTest, HasADefaultOfOneType) {
+    const auto& value = GetParam().value;
+    const bool* const flag = std::get_if<bool>(&value);
+    const int* const number = std::get_if<int>(&value);
+    const char* const* const text = std::get_if<const char*>(&value);
+
+    EXPECT_EQ((flag != nullptr ? Flag{0, *flag} : Flag{-22, true}), customFlag(key(), flag == nullptr || !*flag));
+    EXPECT_EQ((number != nullptr ? Number{0, *number} : NO_NUMBER), customNumber(key()));
+    EXPECT_EQ((text != nullptr ? Text{0, *text} : NO_TEXT), customText(key()));
+}
+
+TEST_P(SystemInfoFeatureTest, IsTakenFromTheFile) {
+    const auto& value = GetParam().value;
+    if (const bool* const flag = std::get_if<bool>(&value)) {
+        give(*flag ? "false" : "true");
+        EXPECT_EQ((Flag{0, !*flag}), customFlag(key(), *flag));
+    } else {
+        give("77");
+        EXPECT_TRUE((Number{0, 77}) == customNumber(key()) || (Text{0, "77"}) == customText(key()));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Features, SystemInfoFeatureTest,
+    testing::Values(ExpectedFeature{"panel_resolution_height", 2160},
+                    ExpectedFeature{"pictor_portrait_mode_support", false},
+                    ExpectedFeature{"display_rotator_supported", false}, ExpectedFeature{"lfd_sbb_type", "NONE"},
+                    ExpectedFeature{"power.battery_framework_support", false},
+                    ExpectedFeature{"product.partition_file", "/etc/partition.txt"},
+                    ExpectedFeature{"product.chipset", "MARLOW1"},
+                    ExpectedFeature{"kovan_enterprise_platform.support", false}, ExpectedFeature{"iwb_support", false},
+                    ExpectedFeature{"product.product_type", 0}, ExpectedFeature{"product.b2b_option_support", false}),
+    [](const auto& instance) {
+        std::string name = instance.param.name;
+        std::replace(name.begin(), name.end(), '.', '_');
+        return name;
+    });
+
+TEST_F(SystemInfoTest, OtherValuesAndKeysAreUnknownWithoutTheFile) {
+    for (const int key : {-1, 1, 12345}) {
+        EXPECT_EQ(NO_NUMBER, valueNumber(key));
+        EXPECT_EQ(NO_TEXT, valueText(key));
+        EXPECT_EQ((Flag{-22, true}), valueFlag(key, true));
+    }
+    for (const char* key : {"", "another/key", "a=b", "[x]", "\xff", "a\nb"}) {
+        EXPECT_EQ(NO_NUMBER, customNumber(key));
+        EXPECT_EQ(NO_TEXT, customText(key));
+        EXPECT_EQ((Flag{-22, true}), customFlag(key, true));
+    }
+}
+
+TEST_F(SystemInfoTest, OtherValuesAndKeysCanBeGiven) {
+    device("[system_info]\n12345=1\n-1=x\n[features]\nanother/key=0\n");
+
+    EXPECT_EQ((Number{0, 1}), valueNumber(12345));
+    EXPECT_EQ((Text{0, "1"}), valueText(12345));
+    EXPECT_EQ((Flag{0, true}), valueFlag(12345, false));
+    EXPECT_EQ((Text{0, "x"}), valueText(-1));
+    EXPECT_EQ((Number{0, 0}), customNumber("another/key"));
+    EXPECT_EQ((Text{0, "0"}), customText("another/key"));
+    EXPECT_EQ((Flag{0, false}), customFlag("another/key", true));
+}
+
+TEST_F(SystemInfoTest, OtherValueThatDoesNotReadAsItsTypeIsAnErrorAndIsToldOnce) {
+    device("[system_info]\n12345=x\n[features]\nanother/key=a\\q\n");
+
+    EXPECT_EQ(path() + ": line 2: '12345' in [system_info] is no number of 32 bits: 'x'; it cannot be read\n",
+              errorsOf([] {
+                  EXPECT_EQ((Number{-5, UNTOUCHED}), valueNumber(12345));
+                  EXPECT_EQ((Number{-5, UNTOUCHED}), valueNumber(12345));
+              }));
+    EXPECT_THAT(errorsOf([] {
+                    EXPECT_EQ((Text{-5, "<untouched>"}), customText("another/key"));
+                    EXPECT_EQ((Text{-5, "<untouched>"}), customText("another/key"));
+                }),
+                testing::MatchesRegex(path() + ": line 4: 'another/key' in .features. is no UTF-8 text .*\n"));
+    EXPECT_EQ((Flag{-5, true}), customFlag("another/key", true));
+}
+
+TEST_F(SystemInfoTest, NowhereToPutAValueIsAnInvalidParameter) {
+    EXPECT_EQ(-22, system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, nullptr));
+    EXPECT_EQ(-22, system_info_get_value_bool(SYSTEM_INFO_KEY_OTN_ONOFF, nullptr));
+    EXPECT_EQ(-22, system_info_get_value_string(SYSTEM_INFO_KEY_LOCALSET, nullptr));
+    EXPECT_EQ(-22, system_info_get_custom_int(HEIGHT.c_str(), nullptr));
+    EXPECT_EQ(-22, system_info_get_custom_bool(HEIGHT.c_str(), nullptr));
+    EXPECT_EQ(-22, system_info_get_custom_string(HEIGHT.c_str(), nullptr));
+}
+
+TEST_F(SystemInfoTest, NoKeyIsAnInvalidParameter) {
+    int number = 0;
+    bool flag = false;
+    char* text = nullptr;
+    EXPECT_EQ(-22, system_info_get_custom_int(nullptr, &number));
+    EXPECT_EQ(-22, system_info_get_custom_bool(nullptr, &flag));
+    EXPECT_EQ(-22, system_info_get_custom_string(nullptr, &text));
+}
+
+TEST_F(SystemInfoTest, ChangeIsSeenAtOnce) {
+    for (const char* height : {"540", "541", "1080"}) {
+        device("[features]\n" + HEIGHT + "=" + height + "\n");
+        EXPECT_EQ((Number{0, std::stoi(height)}), customNumber(HEIGHT));
+    }
+    std::filesystem::remove(path());
+    EXPECT_EQ((Number{0, 2160}), customNumber(HEIGHT));
+}
+
+TEST_F(SystemInfoTest, TextMayBeEmptyOrHaveEscapes) {
+    device("[system_info]\nlocalset=\nmodel_line=\\sa\\nb\n");
+
+    EXPECT_EQ((Text{0, ""}), valueText(90));
+    EXPECT_EQ((Text{0, " a\nb"}), valueText(0));
+}
+
+TEST_F(SystemInfoTest, ValueOfTheWrongTypeHasItsDefaultAndTheRestHolds) {
+    device("[system_info]\notn_onoff=0\nota_support=maybe\n\n[features]\n" + HEIGHT + "=540\n");
+
+    EXPECT_EQ(path() + ": line 3: 'ota_support' in [system_info] is no number of 32 bits: 'maybe'; using the default\n",
+              errorsOf([] {
+                  for (int time = 0; time < 3; ++time) {
+                      EXPECT_EQ((Number{0, 1}), valueNumber(890));
+                      EXPECT_EQ((Number{0, 0}), valueNumber(902));
+                      EXPECT_EQ((Number{0, 540}), customNumber(HEIGHT));
+                  }
+              }));
+}
+
+TEST_F(SystemInfoTest, ValueThatStaysWrongIsNotToldAgainWhenAnotherChanges) {
+    device("[system_info]\nota_support=maybe\n");
+    errorsOf([] { valueNumber(890); });
+    device("[system_info]\notn_onoff=0\nota_support=maybe\n");
+
+    EXPECT_EQ("", errorsOf([] { valueNumber(890); }));
+}
+
+TEST_F(SystemInfoTest, ValueThatIsWrongInAnotherWayIsToldAnew) {
+    device("[system_info]\nota_support=maybe\n");
+    errorsOf([] { valueNumber(890); });
+    device("[system_info]\nota_support=perhaps\n");
+
+    EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'perhaps'"));
+}
+
+TEST_F(SystemInfoTest, ValueThatIsWrongAgainIsToldAgain) {
+    const std::string wrong = "[system_info]\nota_support=maybe\n";
+    device(wrong);
+    errorsOf([] { valueNumber(890); });
+    device("[system_info]\nota_support=0\n");
+    EXPECT_EQ("", errorsOf([] { EXPECT_EQ((Number{0, 0}), valueNumber(890)); }));
+    device(wrong);
+
+    EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'maybe'"));
+}
+
+TEST_F(SystemInfoTest, BadFileIsToldOnceAndEverythingHasItsDefault) {
+    device("[system_info]\notn_onoff=0\n\nlocalset\n");
+
+    EXPECT_EQ(path() + ": line 4: Key file contains line “localset” which is not a key-value pair, group, or comment; "
+                       "using the defaults\n",
+              errorsOf([] {
+                  for (int time = 0; time < 3; ++time) {
+                      EXPECT_EQ((Number{0, 1}), valueNumber(902));
+                      EXPECT_EQ((Text{0, "EU"}), valueText(90));
+                      EXPECT_EQ(NO_NUMBER, valueNumber(12345));
+                  }
+              }));
+}
+
+TEST_F(SystemInfoTest, FileThatIsBadAgainOrForAnotherReasonIsToldAgain) {
+    const auto ask = [] { valueNumber(902); };
+    device("a");
+    EXPECT_THAT(errorsOf(ask), HasSubstr("line 1: "));
+    device("[x]\nb");
+    EXPECT_THAT(errorsOf(ask), HasSubstr("line 2: "));
+    device("[system_info]\notn_onoff=0\n");
+    EXPECT_EQ("", errorsOf([] { EXPECT_EQ((Number{0, 0}), valueNumber(902)); }));
+    device("a");
+    EXPECT_THAT(errorsOf(ask), HasSubstr("line 1: "));
+}
+
+TEST_F(SystemInfoTest, FileThatIsTooLargeIsToldOnce) {
+    device("[system_info]\notn_onoff=0\n#" + std::string(1 << 20, 'x'));
+
+    EXPECT_EQ(path() + ": larger than 65536 bytes; using the defaults\n", errorsOf([] {
+                  EXPECT_EQ((Number{0, 1}), valueNumber(902));
+                  EXPECT_EQ((Number{0, 1}), valueNumber(902));
+              }));
+}
+
+TEST_F(SystemInfoTest, FolderInItsPlaceIsToldOnceUntilTheFileIsBack) {
+    device("[system_info]\notn_onoff=0\n");
+    EXPECT_EQ((Number{0, 0}), valueNumber(902));
+    std::filesystem::remove(path());
+    std::filesystem::create_directory(path());
+    EXPECT_EQ(path() + ": Is a directory; using the defaults\n", errorsOf([] {
+                  EXPECT_EQ((Number{0, 1}), valueNumber(902));
+                  EXPECT_EQ((Number{0, 1}), valueNumber(902));
+              }));
+    std::filesystem::remove(path());
+    device("[system_info]\notn_onoff=0\n");
+
+    EXPECT_EQ("", errorsOf([] { EXPECT_EQ((Number{0, 0}), valueNumber(902)); }));
+}
+
+TEST_F(SystemInfoTest, DefaultFileSaysExactlyTheDefaults) {
+    const std::string text = KovanHost::defaultDeviceText();
+    const KovanHost::KeyFile file(text);
+    for (const DeviceFact& fact : KovanHost::deviceFacts()) {
+        EXPECT_TRUE(file.raw(fact.group, fact.name)) << fact.name;
+    }
+    device(text);
+    for (const DeviceFact& fact : KovanHost::deviceFacts()) {
+        EXPECT_EQ("", errorsOf([&] { EXPECT_TRUE(fact.fallback == KovanHost::valueOf(fact)) << fact.name; }));
+    }
+}
+
+TEST_F(SystemInfoTest, ThreadsMayAskWhileTheFileChanges) {
+    std::vector<std::thread> threads;
+    std::atomic<int> others{0};
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back([&others] {
+            for (int time = 0; time < 200; ++time) {
+                const Number number = valueNumber(284);
+                others += number != Number(0, 1) && number != Number(0, 24);
+            }
+        });
+    }
+    for (int time = 0; time < 100; ++time) {
+        KovanHost::changeDevice(
+            [time](KovanHost::KeyFile& file) { file.set("system_info", "sales_region", time % 2 == 0 ? "24" : "1"); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(0, others);
+}

@@ -1,0 +1,290 @@
+#include "usb_device.h"
+
+#include "host/UsbFile.h"
+#include "platform/host/DeviceTest.h"
+#include "support/CrashPoint.h"
+#include "support/ForkedProcess.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+using DAX::Tests::errorsOf;
+using DAX::Tests::ForkedProcess;
+using KovanHost::uniqueIdOf;
+using KovanHost::UsbStick;
+using KovanHost::UsbSticks;
+using testing::ElementsAre;
+
+namespace {
+
+const char* const FILE_NAME = "run/kovan/usb.ini";
+const UsbStick STICK = {"sda1", "/mnt/usb/a b", "S1", "Marlow", "Stick", 4660, 22136};
+const std::string TEXT = "[sda1]\nmount_path=/mnt/usb/a b\nserial=S1\nmanufacturer=Marlow\nproduct=Stick\n"
+                         "vendor_id=4660\nproduct_id=22136\n";
+
+std::string orNull(const char* text) {
+    return text != nullptr ? text : "<null>";
+}
+
+std::string describe(usb_device_h device) {
+    return orNull(usb_device_get_devname(device)) + " " + orNull(usb_device_get_mountpath(device)) + " " +
+           orNull(usb_device_get_serial(device)) + " " + orNull(usb_device_get_manufacturer(device)) + " " +
+           orNull(usb_device_get_product(device)) + " " + std::to_string(usb_device_get_vendor_id(device)) + " " +
+           std::to_string(usb_device_get_product_id(device));
+}
+
+class UsbDeviceTest : public testing::Test {
+protected:
+    UsbDeviceTest() { EXPECT_EQ(0, usb_device_init()); }
+    ~UsbDeviceTest() override { EXPECT_EQ(0, usb_device_fini()); }
+
+    static std::vector<usb_device_h> walk(usb_device_list_h list) {
+        std::vector<usb_device_h> devices;
+        usb_device_h device = nullptr;
+        EXPECT_EQ(0, usb_device_list_get_first(list, &device));
+        while (device != nullptr) {
+            devices.push_back(device);
+            EXPECT_EQ(0, usb_device_list_get_next(list, &device));
+        }
+        return devices;
+    }
+
+    // Lists and frees everything, as a caller does.
+    static std::vector<std::string> devices() {
+        usb_device_list_h list = nullptr;
+        EXPECT_EQ(0, usb_device_get_device_list(&list));
+        std::vector<std::string> texts;
+        for (const usb_device_h device : walk(list)) {
+            texts.push_back(describe(device));
+        }
+        EXPECT_EQ(static_cast<int>(texts.size()), usb_device_list_get_count(list));
+        for (const usb_device_h device : walk(list)) {
+            EXPECT_EQ(0, free_usb_device_h(device));
+        }
+        EXPECT_EQ(0, usb_device_free_device_list(list));
+        return texts;
+    }
+
+    void write(const std::string& text) const { m_root.write(FILE_NAME, text); }
+    std::string path() const { return (m_root / FILE_NAME).string(); }
+
+    const DAX::Tests::TemporaryRoot m_root;
+};
+
+void plug(const UsbStick& stick) {
+    KovanHost::changeUsbSticks([&](UsbSticks& sticks) { sticks.push_back(stick); });
+}
+
+} // namespace
+
+TEST_F(UsbDeviceTest, WithoutAFileThereIsNone) {
+    EXPECT_THAT(devices(), ElementsAre());
+    EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
+}
+
+TEST_F(UsbDeviceTest, DevicesHaveTheirFieldsAndTheirOrder) {
+    write("[sdb1]\nmount_path=/b\n" + TEXT);
+
+    EXPECT_THAT(devices(),
+                ElementsAre("sdb1 /b <null> <null> <null> 0 0", "sda1 /mnt/usb/a b S1 Marlow Stick 4660 22136"));
+}
+
+TEST_F(UsbDeviceTest, WhatADeviceDoesNotTellIsNull) {
+    write("[sda1]\n");
+
+    EXPECT_THAT(devices(), ElementsAre("sda1 <null> <null> <null> <null> 0 0"));
+}
+
+TEST_F(UsbDeviceTest, ChangeIsSeenByTheNextList) {
+    plug(STICK);
+    EXPECT_EQ(1u, devices().size());
+    KovanHost::changeUsbSticks([](UsbSticks& sticks) { sticks.clear(); });
+    EXPECT_EQ(0u, devices().size());
+}
+
+TEST_F(UsbDeviceTest, ListStaysAsItWas) {
+    plug(STICK);
+    usb_device_list_h list = nullptr;
+    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    const usb_device_h device = walk(list).front();
+    std::filesystem::remove(path());
+
+    EXPECT_EQ(1, usb_device_list_get_count(list));
+    EXPECT_STREQ("/mnt/usb/a b", usb_device_get_mountpath(device));
+    EXPECT_EQ(std::vector<usb_device_h>{device}, walk(list));
+    usb_device_free_device_list(list);
+}
+
+TEST_F(UsbDeviceTest, WalkBehindTheEndStaysThere) {
+    usb_device_list_h list = nullptr;
+    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    for (int time = 0; time < 3; ++time) {
+        usb_device_h device = reinterpret_cast<usb_device_h>(list);
+        EXPECT_EQ(0, usb_device_list_get_next(list, &device));
+        EXPECT_EQ(nullptr, device);
+    }
+    usb_device_free_device_list(list);
+}
+
+TEST_F(UsbDeviceTest, HandlesMayBeFreedDuringAWalk) {
+    plug(STICK);
+    plug({"sdb1", "/b", {}, {}, {}, 0, 0});
+    usb_device_list_h list = nullptr;
+    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    usb_device_h device = nullptr;
+    int freed = 0;
+    for (usb_device_list_get_first(list, &device); device != nullptr; usb_device_list_get_next(list, &device)) {
+        freed += free_usb_device_h(device) == 0;
+    }
+    EXPECT_EQ(2, freed);
+    EXPECT_EQ(0, usb_device_free_device_list(list));
+}
+
+TEST_F(UsbDeviceTest, NothingInThePlaceOfAListOrADeviceFails) {
+    usb_device_h device = nullptr;
+    EXPECT_EQ(-EINVAL, usb_device_get_device_list(nullptr));
+    EXPECT_EQ(-EINVAL, usb_device_free_device_list(nullptr));
+    EXPECT_EQ(-EINVAL, usb_device_list_get_count(nullptr));
+    EXPECT_EQ(-EINVAL, usb_device_list_get_first(nullptr, &device));
+    EXPECT_EQ(-EINVAL, usb_device_list_get_next(nullptr, &device));
+    EXPECT_EQ(-EINVAL, free_usb_device_h(nullptr));
+    EXPECT_EQ("<null> <null> <null> <null> <null> -22 -22", describe(nullptr));
+}
+
+TEST_F(UsbDeviceTest, NowhereToPutADeviceFails) {
+    usb_device_list_h list = nullptr;
+    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    EXPECT_EQ(-EINVAL, usb_device_list_get_first(list, nullptr));
+    EXPECT_EQ(-EINVAL, usb_device_list_get_next(list, nullptr));
+    usb_device_free_device_list(list);
+}
+
+TEST_F(UsbDeviceTest, ListNeedsAnInitializationThatIsNotEnded) {
+    usb_device_list_h list = nullptr;
+    ASSERT_EQ(0, usb_device_init());
+    EXPECT_EQ(0, usb_device_fini());
+    EXPECT_EQ(0, usb_device_get_device_list(&list)); // the fixture's own still holds
+    usb_device_free_device_list(list);
+    EXPECT_EQ(0, usb_device_fini());
+    EXPECT_EQ(-EPERM, usb_device_get_device_list(&list));
+    EXPECT_EQ(-EPERM, usb_device_fini());
+    EXPECT_EQ(0, usb_device_init());
+}
+
+TEST_F(UsbDeviceTest, BadFileLeavesWhatWasKnownAndIsToldOnce) {
+    plug(STICK);
+    EXPECT_EQ(1u, devices().size());
+    write(TEXT + "\nserial\n");
+
+    EXPECT_EQ(path() + ": line 9: Key file contains line “serial” which is not a key-value pair, group, or comment; "
+                       "keeping what was known\n",
+              errorsOf([] {
+                  EXPECT_EQ(1u, devices().size());
+                  EXPECT_EQ(1u, devices().size());
+              }));
+}
+
+TEST_F(UsbDeviceTest, BadFileMeansNoneToAProcessThatKnowsNothing) {
+    write("[sda1]\nmount_path=/a\nvendor_id=0x1234\n");
+
+    EXPECT_EQ(path() + ": line 3: 'vendor_id' in [sda1] is no number of 32 bits: '0x1234'; keeping what was known\n",
+              errorsOf([] {
+                  EXPECT_THAT(devices(), ElementsAre());
+                  EXPECT_THAT(devices(), ElementsAre());
+              }));
+}
+
+TEST_F(UsbDeviceTest, FileThatIsBadAgainIsToldAgain) {
+    write("x");
+    errorsOf([] { devices(); });
+    write(TEXT);
+    EXPECT_EQ("", errorsOf([] { EXPECT_EQ(1u, devices().size()); }));
+    write("x");
+
+    EXPECT_NE("", errorsOf([] { EXPECT_EQ(1u, devices().size()); }));
+}
+
+TEST_F(UsbDeviceTest, ChangeOfABadFileIsRefusedAndLeavesIt) {
+    write("x");
+
+    EXPECT_THROW(plug(STICK), std::runtime_error);
+    EXPECT_EQ("x", m_root.read(FILE_NAME));
+}
+
+TEST_F(UsbDeviceTest, SticksAreWrittenAndReadAgain) {
+    plug(STICK);
+    EXPECT_EQ(TEXT, m_root.read(FILE_NAME));
+    plug({"sdb", std::nullopt, "", "ä\n", std::nullopt, 65535, 0});
+
+    EXPECT_THAT(devices(),
+                ElementsAre("sda1 /mnt/usb/a b S1 Marlow Stick 4660 22136", "sdb <null>  ä\n <null> 65535 0"));
+}
+
+TEST_F(UsbDeviceTest, UniqueIdEndsWhereTheStickTellsNothing) {
+    EXPECT_EQ("S1:Marlow:Stick:4660:22136:1", uniqueIdOf(STICK));
+    EXPECT_EQ("", uniqueIdOf({"sda1", "/a", {}, "m", "p", 1, 2}));
+    EXPECT_EQ("s:", uniqueIdOf({"sda1", "/a", "s", {}, "p", 1, 2}));
+    EXPECT_EQ("s:m:", uniqueIdOf({"sda1", "/a", "s", "m", {}, 1, 2}));
+    EXPECT_EQ("s:m:p:1:2:", uniqueIdOf({"sda", "/a", "s", "m", "p", 1, 2}));
+    EXPECT_EQ("::"
+              ":0:0:12",
+              uniqueIdOf({"sda12", "/a", "", "", "", 0, 0}));
+}
+
+TEST_F(UsbDeviceTest, WritersInSeveralProcessesLoseNothing) {
+    constexpr int WRITERS = 2;
+    constexpr int WRITES = 50;
+    std::vector<std::unique_ptr<ForkedProcess>> writers;
+    for (int writer = 0; writer < WRITERS; ++writer) {
+        writers.push_back(std::make_unique<ForkedProcess>([writer] {
+            for (int number = 0; number < WRITES; ++number) {
+                plug({"sd" + std::to_string(writer * WRITES + number), "/a", {}, {}, {}, 0, 0});
+            }
+            return 0;
+        }));
+    }
+    for (const auto& writer : writers) {
+        EXPECT_EQ(0, writer->wait());
+    }
+    const std::vector<std::string> all = devices();
+    EXPECT_EQ(100u, std::set<std::string>(all.begin(), all.end()).size());
+}
+
+TEST_F(UsbDeviceTest, ReadersSeeWholeFilesWhileOthersWrite) {
+    plug(STICK);
+    ForkedProcess writer([] {
+        for (int number = 0; number < 200; ++number) {
+            KovanHost::changeUsbSticks([&](UsbSticks& sticks) { sticks.front().productId = number; });
+        }
+        return 0;
+    });
+    for (int time = 0; time < 500; ++time) {
+        ASSERT_EQ(1u, KovanHost::loadUsbSticks().size());
+    }
+    EXPECT_EQ(0, writer.wait());
+}
+
+TEST_F(UsbDeviceTest, KilledWriterLeavesTheFileAsItWasOrAsItShallBe) {
+    plug(STICK);
+    const std::string before = m_root.read(FILE_NAME);
+    plug({"sdb1", "/b", {}, {}, {}, 0, 0});
+    const std::string after = m_root.read(FILE_NAME);
+    int point = 0;
+    std::set<std::string> seen;
+    for (bool killed = true; killed; ++point) {
+        write(before);
+        killed = DAX::Tests::killAtSystemCall([] { plug({"sdb1", "/b", {}, {}, {}, 0, 0}); }, point);
+        seen.insert(m_root.read(FILE_NAME));
+    }
+    EXPECT_LT(10, point);
+    EXPECT_EQ((std::set<std::string>{before, after}), seen);
+    plug({"sdc1", "/c", {}, {}, {}, 0, 0}); // no lock is left
+    EXPECT_EQ(3u, devices().size());
+}
