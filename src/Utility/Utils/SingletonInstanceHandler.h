@@ -28,6 +28,9 @@ public:
         return m_instance;
     }
 
+    // One call of it, which it is kept alive over: handler->operation(). There must be an implementation by then.
+    std::shared_ptr<T> operator->() { return getSingletonInstance(); }
+
     // Puts another implementation in; the old one is released before this returns. Null calls the factory again.
     void setImplementationSingleton(std::unique_ptr<T> implementation) {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -16,6 +16,11 @@ struct Implementation {
     explicit Implementation(int theNumber) : number(theNumber) {}
     ~Implementation() { atEnd(); }
 
+    int numberAfter(const std::function<void()>& action) {
+        action();
+        return number;
+    }
+
     const int number;
     std::function<void()> atEnd = [] {};
 };
@@ -78,6 +83,24 @@ TEST_F(SingletonInstanceHandlerTest, LeavesTheOldImplementationToWhoHoldsIt) {
 
     held.reset();
     EXPECT_TRUE(released);
+}
+
+TEST_F(SingletonInstanceHandlerTest, CallsAnOperationOfTheImplementation) {
+    EXPECT_EQ(handler->numberAfter([] {}), 1);
+    EXPECT_EQ(handler->numberAfter([] {}), 1);
+    EXPECT_EQ(made, 1);
+}
+
+TEST_F(SingletonInstanceHandlerTest, KeepsTheImplementationAliveOverTheCall) {
+    bool released = false;
+    handler.getSingletonInstance()->atEnd = [&released] { released = true; };
+    const int number = handler->numberAfter([&] {
+        handler.setImplementationSingleton(std::make_unique<Implementation>(7));
+        EXPECT_FALSE(released);
+    });
+    EXPECT_EQ(number, 1);
+    EXPECT_TRUE(released);
+    EXPECT_EQ(handler->number, 7);
 }
 
 TEST_F(SingletonInstanceHandlerTest, MakesAnotherAfterTheImplementationWasTakenOut) {

@@ -13,151 +13,146 @@ using boost::filesystem::path;
 
 Common::Utils::SingletonInstanceHandler<IProductPathsImpl> singletonHandler(defaultProductPaths);
 
-template <class Result>
-Result call(Result (IProductPathsImpl::*operation)()) {
-    return (*singletonHandler.getSingletonInstance().*operation)();
-}
-
 } // namespace
 
 path IProductPaths::getFlashDeviceRootPath() {
-    return call(&IProductPathsImpl::m_getFlashDeviceRootPath);
+    return singletonHandler->m_getFlashDeviceRootPath();
 }
 
 path IProductPaths::getDAXPartitionPath() {
-    return call(&IProductPathsImpl::m_getDAXPartitionPath);
+    return singletonHandler->m_getDAXPartitionPath();
 }
 
 path IProductPaths::getDAXBigTempPath() {
-    return call(&IProductPathsImpl::m_getDAXBigTempPath);
+    return singletonHandler->m_getDAXBigTempPath();
 }
 
 path IProductPaths::getPostponeUpdateRWStoragePath() {
-    return call(&IProductPathsImpl::m_getPostponeUpdateRWStoragePath);
+    return singletonHandler->m_getPostponeUpdateRWStoragePath();
 }
 
 path IProductPaths::getFileSystemRootPath() {
-    return call(&IProductPathsImpl::m_getFileSystemRootPath);
+    return singletonHandler->m_getFileSystemRootPath();
 }
 
 path IProductPaths::getSystemUsrAppsROPath() {
-    return call(&IProductPathsImpl::m_getSystemUsrAppsROPath);
+    return singletonHandler->m_getSystemUsrAppsROPath();
 }
 
 path IProductPaths::getSystemUsrBinPath() {
-    return call(&IProductPathsImpl::m_getSystemUsrBinPath);
+    return singletonHandler->m_getSystemUsrBinPath();
 }
 
 path IProductPaths::getUSBMountPath() {
-    return call(&IProductPathsImpl::m_getUSBMountPath);
+    return singletonHandler->m_getUSBMountPath();
 }
 
 path IProductPaths::getLastSearchingDateFilePath() {
-    return call(&IProductPathsImpl::m_getLastSearchingDateFilePath);
+    return singletonHandler->m_getLastSearchingDateFilePath();
 }
 
 path IProductPaths::getLastPluginFailureFlagFilePath() {
-    return call(&IProductPathsImpl::m_getLastPluginFailureFlagFilePath);
+    return singletonHandler->m_getLastPluginFailureFlagFilePath();
 }
 
 path IProductPaths::getDAXFactoryResetFlagPath() {
-    return call(&IProductPathsImpl::m_getDAXFactoryResetFlagPath);
+    return singletonHandler->m_getDAXFactoryResetFlagPath();
 }
 
 path IProductPaths::getDAXFinalizingUpgradeFlagPath() {
-    return call(&IProductPathsImpl::m_getDAXFinalizingUpgradeFlagPath);
+    return singletonHandler->m_getDAXFinalizingUpgradeFlagPath();
 }
 
 path IProductPaths::getRofsScriptsDirectory() {
-    return call(&IProductPathsImpl::m_getRofsScriptsDirectory);
+    return singletonHandler->m_getRofsScriptsDirectory();
 }
 
 path IProductPaths::getBackupPath() {
-    return call(&IProductPathsImpl::m_getBackupPath);
+    return singletonHandler->m_getBackupPath();
 }
 
 path IProductPaths::getUpdateInfoFilePath() {
-    return call(&IProductPathsImpl::m_getUpdateInfoFilePath);
+    return singletonHandler->m_getUpdateInfoFilePath();
 }
 
 path IProductPaths::getOOBEAckUpdateInfoFilePath() {
-    return call(&IProductPathsImpl::m_getOOBEAckUpdateInfoFilePath);
+    return singletonHandler->m_getOOBEAckUpdateInfoFilePath();
 }
 
 path IProductPaths::getInstallationLockPath() {
-    return call(&IProductPathsImpl::m_getInstallationLockPath);
+    return singletonHandler->m_getInstallationLockPath();
 }
 
 path IProductPaths::getKPIDescriptionFilePath() {
-    return call(&IProductPathsImpl::m_getKPIDescriptionFilePath);
+    return singletonHandler->m_getKPIDescriptionFilePath();
 }
 
 path IProductPaths::getResourcePath() {
-    return call(&IProductPathsImpl::m_getResourcePath);
+    return singletonHandler->m_getResourcePath();
 }
 
 path IProductPaths::getLanguageResourcePath() {
-    return call(&IProductPathsImpl::m_getLanguageResourcePath);
+    return singletonHandler->m_getLanguageResourcePath();
 }
 
 path IProductPaths::getCertificateFilePath() {
-    return call(&IProductPathsImpl::m_getCertificateFilePath);
+    return singletonHandler->m_getCertificateFilePath();
 }
 
 path IProductPaths::getSourcePartitionNotGenuineFlagPath() {
-    return call(&IProductPathsImpl::m_getSourcePartitionNotGenuineFlagPath);
+    return singletonHandler->m_getSourcePartitionNotGenuineFlagPath();
 }
 
 path IProductPaths::getDAXAutoUpgradeActivationFilePath() {
-    return call(&IProductPathsImpl::m_getDAXAutoUpgradeActivationFilePath);
+    return singletonHandler->m_getDAXAutoUpgradeActivationFilePath();
 }
 
 path IProductPaths::getDAXUsingDebugKeyPath() {
-    return call(&IProductPathsImpl::m_getDAXUsingDebugKeyPath);
+    return singletonHandler->m_getDAXUsingDebugKeyPath();
 }
 
 path IProductPaths::getDAXDownloadedFilesPath() {
-    return call(&IProductPathsImpl::m_getDAXDownloadedFilesPath);
+    return singletonHandler->m_getDAXDownloadedFilesPath();
 }
 
 path IProductPaths::getUpdateDetailsDataPath() {
-    return call(&IProductPathsImpl::m_getUpdateDetailsDataPath);
+    return singletonHandler->m_getUpdateDetailsDataPath();
 }
 
 path IProductPaths::getUpdateDetailsFilePath() {
-    return call(&IProductPathsImpl::m_getUpdateDetailsFilePath);
+    return singletonHandler->m_getUpdateDetailsFilePath();
 }
 
 path IProductPaths::getUpdateDetailsSchemaPath() {
-    return call(&IProductPathsImpl::m_getUpdateDetailsSchemaPath);
+    return singletonHandler->m_getUpdateDetailsSchemaPath();
 }
 
 path IProductPaths::getNotificationCounterDirPath() {
-    return call(&IProductPathsImpl::m_getNotificationCounterDirPath);
+    return singletonHandler->m_getNotificationCounterDirPath();
 }
 
 path IProductPaths::getOSUpgradeDirPath() {
-    return call(&IProductPathsImpl::m_getOSUpgradeDirPath);
+    return singletonHandler->m_getOSUpgradeDirPath();
 }
 
 std::vector<path> IProductPaths::getOSUpgradeLogFiles() {
-    return call(&IProductPathsImpl::m_getOSUpgradeLogFiles);
+    return singletonHandler->m_getOSUpgradeLogFiles();
 }
 
 path IProductPaths::getIraNdfDirPath() {
-    return call(&IProductPathsImpl::m_getIraNdfDirPath);
+    return singletonHandler->m_getIraNdfDirPath();
 }
 
 path IProductPaths::getUpdateMainContentsInfoDataPath() {
-    return call(&IProductPathsImpl::m_getUpdateMainContentsInfoDataPath);
+    return singletonHandler->m_getUpdateMainContentsInfoDataPath();
 }
 
 path IProductPaths::getWOCDaxInfoCandidatePath() {
-    return call(&IProductPathsImpl::m_getWOCDaxInfoCandidatePath);
+    return singletonHandler->m_getWOCDaxInfoCandidatePath();
 }
 
 path IProductPaths::getWOCDaxInfoApprovedPath() {
-    return call(&IProductPathsImpl::m_getWOCDaxInfoApprovedPath);
+    return singletonHandler->m_getWOCDaxInfoApprovedPath();
 }
 
 void ProductPaths::Details::setImplementationSingleton(std::unique_ptr<IProductPathsImpl> implementation) {
