@@ -1,0 +1,31 @@
+#pragma once
+
+#include <list>
+
+#include "Utility/Utils/RegisterableSingleton.h"
+#include "Utility/Utils/SingletonsID.h"
+
+namespace DAX {
+namespace Platform {
+
+// The registered singleton that starts the device's USB library, and ends it with its own end. A program that lists USB
+// devices marks it as needed. Any thread may ask it.
+class UsbDeviceInitializer : public Common::Utils::RegisterableSingleton {
+public:
+    static Common::Utils::SingletonsID getID() { return Common::Utils::SINGLETON_USB_DEVICE_INITIALIZER; }
+    static std::list<Common::Utils::SingletonsID> getRequirements() { return {}; }
+
+    ~UsbDeviceInitializer() override;
+
+    // USBAPIException, with the library's result, when the library did not start.
+    void throwIfUninitialized() const;
+
+protected:
+    UsbDeviceInitializer();
+
+private:
+    const int m_result;
+};
+
+} // namespace Platform
+} // namespace DAX
