@@ -1,0 +1,90 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace DAX {
+namespace Platform {
+
+class ISystemInfoImpl;
+
+// The device's identifiers and a few of its user's settings. Nothing is cached; any thread may call, and nothing orders
+// those who read and write one setting. Operations without a comment are told with the one above them.
+class ISystemInfo {
+public:
+    // How a submodel is asked for: with the letter of the device's zone put in, or as it is stored.
+    enum ZoneType : int { WITH_OTN_ZONE = 0, AS_STORED = 1 };
+
+    // The device's id. VConfException when the store fails, GenericException when it is empty.
+    static std::string getDuid();
+
+    // The access token, which is in the store while the device runs. VConfException when the store fails.
+    static std::string getAtoken();
+
+    // The server that updates come from; empty when the store fails.
+    static std::string getOtnUrl();
+
+    // VConfException when the store fails.
+    static bool isTermsConditionsAccepted();
+
+    // As getDuid.
+    static std::string getFirmwareVersion();
+
+    // Two letters, or nothing.
+    static std::string getCountryCode();
+
+    // The platform's facts, by their number. GenericException with the platform's failure.
+    static int getSystemInfoInt(int key);
+    static bool getSystemInfoBool(int key);
+    static std::string getSystemInfoString(int key);
+
+    // The platform's other facts, by their text; as above.
+    static bool getSystemInfoCustomBool(const char* key);
+    static int getSystemInfoCustomInt(const char* key);
+    static std::string getSystemInfoCustomString(const char* key);
+
+    // The submodel on the device, and the one that the user chose; the model's own without one. What
+    // IProductInfo::getModelString throws passes.
+    static std::string getFlashedSubModelString();
+
+    // A failed write is logged, here and in the other setters down to setMsdVersions, but for saveCurrentVersionString.
+    static void setFlashedSubModelString(const std::string& submodel);
+    static std::string getSelectedSubModelString(ZoneType zone);
+    static std::string getSelectedSubModelOrEmptyString();
+
+    // Keeps nothing for the model itself, with its own letter or with the zone's, and does nothing with an empty text.
+    // std::out_of_range for a device in a zone whose model has no name.
+    static void setSelectedSubModelString(const std::string& submodel);
+    static bool isAnySubmodelSelected();
+    static bool isAnySubmodelFound();
+    static void setAnySubmodelFlag(bool found);
+
+    // Keeps the software's version over an upgrade. GenericException when the store fails; what
+    // IProductInfo::getVersionString throws passes.
+    static void saveCurrentVersionString();
+    static std::string loadCurrentVersionString();
+
+    // Until power-off; empty when the store fails.
+    static void setMsdFolderPath(const std::string& folder);
+    static std::string getMsdFolderPath();
+    static void setMsdVersions(const std::string& versions);
+    static std::string getMsdVersions();
+
+    // VConfException when the store fails.
+    static bool isHighContrastMode();
+
+    // In seconds; the default unless the user chose another time.
+    static int getAccessibilityActCustomTimeout(int defaultSeconds);
+};
+
+namespace SystemInfo {
+namespace Details {
+
+// Puts another implementation in place of the device's own.
+void setImplementationSingleton(std::unique_ptr<ISystemInfoImpl> implementation);
+
+} // namespace Details
+} // namespace SystemInfo
+
+} // namespace Platform
+} // namespace DAX
