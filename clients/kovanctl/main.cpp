@@ -10,5 +10,8 @@ int main(int argc, char** argv) {
     clients_common::addJsonFlag(app, line);
     kovanctl::addSettingCommands(app, line);
     kovanctl::addPowerCommands(app, line);
+    kovanctl::addInfoCommands(app, line);
+    kovanctl::addDeviceCommands(app, line);
+    kovanctl::addUsbCommands(app, line);
     return clients_common::run(app, line, argc, argv);
 }

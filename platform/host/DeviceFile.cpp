@@ -3,6 +3,7 @@
 #include "AppendFile.h"
 #include "KnownFile.h"
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -127,6 +128,15 @@ void changeDevice(const std::function<void(KeyFile&)>& change) {
     file().change([&](Device& device) {
         device = device ? device : std::make_shared<KeyFile>();
         change(*device);
+    });
+}
+
+void writeDefaultDevice(bool evenOverAnother) {
+    file().changeEvenIfBad([=](Device& device) {
+        if (!evenOverAnother && std::filesystem::exists(devicePath())) {
+            throw std::runtime_error(devicePath() + ": there is one already");
+        }
+        device = std::make_shared<KeyFile>(defaultDeviceText());
     });
 }
 

@@ -41,4 +41,8 @@ KeyFile loadDevice();
 // written.
 void changeDevice(const std::function<void(KeyFile&)>& change);
 
+// Writes defaultDeviceText(). std::runtime_error with the path when there is a file already, unless it shall be
+// replaced.
+void writeDefaultDevice(bool evenOverAnother);
+
 } // namespace KovanHost

@@ -1,0 +1,211 @@
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "host/DeviceFile.h"
+#include "kovanctl/Commands.h"
+#include "kovanctl/SettingValue.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+namespace kovanctl {
+
+namespace {
+
+using clients_common::CommandLine;
+using clients_common::EXIT_DONE;
+using KovanHost::DeviceFact;
+using KovanHost::KeyFile;
+using KovanHost::SettingsValue;
+using Json = nlohmann::ordered_json;
+
+const char* const KEY_HELP = "The key, GROUP/NAME as in etc/kovan/device.ini; info list shows those with a default";
+
+struct Arguments {
+    std::string key;
+    std::string value;
+    std::string prefix;
+};
+
+struct Key {
+    std::string group;
+    std::string name;
+};
+
+struct Info {
+    std::string key;
+    SettingsValue value;
+    bool isGiven; // by the device file
+};
+
+Key parseKey(const std::string& text) {
+    const std::size_t slash = std::min(text.find('/'), text.size());
+    return {text.substr(0, slash), text.substr(std::min(slash + 1, text.size()))};
+}
+
+std::string textOf(const Key& key) {
+    return key.group + "/" + key.name;
+}
+
+bool isNumberWithoutName(const std::string& text) {
+    int number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return std::to_string(number) == text && KovanHost::findFact(number) == nullptr;
+}
+
+// What only the device file can give.
+bool isFreeKey(const Key& key) {
+    return (key.group == KovanHost::FEATURES && !key.name.empty()) ||
+           (key.group == KovanHost::SYSTEM_INFO && isNumberWithoutName(key.name));
+}
+
+SettingsValue toSettingsValue(const KovanHost::FactValue& value) {
+    return std::visit([](const auto& held) { return SettingsValue(held); }, value);
+}
+
+// As it stands, where it is no text.
+std::string givenText(const KeyFile& device, const Key& key) {
+    try {
+        return device.get<std::string>(key.group, key.name).value_or("");
+    } catch (const std::runtime_error&) {
+        return device.raw(key.group, key.name).value_or("");
+    }
+}
+
+std::optional<Info> find(const KeyFile& device, const Key& key) {
+    const bool isGiven = device.raw(key.group, key.name).has_value();
+    if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
+        return Info{textOf(key), toSettingsValue(KovanHost::valueOf(*fact)), isGiven};
+    }
+    return isGiven && isFreeKey(key) ? std::optional<Info>({textOf(key), givenText(device, key), true}) : std::nullopt;
+}
+
+// Those with a default, and then what else the file gives.
+std::vector<Info> findAll(const KeyFile& device) {
+    std::vector<Key> keys;
+    for (const DeviceFact& fact : KovanHost::deviceFacts()) {
+        keys.push_back({fact.group, fact.name});
+    }
+    for (const char* group : {KovanHost::SYSTEM_INFO, KovanHost::FEATURES}) {
+        for (const std::string& name : device.keys(group)) {
+            if (KovanHost::findFact(group, name) == nullptr) {
+                keys.push_back({group, name});
+            }
+        }
+    }
+    std::vector<Info> infos;
+    for (const Key& key : keys) {
+        if (const std::optional<Info> info = find(device, key)) {
+            infos.push_back(*info);
+        }
+    }
+    return infos;
+}
+
+Json describe(const Info& info) {
+    return {{"key", info.key}, {"type", typeOf(info.value)}, {"value", toJson(info.value)}, {"given", info.isGiven}};
+}
+
+[[noreturn]] void refuseUnknown(const std::string& key) {
+    throw clients_common::Refusal("'" + key + "': there is no such fact");
+}
+
+int get(const std::string& key, bool json) {
+    const std::optional<Info> info = find(KovanHost::loadDevice(), parseKey(key));
+    if (!info) {
+        refuseUnknown(key);
+    }
+    if (json) {
+        clients_common::printJson(describe(*info));
+    } else {
+        std::cout << toText(info->value) << std::endl;
+    }
+    return EXIT_DONE;
+}
+
+SettingsValue parseFact(const Key& key, const std::string& text) {
+    if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
+        return parseValue(typeOf(toSettingsValue(fact->fallback)), text);
+    }
+    if (!isFreeKey(key)) {
+        refuseUnknown(textOf(key));
+    }
+    return text;
+}
+
+int set(const Arguments& arguments, bool json) {
+    const Key key = parseKey(arguments.key);
+    const SettingsValue value = parseFact(key, arguments.value);
+    KovanHost::changeDevice([&](KeyFile& device) { device.set(key.group, key.name, toText(value)); });
+    if (json) {
+        clients_common::printJson(describe({arguments.key, value, true}));
+    }
+    return EXIT_DONE;
+}
+
+int list(const std::string& prefix, bool json) {
+    Json document = Json::array();
+    for (const Info& info : findAll(KovanHost::loadDevice())) {
+        if (info.key.compare(0, prefix.size(), prefix) == 0) {
+            document.push_back(describe(info));
+        }
+    }
+    if (json) {
+        clients_common::printJson(document);
+        return EXIT_DONE;
+    }
+    for (const Json& info : document) {
+        std::cout << info["key"].get<std::string>() << ' ' << info["type"].get<std::string>() << ' '
+                  << info["value"].dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    }
+    return EXIT_DONE;
+}
+
+int init(bool force, bool json) {
+    KovanHost::writeDefaultDevice(force);
+    if (json) {
+        clients_common::printJson({{"path", KovanHost::devicePath()}});
+    } else {
+        std::cout << KovanHost::devicePath() << std::endl;
+    }
+    return EXIT_DONE;
+}
+
+} // namespace
+
+void addInfoCommands(CLI::App& app, CommandLine& line) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App& group = clients_common::addGroup(app, line, "info", "The device's facts");
+
+    CLI::App& getCommand = clients_common::addCommand(group, line, "get", "Print what holds for a fact",
+                                                      [=, &line] { return get(arguments->key, line.json); });
+    getCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+
+    CLI::App& setCommand =
+        clients_common::addCommand(group, line, "set", "Write a fact into the device file; all other lines stay",
+                                   [=, &line] { return set(*arguments, line.json); });
+    setCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+    setCommand
+        .add_option("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
+        ->required();
+
+    CLI::App& listCommand = clients_common::addCommand(
+        group, line, "list", "Print all facts, one a line: the key, the type and the value, as JSON writes it",
+        [=, &line] { return list(arguments->prefix, line.json); });
+    listCommand.add_option("PREFIX", arguments->prefix, "Only those whose keys begin with it");
+}
+
+void addDeviceCommands(CLI::App& app, CommandLine& line) {
+    const auto force = std::make_shared<bool>(false);
+    CLI::App& group = clients_common::addGroup(app, line, "device", "The device file, etc/kovan/device.ini");
+
+    CLI::App& initCommand =
+        clients_common::addCommand(group, line, "init", "Write one that says all the defaults, with comments",
+                                   [=, &line] { return init(*force, line.json); });
+    initCommand.add_flag("--force", *force, "Write it over one that exists");
+}
+
+} // namespace kovanctl

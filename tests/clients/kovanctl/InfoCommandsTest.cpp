@@ -1,0 +1,283 @@
+#include "clients/kovanctl/KovanctlTest.h"
+#include "system_info.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+using namespace DAX::Tests;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Json = nlohmann::json;
+
+namespace {
+
+const char* const FILE_NAME = "etc/kovan/device.ini";
+
+class InfoCommandsTest : public KovanctlTest {
+protected:
+    static FinishedRun info(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "info");
+        return kovanctl(arguments);
+    }
+
+    static std::string get(const std::string& key) { return info({"get", key}).output; }
+
+    void device(const std::string& text) const { m_root.write(FILE_NAME, text); }
+    std::string device() const { return m_root.read(FILE_NAME); }
+    std::string path() const { return (m_root / FILE_NAME).string(); }
+};
+
+struct Known {
+    const char* key;
+    const char* type;
+    const char* shown;
+    Json value;
+    const char* other;
+};
+
+class KnownFactTest : public InfoCommandsTest, public testing::WithParamInterface<Known> {};
+
+struct Mistaken {
+    const char* key;
+    const char* type;
+    const char* text;
+};
+
+class WrongFactTest : public InfoCommandsTest, public testing::WithParamInterface<Mistaken> {};
+class UnknownFactTest : public InfoCommandsTest, public testing::WithParamInterface<const char*> {};
+
+const std::string HEIGHT = "features/com.velmora/featureconf/panel_resolution_height";
+
+} // namespace
+
+TEST_P(KnownFactTest, HasItsDefaultUntilItIsGiven) {
+    const Known& fact = GetParam();
+    const FinishedRun run = info({"get", fact.key});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ(std::string(fact.shown) + "\n", run.output);
+    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(Json({{"key", fact.key}, {"type", fact.type}, {"value", fact.value}, {"given", false}}),
+              Json::parse(info({"get", "--json", fact.key}).output));
+}
+
+TEST_P(KnownFactTest, IsWhatWasSet) {
+    const Known& fact = GetParam();
+    const FinishedRun run = info({"set", fact.key, "--", fact.other});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ("", run.output + run.errors);
+    EXPECT_EQ(std::string(fact.other) + "\n", get(fact.key));
+    EXPECT_TRUE(Json::parse(info({"get", "--json", fact.key}).output).at("given").get<bool>());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Facts, KnownFactTest,
+    testing::Values(Known{"software/production", "bool", "false", false, "true"},
+                    Known{"directories/apps", "string", "/usr/apps", "/usr/apps", "/a b"},
+                    Known{"system_info/software_version", "string", "T-MARLOW-1666.1", "T-MARLOW-1666.1", ""},
+                    Known{"system_info/localset", "string", "EU", "EU", " two\nlines\\"},
+                    Known{"system_info/otn_onoff", "int", "1", 1, "0"},
+                    Known{"features/com.velmora/featureconf/iwb_support", "bool", "false", false, "true"},
+                    Known{"plantcfg/localset", "int", "1", 1, "-7"}));
+
+TEST_P(WrongFactTest, IsWrongUsageAndWritesNothing) {
+    const Mistaken& value = GetParam();
+
+    expectFailure(info({"set", value.key, "--", value.text}), WRONG_USAGE,
+                  std::string("kovanctl: '") + value.text + "' is not of type " + value.type + "\n");
+    EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Facts, WrongFactTest,
+                         testing::Values(Mistaken{"software/production", "bool", "perhaps"},
+                                         Mistaken{"system_info/otn_onoff", "int", "on"},
+                                         Mistaken{"system_info/otn_onoff", "int", "2147483648"},
+                                         Mistaken{"plantcfg/model", "int", ""}));
+
+TEST_P(UnknownFactTest, IsRefused) {
+    const std::string message = std::string("kovanctl: '") + GetParam() + "': there is no such fact\n";
+
+    expectFailure(info({"get", GetParam()}), REFUSED, message);
+    EXPECT_EQ(REFUSED, info({"set", GetParam(), "1"}).end);
+    EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Facts, UnknownFactTest,
+                         testing::Values("localset", "system_info/nothing", "system_info/128", "system_info/007",
+                                         "plantcfg/12345", "other/localset", "features/", "/", "",
+                                         "com.velmora/featureconf/iwb_support"));
+
+TEST_F(InfoCommandsTest, OtherNumbersAndFeaturesAreTextsThatMayBeGiven) {
+    expectFailure(info({"get", "system_info/12345"}), REFUSED,
+                  "kovanctl: 'system_info/12345': there is no such fact\n");
+    EXPECT_EQ(DONE, info({"set", "system_info/12345", "7"}).end);
+    EXPECT_EQ(DONE, info({"set", "features/com.velmora/other", "a b"}).end);
+
+    EXPECT_EQ("7\n", get("system_info/12345"));
+    EXPECT_EQ(Json({{"key", "features/com.velmora/other"}, {"type", "string"}, {"value", "a b"}, {"given", true}}),
+              Json::parse(info({"get", "features/com.velmora/other", "--json"}).output));
+}
+
+TEST_F(InfoCommandsTest, WritesWhatThePlatformReads) {
+    int number = 0;
+    info({"set", HEIGHT, "540"});
+    EXPECT_EQ(0, system_info_get_custom_int("com.velmora/featureconf/panel_resolution_height", &number));
+    EXPECT_EQ(540, number);
+    info({"set", "system_info/12345", "7"});
+    EXPECT_EQ(0, system_info_get_value_int(static_cast<system_info_key_e>(12345), &number));
+    EXPECT_EQ(7, number);
+}
+
+TEST_F(InfoCommandsTest, SetKeepsCommentsAndOtherLines) {
+    device("# mine\n[system_info]\n# where\nlocalset=EU\nodd = 1\n\n# more\n[plantcfg]\nmodel=2\n");
+    info({"set", "system_info/localset", "US"});
+    info({"set", "system_info/otn_onoff", "0"});
+
+    EXPECT_EQ("# mine\n[system_info]\n# where\nlocalset=US\nodd = 1\notn_onoff=0\n\n# more\n[plantcfg]\nmodel=2\n",
+              device());
+}
+
+TEST_F(InfoCommandsTest, SetWithJsonSaysWhatHolds) {
+    EXPECT_EQ(Json({{"key", HEIGHT}, {"type", "int"}, {"value", 540}, {"given", true}}),
+              Json::parse(info({"set", HEIGHT, "540", "--json"}).output));
+}
+
+TEST_F(InfoCommandsTest, BoolIsWrittenAsAWord) {
+    info({"set", "software/production", "1"});
+    EXPECT_EQ("[software]\nproduction=true\n", device());
+}
+
+TEST_F(InfoCommandsTest, SetRefusesWhatTheFileCannotHold) {
+    expectFailure(info({"set", "features/a=b", "1"}), REFUSED, "kovanctl: 'a=b' cannot be a name in a key file\n");
+    expectFailure(info({"set", "features/a", "\xff"}), REFUSED, "kovanctl: '\xef\xbf\xbd' is no UTF-8 text\n");
+    expectFailure(info({"set", "features/a", std::string(70000, 'x')}), REFUSED,
+                  "kovanctl: " + path() + ": larger than 65536 bytes\n");
+    EXPECT_EQ("", device());
+}
+
+TEST_F(InfoCommandsTest, FileThatCannotBeWrittenIsRefused) {
+    m_root.write("etc", "a file where a folder has to be");
+
+    expectFailure(info({"set", "plantcfg/model", "2"}), REFUSED,
+                  "kovanctl: " + (m_root / "etc/kovan").string() + ": Not a directory\n");
+}
+
+TEST_F(InfoCommandsTest, BadFileIsRefusedByAllAndStays) {
+    device("[plantcfg]\nmodel\n");
+    const std::string reason =
+        path() + ": line 2: Key file contains line “model” which is not a key-value pair, group, or comment";
+
+    expectFailure(info({"get", "plantcfg/model"}), REFUSED, "kovanctl: " + reason + "\n");
+    expectFailure(info({"list"}), REFUSED, "kovanctl: " + reason + "\n");
+    expectFailure(info({"set", "plantcfg/model", "2"}), REFUSED, "kovanctl: " + reason + "\n");
+    EXPECT_EQ(Json({{"error", reason}}), Json::parse(info({"get", "plantcfg/model", "--json"}).output));
+    EXPECT_EQ("[plantcfg]\nmodel\n", device());
+}
+
+TEST_F(InfoCommandsTest, ValueOfTheWrongTypeIsToldAndTheDefaultHolds) {
+    device("[plantcfg]\nmodel=M\n");
+    const FinishedRun run = info({"get", "plantcfg/model"});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ("1\n", run.output);
+    EXPECT_EQ(path() + ": line 2: 'model' in [plantcfg] is no number of 32 bits: 'M'; using the default\n", run.errors);
+    EXPECT_EQ(DONE, info({"set", "plantcfg/model", "2"}).end);
+    EXPECT_EQ("2\n", get("plantcfg/model"));
+}
+
+TEST_F(InfoCommandsTest, ListShowsAllAndWhatElseIsGiven) {
+    device(
+        "[system_info]\nlocalset=US\n12345=7\nnothing=1\n[features]\ncom.velmora/a=two\\nlines\nb=\\q\n[other]\nc=1\n");
+    const FinishedRun run = info({"list"});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_THAT(run.output, StartsWith("software/production bool false\ndirectories/apps string \"/usr/apps\"\n"));
+    EXPECT_THAT(run.output, HasSubstr("\nsystem_info/localset string \"US\"\n"));
+    EXPECT_THAT(run.output, testing::EndsWith("\nplantcfg/localset int 1\n"
+                                              "system_info/12345 string \"7\"\n"
+                                              "features/com.velmora/a string \"two\\nlines\"\n"
+                                              "features/b string \"\\\\q\"\n"));
+    EXPECT_EQ("", run.errors);
+}
+
+TEST_F(InfoCommandsTest, ListTakesAPrefix) {
+    EXPECT_EQ("plantcfg/model int 1\nplantcfg/localset int 1\n", info({"list", "plantcfg"}).output);
+    EXPECT_EQ(HEIGHT + " int 2160\n", info({"list", HEIGHT}).output);
+    EXPECT_EQ("", info({"list", "nothing"}).output);
+    EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
+}
+
+TEST_F(InfoCommandsTest, ListWithJsonIsAnArrayOfRecords) {
+    device("[plantcfg]\nmodel=2\n");
+
+    EXPECT_EQ(Json::array({{{"key", "plantcfg/model"}, {"type", "int"}, {"value", 2}, {"given", true}},
+                           {{"key", "plantcfg/localset"}, {"type", "int"}, {"value", 1}, {"given", false}}}),
+              Json::parse(info({"list", "plantcfg/", "--json"}).output));
+    EXPECT_EQ(Json::array(), Json::parse(info({"list", "nothing", "--json"}).output));
+}
+
+TEST_F(InfoCommandsTest, InitWritesAFileThatSaysTheDefaults) {
+    const std::string before = info({"list"}).output;
+    const FinishedRun run = kovanctl({"device", "init"});
+
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ(path() + "\n", run.output);
+    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(before, info({"list"}).output);
+    for (const Json& fact : Json::parse(info({"list", "--json"}).output)) {
+        EXPECT_TRUE(fact.at("given").get<bool>()) << fact;
+    }
+    EXPECT_THAT(device(), HasSubstr("\n[plantcfg]\n# The number of the model\nmodel=1\n"));
+}
+
+TEST_F(InfoCommandsTest, InitLeavesAFileThatExists) {
+    device("[plantcfg]\nmodel=2\n");
+
+    expectFailure(kovanctl({"device", "init"}), REFUSED, "kovanctl: " + path() + ": there is one already\n");
+    EXPECT_EQ("[plantcfg]\nmodel=2\n", device());
+}
+
+TEST_F(InfoCommandsTest, InitByForceReplacesAnyFile) {
+    kovanctl({"device", "init"});
+    const std::string defaults = device();
+    device("[plantcfg]\nmodel=2\n");
+    EXPECT_EQ(DONE, kovanctl({"device", "init", "--force"}).end);
+    EXPECT_EQ(defaults, device());
+    device("bad");
+    EXPECT_EQ(Json({{"path", path()}}), Json::parse(kovanctl({"device", "init", "--force", "--json"}).output));
+    EXPECT_EQ(defaults, device());
+}
+
+TEST_F(InfoCommandsTest, IncompleteOrUnknownCommandIsWrongUsage) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"info"},
+                                                      {"info", "get"},
+                                                      {"info", "set", "plantcfg/model"},
+                                                      {"info", "get", "plantcfg/model", "more"},
+                                                      {"info", "nothing"},
+                                                      {"device"},
+                                                      {"device", "init", "more"}}) {
+        const FinishedRun run = kovanctl(arguments);
+        EXPECT_EQ(WRONG_USAGE, run.end) << testing::PrintToString(arguments);
+        EXPECT_EQ("", run.output);
+        EXPECT_NE("", run.errors);
+    }
+}
+
+TEST_F(InfoCommandsTest, HelpIsThereAtEveryPlace) {
+    for (const std::vector<std::string>& place : {std::vector<std::string>{"info"},
+                                                  {"info", "get"},
+                                                  {"info", "set"},
+                                                  {"info", "list"},
+                                                  {"device"},
+                                                  {"device", "init"}}) {
+        std::vector<std::string> arguments = place;
+        arguments.push_back("--help");
+        const FinishedRun run = kovanctl(arguments);
+        EXPECT_EQ(DONE, run.end);
+        EXPECT_THAT(run.output, HasSubstr("Usage: kovanctl"));
+        EXPECT_THAT(run.output, HasSubstr("--json"));
+    }
+}
