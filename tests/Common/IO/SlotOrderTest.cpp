@@ -1,6 +1,3 @@
-#include <cstddef>
-#include <cstring>
-
 #include <gmock/gmock.h>
 
 #include "Common/IO/ISerializer.h"
@@ -8,28 +5,14 @@
 #include "Common/IO/IStream.h"
 #include "Common/IO/ITransactionalEntity.h"
 #include "Utility/Utils/IDebugName.h"
+#include "support/Slots.h"
 
-// The place of each virtual operation in its table is a promise to programs that were built before.
 namespace DAX {
 namespace Tests {
 namespace {
 
 using namespace Common::IO;
 using testing::ElementsAre;
-
-// A pointer to a virtual operation holds its offset in the table; the machines differ in the lowest bit.
-template <class Operation>
-std::size_t slotOf(Operation operation) {
-    std::size_t offset = 0;
-    static_assert(sizeof(operation) >= sizeof(offset), "the offset comes first");
-    std::memcpy(&offset, &operation, sizeof(offset));
-    return offset / sizeof(void*);
-}
-
-template <class... Operations>
-std::vector<std::size_t> slotsOf(Operations... operations) {
-    return {slotOf(operations)...};
-}
 
 // The destructor takes slots 0 and 1.
 TEST(SlotOrder, OfStreams) {

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace DAX {
+namespace Platform {
+
+// What the verification of an external application came to, as the settings store numbers it.
+enum class ExternalAppVerificationResult : int { NONE = 0, PENDING = 1, ACCEPTED = 2, REJECTED = 3 };
+
+} // namespace Platform
+} // namespace DAX

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace DAX {
+namespace Platform {
+namespace ModifiedPartitionsMarkers {
+
+// The marker of modified partitions: an empty file in several places, one of which is enough. The operations are those
+// of ISystemControl.
+
+void set();
+bool isAnySet();
+void remove();
+
+} // namespace ModifiedPartitionsMarkers
+} // namespace Platform
+} // namespace DAX

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace Platform {
+namespace SettingAccess {
+
+// How the settings for the user interface are read and written. Keys are whole.
+
+// Logs the operation with its argument, and writes; a failure is logged. False when it failed.
+template <class T>
+bool announceAndSet(const char* operation, const char* key, const T& value) {
+    DAX_LOG(INF) << "CSystemControl::" << operation << "(" << value << ")";
+    try {
+        VConfT<T>(key).set(value);
+        return true;
+    } catch (const VConfException&) {
+        DAX_LOG(ERR) << "Cannot set value for VConf key: " << key;
+        return false;
+    }
+}
+
+// The same; a failure is thrown with this description as well.
+template <class T>
+void announceAndSet(const char* operation, const char* key, const T& value, const char* failure) {
+    if (!announceAndSet(operation, key, value)) {
+        DAX_THROW(Common::Utils::GenericException(), Common::Utils::errinfo_description(failure));
+    }
+}
+
+// The value; the default, with a log line, when the store fails.
+template <class T>
+T getOrDefault(const char* key, const T& defaultValue) {
+    try {
+        return VConfT<T>(key).get();
+    } catch (const VConfException&) {
+        DAX_LOG(ERR) << "Cannot get the value from VConf variable: " << key
+                     << ". Returning default value: " << defaultValue;
+        return defaultValue;
+    }
+}
+
+// Throws unless the value is one of the enumeration's, from 0 to `last`.
+inline int checked(const char* key, int value, int last) {
+    if (value < 0 || value > last) {
+        DAX_LOG(ERR) << "Incorrect VConf value of key: " << key << ", value = " << value;
+        DAX_THROW(Common::Utils::GenericException(), "Incorrect value stored in VConf: " << value);
+    }
+    return value;
+}
+
+} // namespace SettingAccess
+} // namespace Platform
+} // namespace DAX

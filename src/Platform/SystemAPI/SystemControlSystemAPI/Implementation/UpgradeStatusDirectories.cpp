@@ -1,0 +1,82 @@
+#include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/UpgradeStatusDirectories.h"
+
+#include <boost/filesystem/operations.hpp>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+
+namespace DAX {
+namespace Platform {
+namespace UpgradeStatusDirectories {
+namespace {
+
+using boost::system::error_code;
+using Common::Utils::errinfo_description;
+using Common::Utils::errinfo_string;
+using Common::Utils::GenericException;
+
+const char SUCCESS[] = "system_update_success";
+const char FAILED[] = "system_update_failed";
+
+bool isDirectory(const char* name) {
+    error_code failure;
+    const boost::filesystem::file_status status = boost::filesystem::status(name, failure);
+    return !failure && boost::filesystem::is_directory(status);
+}
+
+error_code removeIfThere(const char* name) {
+    error_code failure;
+    const boost::filesystem::file_status status = boost::filesystem::status(name, failure);
+    if (status.type() == boost::filesystem::file_not_found) {
+        return {};
+    }
+    if (!failure) {
+        boost::filesystem::remove(name, failure);
+    }
+    return failure;
+}
+
+[[noreturn]] void refuse(const char* text) {
+    DAX_LOG(ERR) << text;
+    DAX_THROW(GenericException(), errinfo_description(text));
+}
+
+} // namespace
+
+void set(bool success) {
+    if (get()) {
+        refuse("Can't set upgrade status flag when this flag is already set.");
+    }
+    error_code failure;
+    boost::filesystem::create_directory(success ? SUCCESS : FAILED, failure);
+    if (failure) {
+        DAX_LOG(ERR) << "Creating UpgradeStatusFlag directory failed: " << failure.message() << ".";
+        DAX_THROW(GenericException(), errinfo_description("Creating UpgradeStatusFlag directory failed.")
+                                          << errinfo_string(failure.message()));
+    }
+}
+
+boost::optional<bool> get() {
+    const bool success = isDirectory(SUCCESS);
+    const bool failed = isDirectory(FAILED);
+    if (success && failed) {
+        refuse("UpgradeStatusFlag is success and failed at once.");
+    }
+    return success || failed ? boost::optional<bool>(success) : boost::none;
+}
+
+void remove() {
+    const error_code success = removeIfThere(SUCCESS);
+    const error_code failed = removeIfThere(FAILED);
+    if (success || failed) {
+        const std::string messages = success.message() + " | " + failed.message();
+        DAX_LOG(ERR) << "Removing UpgradeStatusFlag directories failed: " << messages << ".";
+        DAX_THROW(GenericException(), errinfo_description("Removing UpgradeStatusFlag directory failed.")
+                                          << errinfo_string(messages));
+    }
+}
+
+} // namespace UpgradeStatusDirectories
+} // namespace Platform
+} // namespace DAX

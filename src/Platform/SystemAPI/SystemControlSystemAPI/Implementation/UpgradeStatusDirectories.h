@@ -1,0 +1,18 @@
+#pragma once
+
+#include <boost/optional.hpp>
+
+namespace DAX {
+namespace Platform {
+namespace UpgradeStatusDirectories {
+
+// How the last upgrade ended, as one of two directories in the working directory of the process. The operations are
+// those of ISystemControl.
+
+void set(bool success);
+boost::optional<bool> get();
+void remove();
+
+} // namespace UpgradeStatusDirectories
+} // namespace Platform
+} // namespace DAX

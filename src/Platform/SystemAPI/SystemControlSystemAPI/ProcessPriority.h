@@ -1,0 +1,10 @@
+#pragma once
+
+namespace DAX {
+namespace Platform {
+
+// Any other value stands for BACKGROUND.
+enum class ProcessPriority : int { BACKGROUND = 0, FOREGROUND = 1 };
+
+} // namespace Platform
+} // namespace DAX

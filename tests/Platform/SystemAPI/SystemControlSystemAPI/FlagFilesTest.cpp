@@ -1,0 +1,139 @@
+#include <boost/filesystem/exception.hpp>
+
+#include "Common/IO/FileExceptions.h"
+#include "SystemControlTest.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using Platform::ISystemControl;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const char FINALIZING_TEXT[] =
+    "This flag file means, that some upgrade might be performed.\n"
+    "Initially it is prepared to use with /opt/kovan-mobile-ui-sh script.\n"
+    "DO NOT USE IT AFTER multi-user target IS STARTED! CHECKING THIS FLAG AFTER multi-user target IS STARTED CREATES "
+    "RACE CONDITION.\n";
+
+class FlagFilesTest : public SystemControlTest {
+protected:
+    const std::string finalizing = PARTITION + "DAXFinalizingUpgradeFlag";
+    const std::string reset = PARTITION + "DAXFactoryResetFlag";
+};
+
+TEST_F(FlagFilesTest, TellThatAnUpgradeIsBeingFinalized) {
+    ISystemControl::setDAXFinalizingUpgradeFlag(true);
+    EXPECT_EQ(root.read(finalizing), FINALIZING_TEXT);
+    EXPECT_EQ(root.read(finalizing).size(), 60U + 69U + 128U);
+    ISystemControl::setDAXFinalizingUpgradeFlag(false);
+    EXPECT_FALSE(isThere(finalizing));
+    EXPECT_EQ(FakeKovan::messages("INF").front(), "Setting DAX finalizing upgrade flag: 1.");
+    EXPECT_EQ(FakeKovan::count("INF", "Setting DAX finalizing upgrade flag: 0."), 1);
+}
+
+TEST_F(FlagFilesTest, StayAsTheyAreWhenTheyAreSetAgain) {
+    root.write(finalizing, "as it was");
+    root.write(reset, "as it was");
+    ISystemControl::setDAXFinalizingUpgradeFlag(true);
+    ISystemControl::setDAXResetFlag(true);
+    EXPECT_EQ(root.read(finalizing), "as it was");
+    EXPECT_EQ(root.read(reset), "as it was");
+}
+
+TEST_F(FlagFilesTest, AreReleasedWhenTheyAreNotSet) {
+    ISystemControl::setDAXFinalizingUpgradeFlag(false);
+    ISystemControl::setDAXResetFlag(false);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF Setting DAX finalizing upgrade flag: 0.", "log INF Setting DAX reset flag: 0."));
+}
+
+TEST_F(FlagFilesTest, TellThatAFactoryResetIsToCome) {
+    EXPECT_FALSE(ISystemControl::getDAXResetFlag());
+    ISystemControl::setDAXResetFlag(true);
+    EXPECT_TRUE(ISystemControl::getDAXResetFlag());
+    EXPECT_TRUE(isThere(reset));
+    EXPECT_EQ(root.read(reset), "");
+    ISystemControl::setDAXResetFlag(false);
+    EXPECT_FALSE(isThere(reset));
+    EXPECT_EQ(FakeKovan::count("INF", "Getting state of DAX reset flag: 0."), 1);
+    EXPECT_EQ(FakeKovan::count("INF", "Getting state of DAX reset flag: 1."), 1);
+    EXPECT_EQ(FakeKovan::count("INF", "Setting DAX reset flag: 1."), 1);
+}
+
+TEST_F(FlagFilesTest, CannotBeWrittenWithoutTheirPartition) {
+    std::filesystem::remove_all(root / PARTITION);
+    EXPECT_THROW(ISystemControl::setDAXFinalizingUpgradeFlag(true), Common::IO::FileSinkIOException);
+    EXPECT_THROW(ISystemControl::setDAXResetFlag(true), Common::IO::FileSinkIOException);
+}
+
+class ModifiedPartitionsTest : public SystemControlTest {
+protected:
+    const std::string slots[2] = {PARTITION + "ModifiedPartitionsMarker", BIG_TEMP + "ModifiedPartitionsMarker"};
+};
+
+TEST_F(ModifiedPartitionsTest, AreMarkedInEverySlot) {
+    EXPECT_FALSE(ISystemControl::isModifiedPartitionsMarkerSet());
+    ISystemControl::setModifiedPartitionsMarker("which nobody looks at");
+    for (const std::string& slot : slots) {
+        EXPECT_TRUE(isThere(slot));
+        EXPECT_EQ(root.read(slot), "");
+    }
+    EXPECT_TRUE(ISystemControl::isModifiedPartitionsMarkerSet());
+    ISystemControl::removeModifiedPartitionsMarker();
+    for (const std::string& slot : slots) {
+        EXPECT_FALSE(isThere(slot));
+    }
+    EXPECT_FALSE(ISystemControl::isModifiedPartitionsMarkerSet());
+}
+
+TEST_F(ModifiedPartitionsTest, AreMarkedByOneSlot) {
+    for (const std::string& slot : slots) {
+        root.write(slot, "");
+        EXPECT_TRUE(ISystemControl::isModifiedPartitionsMarkerSet());
+        ISystemControl::removeModifiedPartitionsMarker();
+        EXPECT_FALSE(ISystemControl::isModifiedPartitionsMarkerSet());
+    }
+}
+
+TEST_F(ModifiedPartitionsTest, AreMarkedWhereThatGoes) {
+    const std::string folders[] = {PARTITION, BIG_TEMP};
+    for (int broken : {0, 1}) {
+        std::filesystem::remove_all(root / folders[broken]);
+        ISystemControl::setModifiedPartitionsMarker("");
+        EXPECT_THAT(FakeKovan::messages("FTL"),
+                    ElementsAre(StartsWith("Exception caught while trying to setModifiedPartitionsMarker slot " +
+                                           std::to_string(broken) + ": ")));
+        EXPECT_TRUE(isThere(slots[1 - broken]));
+        EXPECT_TRUE(ISystemControl::isModifiedPartitionsMarkerSet());
+        std::filesystem::create_directories(root / folders[broken]);
+        ISystemControl::removeModifiedPartitionsMarker();
+        FakeKovan::forgetRecords();
+    }
+}
+
+TEST_F(ModifiedPartitionsTest, CannotBeMarkedNowhere) {
+    std::filesystem::remove_all(root / PARTITION);
+    std::filesystem::remove_all(root / BIG_TEMP);
+    EXPECT_EQ(thrownDescription([] { ISystemControl::setModifiedPartitionsMarker(""); }),
+              "Could not set ModifiedPartitionsMarker on any avilable slot");
+    EXPECT_THAT(FakeKovan::messages("FTL"),
+                ElementsAre(StartsWith("Exception caught while trying to setModifiedPartitionsMarker slot 0: "),
+                            StartsWith("Exception caught while trying to setModifiedPartitionsMarker slot 1: ")));
+}
+
+TEST_F(ModifiedPartitionsTest, LoseNothingWhenTheyAreNotMarked) {
+    ISystemControl::removeModifiedPartitionsMarker();
+    EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
+TEST_F(ModifiedPartitionsTest, TellThatAMarkerCannotBeRemoved) {
+    std::filesystem::create_directories(root / (slots[0] + "/something"));
+    EXPECT_THROW(ISystemControl::removeModifiedPartitionsMarker(), boost::filesystem::filesystem_error);
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,67 @@
+#include "SystemControlTest.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using Platform::ISystemControl;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const char B2B_FEATURE[] = "com.velmora/featureconf/product.b2b_option_support";
+const std::string KEY = UPDATE_SETTINGS + "preupdate_consent";
+
+class PreUpdateConsentTest : public SystemControlTest {
+protected:
+    PreUpdateConsentTest() { FakeKovan::setSystemInfo(B2B_FEATURE, false); }
+};
+
+TEST_F(PreUpdateConsentTest, IsRequiredUntilTheUserSaysOtherwise) {
+    for (const int value : {0, 1, 2, 3, 4}) {
+        FakeKovan::setSetting(KEY, value);
+        EXPECT_EQ(ISystemControl::isPreUpdateConsentRequired(), value == 0 || value == 2) << value;
+    }
+}
+
+TEST_F(PreUpdateConsentTest, IsSetByEveryValueButZero) {
+    EXPECT_FALSE(ISystemControl::isPreUpdateConsentSet());
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre(failedReadOr(KEY)));
+    for (const int value : {0, 1, 2}) {
+        FakeKovan::setSetting(KEY, value);
+        EXPECT_EQ(ISystemControl::isPreUpdateConsentSet(), value != 0) << value;
+    }
+}
+
+TEST_F(PreUpdateConsentTest, IsKept) {
+    ISystemControl::setPreUpdateConsentRequired(true);
+    ISystemControl::setPreUpdateConsentRequired(false);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("write " + KEY + "=2", "write " + KEY + "=1"));
+}
+
+TEST_F(PreUpdateConsentTest, SaysThatItCannotBeKept) {
+    FakeKovan::failWrites(KEY, -1);
+    EXPECT_NO_THROW(ISystemControl::setPreUpdateConsentRequired(true));
+    EXPECT_THAT(told("ERR"),
+                AllOf(StartsWith("Error while saving pre-update consent value"), HasSubstr("VConfException")));
+}
+
+TEST_F(PreUpdateConsentTest, IsRequiredWhenItCannotBeRead) {
+    EXPECT_TRUE(ISystemControl::isPreUpdateConsentRequired());
+    EXPECT_THAT(told("ERR"),
+                AllOf(HasSubstr("Error while getting pre-update consent value"), HasSubstr("VConfException")));
+}
+
+TEST_F(PreUpdateConsentTest, IsNeitherReadNorRequiredOnADeviceThatUpdatesByItself) {
+    FakeKovan::setSystemInfo(B2B_FEATURE, true);
+    FakeKovan::setSetting(KEY, 2);
+    EXPECT_FALSE(ISystemControl::isPreUpdateConsentRequired());
+    EXPECT_THAT(FakeKovan::reads(), IsEmpty());
+    EXPECT_EQ(FakeKovan::messages("INF").back(), "TBM, B2B or AUDIO device -> force to false");
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,68 @@
+#include "SystemControlTest.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using Platform::ISystemControl;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const std::string KEY = UPDATE_SETTINGS + "was_successfull_upgrade";
+
+class UpgradeHistoryTest : public SystemControlTest {};
+
+TEST_F(UpgradeHistoryTest, KnowsASuccess) {
+    FakeKovan::setSetting(KEY, 1);
+    EXPECT_TRUE(ISystemControl::wasAnySuccessfulUpgrade());
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log DBG Success getting info about successful upgrade from vconf. Returned value: 1",
+                            "log INF Successful upgrade has occurred since the last factory reset."));
+}
+
+TEST_F(UpgradeHistoryTest, KnowsNoneForEveryOtherValue) {
+    for (const int value : {-1, 0, 2}) {
+        FakeKovan::setSetting(KEY, value);
+        FakeKovan::forgetRecords();
+        EXPECT_FALSE(ISystemControl::wasAnySuccessfulUpgrade());
+        EXPECT_THAT(FakeKovan::journal(),
+                    ElementsAre("log DBG Success getting info about successful upgrade from vconf. Returned value: " +
+                                    std::to_string(value),
+                                "log INF Successful upgrade has not occurred since the last factory reset."));
+    }
+}
+
+TEST_F(UpgradeHistoryTest, TakesAFailedReadForNone) {
+    EXPECT_FALSE(ISystemControl::wasAnySuccessfulUpgrade());
+    EXPECT_EQ(FakeKovan::journal().front(), failedRead(KEY));
+    EXPECT_THAT(told("ERR"), StartsWith("Exception caught while getting wasAnySuccessfulUpgrade value from VConf: "));
+}
+
+TEST_F(UpgradeHistoryTest, BelievesTheParametersWithoutAskingTheStore) {
+    parameters().setEmulateWasSuccessfulUpgrade(true);
+    FakeKovan::setSetting(KEY, 0);
+    EXPECT_TRUE(ISystemControl::wasAnySuccessfulUpgrade());
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF CSystemControl::wasAnySuccessfulUpgrade(): emulateWasSuccessfulUpgrade is set. "
+                            "The vconf flag is not checked but considered set."));
+    EXPECT_THAT(FakeKovan::reads(), IsEmpty());
+}
+
+TEST_F(UpgradeHistoryTest, KeepsASuccess) {
+    ISystemControl::registerSuccessfulUpgrade();
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF CSystemControl::registerSuccessfulUpgrade()", "write " + KEY + "=1"));
+    EXPECT_TRUE(ISystemControl::wasAnySuccessfulUpgrade());
+}
+
+TEST_F(UpgradeHistoryTest, SaysThatASuccessCannotBeKept) {
+    FakeKovan::failWrites(KEY, -5);
+    EXPECT_NO_THROW(ISystemControl::registerSuccessfulUpgrade());
+    EXPECT_THAT(told("ERR"), StartsWith("Cannot set the value: \"1\" in vconf variable: \"" + KEY +
+                                        "\"\nException caught while saving wasAnySuccessfulUpgrade in VConf: "));
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
