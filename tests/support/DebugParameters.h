@@ -1,6 +1,13 @@
 #pragma once
 
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
+#include "support/DebugFile.h"
 
 namespace DAX {
 namespace Tests {
@@ -16,6 +23,16 @@ public:
     DebugParameters& operator=(const DebugParameters&) = delete;
 
     DAXCommon::DebugAndTestParameters* operator->() { return &record(); }
+
+    // Writes a debug file with these values beside the defaults, and has it read.
+    void read(const std::map<std::string, std::string>& values) {
+        const std::string path = Record::getConfigFilePath();
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::ofstream(path) << debugFile(values);
+        if (!Record::reload()) {
+            throw std::logic_error("the debug file cannot be read");
+        }
+    }
 
 private:
     using Record = DAXCommon::DebugAndTestParameters;

@@ -13,6 +13,7 @@
 #include "Debug/DebugAndTestParameters/DAXParameters.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 #include "Platform/Product/IProductPaths.h"
+#include "support/DebugFile.h"
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 
@@ -20,13 +21,6 @@ namespace DAX {
 namespace Tests {
 
 using DAXCommon::DebugAndTestParameters;
-
-// A file of tests/golden/debug: what a class version of the record has always looked like.
-inline std::string goldenDebugFile(const std::string& name) {
-    const auto path = std::filesystem::path(__FILE__).parent_path() / "../../golden/debug" / name;
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
 
 // `text` with its first `old` replaced; the test fails when there is none.
 inline std::string replaced(std::string text, const std::string& old, const std::string& with) {

@@ -14,6 +14,7 @@
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ReferenceModel.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
+#include "support/DebugParameters.h"
 #include "support/FakeCore.h"
 #include "support/FakeKovan.h"
 #include "support/FakePowerMode.h"
@@ -114,6 +115,7 @@ public:
     void disconnect();
 
     TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
+    DebugParameters debugParameters;
     std::shared_ptr<FakeCoreScript> core;
     Subscription subscription;
     DAXIPC::DBUSLowLevel::CServiceManagerAdapter adapter;

@@ -1,0 +1,41 @@
+#include "SteadyTime.h"
+
+#include <atomic>
+
+using std::chrono::steady_clock;
+
+namespace {
+
+const steady_clock::rep RUNNING = -1;
+std::atomic<steady_clock::rep> standing{RUNNING};
+
+} // namespace
+
+extern "C" {
+
+steady_clock::time_point __real__ZNSt6chrono3_V212steady_clock3nowEv();
+
+steady_clock::time_point __wrap__ZNSt6chrono3_V212steady_clock3nowEv() {
+    const steady_clock::rep time = standing;
+    return time == RUNNING ? __real__ZNSt6chrono3_V212steady_clock3nowEv()
+                           : steady_clock::time_point(steady_clock::duration(time));
+}
+}
+
+namespace DAX {
+namespace Tests {
+
+SteadyTime::SteadyTime() {
+    standing = steady_clock::now().time_since_epoch().count();
+}
+
+SteadyTime::~SteadyTime() {
+    standing = RUNNING;
+}
+
+void SteadyTime::pass(std::chrono::milliseconds time) {
+    standing += steady_clock::duration(time).count();
+}
+
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <chrono>
+
+namespace DAX {
+namespace Tests {
+
+// The standard library's steady clock stands still while the object lives, but for what `pass` lets go by. One at a
+// time; for a test program that links with --wrap for the clock's now().
+class SteadyTime {
+public:
+    SteadyTime();
+    ~SteadyTime();
+    SteadyTime(const SteadyTime&) = delete;
+    SteadyTime& operator=(const SteadyTime&) = delete;
+
+    void pass(std::chrono::milliseconds time);
+};
+
+} // namespace Tests
+} // namespace DAX

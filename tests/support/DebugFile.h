@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+namespace DAX {
+namespace Tests {
+
+// A file of tests/golden/debug, which hold what debug files have always looked like: defaults.xml is what a device
+// writes that has changed nothing, changed.xml has another value in every element, version0.xml is of the first class
+// version.
+inline std::string goldenDebugFile(const std::string& name) {
+    const auto path = std::filesystem::path(__FILE__).parent_path() / "../golden/debug" / name;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error("no golden file " + name);
+    }
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// A debug file with the defaults, but for these elements that hold one value.
+inline std::string debugFile(const std::map<std::string, std::string>& values) {
+    std::string text = goldenDebugFile("defaults.xml");
+    for (const auto& value : values) {
+        const std::string tag = "<" + value.first + ">";
+        const std::size_t begin = text.find(tag) + tag.size();
+        const std::size_t end = text.find("</" + value.first + ">", begin);
+        if (end == std::string::npos) {
+            throw std::runtime_error("no element " + value.first);
+        }
+        text.replace(begin, end - begin, value.second);
+    }
+    return text;
+}
+
+} // namespace Tests
+} // namespace DAX
