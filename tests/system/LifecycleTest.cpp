@@ -1,6 +1,7 @@
 // How the daemon starts and ends.
 #include <algorithm>
 #include <csignal>
+#include <iterator>
 
 #include <gmock/gmock.h>
 
@@ -25,6 +26,29 @@ const std::vector<std::string> IN_REVERSE_ORDER = {"Unmarking needed: singleton 
                                                    "GLoopService closed.",
                                                    "Unmarking needed: singleton id: USER_DATA_REGISTER",
                                                    "Unmarking needed: singleton id: USER_DATA_REGISTER"};
+
+// Where each of these messages begins.
+const std::vector<std::string> IN_START_ORDER = {"Registering main thread id ",
+                                                 "Registering signal (signum: 15)",
+                                                 "Registering signal (signum: 2)",
+                                                 "Registering VIP process.",
+                                                 "Needed: singleton id: USER_DATA_REGISTER",
+                                                 "Needed: singleton id: G_MAIN_LOOP",
+                                                 "GLoopService::GLoopService(): Starting.",
+                                                 "GLoopService::LoopThreadFunction(): Starting.",
+                                                 "GLoopService::GLoopService(): Started thead id: ",
+                                                 "Needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER",
+                                                 "Product was build for ",
+                                                 "Starting DAXService",
+                                                 "Loading DebugAndTestParameters.",
+                                                 "Opening config from ",
+                                                 "Failed to open DebugAndTestParameters from ",
+                                                 "Initialization of Watchdog status",
+                                                 "Idle timeout set to 30",
+                                                 "Service Manager is started.",
+                                                 "Core connected to Service",
+                                                 "Registering new unique name on DBUS: ",
+                                                 "DBUSAdapter adapter thread started."};
 
 class Lifecycle : public Test {
 protected:
@@ -69,33 +93,26 @@ TEST_F(Lifecycle, IsStartedByTheBusAtTheFirstCall) {
 TEST_F(Lifecycle, TellsItsStartInOrder) {
     const auto daemon = desk.startDaemon({"--idle-timeout=30"});
     ASSERT_TRUE(desk.waitForDaemon());
-    ASSERT_TRUE(desk.waitForMessage("DBUSAdapter adapter thread started."));
+    ASSERT_TRUE(desk.waitForMessage(IN_START_ORDER.back()));
     std::vector<std::string> started;
     for (const std::string& message : desk.daemonMessages()) {
-        for (const char* beginning :
-             {"Registering main thread id ", "Registering signal (signum: 15)", "Registering signal (signum: 2)",
-              "Registering VIP process.", "Needed: singleton id: USER_DATA_REGISTER",
-              "Needed: singleton id: G_MAIN_LOOP", "GLoopService::GLoopService(): Starting.",
-              "GLoopService::LoopThreadFunction(): Starting.", "GLoopService::GLoopService(): Started thead id: ",
-              "Needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER", "Starting DAXService",
-              "Initialization of Watchdog status", "Idle timeout set to 30", "Service Manager is started.",
-              "Core connected to Service",
-              "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."}) {
-            if (message.rfind(beginning, 0) == 0) {
-                started.push_back(beginning);
-            }
-        }
+        std::copy_if(IN_START_ORDER.begin(), IN_START_ORDER.end(), std::back_inserter(started),
+                     [&message](const std::string& beginning) { return message.rfind(beginning, 0) == 0; });
     }
-    EXPECT_THAT(
-        started,
-        ElementsAre(
-            "Registering main thread id ", "Registering signal (signum: 15)", "Registering signal (signum: 2)",
-            "Registering VIP process.", "Needed: singleton id: USER_DATA_REGISTER", "Needed: singleton id: G_MAIN_LOOP",
-            "GLoopService::GLoopService(): Starting.", "GLoopService::LoopThreadFunction(): Starting.",
-            "GLoopService::GLoopService(): Started thead id: ", "Needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER",
-            "Starting DAXService", "Initialization of Watchdog status", "Idle timeout set to 30",
-            "Service Manager is started.", "Core connected to Service",
-            "Registering new unique name on DBUS: ", "DBUSAdapter adapter thread started."));
+    EXPECT_THAT(started, ElementsAreArray(IN_START_ORDER));
+}
+
+TEST_F(Lifecycle, InProductionStartsInTheSameOrderWithoutDebugParameters) {
+    desk.root.write("etc/kovan/device.ini", "[software]\nproduction=true\n");
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    const std::vector<std::string> messages = desk.daemonMessages();
+    const auto named = std::find_if(messages.begin(), messages.end(), [](const std::string& message) {
+        return message.rfind("Starting DAXService", 0) == 0;
+    });
+    ASSERT_NE(named, messages.end());
+    EXPECT_EQ(*std::next(named), "We are in production mode. Will not load DebugAndTestParameters.");
+    EXPECT_EQ(desk.countMessages("Opening config from "), 0);
 }
 
 TEST_F(Lifecycle, StartsItsMainLoopWithoutAPause) {

@@ -16,6 +16,7 @@
 #include "Executables/DaemonHelpers/DaemonHelpers.h"
 #include "Platform/OperatingSystem/OSSignals.h"
 #include "Platform/OperatingSystem/SignalThread.h"
+#include "Platform/Product/IProductInfo.h"
 #include "Platform/SystemAPI/GMainLoopAPI/MainLoop.h"
 #include "Platform/SystemAPI/GMainLoopAPI/MainLoopSingleton.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/CPowerModeSubscribersFactory.h"
@@ -65,6 +66,7 @@ bool serve(int argc, char** argv) {
     Platform::MainLoop::initializeMainLoop();
     IDAXIPC::initialize();
     const SingletonServiceGuard<Platform::BootClockInitializer> bootClock;
+    Platform::IProductInfo::initializeProduct();
     DAX_LOG(INF) << "Starting DAXService" << Platform::ISystemControl::DAXRevisionDescription();
     DAXCommon::DebugAndTestParameters::loadDebugAndTestParameters();
     const std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> proxyFactory = IDBUSProxy::createDefaultProxyFactory();
