@@ -7,6 +7,7 @@
 #include "HandleRequestInput.h"
 #include "SerializersInput.h"
 #include "VerifyChecksumInput.h"
+#include "host/DeviceFacts.h"
 #include "support/WireGoldens.h"
 
 namespace {
@@ -59,6 +60,15 @@ Seeds serializersSeeds() {
             {"endedPlace", makeSerializersInput({{0, 9, {1, 1, 1, 2, 3, 4, 1, 1, 1, 2, 3, 4}}})}};
 }
 
+// The defaults, and files with a mistake: a line, a value, a group too late.
+Seeds deviceFileSeeds() {
+    return {{"defaults", KovanHost::defaultDeviceText()},
+            {"badLine", "[system_info]\notn_onoff=0\nlocalset\n"},
+            {"badValues", "[software]\nproduction=perhaps\n[plantcfg]\nmodel=M\n[features]\na/b=\\q\n"},
+            {"noGroup", "localset=EU\n[system_info]\n"},
+            {"twoGroups", "[a]\nEncoding=UTF-8\n[system_info]\n12345=7\nEncoding=x\n[a]\nb[de]=c"}};
+}
+
 int writeSeeds(const Seeds& seeds, const std::string& folder) {
     for (const auto& [name, content] : seeds) {
         std::ofstream file(folder + "/" + name, std::ios::binary);
@@ -74,7 +84,8 @@ int writeSeeds(const Seeds& seeds, const std::string& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::map<std::string, Seeds (*)()> targets{{"handle_request", handleRequestSeeds},
+    const std::map<std::string, Seeds (*)()> targets{{"device_file", deviceFileSeeds},
+                                                     {"handle_request", handleRequestSeeds},
                                                      {"serializers", serializersSeeds},
                                                      {"update_texts", updateTextsSeeds},
                                                      {"verify_checksum", verifyChecksumSeeds}};

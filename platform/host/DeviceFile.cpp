@@ -79,6 +79,7 @@ template <typename T>
 std::optional<T> given(const std::string& group, const std::string& name, const char* consequence) {
     const Device device = file().known();
     if (!device) {
+        ToldValues::get().forget(group, name);
         return std::nullopt;
     }
     try {

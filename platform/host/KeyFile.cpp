@@ -26,14 +26,6 @@ std::runtime_error atLine(std::size_t line, const std::string& reason) {
     return std::runtime_error("line " + std::to_string(line) + ": " + reason);
 }
 
-void refuseZeroBytes(const std::string& text) {
-    const std::size_t place = text.find('\0');
-    if (place != std::string::npos) {
-        const auto ends = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
-        throw atLine(static_cast<std::size_t>(ends) + 1, "a byte that is zero");
-    }
-}
-
 bool isUtf8(const std::string& text) {
     return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
 }
@@ -88,11 +80,15 @@ std::vector<std::string> textsOf(gchar** owned) {
 KeyFile::KeyFile() : m_file(g_key_file_new()) {}
 
 KeyFile::KeyFile(const std::string& text) : m_file(g_key_file_new()), m_text(text) {
-    refuseZeroBytes(text);
+    const std::string good = text.substr(0, text.find('\0')); // to GLib, a zero would end a line unseen
     GError* raised = nullptr;
-    if (g_key_file_load_from_data(m_file.get(), text.data(), text.size(), G_KEY_FILE_NONE, &raised) == FALSE) {
+    if (g_key_file_load_from_data(m_file.get(), good.data(), good.size(), G_KEY_FILE_NONE, &raised) == FALSE) {
         const GLibOwner<GError> error(raised);
-        throw atLine(firstBadLine(text), shown(error->message));
+        throw atLine(firstBadLine(good), shown(error->message));
+    }
+    if (good.size() != text.size()) {
+        const auto ends = std::count(good.begin(), good.end(), '\n');
+        throw atLine(static_cast<std::size_t>(ends) + 1, "a byte that is zero");
     }
 }
 

@@ -111,6 +111,11 @@ TEST(KeyFileTest, BadLineIsToldByItsNumber) {
     EXPECT_EQ("line 2: a byte that is zero", reasonAgainst(std::string("[a]\na=b\0\n", 9)));
 }
 
+TEST(KeyFileTest, FirstOfSeveralBadLinesIsTold) {
+    EXPECT_THAT(reasonAgainst(std::string("[a]\nx\n\0\n", 8)), StartsWith("line 2: Key file contains line “x”"));
+    EXPECT_EQ("line 2: a byte that is zero", reasonAgainst(std::string("[a]\n\0\nx\n", 8)));
+}
+
 TEST(KeyFileTest, EncodingIsReadInTheFirstGroupAlone) {
     EXPECT_EQ("<none>", reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n"));
     EXPECT_THAT(reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n[a]\nEncoding=x\n"), StartsWith("line 6: "));

@@ -295,6 +295,17 @@ TEST_F(SystemInfoTest, ValueThatIsWrongAgainIsToldAgain) {
     EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'maybe'"));
 }
 
+TEST_F(SystemInfoTest, ValueThatIsWrongInANewFileIsToldAgain) {
+    const std::string wrong = "[system_info]\nota_support=maybe\n";
+    device(wrong);
+    errorsOf([] { valueNumber(890); });
+    std::filesystem::remove(path());
+    EXPECT_EQ("", errorsOf([] { EXPECT_EQ((Number{0, 1}), valueNumber(890)); }));
+    device(wrong);
+
+    EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'maybe'"));
+}
+
 TEST_F(SystemInfoTest, BadFileIsToldOnceAndEverythingHasItsDefault) {
     device("[system_info]\notn_onoff=0\n\nlocalset\n");
 
