@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include <boost/exception/get_error_info.hpp>
 
@@ -31,6 +32,19 @@ std::string thrownText(const Statement& statement) {
 template <class E = Common::Utils::GenericException, class Statement>
 std::string thrownDescription(const Statement& statement) {
     return thrownText<Common::Utils::errinfo_description, E>(statement);
+}
+
+// What the exception of type E that the statement throws describes, and its error code.
+template <class E = Common::Utils::GenericException, class Statement>
+std::pair<std::string, int> thrownFailure(const Statement& statement) {
+    try {
+        statement();
+    } catch (const E& exception) {
+        const int* const code = boost::get_error_info<Common::Utils::errinfo_errorcode>(exception);
+        const std::string description = textOf<Common::Utils::errinfo_description>(exception);
+        return code != nullptr ? std::make_pair(description, *code) : std::make_pair(description + " <no code>", 0);
+    }
+    return {"<nothing thrown>", 0};
 }
 
 } // namespace Tests

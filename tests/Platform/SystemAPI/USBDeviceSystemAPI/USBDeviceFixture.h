@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/optional/optional_io.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Platform/SystemAPI/USBDeviceSystemAPI/IUSBDeviceManager.h"
+#include "Platform/SystemAPI/USBDeviceSystemAPI/USBAPIException.h"
+#include "Platform/SystemAPI/USBDeviceSystemAPI/UsbDeviceInitializer.h"
+#include "Utility/Utils/SingletonServiceGuard.h"
+#include "support/DebugParameters.h"
+#include "support/FakeKovan.h"
+#include "support/ProcessDeath.h"
+#include "support/TemporaryRoot.h"
+#include "support/Thrown.h"
+
+namespace DAX {
+namespace Tests {
+
+// The debug parameters are loaded, without a fake device; nothing is recorded.
+class USBDeviceFixture : public testing::Test {
+protected:
+    USBDeviceFixture() { FakeKovan::forgetRecords(); }
+
+    static FakeKovan::UsbDevice device(const std::string& mountPath, const std::string& devname) {
+        return {mountPath, devname, "S1", "Maker", "Stick", 1111, 2222};
+    }
+
+    const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
+    DebugParameters parameters;
+};
+
+// The USB library is started, if nothing else is told.
+class StartedUSBDeviceFixture : public USBDeviceFixture {
+protected:
+    StartedUSBDeviceFixture() { FakeKovan::forgetRecords(); }
+
+    const Common::Utils::SingletonServiceGuard<Platform::UsbDeviceInitializer> started;
+};
+
+} // namespace Tests
+} // namespace DAX
