@@ -11,7 +11,7 @@ namespace KovanHost {
 
 namespace {
 
-constexpr std::string_view SPACES = " \t\n\v\f\r";
+constexpr std::string_view SPACES = " \t\n\f\r"; // a vertical tab is none to GLib
 
 // Where the lines begin, and where the last one ends.
 std::vector<std::size_t> bordersOf(const std::string& text) {

@@ -162,6 +162,8 @@ TEST(KeyFileTest, LineOfAKeyIsTheLastThatSaysIt) {
     EXPECT_EQ(6u, KovanHost::lineOfKey(text, "b", "x"));
     EXPECT_EQ(7u, KovanHost::lineOfKey(text, "b", "y"));
     EXPECT_EQ(0u, KovanHost::lineOfKey(text, "a", "y"));
+    EXPECT_EQ(2u, KovanHost::lineOfKey("[a]\n\t\f x\t=1\n\vx=2\n", "a", "x"));
+    EXPECT_EQ(3u, KovanHost::lineOfKey("[a]\n\t\f x\t=1\n\vx=2\n", "a", "\vx"));
 }
 
 TEST(KeyFileTest, SetLeavesAllOtherLinesAsTheyAre) {
