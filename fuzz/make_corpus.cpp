@@ -8,6 +8,7 @@
 #include "SerializersInput.h"
 #include "VerifyChecksumInput.h"
 #include "host/DeviceFacts.h"
+#include "support/DebugFile.h"
 #include "support/WireGoldens.h"
 
 namespace {
@@ -23,6 +24,18 @@ Seeds handleRequestSeeds() {
         seeds[methods[index].name] = DAX::Fuzz::makeRequestInput(index, request);
     }
     return seeds;
+}
+
+// The good files, and ones that end too early.
+Seeds debugParametersSeeds() {
+    using DAX::Tests::goldenDebugFile;
+    const std::string defaults = goldenDebugFile("defaults.xml");
+    return {{"defaults", defaults},
+            {"changed", goldenDebugFile("changed.xml")},
+            {"version0", goldenDebugFile("version0.xml")},
+            {"header", defaults.substr(0, defaults.find("<DebugAndTestParameters"))},
+            {"noTuningValues", defaults.substr(0, defaults.find("<installationPerformanceParameters"))},
+            {"otherValues", DAX::Tests::debugFile({{"noRebootFlag", "1"}, {"numberOfFailures", "-1"}})}};
 }
 
 // One good text of each form.
@@ -84,11 +97,10 @@ int writeSeeds(const Seeds& seeds, const std::string& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::map<std::string, Seeds (*)()> targets{{"device_file", deviceFileSeeds},
-                                                     {"handle_request", handleRequestSeeds},
-                                                     {"serializers", serializersSeeds},
-                                                     {"update_texts", updateTextsSeeds},
-                                                     {"verify_checksum", verifyChecksumSeeds}};
+    const std::map<std::string, Seeds (*)()> targets{
+        {"debug_parameters", debugParametersSeeds}, {"device_file", deviceFileSeeds},
+        {"handle_request", handleRequestSeeds},     {"serializers", serializersSeeds},
+        {"update_texts", updateTextsSeeds},         {"verify_checksum", verifyChecksumSeeds}};
     if (argc != 3 || targets.count(argv[1]) == 0) {
         std::cerr << "usage: make_corpus TARGET FOLDER, where TARGET is one of:\n";
         for (const auto& target : targets) {

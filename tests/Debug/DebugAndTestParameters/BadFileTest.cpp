@@ -119,6 +119,7 @@ TEST_F(BadDebugFile, OfALaterClassVersionFailsAtTheFirstElementThatIsNew) {
 
 TEST_F(BadDebugFile, IsNoArchive) {
     expectFailure("signature=\"serialization::archive\"", "signature=\"serialization::archives\"", "invalid signature");
+    expectFailure("serialization::archive", "serialization::archive" + std::string(100000, 's'), "invalid signature");
     expectFailure("signature=\"serialization::archive\" version=\"18\"",
                   "signature=\"serialization::archive\" version=\"65536\"", "unsupported version");
     expectFailure("<?xml", "<xml", "unrecognized XML syntax");

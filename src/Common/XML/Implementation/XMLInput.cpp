@@ -1,8 +1,11 @@
 #include "Common/XML/XMLInput.h"
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <locale>
+#include <sstream>
+#include <string>
 
 #include <boost/archive/archive_exception.hpp>
 #include <boost/archive/impl/archive_serializer_map.ipp>
@@ -35,10 +38,43 @@ std::istream& inClassicLocale(std::istream& file) {
     return file;
 }
 
+bool hasQuotedTextLongerThan(std::size_t limit, const std::string& tag) {
+    std::size_t closing = 0;
+    for (std::size_t opening = tag.find('"'); opening != std::string::npos; opening = tag.find('"', closing + 1)) {
+        closing = tag.find('"', opening + 1);
+        if (closing == std::string::npos) {
+            return false;
+        }
+        if (closing - opening - 1 > limit) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The declaration, the document's type and the tag around everything. The library compares as many bytes with its own
+// signature as the file's has, however many those are.
+std::string checkedHeader(std::istream& file) {
+    static const std::size_t TAGS = 3;
+    std::string header;
+    std::string tag;
+    for (std::size_t count = 0; count < TAGS && std::getline(file, tag, '>'); ++count) {
+        header += tag + (file.eof() ? "" : ">");
+    }
+    if (hasQuotedTextLongerThan(std::strlen(boost::archive::BOOST_ARCHIVE_SIGNATURE()), tag)) {
+        throw archive_exception(archive_exception::invalid_signature);
+    }
+    return header;
+}
+
 } // namespace
 
 XMLInput::XMLInput(std::istream& file) : xml_iarchive_impl(inClassicLocale(file), boost::archive::no_header) {
-    gimpl->init(is);
+    if (!is) {
+        throw xml_archive_exception(xml_archive_exception::xml_archive_parsing_error);
+    }
+    std::istringstream header(checkedHeader(is));
+    gimpl->init(header);
     if (gimpl->rv.version > std::numeric_limits<std::uint_least16_t>::max()) {
         throw archive_exception(archive_exception::unsupported_version);
     }
