@@ -31,6 +31,7 @@ void forgetRecords() {
         content.logLines.clear();
         content.writes.clear();
         content.reads.clear();
+        content.systemInfo.reads.clear();
         content.events.clear();
     });
 }

@@ -44,6 +44,17 @@ TEST(FakeSystemInfo, RefusesAbsentValuesAndOtherTypesAndWhatShallFail) {
     EXPECT_EQ(text, nullptr);
 }
 
+TEST(FakeSystemInfo, ForgetsTheReadsAndNotTheValues) {
+    FakeKovan::setSystemInfo("a/height", 540);
+    int number = 0;
+    system_info_get_custom_int("a/height", &number);
+    FakeKovan::forgetRecords();
+    EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre());
+
+    EXPECT_EQ(system_info_get_custom_int("a/height", &number), 0);
+    EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre("a/height"));
+}
+
 TEST(FakePlantcfg, GivesItsNumbersAndRecordsResets) {
     FakeKovan::setModelEnum(12);
     FakeKovan::setLocalsetEnum(3, 0);
