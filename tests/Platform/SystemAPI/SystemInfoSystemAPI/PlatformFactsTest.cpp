@@ -1,0 +1,106 @@
+#include <functional>
+#include <stdexcept>
+
+#include "SystemInfoFixture.h"
+#include "support/ProcessDeath.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using Common::Utils::errinfo_description;
+using Common::Utils::errinfo_stream_text;
+using Platform::ISystemInfo;
+using testing::ElementsAre;
+
+const char CUSTOM[] = "com.velmora/a/key";
+
+TEST(PlatformFact, IsThatOfItsNumber) {
+    FakeKovan::setSystemInfo(7, 42);
+    FakeKovan::setSystemInfo(8, true);
+    FakeKovan::setSystemInfo(9, "a text");
+    EXPECT_EQ(ISystemInfo::getSystemInfoInt(7), 42);
+    EXPECT_TRUE(ISystemInfo::getSystemInfoBool(8));
+    EXPECT_EQ(ISystemInfo::getSystemInfoString(9), "a text");
+    EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre("7", "8", "9"));
+}
+
+TEST(PlatformFact, IsThatOfItsKey) {
+    FakeKovan::setSystemInfo(CUSTOM, 42);
+    EXPECT_EQ(ISystemInfo::getSystemInfoCustomInt(CUSTOM), 42);
+    FakeKovan::setSystemInfo(CUSTOM, true);
+    EXPECT_TRUE(ISystemInfo::getSystemInfoCustomBool(CUSTOM));
+    FakeKovan::setSystemInfo(CUSTOM, "a text");
+    EXPECT_EQ(ISystemInfo::getSystemInfoCustomString(CUSTOM), "a text");
+}
+
+TEST(PlatformFact, MayBeFalseZeroOrEmpty) {
+    FakeKovan::setSystemInfo(7, 0);
+    FakeKovan::setSystemInfo(8, false);
+    FakeKovan::setSystemInfo(9, "");
+    EXPECT_EQ(ISystemInfo::getSystemInfoInt(7), 0);
+    EXPECT_FALSE(ISystemInfo::getSystemInfoBool(8));
+    EXPECT_EQ(ISystemInfo::getSystemInfoString(9), "");
+}
+
+TEST(PlatformFact, AssertsThatATextOfANumberIsThere) {
+    FakeKovan::setSystemInfo(9, nullptr);
+    EXPECT_ASSERTION_WITHOUT_MSG(ISystemInfo::getSystemInfoString(9), "chValue != nullptr");
+}
+
+TEST(PlatformFact, ThrowsWhenATextOfAKeyIsNotThere) {
+    FakeKovan::setSystemInfo(CUSTOM, nullptr);
+    EXPECT_THROW(ISystemInfo::getSystemInfoCustomString(CUSTOM), std::logic_error);
+}
+
+struct Read {
+    const char* name;
+    std::function<void()> operation;
+    std::string key;
+};
+
+void PrintTo(const Read& read, std::ostream* out) {
+    *out << read.name;
+}
+
+class FailedPlatformFact : public testing::TestWithParam<Read> {
+protected:
+    static void fail(int result) { FakeKovan::failSystemInfo(GetParam().key, result); }
+};
+
+const std::string FAILURE = "Error during getting system-info value: ";
+
+TEST_P(FailedPlatformFact, IsAnInvalidParameter) {
+    fail(-22);
+    EXPECT_EQ(thrownDescription(GetParam().operation), FAILURE + "SYSTEM_INFO_ERROR_INVALID_PARAMETER");
+    EXPECT_EQ(thrownText<errinfo_stream_text>(GetParam().operation), "<no such text>");
+}
+
+TEST_P(FailedPlatformFact, IsAnInputOutputError) {
+    fail(-5);
+    EXPECT_EQ(thrownDescription(GetParam().operation), FAILURE + "SYSTEM_INFO_ERROR_IO_ERROR");
+    EXPECT_EQ(thrownText<errinfo_stream_text>(GetParam().operation), "<no such text>");
+}
+
+TEST_P(FailedPlatformFact, IsAnUnrecognizedError) {
+    for (const int result : {-1, 1, -4}) {
+        fail(result);
+        EXPECT_EQ(thrownText<errinfo_stream_text>(GetParam().operation),
+                  FAILURE + "unrecognized error value: " + std::to_string(result));
+        EXPECT_EQ(thrownText<errinfo_description>(GetParam().operation), "<no such text>");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, FailedPlatformFact,
+    testing::Values(Read{"Int", [] { ISystemInfo::getSystemInfoInt(7); }, "7"},
+                    Read{"Bool", [] { ISystemInfo::getSystemInfoBool(7); }, "7"},
+                    Read{"String", [] { ISystemInfo::getSystemInfoString(7); }, "7"},
+                    Read{"CustomInt", [] { ISystemInfo::getSystemInfoCustomInt(CUSTOM); }, CUSTOM},
+                    Read{"CustomBool", [] { ISystemInfo::getSystemInfoCustomBool(CUSTOM); }, CUSTOM},
+                    Read{"CustomString", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }, CUSTOM}),
+    [](const auto& row) { return row.param.name; });
+
+} // namespace
+} // namespace Tests
+} // namespace DAX

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Platform/SystemAPI/SystemInfoSystemAPI/ISystemInfo.h"
+#include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
+#include "support/FakeKovan.h"
+#include "support/Thrown.h"
+
+namespace DAX {
+namespace Tests {
+
+inline const std::string UPDATE_SETTINGS = "db/menu/support/softwareupdate/";
+inline const std::string VOLATILE_UPDATE_SETTINGS = "memory/menu/support/softwareupdate/";
+
+// How the store tells of a failed access, in the journal.
+inline std::string failedRead(const std::string& key) {
+    return "log WRN vconf_get failed while trying to access key: " + key;
+}
+inline std::string failedReadOr(const std::string& key) {
+    return failedRead(key) + ", return default value";
+}
+inline std::string failedWrite(const std::string& key) {
+    return "log WRN vconf_set failed while trying to access key: " + key;
+}
+
+// A text setting of the store after a write.
+inline std::string textSetting(const std::string& key) {
+    const auto value = FakeKovan::setting(key);
+    return value ? std::get<std::string>(*value) : "<no setting>";
+}
+
+} // namespace Tests
+} // namespace DAX
