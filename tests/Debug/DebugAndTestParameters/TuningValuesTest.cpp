@@ -9,7 +9,7 @@ using DAXCommon::InstallationPerformanceParameters;
 class TuningValues : public DebugFileFixture {};
 
 TEST_F(TuningValues, HaveTheirDefaults) {
-    const InstallationPerformanceParameters values;
+    const InstallationPerformanceParameters& values = InstallationPerformanceParameters::getDefaultParameters();
     EXPECT_EQ(values.getFlashStreamBufferSize(), boost::none);
     EXPECT_EQ(values.getFlashSinkBufferSize(), boost::none);
     EXPECT_EQ(values.getNetworkStreamBufferSize(), 1048576U);
