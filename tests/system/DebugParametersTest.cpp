@@ -108,10 +108,11 @@ TEST_F(DebugFileOfTheDaemon, MayEndBeforeTheSwitch) {
     EXPECT_EQ(parametersAtTheCore().at("wasAnySuccessfulUpgrade"), false);
 }
 
-TEST_F(DebugFileOfTheDaemon, MayHaveAnElementOfALaterVersion) {
-    std::string text = debugFile({});
+TEST_F(DebugFileOfTheDaemon, MayBeOfALaterVersion) {
+    std::string text = debugFile({{"emulateWasSuccessfulUpgrade", "1"}});
     const std::string first = "version=\"1\">\n";
-    expectOneLineAndService(text.replace(text.find(first), first.size(), "version=\"2\">\n\t<newFlag>1</newFlag>\n"));
+    expectOneLineAndService(text.replace(text.find(first), first.size(), "version=\"2\">\n"));
+    EXPECT_EQ(parametersAtTheCore().at("wasAnySuccessfulUpgrade"), false);
 }
 
 TEST_F(DebugFileOfTheDaemon, MayHoldAValueOfTheWrongType) {

@@ -103,17 +103,17 @@ TEST_F(BadDebugFile, KeepsWhatStandsBeforeTheCutAndLeavesWhatWouldFollow) {
     }
 }
 
-TEST_F(BadDebugFile, OfALaterClassVersionIsReadAsOneOfTheLatest) {
-    EXPECT_TRUE(read(replaced(changed, "version=\"1\">\n\t<noRebootFlag>", "version=\"2\">\n\t<noRebootFlag>")));
-    EXPECT_EQ(elements(), elementsOf("changed.xml"));
+TEST_F(BadDebugFile, IsOfALaterClassVersion) {
+    expectFailure("version=\"1\">\n\t<noRebootFlag>", "version=\"2\">\n\t<noRebootFlag>",
+                  "class version DebugAndTestParameters");
+    EXPECT_EQ(elements(), elementsOf("defaults.xml"));
 }
 
-TEST_F(BadDebugFile, OfALaterClassVersionFailsAtTheFirstElementThatIsNew) {
-    expectFailure("version=\"1\">\n\t<noRebootFlag>", "version=\"2\">\n\t<newFlag>1</newFlag>\n\t<noRebootFlag>",
-                  "XML start/end tag mismatch - noRebootFlag");
-    expectFailure("version=\"1\">\n\t\t<flash", "version=\"2\">\n\t\t<newSize>1</newSize>\n\t\t<flash",
-                  "input stream error");
+TEST_F(BadDebugFile, HasPerformanceParametersOfALaterClassVersion) {
+    expectFailure("version=\"1\">\n\t\t<flash", "version=\"2\">\n\t\t<flash",
+                  "class version InstallationPerformanceParameters");
     EXPECT_TRUE(record.isDurationReduced());
+    EXPECT_FALSE(record.getInstallationPerformanceParameters().getFlashStreamBufferSize());
     EXPECT_EQ(record.getServiceTransactionStubScenarioPath(), "");
 }
 

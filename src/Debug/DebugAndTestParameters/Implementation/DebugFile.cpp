@@ -23,6 +23,14 @@ namespace {
 const char ROOT_ELEMENT[] = "DebugAndTestParameters";
 const unsigned int FIRST_VERSION_WITH_TEXTS = 1;
 
+// The library reads on in a record whose form it does not know.
+void throwIfLater(unsigned int version, unsigned int known, const char* record) {
+    using boost::archive::archive_exception;
+    if (version > known) {
+        throw archive_exception(archive_exception::unsupported_class_version, record);
+    }
+}
+
 // The free parameters were numbers once.
 template <class Archive>
 void visitNumbersOnly(Archive& archive, std::map<std::string, std::string>& customParams) {
@@ -36,7 +44,9 @@ void visitNumbersOnly(Archive& archive, std::map<std::string, std::string>& cust
 } // namespace
 
 template <class Archive>
-void InstallationPerformanceParameters::serialize(Archive& archive, unsigned int) {
+void InstallationPerformanceParameters::serialize(Archive& archive, unsigned int version) {
+    throwIfLater(version, boost::serialization::version<InstallationPerformanceParameters>::value,
+                 "InstallationPerformanceParameters");
     archive& make_nvp("flashStreamBufferSize", m_flashStreamBufferSize);
     archive& make_nvp("flashSinkBufferSize", m_flashSinkBufferSize);
     archive& make_nvp("networkStreamBufferSize", m_networkStreamBufferSize);
@@ -65,6 +75,7 @@ void InstallationPerformanceParameters::serialize(Archive& archive, unsigned int
 
 template <class Archive>
 void DebugAndTestParameters::serialize(Archive& archive, unsigned int version) {
+    throwIfLater(version, boost::serialization::version<DebugAndTestParameters>::value, ROOT_ELEMENT);
     archive& make_nvp("noRebootFlag", m_noRebootFlag);
     archive& make_nvp("skipCompatibilityChecker", m_skipCompatibilityChecker);
     archive& make_nvp("skipVersionChecker", m_skipVersionChecker);
