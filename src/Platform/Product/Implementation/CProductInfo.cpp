@@ -1,9 +1,8 @@
 #include "Platform/Product/IProductInfo.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <map>
-#include <memory>
+#include <vector>
 
 #include <boost/filesystem/operations.hpp>
 
@@ -14,6 +13,7 @@
 #include "DAXCommon/DAXCommonUtils.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
+#include "Utility/Utils/CText.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
@@ -46,7 +46,7 @@ const char* textOf(bool value) {
 
 // A text of the platform's, which is freed with its copy made.
 int copied(int result, char* text, std::string& value) {
-    const std::unique_ptr<char, void (*)(void*)> owned(text, std::free);
+    const Common::Utils::CText owned(text);
     if (result == 0) {
         value = std::string(text);
     }
@@ -90,13 +90,21 @@ std::string fullVersionString() {
     return required<std::string>(SYSTEM_INFO_KEY_SOFTWARE_VERSION, NO_SW_VERSION);
 }
 
-void getParsedModelAndVersion(std::string& model, std::uint16_t& major, std::uint16_t& minor) {
+struct ModelAndVersion {
+    std::string model;
+    std::uint16_t major = 0;
+    std::uint16_t minor = 0;
+};
+
+ModelAndVersion getParsedModelAndVersion() {
     const std::string text = fullVersionString();
-    if (!DAXCommon::DAXCommonUtils::parsedModelAndVersion(text, model, major, minor)) {
+    ModelAndVersion parsed;
+    if (!DAXCommon::DAXCommonUtils::parsedModelAndVersion(text, parsed.model, parsed.major, parsed.minor)) {
         DAX_THROW(GenericException(),
                   errinfo_description("getParsedModelAndVersion: Wrong string format - lack of dash")
                       << errinfo_string(text));
     }
+    return parsed;
 }
 
 // A model that has its own feature key; false when it cannot be read.
@@ -273,28 +281,19 @@ std::string IProductInfo::getVersionString() {
 }
 
 int IProductInfo::getMainSoftwareVersionMajor() {
-    std::string model;
-    std::uint16_t major = 0;
-    std::uint16_t minor = 0;
-    getParsedModelAndVersion(model, major, minor);
+    const int major = getParsedModelAndVersion().major;
     DAX_LOG(INF) << "MAJOR SW VERSION: " << major;
     return major;
 }
 
 int IProductInfo::getMainSoftwareVersionMinor() {
-    std::string model;
-    std::uint16_t major = 0;
-    std::uint16_t minor = 0;
-    getParsedModelAndVersion(model, major, minor);
+    const int minor = getParsedModelAndVersion().minor;
     DAX_LOG(INF) << "MINOR SW VERSION: " << minor;
     return minor;
 }
 
 std::string IProductInfo::getModelString() {
-    std::string model;
-    std::uint16_t major = 0;
-    std::uint16_t minor = 0;
-    getParsedModelAndVersion(model, major, minor);
+    const std::string model = getParsedModelAndVersion().model;
     DAX_LOG(INF) << "Model string: " << model << ".";
     return model;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdlib>
-#include <memory>
 #include <string>
 
 #include <vconf.h>
+
+#include "Utility/Utils/CText.h"
 
 namespace DAX {
 namespace Platform {
@@ -26,7 +26,7 @@ inline int vconf_set_bool_wrapper(const char* key, bool value) {
 
 // -1 when there is no text; `*value` is then left as it was.
 inline int vconf_get_string_wrapper(const char* key, std::string* value) {
-    const std::unique_ptr<char, void (*)(void*)> text(vconf_get_str(key), std::free);
+    const Common::Utils::CText text(vconf_get_str(key));
     if (!text) {
         return -1;
     }

@@ -1,9 +1,7 @@
-#include <cstdlib>
-#include <memory>
-
 #include <system_info.h>
 
 #include "Platform/SystemAPI/SystemInfoSystemAPI/Implementation/CSystemInfo.h"
+#include "Utility/Utils/CText.h"
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
@@ -12,9 +10,9 @@ namespace DAX {
 namespace Platform {
 namespace {
 
+using Common::Utils::CText;
 using Common::Utils::errinfo_description;
 using Common::Utils::GenericException;
-using Text = std::unique_ptr<char, void (*)(void*)>;
 
 void checkSystemInfoError(int result) {
     switch (result) {
@@ -53,7 +51,7 @@ bool CSystemInfo::m_getSystemInfoBool(int key) {
 }
 
 std::string CSystemInfo::m_getSystemInfoString(int key) {
-    const Text text(read(system_info_get_value_string, numbered(key)), std::free);
+    const CText text(read(system_info_get_value_string, numbered(key)));
     const char* const chValue = text.get();
     BOOST_ASSERT(chValue != nullptr);
     return chValue;
@@ -68,7 +66,7 @@ int CSystemInfo::m_getSystemInfoCustomInt(const char* key) {
 }
 
 std::string CSystemInfo::m_getSystemInfoCustomString(const char* key) {
-    const Text text(read(system_info_get_custom_string, key), std::free);
+    const CText text(read(system_info_get_custom_string, key));
     return std::string(text.get());
 }
 
