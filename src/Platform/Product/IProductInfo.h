@@ -67,7 +67,7 @@ public:
 
     // The software's version is told as MODEL-VERSION, with the last dash between the two. All throw
     // SystemInfoAPIInternalProblemException when the platform does not tell it, GenericException when it has no dash;
-    // the numbers throw boost::bad_lexical_cast when there are none.
+    // all but the first throw boost::bad_lexical_cast when the version has no numbers. Those keep their low 16 bits.
     static std::string getVersionString();
     static int getMainSoftwareVersionMajor();
     static int getMainSoftwareVersionMinor();

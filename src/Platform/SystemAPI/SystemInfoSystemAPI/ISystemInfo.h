@@ -33,28 +33,32 @@ public:
     // Two letters, or nothing.
     static std::string getCountryCode();
 
-    // The platform's facts, by their number. GenericException with the platform's failure.
+    // The platform's facts, by their number. GenericException with the platform's failure; an assertion fails for a
+    // text that is not there.
     static int getSystemInfoInt(int key);
     static bool getSystemInfoBool(int key);
     static std::string getSystemInfoString(int key);
 
-    // The platform's other facts, by their text; as above.
+    // The platform's other facts, by their text. As above, but std::logic_error for a text that is not there.
     static bool getSystemInfoCustomBool(const char* key);
     static int getSystemInfoCustomInt(const char* key);
     static std::string getSystemInfoCustomString(const char* key);
 
-    // The submodel on the device, and the one that the user chose; the model's own without one. What
-    // IProductInfo::getModelString throws passes.
+    // The submodel on the device; the model's own name when the store has none. What IProductInfo::getModelString
+    // throws passes. A failed write is logged.
     static std::string getFlashedSubModelString();
-
-    // A failed write is logged, here and in the other setters down to setMsdVersions, but for saveCurrentVersionString.
     static void setFlashedSubModelString(const std::string& submodel);
+
+    // The submodel that the user chose. As above; the second gives nothing when the store has none.
     static std::string getSelectedSubModelString(ZoneType zone);
     static std::string getSelectedSubModelOrEmptyString();
 
     // Keeps nothing for the model itself, with its own letter or with the zone's, and does nothing with an empty text.
-    // std::out_of_range for a device in a zone whose model has no name.
+    // A failed write is logged. What IProductInfo::getModelString throws passes, and std::out_of_range for a device in
+    // a zone whose model has no name.
     static void setSelectedSubModelString(const std::string& submodel);
+
+    // Whether the user chose one, and whether there is any; false when the store fails. A failed write is logged.
     static bool isAnySubmodelSelected();
     static bool isAnySubmodelFound();
     static void setAnySubmodelFlag(bool found);
@@ -64,7 +68,7 @@ public:
     static void saveCurrentVersionString();
     static std::string loadCurrentVersionString();
 
-    // Until power-off; empty when the store fails.
+    // Until power-off; empty when the store fails. A failed write is logged.
     static void setMsdFolderPath(const std::string& folder);
     static std::string getMsdFolderPath();
     static void setMsdVersions(const std::string& versions);
@@ -80,7 +84,7 @@ public:
 namespace SystemInfo {
 namespace Details {
 
-// Puts another implementation in place of the device's own.
+// Puts another implementation in place of the device's own; null brings that back.
 void setImplementationSingleton(std::unique_ptr<ISystemInfoImpl> implementation);
 
 } // namespace Details
