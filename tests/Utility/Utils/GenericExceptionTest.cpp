@@ -7,6 +7,8 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "CoreInterface/CoreExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
+#include "Platform/Product/SystemInfoAPIInternalProblemException.h"
+#include "Platform/SystemAPI/USBDeviceSystemAPI/USBAPIException.h"
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
@@ -20,7 +22,8 @@ class FamilyTest : public testing::Test {};
 
 using Roots = testing::Types<DAX::Common::DBUSWrapper::DBUSWrapperExceptions::DBUSWrapperException,
                              DAX::UserInterestExceptions::UserInterestException,
-                             DAX::Core::CoreExceptions::CoreException, DAX::Platform::VConfException>;
+                             DAX::Core::CoreExceptions::CoreException, DAX::Platform::VConfException,
+                             DAX::Platform::SystemInfoAPIInternalProblemException, DAX::Platform::USBAPIException>;
 TYPED_TEST_SUITE(FamilyTest, Roots);
 
 TYPED_TEST(FamilyTest, StandsBesideGenericExceptionOnCommonGround) {

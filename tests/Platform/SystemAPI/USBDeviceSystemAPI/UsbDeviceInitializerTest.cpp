@@ -46,12 +46,6 @@ TEST(UsbDeviceInitializerTest, KeepsTheResultOfTheStart) {
     EXPECT_THROW(initializer->throwIfUninitialized(), USBAPIException);
 }
 
-TEST(USBAPIExceptionTest, IsNoGenericException) {
-    EXPECT_FALSE((std::is_base_of<GenericException, USBAPIException>::value));
-    EXPECT_TRUE((std::is_base_of<std::exception, USBAPIException>::value));
-    EXPECT_TRUE((std::is_base_of<boost::exception, USBAPIException>::value));
-}
-
 using UnstartedUSBDeviceTest = USBDeviceFixture;
 
 TEST_F(UnstartedUSBDeviceTest, AssertsThatTheLibraryIsNeeded) {
