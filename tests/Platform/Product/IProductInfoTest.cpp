@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include <boost/filesystem/exception.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -44,6 +45,13 @@ TEST_F(InstallationLock, IsReleasedByTheRemovalOfItsFile) {
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }
 
+TEST_F(InstallationLock, IsNotTakenForReleasedWhenItCannotBeRemoved) {
+    root.write(LOCK_FILE + "/a file that keeps it", "");
+    EXPECT_THROW(IProductInfo::releaseInstallationLock(), boost::filesystem::filesystem_error);
+    EXPECT_TRUE(IProductInfo::isInstallationLocked());
+    EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
 TEST_F(InstallationLock, IsWarnedOfWhenThereIsNoneToRelease) {
     IProductInfo::releaseInstallationLock();
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log WRN InstallationLock was not locked (checked for file:  " +
@@ -83,6 +91,13 @@ TEST_F(NotGenuineFlag, IsWrittenOnce) {
 TEST_F(NotGenuineFlag, CannotBeWrittenWithoutItsDirectory) {
     EXPECT_THROW(IProductInfo::setSourcePartitionNotGenuineFlag(), Common::IO::FileSinkIOException);
     EXPECT_FALSE(IProductInfo::isSourcePartitionNotGenuine());
+    EXPECT_EQ(FakeKovan::journal().front(), "log INF Setting DAX SourcePartitionNotGenuine flag.");
+}
+
+TEST_F(NotGenuineFlag, IsAnnouncedBeforeItIsReleased) {
+    root.write(NOT_GENUINE + "/a file that keeps it", "");
+    EXPECT_THROW(IProductInfo::releaseSourcePartitionNotGenuineFlag(), boost::filesystem::filesystem_error);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Releasing SourcePartitionNotGenuine flag."));
 }
 
 TEST_F(NotGenuineFlag, IsReleasedWhetherItIsThereOrNot) {

@@ -79,6 +79,7 @@ TEST(TBMModel, IsNoneWithABoard) {
     FakeKovan::setSystemInfo(TYPE, 4);
     FakeKovan::setSystemInfo(IWB, true);
     EXPECT_FALSE(IProductInfo::isTBMModel());
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Product Type: 6", "log INF IWB Supported: [true]."));
 }
 
 TEST(TBMModel, IsNoneOfAnotherTypeWhateverItsBoard) {

@@ -19,6 +19,11 @@ void setVersion(const std::string& version) {
     FakeKovan::setSystemInfo(128, version);
 }
 
+// What is told of each split.
+const char GOT[] = "log DBG parsedModelAndVersion got version string 'T-MARLOW-1703.12'";
+const char REST[] = "log DBG version string: 1703.12";
+const char NUMBERS[] = "log DBG version:1703.12";
+
 TEST(SoftwareVersion, IsWhatFollowsTheLastDash) {
     setVersion("T-MARLOW-17.037.0");
     EXPECT_EQ(IProductInfo::getVersionString(), "17.037.0");
@@ -44,8 +49,9 @@ TEST(SoftwareVersion, IsSplitIntoModelAndNumbers) {
     EXPECT_EQ(IProductInfo::getModelString(), "T-MARLOW");
     EXPECT_EQ(IProductInfo::getMainSoftwareVersionMajor(), 1703);
     EXPECT_EQ(IProductInfo::getMainSoftwareVersionMinor(), 12);
-    EXPECT_THAT(FakeKovan::messages("INF"),
-                ElementsAre("Model string: T-MARLOW.", "MAJOR SW VERSION: 1703", "MINOR SW VERSION: 12"));
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre(GOT, REST, NUMBERS, "log INF Model string: T-MARLOW.", //
+                                                  GOT, REST, NUMBERS, "log INF MAJOR SW VERSION: 1703",  //
+                                                  GOT, REST, NUMBERS, "log INF MINOR SW VERSION: 12"));
 }
 
 TEST(SoftwareVersion, IsReadAndSplitAnewEachTime) {
@@ -70,8 +76,10 @@ TEST_P(SplitSoftwareVersion, IsMalformedWithoutADash) {
     setVersion("MODEL 17.0");
     EXPECT_EQ(thrownText<errinfo_description>(GetParam()),
               "getParsedModelAndVersion: Wrong string format - lack of dash");
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log DBG parsedModelAndVersion got version string 'MODEL 17.0'",
+                            "log ERR parsedModelAndVersion: Wrong string format - lack of dash: MODEL 17.0"));
     EXPECT_EQ(thrownText<errinfo_string>(GetParam()), "MODEL 17.0");
-    EXPECT_THAT(FakeKovan::messages("INF"), ElementsAre());
 }
 
 TEST_P(SplitSoftwareVersion, CannotHaveThreeNumbers) {

@@ -1,6 +1,7 @@
 #include "Platform/SystemAPI/FactorySystemAPI/Implementation/FactoryItems.h"
 
 #include "FactorySettingsFixture.h"
+#include "support/NamedRow.h"
 #include "support/ProcessDeath.h"
 
 namespace DAX {
@@ -11,15 +12,10 @@ using Platform::getIntFromFactory;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Item {
+struct Item : NamedRow {
     int key;
-    const char* name;
     int defaultValue;
 };
-
-void PrintTo(const Item& item, std::ostream* out) {
-    *out << item.name;
-}
 
 class FactoryItemTest : public testing::TestWithParam<Item> {
 protected:
@@ -44,11 +40,11 @@ TEST_P(FactoryItemTest, IsItsDefaultWhenItCannotBeRead) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, FactoryItemTest,
-                         testing::Values(Item{126, "ID_OTN_INFO_LINK_SERVER_TYPE", 1}, Item{902, "ID_OTN_ONOFF", 1},
-                                         Item{10130, "ID_HOTEL_OTN_UPDATE", 1}, Item{904, "ID_OTN_TESTSERVER", 0},
-                                         Item{923, "ID_DAX_FAIL_TEST", 0}, Item{922, "ID_DAX_DURATION", 0},
-                                         Item{869, "ID_FAST_USB_BOOTING_ONOFF", 0}),
-                         [](const auto& row) { return row.param.name; });
+                         testing::Values(Item{"ID_OTN_INFO_LINK_SERVER_TYPE", 126, 1}, Item{"ID_OTN_ONOFF", 902, 1},
+                                         Item{"ID_HOTEL_OTN_UPDATE", 10130, 1}, Item{"ID_OTN_TESTSERVER", 904, 0},
+                                         Item{"ID_DAX_FAIL_TEST", 923, 0}, Item{"ID_DAX_DURATION", 922, 0},
+                                         Item{"ID_FAST_USB_BOOTING_ONOFF", 869, 0}),
+                         rowName);
 
 TEST(UnknownFactoryItemTest, FailsAnAssertionAlthoughThePlatformKnowsIt) {
     FakeKovan::setSystemInfo(890, 1);

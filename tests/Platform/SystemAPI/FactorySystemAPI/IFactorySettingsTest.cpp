@@ -219,6 +219,7 @@ TEST_F(OTNServerTypeTest, IsOneWithTheDebugFlagAlthoughTheValueIsRead) {
         FakeKovan::setSystemInfo(126, value);
         EXPECT_EQ(IFactorySettings::getOTNServerType(), 1);
         EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre("126"));
+        EXPECT_THAT(FakeKovan::journal(), IsEmpty());
     }
 }
 

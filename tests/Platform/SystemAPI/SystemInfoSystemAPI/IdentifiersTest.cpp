@@ -1,4 +1,5 @@
 #include "SystemInfoFixture.h"
+#include "support/NamedRow.h"
 
 namespace DAX {
 namespace Tests {
@@ -9,24 +10,17 @@ using Platform::VConfException;
 using testing::ElementsAre;
 
 // A text of the store.
-struct Identifier {
-    const char* name;
+struct Identifier : NamedRow {
     std::string (*operation)();
     std::string key;
     std::string logName;
 };
-
-void PrintTo(const Identifier& identifier, std::ostream* out) {
-    *out << identifier.name;
-}
 
 const Identifier DUID = {"Duid", ISystemInfo::getDuid, "db/comss/hwduid", "DUID"};
 const Identifier ATOKEN = {"Atoken", ISystemInfo::getAtoken, "db/comss/atoken", "Atoken"};
 const Identifier OTN_URL = {"OtnUrl", ISystemInfo::getOtnUrl, "rtc/db/comss/gpmurl/otn", "OTN URL"};
 const Identifier FIRMWARE = {"Firmware", ISystemInfo::getFirmwareVersion, "db/comss/infolinkversion", "FIRMWARE"};
 const Identifier COUNTRY = {"Country", ISystemInfo::getCountryCode, "db/comss/countrycode", "CountryCode"};
-
-const auto nameOf = [](const auto& row) { return row.param.name; };
 
 class IdentifierTest : public testing::TestWithParam<Identifier> {
 protected:
@@ -51,7 +45,7 @@ TEST_P(ThereIdentifier, IsReadAfresh) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, ThereIdentifier, testing::Values(DUID, ATOKEN, OTN_URL, FIRMWARE, COUNTRY), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, ThereIdentifier, testing::Values(DUID, ATOKEN, OTN_URL, FIRMWARE, COUNTRY), rowName);
 
 class RequiredIdentifier : public IdentifierTest {};
 
@@ -60,7 +54,7 @@ TEST_P(RequiredIdentifier, ThrowsWhatTheStoreThrows) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre(failedRead(GetParam().key)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, RequiredIdentifier, testing::Values(DUID, ATOKEN, FIRMWARE), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, RequiredIdentifier, testing::Values(DUID, ATOKEN, FIRMWARE), rowName);
 
 class EmptyIdentifier : public IdentifierTest {};
 
@@ -70,7 +64,7 @@ TEST_P(EmptyIdentifier, IsTakenAsItStands) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre(told("")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, EmptyIdentifier, testing::Values(ATOKEN, OTN_URL), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, EmptyIdentifier, testing::Values(ATOKEN, OTN_URL), rowName);
 
 TEST(DuidTest, MustNotBeEmpty) {
     FakeKovan::setSetting(DUID.key, "");

@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "SystemInfoFixture.h"
+#include "support/NamedRow.h"
 #include "support/ProcessDeath.h"
 
 namespace DAX {
@@ -53,15 +54,10 @@ TEST(PlatformFact, ThrowsWhenATextOfAKeyIsNotThere) {
     EXPECT_THROW(ISystemInfo::getSystemInfoCustomString(CUSTOM), std::logic_error);
 }
 
-struct Read {
-    const char* name;
+struct Read : NamedRow {
     std::function<void()> operation;
     std::string key;
 };
-
-void PrintTo(const Read& read, std::ostream* out) {
-    *out << read.name;
-}
 
 class FailedPlatformFact : public testing::TestWithParam<Read> {
 protected:
@@ -99,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Read{"CustomInt", [] { ISystemInfo::getSystemInfoCustomInt(CUSTOM); }, CUSTOM},
                     Read{"CustomBool", [] { ISystemInfo::getSystemInfoCustomBool(CUSTOM); }, CUSTOM},
                     Read{"CustomString", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }, CUSTOM}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 } // namespace
 } // namespace Tests

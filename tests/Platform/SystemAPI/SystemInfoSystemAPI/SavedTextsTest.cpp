@@ -1,5 +1,6 @@
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
 #include "SystemInfoFixture.h"
+#include "support/NamedRow.h"
 
 namespace DAX {
 namespace Tests {
@@ -54,17 +55,12 @@ TEST(SavedVersion, ThrowsWhenItCannotBeLoaded) {
                             "log ERR Cannot get the value from VConf variable: " + VERSION));
 }
 
-struct MsdText {
-    const char* name;
+struct MsdText : NamedRow {
     void (*set)(const std::string&);
     std::string (*get)();
     std::string key;
     std::string failure;
 };
-
-void PrintTo(const MsdText& text, std::ostream* out) {
-    *out << text.name;
-}
 
 class MsdTextTest : public testing::TestWithParam<MsdText> {};
 
@@ -92,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
                             VOLATILE_UPDATE_SETTINGS + "msd_path", "Error while saving MSD folder path string"},
                     MsdText{"Versions", ISystemInfo::setMsdVersions, ISystemInfo::getMsdVersions,
                             VOLATILE_UPDATE_SETTINGS + "msd_versions", "Error while saving MSD versions string"}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 } // namespace
 } // namespace Tests

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <stdexcept>
 
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
@@ -10,10 +11,10 @@ namespace {
 using Platform::ISystemInfo;
 using Platform::SystemInfoAPIInternalProblemException;
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 const std::string FLASHED = UPDATE_SETTINGS + "flashedSubmodel";
@@ -28,12 +29,17 @@ protected:
     static void setZone(char letter) { FakeKovan::setSystemInfo(904, letter - 'A' + 1); }
     static std::string selectedIn(ISystemInfo::ZoneType zone) { return ISystemInfo::getSelectedSubModelString(zone); }
 
-    // The failed write is told by this text, with a diagnostic of several lines behind it.
-    static void expectLoggedWithDiagnostic(const std::string& text) {
-        const std::vector<std::string> errors = FakeKovan::messages("ERR");
-        ASSERT_THAT(errors, Not(IsEmpty()));
-        EXPECT_THAT(errors.front(), StartsWith(text));
-        EXPECT_THAT(errors, Contains(HasSubstr("Platform::VConfException")));
+    // The failed write of "SUB", the last in the journal, is told by this text with a diagnostic of several lines
+    // behind it.
+    static void expectLoggedWithDiagnostic(const std::string& key, const std::string& text) {
+        std::vector<std::string> told = FakeKovan::journal();
+        const auto write = std::find(told.begin(), told.end(), "write " + key + "=SUB -> -9");
+        ASSERT_GT(told.end() - write, 3);
+        EXPECT_EQ(write[1], failedWrite(key));
+        EXPECT_THAT(write[2], StartsWith("log ERR " + text));
+        told.erase(told.begin(), write + 3);
+        EXPECT_THAT(told, Each(StartsWith("log ERR ")));
+        EXPECT_THAT(told, Contains(HasSubstr("Platform::VConfException")));
     }
 };
 
@@ -63,8 +69,7 @@ TEST_F(SubmodelTest, OnTheDeviceIsSaved) {
 TEST_F(SubmodelTest, OnTheDeviceIsLoggedWhenItCannotBeSaved) {
     FakeKovan::failWrites(FLASHED, -9);
     EXPECT_NO_THROW(ISystemInfo::setFlashedSubModelString("SUB"));
-    EXPECT_THAT(FakeKovan::journal("write"), ElementsAre("write " + FLASHED + "=SUB -> -9"));
-    expectLoggedWithDiagnostic("Error while saving flashed submodel string");
+    expectLoggedWithDiagnostic(FLASHED, "Error while saving flashed submodel string");
 }
 
 TEST_F(SubmodelTest, OfTheUserIsThatOfTheStore) {
@@ -115,6 +120,25 @@ TEST_F(SubmodelTest, OfTheUserAsksForTheZoneBehindTheModel) {
         selectedIn(zone);
         EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre("128", "904"));
     }
+}
+
+TEST_F(SubmodelTest, OfTheUserIsEmptyInAZoneWithoutAModel) {
+    setZone('K');
+    FakeKovan::setSystemInfo(128, "-1703.1");
+    EXPECT_STREQ(selectedIn(ISystemInfo::WITH_OTN_ZONE).c_str(), "");
+}
+
+TEST_F(SubmodelTest, OfTheUserIsSavedWithTheZoneAskedForBeforeTheModel) {
+    ISystemInfo::setSelectedSubModelString("SUB");
+    EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre("904", "128"));
+}
+
+TEST_F(SubmodelTest, OfTheUserIsNotSavedWhenTheModelCannotBeRead) {
+    FakeKovan::failSystemInfo(128, -5);
+    EXPECT_EQ(
+        thrownDescription<SystemInfoAPIInternalProblemException>([] { ISystemInfo::setSelectedSubModelString("SUB"); }),
+        "Unable to read SW version from system-info");
+    EXPECT_THAT(FakeKovan::writes(), IsEmpty());
 }
 
 TEST_F(SubmodelTest, OfTheUserIsSavedAsItStandsInNoZone) {
@@ -172,8 +196,7 @@ TEST_F(SubmodelTest, OfTheUserIsSavedWithoutAModelInNoZone) {
 TEST_F(SubmodelTest, OfTheUserIsLoggedWhenItCannotBeSaved) {
     FakeKovan::failWrites(SELECTED, -9);
     EXPECT_NO_THROW(ISystemInfo::setSelectedSubModelString("SUB"));
-    EXPECT_THAT(FakeKovan::journal("write"), ElementsAre("write " + SELECTED + "=SUB -> -9"));
-    expectLoggedWithDiagnostic("Error while saving selected submodel string");
+    expectLoggedWithDiagnostic(SELECTED, "Error while saving selected submodel string");
 }
 
 TEST_F(SubmodelTest, IsFoundAsTheStoreSays) {

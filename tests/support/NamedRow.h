@@ -1,0 +1,22 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+
+namespace DAX {
+namespace Tests {
+
+// The base of a row of a parameterized suite: its name is what GoogleTest prints of it.
+struct NamedRow {
+    const char* name;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const NamedRow& row) {
+    return out << row.name;
+}
+
+// Names each test of a suite after its row: the last argument of INSTANTIATE_TEST_SUITE_P.
+inline const auto rowName = [](const auto& info) { return std::string(info.param.name); };
+
+} // namespace Tests
+} // namespace DAX
