@@ -8,7 +8,7 @@
 #include "CoreInterface/CoreExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
-#include "Platform/SystemAPI/USBDeviceSystemAPI/USBAPIException.h"
+#include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/RethrowExceptionStream.h"

@@ -1,4 +1,4 @@
-#include "Platform/SystemAPI/USBDeviceSystemAPI/UsbDeviceInitializer.h"
+#include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 #include "SystemControlTest.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
 

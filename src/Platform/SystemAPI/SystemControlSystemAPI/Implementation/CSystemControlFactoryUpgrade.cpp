@@ -7,7 +7,7 @@
 #include "Common/IO/FileStream.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/CSystemControl.h"
-#include "Platform/SystemAPI/USBDeviceSystemAPI/IUSBDeviceManager.h"
+#include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
 
 namespace DAX {
 namespace Platform {

@@ -7,9 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Platform/SystemAPI/USBDeviceSystemAPI/IUSBDeviceManager.h"
-#include "Platform/SystemAPI/USBDeviceSystemAPI/USBAPIException.h"
-#include "Platform/SystemAPI/USBDeviceSystemAPI/UsbDeviceInitializer.h"
+#include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
+#include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
+#include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
 #include "support/DebugParameters.h"
 #include "support/FakeKovan.h"

@@ -1,4 +1,4 @@
-#include "Platform/SystemAPI/USBDeviceSystemAPI/IUSBDeviceManager.h"
+#include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
 
 #include <algorithm>
 #include <sstream>
@@ -9,8 +9,8 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 #include "Platform/Product/IProductPaths.h"
-#include "Platform/SystemAPI/USBDeviceSystemAPI/USBAPIException.h"
-#include "Platform/SystemAPI/USBDeviceSystemAPI/UsbDeviceInitializer.h"
+#include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
+#include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/SingletonsRegister.h"

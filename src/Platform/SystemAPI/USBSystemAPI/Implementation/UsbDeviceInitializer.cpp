@@ -1,8 +1,8 @@
-#include "Platform/SystemAPI/USBDeviceSystemAPI/UsbDeviceInitializer.h"
+#include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 
 #include <usb_device.h>
 
-#include "Platform/SystemAPI/USBDeviceSystemAPI/USBAPIException.h"
+#include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX {
