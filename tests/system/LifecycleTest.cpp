@@ -1,6 +1,8 @@
 // How the daemon starts and ends.
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
 
 #include <gmock/gmock.h>
@@ -68,6 +70,19 @@ protected:
         }
     }
 
+    // The threads of the process that watch another, by the beginnings of their names.
+    static std::vector<std::string> guardsOf(pid_t process) {
+        std::vector<std::string> guards;
+        for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+            std::string name;
+            std::getline(std::ifstream(task.path() / "comm") >> std::ws, name);
+            if (name.find("Gua") != std::string::npos) {
+                guards.push_back(name);
+            }
+        }
+        return guards;
+    }
+
     std::vector<std::string> singletonsGivenBack() {
         std::vector<std::string> lines;
         for (const std::string& message : desk.daemonMessages()) {
@@ -113,6 +128,20 @@ TEST_F(Lifecycle, InProductionStartsInTheSameOrderWithoutDebugParameters) {
     ASSERT_NE(named, messages.end());
     EXPECT_EQ(*std::next(named), "We are in production mode. Will not load DebugAndTestParameters.");
     EXPECT_EQ(desk.countMessages("Opening config from "), 0);
+}
+
+TEST_F(Lifecycle, WatchesItsLoop) {
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    EXPECT_TRUE(waitUntil([&] { return guardsOf(daemon->pid()).size() == 3; }));
+}
+
+TEST_F(Lifecycle, InProductionWatchesNothing) {
+    desk.root.write("etc/kovan/device.ini", "[software]\nproduction=true\n");
+    const auto daemon = desk.startDaemon();
+    ASSERT_TRUE(desk.waitForDaemon());
+    EXPECT_EQ(desk.connect()->getCurrentVersion(), "1000"); // the loop runs, past the place where guards are made
+    EXPECT_THAT(guardsOf(daemon->pid()), IsEmpty());
 }
 
 TEST_F(Lifecycle, StartsItsMainLoopWithoutAPause) {
