@@ -15,6 +15,7 @@ namespace {
 using Platform::ISystemControl;
 using Platform::PowerAPIException;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 const char COLD_SHUTDOWN_KEY[] = "memory/boot/cold_poweroff_request_pkg";
@@ -27,6 +28,17 @@ std::string powerFailureOf(const Statement& statement) {
     } catch (const PowerAPIException& exception) {
         return textOf<Common::Utils::errinfo_description>(exception) + " " +
                std::to_string(*boost::get_error_info<Common::Utils::errinfo_errorcode>(exception));
+    }
+    return "<nothing thrown>";
+}
+
+// The function that throws it.
+template <class Statement>
+std::string placeOfFailure(const Statement& statement) {
+    try {
+        statement();
+    } catch (const PowerAPIException& exception) {
+        return textOf<boost::throw_function>(exception);
     }
     return "<nothing thrown>";
 }
@@ -48,9 +60,12 @@ TEST_F(PowerTest, IgnoresLocksWhenItIsForcedToPowerOff) {
 }
 
 TEST_F(PowerTest, TellsThatTheDeviceDoesNotPowerOff) {
-    FakeKovan::setPoweroffResult(-3);
-    EXPECT_EQ(powerFailureOf(ISystemControl::shutdown), "device_power_request_poweroff failed -3");
-    EXPECT_EQ(FakeKovan::messages("INF").back(), "Request poweroff result: -3");
+    for (const int result : {-3, 1}) {
+        FakeKovan::setPoweroffResult(result);
+        EXPECT_EQ(powerFailureOf(ISystemControl::shutdown),
+                  "device_power_request_poweroff failed " + std::to_string(result));
+        EXPECT_EQ(FakeKovan::journal().back(), "log INF Request poweroff result: " + std::to_string(result));
+    }
 }
 
 TEST_F(PowerTest, PowersOffAlthoughThereShallBeNoReboot) {
@@ -90,7 +105,7 @@ TEST_F(PowerTest, TellsThatTheDeviceDoesNotRestart) {
         FakeKovan::setRebootResult(result);
         EXPECT_EQ(powerFailureOf(ISystemControl::reboot),
                   "device_power_request_reboot failed " + std::to_string(result));
-        EXPECT_EQ(FakeKovan::messages("INF").back(), "Request restart result: " + std::to_string(result));
+        EXPECT_EQ(FakeKovan::journal().back(), "log INF Request restart result: " + std::to_string(result));
     }
 }
 
@@ -142,7 +157,11 @@ TEST_F(PowerTest, RestartsAsAReplacementWantsIt) {
 
 TEST_F(PowerTest, AsksForAColdStartInAnothersName) {
     ISystemControl::setColdShutdown("org.kovan.other");
-    EXPECT_THAT(FakeKovan::writes(), ElementsAre(FakeKovan::Write{COLD_SHUTDOWN_KEY, std::string("org.kovan.other")}));
+    const std::string key = COLD_SHUTDOWN_KEY;
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF Setting cold shutdown flag.", "write " + key + "=org.kovan.other",
+                            "log ERR power_suspend flag set: " + key +
+                                " = org.kovan.other. Cold shutdown will be performed as next shutdown."));
 }
 
 TEST_F(PowerTest, TellsInAnExceptionOfItsOwnThatNoColdStartCanBeAskedFor) {
@@ -155,8 +174,9 @@ TEST_F(PowerTest, TellsInAnExceptionOfItsOwnThatNoColdStartCanBeAskedFor) {
         ASSERT_NE(nested, nullptr);
         EXPECT_THROW(boost::rethrow_exception(*nested), Platform::VConfException);
     }
-    EXPECT_THAT(FakeKovan::journal("power"), IsEmpty());
-    EXPECT_THAT(FakeKovan::messages("ERR"), IsEmpty());
+    const std::string key = COLD_SHUTDOWN_KEY;
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log FTL reboot: 12", "log INF Setting cold shutdown flag.",
+                                                  "write " + key + "=org.kovan.tv.dax -> -7", failedWrite(key)));
 }
 
 TEST_F(PowerTest, SaysWhyTheDeviceWokeUp) {
@@ -174,10 +194,14 @@ TEST_F(PowerTest, TellsThatTheReasonCannotBeRead) {
 }
 
 TEST_F(PowerTest, SetsTheReasonAndGivesTheDevicesResult) {
-    FakeKovan::setWakeUpReasonResult(3);
-    EXPECT_EQ(ISystemControl::setWakeUpReason(5), 3);
-    EXPECT_THAT(FakeKovan::journal(),
-                ElementsAre("power set_wakeup_reason 5", "log INF Wake-up has been set to 5, with result: 3"));
+    for (const int result : {0, 3}) {
+        FakeKovan::forgetRecords();
+        FakeKovan::setWakeUpReasonResult(result);
+        EXPECT_EQ(ISystemControl::setWakeUpReason(5), result);
+        EXPECT_THAT(FakeKovan::journal(),
+                    ElementsAre("power set_wakeup_reason 5",
+                                "log INF Wake-up has been set to 5, with result: " + std::to_string(result)));
+    }
 }
 
 TEST_F(PowerTest, TellsThatTheReasonCannotBeSetInTheNameOfItsReading) {
@@ -231,6 +255,22 @@ TEST_F(PowerTest, AsksForNoOtherMode) {
                   "wrong power mode " + std::to_string(mode));
     }
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
+TEST_F(PowerTest, TellsWhereTheDeviceFailed) {
+    FakeKovan::setPoweroffResult(-1);
+    FakeKovan::setRebootResult(-1);
+    FakeKovan::setWakeUpReason(-1);
+    FakeKovan::setWakeUpReasonResult(-1);
+    FakeKovan::setPowerState(-1);
+    const auto setReason = [] { ISystemControl::setWakeUpReason(5); };
+    const auto setMode = [] { ISystemControl::setCurrentPowerMode(DAXCommon::POWER_MODE_POWER_OFF, true); };
+    EXPECT_THAT(placeOfFailure(ISystemControl::shutdown), HasSubstr("CSystemControl::m_shutdown(int)"));
+    EXPECT_THAT(placeOfFailure(ISystemControl::reboot), HasSubstr("CSystemControl::m_reboot(int)"));
+    EXPECT_THAT(placeOfFailure(ISystemControl::getWakeUpReason), HasSubstr("CSystemControl::m_getWakeUpReason()"));
+    EXPECT_THAT(placeOfFailure(setReason), HasSubstr("CSystemControl::m_setWakeUpReason(int)"));
+    EXPECT_THAT(placeOfFailure(ISystemControl::getCurrentPowerMode), HasSubstr("::m_getCurrentPowerMode()"));
+    EXPECT_THAT(placeOfFailure(setMode), HasSubstr("CSystemControl::m_setCurrentPowerMode("));
 }
 
 } // namespace

@@ -54,12 +54,6 @@ const int MAINLAND_CHINA = 24; // of SYSTEM_INFO_KEY_SALES_REGION
 const int FOREGROUND_NICENESS = 0;
 const int BACKGROUND_NICENESS = 19;
 
-void throwIf(bool failed, const char* description, int code) {
-    if (failed) {
-        DAX_THROW(PowerAPIException(), errinfo_description(description) << errinfo_errorcode(code));
-    }
-}
-
 // Holds the calling thread for as long as the debug parameters want before the device goes down.
 void delay(const char* before) {
     const auto seconds =
@@ -119,7 +113,10 @@ void CSystemControl::m_shutdown(int reason) {
     delay("shutdown");
     const int result = device_power_request_poweroff(reason);
     DAX_LOG(INF) << "Request poweroff result: " << result;
-    throwIf(result != 0, "device_power_request_poweroff failed", result);
+    if (result != 0) {
+        DAX_THROW(PowerAPIException(), errinfo_description("device_power_request_poweroff failed")
+                                           << errinfo_errorcode(result));
+    }
 }
 
 void CSystemControl::m_reboot() {
@@ -140,7 +137,10 @@ void CSystemControl::m_reboot(int reason) {
     m_setColdShutdown();
     const int result = device_power_request_reboot(reason | FORCE_BIT);
     DAX_LOG(INF) << "Request restart result: " << result;
-    throwIf(result != 0, "device_power_request_reboot failed", result);
+    if (result != 0) {
+        DAX_THROW(PowerAPIException(), errinfo_description("device_power_request_reboot failed")
+                                           << errinfo_errorcode(result));
+    }
 }
 
 void CSystemControl::m_setColdShutdown() {
@@ -160,14 +160,20 @@ void CSystemControl::m_setColdShutdown(const std::string& name) {
 
 int CSystemControl::m_setWakeUpReason(int reason) {
     const int result = device_power_set_wakeup_reason(reason);
-    throwIf(result < 0, "device_power_get_wakeup_reason() failed", result);
+    if (result < 0) {
+        DAX_THROW(PowerAPIException(), errinfo_description("device_power_get_wakeup_reason() failed")
+                                           << errinfo_errorcode(result));
+    }
     DAX_LOG(INF) << "Wake-up has been set to " << reason << ", with result: " << result;
     return result;
 }
 
 int CSystemControl::m_getWakeUpReason() {
     const int reason = device_power_get_wakeup_reason();
-    throwIf(reason < 0, "device_power_get_wakeup_reason() failed", reason);
+    if (reason < 0) {
+        DAX_THROW(PowerAPIException(), errinfo_description("device_power_get_wakeup_reason() failed")
+                                           << errinfo_errorcode(reason));
+    }
     DAX_LOG(INF) << "Wake-up reason = " << reason << ".";
     return reason;
 }
@@ -221,12 +227,17 @@ void CSystemControl::m_quitStandaloneMode() {
 
 DAXCommon::PowerMode CSystemControl::m_getCurrentPowerMode() {
     const int state = device_power_get_state();
-    throwIf(static_cast<unsigned int>(state) >= NUMBER_OF_POWER_STATES, "device_power_get_state() failed", state);
+    if (static_cast<unsigned int>(state) >= NUMBER_OF_POWER_STATES) {
+        DAX_THROW(PowerAPIException(), errinfo_description("device_power_get_state() failed")
+                                           << errinfo_errorcode(state));
+    }
     return static_cast<DAXCommon::PowerMode>(state);
 }
 
 void CSystemControl::m_setCurrentPowerMode(DAXCommon::PowerMode mode, bool flag) {
-    throwIf(mode >= DAXCommon::POWER_MODE_POWER_OFF, "wrong power mode", mode);
+    if (mode >= DAXCommon::POWER_MODE_POWER_OFF) {
+        DAX_THROW(PowerAPIException(), errinfo_description("wrong power mode") << errinfo_errorcode(mode));
+    }
     device_power_set_state(mode, flag ? 1 : 0);
 }
 
