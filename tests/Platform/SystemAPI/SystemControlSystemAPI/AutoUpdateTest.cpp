@@ -11,20 +11,19 @@ using DAXAutoUpdateKey::AUTOUPDATE_STATUS;
 using Platform::ISystemControl;
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-const char B2B_FEATURE[] = "com.velmora/featureconf/product.b2b_option_support";
 const std::string OPTION_KEY = UPDATE_SETTINGS + "autoupdate";
 const std::string STATUS_KEY = VOLATILE_UPDATE_SETTINGS + "autoupdate_status";
 const std::string MODE_KEY = VOLATILE_UPDATE_SETTINGS + "autoupdate_special_mode";
 const char BACKGROUND_KEY[] = "db/ep-common/otn_onetime_update";
 
-// Every operation's journal begins with how the kind of device is found out.
 class AutoUpdateOptionTest : public SystemControlTest {
 protected:
-    AutoUpdateOptionTest() { FakeKovan::setSystemInfo(B2B_FEATURE, false); }
+    AutoUpdateOptionTest() { makeTelevision(); }
 };
 
 TEST_F(AutoUpdateOptionTest, IsActiveForTheValueOneAlone) {
@@ -39,12 +38,12 @@ TEST_F(AutoUpdateOptionTest, SaysWhatItRead) {
         FakeKovan::setSetting(OPTION_KEY, value);
         FakeKovan::forgetRecords();
         ISystemControl::isAutoUpdateOptionActive();
-        EXPECT_EQ(FakeKovan::messages("DBG").front(), "Calling isAutoUpdateOptionActive()");
-        EXPECT_EQ(FakeKovan::messages("DBG").back(),
-                  "Success getting info about AutoUpdate from vconf. Returned value:" + std::to_string(value));
-        EXPECT_EQ(FakeKovan::messages().back(),
-                  std::string("AutoUpdate option is ") + (value == 1 ? "active." : "inactive."));
-        EXPECT_EQ(FakeKovan::messages("INF").back(), FakeKovan::messages().back());
+        EXPECT_THAT(FakeKovan::journal(),
+                    ElementsAre("log DBG Calling isAutoUpdateOptionActive()", "log INF B2B support option is inactive.",
+                                "log INF Product Type: 0",
+                                "log DBG Success getting info about AutoUpdate from vconf. Returned value:" +
+                                    std::to_string(value),
+                                std::string("log INF AutoUpdate option is ") + (value == 1 ? "active." : "inactive.")));
     }
 }
 
@@ -60,7 +59,9 @@ TEST_F(AutoUpdateOptionTest, IsNotAskedForOnADeviceThatUpdatesByItself) {
 
 TEST_F(AutoUpdateOptionTest, IsInactiveWhenItCannotBeRead) {
     EXPECT_FALSE(ISystemControl::isAutoUpdateOptionActive());
-    EXPECT_THAT(told("ERR"), HasSubstr("Exception caught while getting Auto Update option from VConf: "));
+    EXPECT_EQ(FakeKovan::journal()[3], failedRead(OPTION_KEY));
+    EXPECT_THAT(told("ERR"), AllOf(StartsWith("Exception caught while getting Auto Update option from VConf: "),
+                                   HasSubstr("VConfException")));
 }
 
 class AutoUpdateTest : public SystemControlTest {};
@@ -113,8 +114,10 @@ TEST_P(AutoUpdateSetterTest, TellsThatItCannotWrite) {
     } else {
         EXPECT_EQ(thrownDescription(GetParam().set), GetParam().failure);
     }
-    EXPECT_EQ(FakeKovan::messages("WRN").back(), "vconf_set failed while trying to access key: " + GetParam().key);
-    EXPECT_EQ(FakeKovan::journal().back(), "log ERR Cannot set value for VConf key: " + GetParam().key);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF CSystemControl::" + GetParam().name + "(" + GetParam().valueText + ")",
+                            AllOf(StartsWith("write " + GetParam().key + "="), EndsWith(" -> -3")),
+                            failedWrite(GetParam().key), "log ERR Cannot set value for VConf key: " + GetParam().key));
 }
 
 TEST_F(AutoUpdateTest, GivesEachStatusThatThereIs) {
@@ -130,8 +133,10 @@ TEST_F(AutoUpdateTest, RefusesAStatusThatThereIsNot) {
         FakeKovan::setSetting(STATUS_KEY, value);
         EXPECT_EQ(thrownText<Common::Utils::errinfo_stream_text>(ISystemControl::getAutoUpdateStatus),
                   "Incorrect value stored in VConf: " + std::to_string(value));
-        EXPECT_EQ(FakeKovan::messages("ERR").back(),
-                  "Incorrect VConf value of key: " + STATUS_KEY + ", value = " + std::to_string(value));
+        EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF CSystemControl::m_getAutoUpdateStatus()",
+                                                      "log ERR Incorrect VConf value of key: " + STATUS_KEY +
+                                                          ", value = " + std::to_string(value)));
+        FakeKovan::forgetRecords();
     }
 }
 
@@ -155,8 +160,10 @@ TEST_F(AutoUpdateTest, RefusesASpecialModeThatThereIsNot) {
         FakeKovan::setSetting(MODE_KEY, value);
         EXPECT_EQ(thrownText<Common::Utils::errinfo_stream_text>(ISystemControl::getAutoUpdateSpecialMode),
                   "Incorrect value stored in VConf: " + std::to_string(value));
-        EXPECT_EQ(FakeKovan::messages("ERR").back(),
-                  "Incorrect VConf value of key: " + MODE_KEY + ", value = " + std::to_string(value));
+        EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF CSystemControl::m_getAutoUpdateSpecialMode()",
+                                                      "log ERR Incorrect VConf value of key: " + MODE_KEY +
+                                                          ", value = " + std::to_string(value)));
+        FakeKovan::forgetRecords();
     }
 }
 
@@ -174,8 +181,9 @@ TEST_F(AutoUpdateTest, AllowsAnImportantUpdateInTheBackgroundWhenTheSettingSaysS
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
     FakeKovan::removeSetting(BACKGROUND_KEY);
     EXPECT_FALSE(ISystemControl::getIsBgOTNImportantUpdateEnabled());
-    EXPECT_EQ(FakeKovan::journal().back(), std::string("log ERR Cannot get the value from VConf variable: ") +
-                                               BACKGROUND_KEY + ". Returning default value: 0");
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre(failedRead(BACKGROUND_KEY),
+                                                  std::string("log ERR Cannot get the value from VConf variable: ") +
+                                                      BACKGROUND_KEY + ". Returning default value: 0"));
 }
 
 TEST_F(AutoUpdateTest, GivesTheUpdateThatWasAcceptedAtTheFirstStart) {
@@ -192,11 +200,17 @@ TEST_F(AutoUpdateTest, SaysThatTheUpdateApplicationHoldsTheDevice) {
     ISystemControl::setMonopolyFlag(true);
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Setting flag indicating that DAXMainApp is running to: 1",
                                                   "write " + key + "=true"));
+}
+
+TEST_F(AutoUpdateTest, SaysThatItCannotTellWhoHoldsTheDevice) {
+    const std::string key = VOLATILE_UPDATE_SETTINGS + "is_dax_in_monopoly_mode";
     FakeKovan::failWrites(key, -1);
-    ISystemControl::setMonopolyFlag(false);
-    EXPECT_EQ(FakeKovan::count("INF", "Setting flag indicating that DAXMainApp is running to: 0"), 1);
-    EXPECT_THAT(told("ERR"), AllOf(StartsWith("Failed to set flag indicating that DAXMainApp is running: "),
-                                   HasSubstr("VConfException")));
+    EXPECT_NO_THROW(ISystemControl::setMonopolyFlag(false));
+    EXPECT_THAT(beginning(4),
+                ElementsAre("log INF Setting flag indicating that DAXMainApp is running to: 0",
+                            "write " + key + "=false -> -1", failedWrite(key),
+                            StartsWith("log ERR Failed to set flag indicating that DAXMainApp is running: ")));
+    EXPECT_THAT(told("ERR"), HasSubstr("VConfException"));
 }
 
 TEST_F(AutoUpdateTest, WakesTheAutomaticUpgradeByAnotherValueEachTime) {
@@ -208,14 +222,17 @@ TEST_F(AutoUpdateTest, WakesTheAutomaticUpgradeByAnotherValueEachTime) {
     EXPECT_THAT(std::get<std::string>(FakeKovan::writes()[0].value),
                 testing::MatchesRegex("[0-9]+ nanoseconds since boot"));
     EXPECT_NE(FakeKovan::writes()[0].value, FakeKovan::writes()[1].value);
-    EXPECT_THAT(FakeKovan::journal("log"), ElementsAre("log INF CSystemControl::m_setAutoUpgradeTrigger()",
-                                                       "log INF CSystemControl::m_setAutoUpgradeTrigger()"));
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF CSystemControl::m_setAutoUpgradeTrigger()", StartsWith("write " + key + "="),
+                            "log INF CSystemControl::m_setAutoUpgradeTrigger()", StartsWith("write " + key + "=")));
 }
 
 TEST_F(AutoUpdateTest, SaysThatTheAutomaticUpgradeCannotBeWoken) {
     const std::string key = VOLATILE_UPDATE_SETTINGS + "autoupgrade_trigger";
     FakeKovan::failWrites(key, -1);
     EXPECT_FALSE(ISystemControl::setAutoUpgradeTrigger());
+    EXPECT_EQ(FakeKovan::journal().front(), "log INF CSystemControl::m_setAutoUpgradeTrigger()");
+    EXPECT_EQ(FakeKovan::journal()[2], failedWrite(key));
     EXPECT_THAT(told("ERR"),
                 AllOf(StartsWith("Cannot set value for VConf key: " + key + ", error"), HasSubstr("VConfException")));
 }

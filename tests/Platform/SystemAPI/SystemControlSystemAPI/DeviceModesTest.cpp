@@ -14,8 +14,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-const char B2B_FEATURE[] = "com.velmora/featureconf/product.b2b_option_support";
-const char PRODUCT_TYPE_FEATURE[] = "com.velmora/featureconf/product.product_type";
 const char IWB_FEATURE[] = "com.velmora/featureconf/iwb_support";
 const int LFD = 4; // as the platform numbers it
 const int RETAIL_OTN = 902;

@@ -7,6 +7,7 @@ namespace {
 using Platform::ExternalAppVerificationResult;
 using Platform::ISystemControl;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -31,15 +32,19 @@ TEST_F(ExternalAppTest, HasNoOtherResult) {
         EXPECT_EQ(thrownText<Common::Utils::errinfo_stream_text>(ISystemControl::getExternalAppVerificationResult),
                   "Cannot get verification result for external application - invalid value stored in vconf: " +
                       std::to_string(value));
-        EXPECT_EQ(FakeKovan::messages("ERR").back(),
-                  "Wrong value: " + std::to_string(value) + " in vconf variable: " + RESULT_KEY);
+        EXPECT_THAT(FakeKovan::journal(),
+                    ElementsAre("log INF CSystemControl::m_getExternalAppVerificationResult()",
+                                "log ERR Wrong value: " + std::to_string(value) + " in vconf variable: " + RESULT_KEY));
+        FakeKovan::forgetRecords();
     }
 }
 
 TEST_F(ExternalAppTest, TellsThatItsResultCannotBeRead) {
     EXPECT_EQ(thrownDescription(ISystemControl::getExternalAppVerificationResult),
               "Cannot get verification result for external application.");
-    EXPECT_EQ(FakeKovan::journal().back(), "log ERR Cannot get the value from vconf variable: " + RESULT_KEY);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF CSystemControl::m_getExternalAppVerificationResult()", failedRead(RESULT_KEY),
+                            "log ERR Cannot get the value from vconf variable: " + RESULT_KEY));
 }
 
 TEST_F(ExternalAppTest, TellsThatItsResultCannotBeKept) {
@@ -48,8 +53,9 @@ TEST_F(ExternalAppTest, TellsThatItsResultCannotBeKept) {
                   ISystemControl::setExternalAppVerificationResult(static_cast<ExternalAppVerificationResult>(2));
               }),
               "Cannot save verification result for external application.");
-    EXPECT_EQ(FakeKovan::journal().back(),
-              "log ERR Cannot set the value: \"2\" in vconf variable: \"" + RESULT_KEY + "\"");
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("write " + RESULT_KEY + "=2 -> -1", failedWrite(RESULT_KEY),
+                            "log ERR Cannot set the value: \"2\" in vconf variable: \"" + RESULT_KEY + "\""));
 }
 
 TEST_F(ExternalAppTest, HasAClientThatWaits) {
@@ -68,7 +74,10 @@ TEST_F(ExternalAppTest, HasNoClientAnyMoreWhenItIsCleared) {
 
 TEST_F(ExternalAppTest, HasNoClientWhenThatCannotBeRead) {
     EXPECT_EQ(ISystemControl::getPendingExternalAppClientID(), boost::none);
-    EXPECT_THAT(told("ERR"), StartsWith("Exception caught while getting pending External App ID from VConf: "));
+    EXPECT_THAT(beginning(3),
+                ElementsAre("log INF CSystemControl::m_getPendingExternalAppClientID()", failedRead(ID_KEY),
+                            StartsWith("log ERR Exception caught while getting pending External App ID from VConf: ")));
+    EXPECT_THAT(told("ERR"), HasSubstr("VConfException"));
 }
 
 TEST_F(ExternalAppTest, RefusesAnEmptyClient) {
@@ -81,10 +90,15 @@ TEST_F(ExternalAppTest, TellsThatItsClientCannotBeKept) {
     FakeKovan::failWrites(ID_KEY, -1);
     EXPECT_EQ(thrownDescription([] { ISystemControl::setPendingExternalAppClientID(std::string("client 1")); }),
               "Cannot save client ID for external application.");
-    EXPECT_EQ(FakeKovan::journal().back(), "log ERR Cannot set the value: \"client 1\" in vconf variable: " + ID_KEY);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("write " + ID_KEY + "=client 1 -> -1", failedWrite(ID_KEY),
+                            "log ERR Cannot set the value: \"client 1\" in vconf variable: " + ID_KEY));
+    FakeKovan::forgetRecords();
     EXPECT_EQ(thrownDescription([] { ISystemControl::setPendingExternalAppClientID(boost::none); }),
               "Cannot save client ID for external application.");
-    EXPECT_EQ(FakeKovan::journal().back(), "log ERR Cannot set the value: \"<null>\" in vconf variable: " + ID_KEY);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("write " + ID_KEY + "= -> -1", failedWrite(ID_KEY),
+                            "log ERR Cannot set the value: \"<null>\" in vconf variable: " + ID_KEY));
 }
 
 } // namespace

@@ -5,18 +5,16 @@ namespace Tests {
 namespace {
 
 using Platform::ISystemControl;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-const char B2B_FEATURE[] = "com.velmora/featureconf/product.b2b_option_support";
 const std::string KEY = UPDATE_SETTINGS + "preupdate_consent";
 
 class PreUpdateConsentTest : public SystemControlTest {
 protected:
-    PreUpdateConsentTest() { FakeKovan::setSystemInfo(B2B_FEATURE, false); }
+    PreUpdateConsentTest() { makeTelevision(); }
 };
 
 TEST_F(PreUpdateConsentTest, IsRequiredUntilTheUserSaysOtherwise) {
@@ -44,14 +42,17 @@ TEST_F(PreUpdateConsentTest, IsKept) {
 TEST_F(PreUpdateConsentTest, SaysThatItCannotBeKept) {
     FakeKovan::failWrites(KEY, -1);
     EXPECT_NO_THROW(ISystemControl::setPreUpdateConsentRequired(true));
-    EXPECT_THAT(told("ERR"),
-                AllOf(StartsWith("Error while saving pre-update consent value"), HasSubstr("VConfException")));
+    EXPECT_THAT(beginning(3), ElementsAre("write " + KEY + "=2 -> -1", failedWrite(KEY),
+                                          StartsWith("log ERR Error while saving pre-update consent value")));
+    EXPECT_THAT(told("ERR"), HasSubstr("VConfException"));
 }
 
 TEST_F(PreUpdateConsentTest, IsRequiredWhenItCannotBeRead) {
     EXPECT_TRUE(ISystemControl::isPreUpdateConsentRequired());
-    EXPECT_THAT(told("ERR"),
-                AllOf(HasSubstr("Error while getting pre-update consent value"), HasSubstr("VConfException")));
+    EXPECT_THAT(beginning(4),
+                ElementsAre("log INF B2B support option is inactive.", "log INF Product Type: 0", failedRead(KEY),
+                            StartsWith("log ERR Error while getting pre-update consent value")));
+    EXPECT_THAT(told("ERR"), HasSubstr("VConfException"));
 }
 
 TEST_F(PreUpdateConsentTest, IsNeitherReadNorRequiredOnADeviceThatUpdatesByItself) {
@@ -59,7 +60,8 @@ TEST_F(PreUpdateConsentTest, IsNeitherReadNorRequiredOnADeviceThatUpdatesByItsel
     FakeKovan::setSetting(KEY, 2);
     EXPECT_FALSE(ISystemControl::isPreUpdateConsentRequired());
     EXPECT_THAT(FakeKovan::reads(), IsEmpty());
-    EXPECT_EQ(FakeKovan::messages("INF").back(), "TBM, B2B or AUDIO device -> force to false");
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF B2B support option is active.",
+                                                  "log INF TBM, B2B or AUDIO device -> force to false"));
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
@@ -20,6 +22,8 @@ inline const std::string PARTITION = "mnt/systemrw/org.kovan.tv.dax/data/tv/";
 inline const std::string BIG_TEMP = "bigtemp/org.kovan.tv.dax/data/tv/";
 inline const std::string UPDATE_SETTINGS = "db/menu/support/softwareupdate/";
 inline const std::string VOLATILE_UPDATE_SETTINGS = "memory/menu/support/softwareupdate/";
+inline const char B2B_FEATURE[] = "com.velmora/featureconf/product.b2b_option_support";
+inline const char PRODUCT_TYPE_FEATURE[] = "com.velmora/featureconf/product.product_type";
 
 // A device with the debug parameters loaded, all of them at their defaults, and nothing recorded.
 class SystemControlTest : public testing::Test {
@@ -36,6 +40,12 @@ protected:
         return DAXCommon::DebugAndTestParameters::getDebugAndTestParameters();
     }
 
+    // Makes it a television that the user decides about.
+    static void makeTelevision() {
+        FakeKovan::setSystemInfo(B2B_FEATURE, false);
+        FakeKovan::setSystemInfo(PRODUCT_TYPE_FEATURE, 0);
+    }
+
     // How the store tells of a failed access, in the journal.
     static std::string failedRead(const std::string& key) {
         return "log WRN vconf_get failed while trying to access key: " + key;
@@ -43,6 +53,13 @@ protected:
     static std::string failedReadOr(const std::string& key) { return failedRead(key) + ", return default value"; }
     static std::string failedWrite(const std::string& key) {
         return "log WRN vconf_set failed while trying to access key: " + key;
+    }
+
+    // The first entries of the journal, which may end within a diagnostic.
+    static std::vector<std::string> beginning(std::size_t size) {
+        std::vector<std::string> entries = FakeKovan::journal();
+        entries.resize(std::min(size, entries.size()));
+        return entries;
     }
 
     // All that was logged at this level as one text: a diagnostic has many lines.

@@ -6,6 +6,7 @@ namespace {
 
 using Platform::ISystemControl;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -35,8 +36,11 @@ TEST_F(UpgradeHistoryTest, KnowsNoneForEveryOtherValue) {
 
 TEST_F(UpgradeHistoryTest, TakesAFailedReadForNone) {
     EXPECT_FALSE(ISystemControl::wasAnySuccessfulUpgrade());
-    EXPECT_EQ(FakeKovan::journal().front(), failedRead(KEY));
-    EXPECT_THAT(told("ERR"), StartsWith("Exception caught while getting wasAnySuccessfulUpgrade value from VConf: "));
+    EXPECT_THAT(
+        beginning(2),
+        ElementsAre(failedRead(KEY),
+                    StartsWith("log ERR Exception caught while getting wasAnySuccessfulUpgrade value from VConf: ")));
+    EXPECT_THAT(told("ERR"), HasSubstr("VConfException"));
 }
 
 TEST_F(UpgradeHistoryTest, BelievesTheParametersWithoutAskingTheStore) {
@@ -59,8 +63,11 @@ TEST_F(UpgradeHistoryTest, KeepsASuccess) {
 TEST_F(UpgradeHistoryTest, SaysThatASuccessCannotBeKept) {
     FakeKovan::failWrites(KEY, -5);
     EXPECT_NO_THROW(ISystemControl::registerSuccessfulUpgrade());
-    EXPECT_THAT(told("ERR"), StartsWith("Cannot set the value: \"1\" in vconf variable: \"" + KEY +
-                                        "\"\nException caught while saving wasAnySuccessfulUpgrade in VConf: "));
+    EXPECT_THAT(beginning(5),
+                ElementsAre("log INF CSystemControl::registerSuccessfulUpgrade()", "write " + KEY + "=1 -> -5",
+                            failedWrite(KEY), "log ERR Cannot set the value: \"1\" in vconf variable: \"" + KEY + "\"",
+                            StartsWith("log ERR Exception caught while saving wasAnySuccessfulUpgrade in VConf: ")));
+    EXPECT_THAT(told("ERR"), HasSubstr("VConfException"));
 }
 
 } // namespace
