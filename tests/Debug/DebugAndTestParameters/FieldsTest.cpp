@@ -9,24 +9,25 @@ using DAXCommon::getDAXParameters;
 using DAXCommon::InstallationPerformanceParameters;
 
 struct Switch {
+    const char* element;
     const char* name;
     bool (DebugAndTestParameters::*get)() const;
     bool (DAXParameters::*facadeGet)() const;
     void (DAXParameters::*facadeSet)(bool);
 };
 
-#define SWITCH(NAME)                                                                                                   \
-    { #NAME, &DebugAndTestParameters::is##NAME, &DAXParameters::get##NAME, &DAXParameters::set##NAME }
+#define SWITCH(ELEMENT, NAME)                                                                                          \
+    { #ELEMENT, #NAME, &DebugAndTestParameters::is##NAME, &DAXParameters::get##NAME, &DAXParameters::set##NAME }
 
-const Switch SWITCHES[] = {SWITCH(NoRebootFlag),
-                           SWITCH(SkipCompatibilityChecker),
-                           SWITCH(SkipVersionChecker),
-                           SWITCH(SkipIntegrityChecker),
-                           SWITCH(DontSwitchPartitions),
-                           SWITCH(EmulateWasSuccessfulUpgrade),
-                           SWITCH(TestTransformationFailure),
-                           SWITCH(UseOTNTestServer),
-                           SWITCH(DurationReduced)};
+const Switch SWITCHES[] = {SWITCH(noRebootFlag, NoRebootFlag),
+                           SWITCH(skipCompatibilityChecker, SkipCompatibilityChecker),
+                           SWITCH(skipVersionChecker, SkipVersionChecker),
+                           SWITCH(skipIntegrityChecker, SkipIntegrityChecker),
+                           SWITCH(dontSwitchPartitions, DontSwitchPartitions),
+                           SWITCH(emulateWasSuccessfulUpgrade, EmulateWasSuccessfulUpgrade),
+                           SWITCH(testTransformationFailure, TestTransformationFailure),
+                           SWITCH(useOTNTestServer, UseOTNTestServer),
+                           SWITCH(durationReduced, DurationReduced)};
 
 class DebugParametersFields : public DebugFileFixture {};
 
@@ -46,6 +47,17 @@ TEST_F(DebugParametersFields, AllElseIsZeroOrEmptyByDefaultButTheServer) {
     EXPECT_EQ(parameters.getCoreTransactionStubScenarioPath(), "");
     EXPECT_EQ(parameters.getOtnOUItemDownloadDirectory(), "");
     EXPECT_EQ(parameters.getResumeDataBackupDirectory(), "");
+}
+
+TEST_F(DebugParametersFields, EachSwitchIsReadFromItsOwnElement) {
+    for (const Switch& one : SWITCHES) {
+        write(debugFile({{one.element, "1"}}));
+        DebugAndTestParameters parameters;
+        ASSERT_TRUE(parameters.load());
+        for (const Switch& other : SWITCHES) {
+            EXPECT_EQ((parameters.*other.get)(), one.name == other.name) << one.name << ", " << other.name;
+        }
+    }
 }
 
 TEST_F(DebugParametersFields, TheFacadeTurnsEachSwitchOfTheRecordAlone) {

@@ -96,6 +96,45 @@ TEST_F(TuningValues, AreSetEachOnItsOwn) {
     EXPECT_EQ(values.getNbdVerificationProgressScale(), 26.5F);
 }
 
+TEST_F(TuningValues, AreReadEachFromItsOwnElement) {
+    write(goldenDebugFile("changed.xml"));
+    const InstallationPerformanceParameters& values = loaded().getInstallationPerformanceParameters();
+    EXPECT_EQ(values.getFlashStreamBufferSize(), boost::make_optional(101UL));
+    EXPECT_EQ(values.getFlashSinkBufferSize(), boost::make_optional(102UL));
+    EXPECT_EQ(values.getNetworkStreamBufferSize(), 200U);
+    EXPECT_EQ(values.getUSBFileStreamBufferSize(), boost::make_optional(104UL));
+    EXPECT_EQ(values.getDecrypterInputBufferSize(), 201U);
+    EXPECT_EQ(values.getInstallationChunkSize(), 202U);
+    EXPECT_EQ(values.getVerificationChunkSize(), 203U);
+    EXPECT_EQ(values.getForceInstallationRewriteMode(), boost::make_optional(Storage::REWRITE_CHANGED));
+    EXPECT_EQ(values.getForceVerificationRewriteMode(),
+              boost::make_optional(static_cast<Storage::ETransactionalRewriteMode>(77)));
+    EXPECT_EQ(values.getInstallationWorkerThreads(), -3);
+    EXPECT_EQ(values.getNumberOfBuffersForParallelization(), 205);
+    EXPECT_EQ(values.getBuffersSizeForParallelization(), 206U);
+    EXPECT_EQ(values.getVerificationInitialBpsEstimate(), 1.5F);
+    EXPECT_EQ(values.getOTADownloadingProgressScale(), 2.5F);
+    EXPECT_EQ(values.getVerificationScale(), 3.5F);
+    EXPECT_EQ(values.getInstallationProgressScale(), 4.5F);
+    EXPECT_EQ(values.getVerificationProgressScale(), 5.5F);
+    EXPECT_EQ(values.getNbdInstallationInitialBpsEstimate(), 6.5F);
+    EXPECT_EQ(values.getNbdVerificationInitialBpsEstimate(), 7.5F);
+    EXPECT_EQ(values.getNbdInstallationProgressScale(), 8.5F);
+    EXPECT_EQ(values.getNbdVerificationProgressScale(), 9.5F);
+}
+
+TEST_F(TuningValues, HaveFlagsThatAreReadEachFromItsOwnElement) {
+    for (const std::string flag : {"allowBpsProviders", "parallelizeReads", "parallelizeWrites"}) {
+        write(debugFile({{flag, "0"}}));
+        DebugAndTestParameters parameters;
+        ASSERT_TRUE(parameters.load());
+        const InstallationPerformanceParameters& values = parameters.getInstallationPerformanceParameters();
+        EXPECT_EQ(values.getAllowBpsProviders(), flag != "allowBpsProviders");
+        EXPECT_EQ(values.getParallelizeReads(), flag != "parallelizeReads");
+        EXPECT_EQ(values.getParallelizeWrites(), flag != "parallelizeWrites");
+    }
+}
+
 TEST_F(TuningValues, TheFirstOfTheFileIsTakenAndTheDefaultsStay) {
     write(goldenDebugFile("changed.xml"));
     EXPECT_EQ(loaded().getInstallationPerformanceParameters().getFlashStreamBufferSize(), 101UL);
