@@ -198,6 +198,16 @@ TEST_F(StubInASession, AStaleScenarioThrowsAndLeavesTheSessionValid) {
                 ElementsAre("log INF Transaction does not exist. Nothing to do.", "log INF Invalidate done."));
 }
 
+TEST_F(StubInASession, AStaleScenarioTakesThePlaceOfTheEarlierTransactionAllTheSame) {
+    debugParameters.read({});
+    EXPECT_TRUE(session.startNewTransaction(DAXCommon::OTN));
+    script->takeCalls();
+    debugParameters.read({{"serviceTransactionStubScenarioPath", "scenario.xml"}});
+    EXPECT_THROW(session.startNewTransaction(DAXCommon::OTN), archive_exception);
+    EXPECT_THAT(script->takeCalls(), ElementsAre(::testing::StartsWith("cancelCoreTransaction(")));
+    EXPECT_EQ(script->liveTransactions(), 0);
+}
+
 TEST_F(StubInASession, AGoodScenarioEndsTheProcess) {
     stub.save("scenario.xml");
     EXPECT_ASSERTION(session.startNewTransaction(DAXCommon::OTN), "this->is_initialized()");

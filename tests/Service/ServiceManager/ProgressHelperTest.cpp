@@ -1,5 +1,6 @@
 #include "Service/ServiceManager/ProgressHelper.h"
 
+#include <iostream>
 #include <sstream>
 
 #include <boost/optional/optional_io.hpp>
@@ -23,6 +24,7 @@ using namespace std::chrono_literals;
 using boost::serialization::make_nvp;
 using Service::ServiceManager::ProgressHelper;
 using ::testing::AllOf;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 
 const char UNSUPPORTED[] = "Support for this exception type was not yet implemented.";
@@ -230,8 +232,8 @@ TEST_F(Progress, WithAnExceptionWithoutANameCannotBeWritten) {
             written(helper);
         },
         ::testing::KilledBySignal(SIGABRT),
-        AllOf(HasSubstr("Support for this exception type was not yet implemented: "), HasSubstr("CUpdateFailed"),
-              HasSubstr(std::string("\nMESSAGE: ") + UNSUPPORTED + "\n")));
+        AllOf(ContainsRegex("\\[INF\\][^\n]*>Support for this exception type was not yet implemented: [^\n]*Throw"),
+              HasSubstr("CUpdateFailed"), HasSubstr(std::string("\nMESSAGE: ") + UNSUPPORTED + "\n")));
 }
 
 TEST_F(Progress, WithAnUnknownNameCannotBeRead) {
@@ -242,13 +244,26 @@ TEST_F(Progress, WithAnUnknownNameCannotBeRead) {
             read(text);
         },
         ::testing::KilledBySignal(SIGABRT),
-        AllOf(HasSubstr("Support for this exception type was not yet implemented: CUpdateFailed"),
+        AllOf(ContainsRegex("\\[INF\\][^\n]*>Support for this exception type was not yet implemented: CUpdateFailed\n"),
               HasSubstr(std::string("\nMESSAGE: ") + UNSUPPORTED + "\n")));
 }
 
 TEST_F(Progress, WithoutATimeOfFailureCannotBeWritten) {
     const ProgressHelper helper(10);
     EXPECT_ASSERTION(written(helper), "this->is_initialized()");
+}
+
+TEST_F(Progress, IsWrittenUpToItsWorkingTimeBeforeTheTimeOfFailureIsMissed) {
+    const ProgressHelper helper(10);
+    EXPECT_EXIT(
+        {
+            FakeKovan::echoLogToStderr(true);
+            Common::XML::XMLOutput archive(std::cerr);
+            archive << make_nvp("step", helper);
+        },
+        ::testing::KilledBySignal(SIGABRT),
+        ContainsRegex(
+            "<workingTimeInSeconds>10</workingTimeInSeconds>(.|\n)*>ASSERTION FAILED: this->is_initialized\\(\\), "));
 }
 
 TEST_F(Progress, CannotBeReadIntoOneWithoutATimeOfFailure) {
