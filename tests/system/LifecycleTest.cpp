@@ -83,6 +83,11 @@ protected:
         return guards;
     }
 
+    // A line of the daemon's main file, as an expression: its level and how its message begins.
+    static std::string line(const std::string& level, const std::string& message) {
+        return "\\[" + level + "\\] DAXService\\.cpp:[0-9]+>" + message;
+    }
+
     std::vector<std::string> singletonsGivenBack() {
         std::vector<std::string> lines;
         for (const std::string& message : desk.daemonMessages()) {
@@ -170,6 +175,7 @@ TEST_F(Lifecycle, SaysThatSigtermEndsItBeforeItGivesItsSingletonsBack) {
     const auto said = std::find(messages.begin(), messages.end(), "Exit From DAXService after receiving SIGTERM.");
     EXPECT_LT(said, std::find(messages.begin(), messages.end(), IN_REVERSE_ORDER.front()));
     EXPECT_THAT(messages, Not(Contains("Exit From DAXService")));
+    EXPECT_THAT(desk.daemonLog(), ContainsRegex(line("INF", "Exit From DAXService after receiving SIGTERM\\.\n")));
 }
 
 TEST_F(Lifecycle, SaysWhichRevisionStarts) {
@@ -206,6 +212,7 @@ TEST_F(Lifecycle, ASecondSigtermChangesNothing) {
     desk.killCore();
     EXPECT_EQ(daemon->waitForEnd(WITHIN_TWO_LOOKS), ProcessEnd::exited(1));
     EXPECT_EQ(desk.countMessages("Exit From DAXService after receiving SIGTERM."), 1);
+    EXPECT_THAT(singletonsGivenBack(), ElementsAreArray(IN_REVERSE_ORDER));
 }
 
 TEST_F(Lifecycle, TheThirdSigtermEndsItAtOnceWithStatus143) {
@@ -267,6 +274,26 @@ TEST_F(Lifecycle, AnUnknownOptionEndsItWithStatus1) {
     EXPECT_EQ(daemon->waitForEnd(), ProcessEnd::exited(1));
     EXPECT_EQ(desk.countMessages("Exception caught in DAXService: "), 1);
     EXPECT_EQ(desk.countMessages("Initialization of Watchdog status successfully sent with result: 0"), 1);
+}
+
+TEST_F(Lifecycle, SaysWhatEndedItsStartBehindAllElse) {
+    desk.startDaemon({"--no-such-option"})->waitForEnd();
+    const std::vector<std::string> messages = desk.daemonMessages();
+    const auto said = std::find_if(messages.begin(), messages.end(), [](const std::string& message) {
+        return message.rfind("Exception caught in DAXService: ", 0) == 0;
+    });
+    EXPECT_GT(said, std::find(messages.begin(), messages.end(), IN_REVERSE_ORDER.back()));
+    const std::string diagnostic = desk.daemonLog().substr(desk.daemonLog().find("Exception caught in DAXService: "));
+    EXPECT_THAT(diagnostic, AllOf(HasSubstr("Dynamic exception type: "), HasSubstr("unknown_option"),
+                                  HasSubstr("unrecognised option '--no-such-option'"), Not(HasSubstr(".cpp:"))));
+}
+
+TEST_F(Lifecycle, SaysItsStartAndItsEndAtTheirLevels) {
+    desk.startDaemon({"--idle-timeout=1"})->waitForEnd(WITHIN_TWO_LOOKS);
+    EXPECT_THAT(desk.daemonLog(), AllOf(ContainsRegex(line("INF", "Starting DAXServiceChangelist: ")),
+                                        ContainsRegex(line("INF", "Exit From DAXService\n"))));
+    desk.startDaemon({"--no-such-option"})->waitForEnd();
+    EXPECT_THAT(desk.daemonLog(), ContainsRegex(line("FTL", "Exception caught in DAXService: ")));
 }
 
 TEST_F(Lifecycle, AValueThatIsNoNumberEndsItWithStatus1) {
