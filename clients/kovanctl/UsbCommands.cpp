@@ -154,7 +154,21 @@ int list(bool json) {
 
 std::string checkDeviceName(const std::string& text) {
     const auto isFit = [](unsigned char byte) { return std::isalnum(byte) != 0; };
-    return !text.empty() && std::all_of(text.begin(), text.end(), isFit) ? "" : "a device name has letters and digits";
+    const bool isName = !text.empty() && std::all_of(text.begin(), text.end(), isFit) && KovanHost::isDeviceName(text);
+    return isName ? "" : "a device name has letters, and digits at its end";
+}
+
+// A leading zero would make it an octal number.
+std::string checkNoZeroLeads(const std::string& text) {
+    const bool isLeading = text.size() > 1 && text[0] == '0' && std::isdigit(static_cast<unsigned char>(text[1])) != 0;
+    return isLeading ? text + " is neither decimal nor behind 0x" : "";
+}
+
+void addId(CLI::App& command, const char* name, int& id) {
+    command.add_option(name, id, "Decimal, or hexadecimal behind 0x")
+        ->check(checkNoZeroLeads)
+        ->check(CLI::Range(0, MOST_ID))
+        ->capture_default_str();
 }
 
 void addPlugCommand(CLI::App& group, CommandLine& line, const std::shared_ptr<Arguments>& arguments) {
@@ -167,12 +181,8 @@ void addPlugCommand(CLI::App& group, CommandLine& line, const std::shared_ptr<Ar
     command.add_option("--serial", arguments->serial, "By default SN- and the device name without its number");
     command.add_option("--manufacturer", arguments->manufacturer)->capture_default_str();
     command.add_option("--product", arguments->product)->capture_default_str();
-    command.add_option("--vendor-id", arguments->vendorId, "Decimal, or hexadecimal behind 0x")
-        ->check(CLI::Range(0, MOST_ID))
-        ->capture_default_str();
-    command.add_option("--product-id", arguments->productId, "Decimal, or hexadecimal behind 0x")
-        ->check(CLI::Range(0, MOST_ID))
-        ->capture_default_str();
+    addId(command, "--vendor-id", arguments->vendorId);
+    addId(command, "--product-id", arguments->productId);
     command.footer("An empty serial, manufacturer or product is one that the stick does not tell; the id ends there.");
 }
 

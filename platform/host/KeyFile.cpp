@@ -137,6 +137,10 @@ void KeyFile::set(const std::string& group, const std::string& key, const std::s
     *this = KeyFile(withLine(m_text, group, groupLine(group), key, keyLine(key, value)));
 }
 
+std::runtime_error KeyFile::wrongGroup(const std::string& group, const char* reason) const {
+    return atLine(lineOfGroup(m_text, group), "[" + shown(group) + "] is " + reason);
+}
+
 std::runtime_error KeyFile::wrongType(const std::string& group, const std::string& key, const char* type) const {
     return atLine(lineOfKey(m_text, group, key), "'" + shown(key) + "' in [" + shown(group) + "] is " + type + ": '" +
                                                      shown(raw(group, key).value_or("")) + "'");

@@ -31,6 +31,9 @@ public:
     // A value as it stands in the text; empty when there is none.
     std::optional<std::string> raw(const std::string& group, const std::string& key) const;
 
+    // What to throw over a group that is wrong, with the number of its line.
+    std::runtime_error wrongGroup(const std::string& group, const char* reason) const;
+
     // Writes a value; all other lines stay as they are. std::runtime_error as from the lines below.
     void set(const std::string& group, const std::string& key, const std::string& value);
 

@@ -61,6 +61,7 @@ std::string groupsBehind(const std::string& text) {
 }
 
 struct Place {
+    std::size_t group = 0;       // the first line that names it
     std::size_t line = 0;        // the key's
     std::size_t lastOfGroup = 0; // of the group's keys, or the group itself
 };
@@ -73,6 +74,7 @@ Place placeOf(const std::string& text, const std::string& group, const std::stri
         const std::string_view line = lineAt(text, borders, index);
         if (beginsGroup(line)) {
             current = groupOf(line);
+            place.group = place.group == 0 && current == group ? index + 1 : place.group;
         } else if (line.empty() || line.front() == '#') {
             continue;
         } else if (current == group && keyOf(line) == key) {
@@ -110,6 +112,10 @@ std::size_t firstBadLine(const std::string& text) {
 
 std::size_t lineOfKey(const std::string& text, const std::string& group, const std::string& key) {
     return placeOf(text, group, key).line;
+}
+
+std::size_t lineOfGroup(const std::string& text, const std::string& group) {
+    return placeOf(text, group, "").group;
 }
 
 std::string withLine(std::string text, const std::string& group, const std::string& groupLine, const std::string& key,

@@ -6,8 +6,10 @@ namespace KovanHost {
 
 namespace {
 
+constexpr char DIGITS[] = "0123456789";
+
 std::string partitionOf(const std::string& deviceName) {
-    const std::size_t digit = deviceName.find_first_of("0123456789");
+    const std::size_t digit = deviceName.find_first_of(DIGITS);
     return digit == std::string::npos ? "" : deviceName.substr(digit);
 }
 
@@ -22,6 +24,10 @@ constexpr TextKey TEXT_KEYS[] = {{"mount_path", &UsbStick::mountPath},
                                  {"product", &UsbStick::product}};
 
 } // namespace
+
+bool isDeviceName(const std::string& text) {
+    return partitionOf(text).find_first_not_of(DIGITS) == std::string::npos;
+}
 
 std::string uniqueIdOf(const UsbStick& stick) {
     std::string id;
@@ -54,6 +60,9 @@ UsbSticks parseUsbSticks(const std::string& text) {
     const KeyFile file(text);
     UsbSticks sticks;
     for (const std::string& name : file.groups()) {
+        if (!isDeviceName(name)) {
+            throw file.wrongGroup(name, "no device name: digits alone may follow a digit");
+        }
         UsbStick stick;
         stick.deviceName = name;
         for (const TextKey& key : TEXT_KEYS) {

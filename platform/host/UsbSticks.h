@@ -28,13 +28,17 @@ struct UsbStick {
 
 using UsbSticks = std::vector<UsbStick>; // in the order in which they were plugged in
 
+// Digits alone follow the first digit: they are the partition. The system ends itself over any other name.
+bool isDeviceName(const std::string& text);
+
 // The id by which the system finds a stick again: serial, manufacturer, product, vendor id, product id and the number
 // of the partition, with ":" between them. It ends where the stick tells nothing.
 std::string uniqueIdOf(const UsbStick& stick);
 
 std::string textOf(const UsbSticks& sticks);
 
-// std::runtime_error with the reason when the text is no key file, or a value is of the wrong type.
+// std::runtime_error with the reason when the text is no key file, a group's name is no device name, or a value is of
+// the wrong type.
 UsbSticks parseUsbSticks(const std::string& text);
 
 } // namespace KovanHost

@@ -223,17 +223,21 @@ TEST_P(UsbMistakeTest, IsWrongUsageAndChangesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(
     Mistakes, UsbMistakeTest,
-    testing::Values(Mistake{{}, "A subcommand is required"}, Mistake{{"plug"}, "PATH is required"},
-                    Mistake{{"plug", ""}, "kovanctl: the mount path is empty"},
-                    Mistake{{"plug", "/a", "--vendor-id", "65536"}, "--vendor-id: Value 65536 not in range 0 to 65535"},
-                    Mistake{{"plug", "/a", "--product-id", "-1"}, "--product-id: Value -1 not in range 0 to 65535"},
-                    Mistake{{"plug", "/a", "--product-id", "x"}, "--product-id: Value x not in range 0 to 65535"},
-                    Mistake{{"plug", "/a", "--device-name", "sd a"},
-                            "--device-name: a device name has letters and digits"},
-                    Mistake{{"plug", "/a", "--device-name", ""}, "--device-name: a device name has letters and digits"},
-                    Mistake{{"plug", "/a", "/b"}, "The following argument was not expected: /b"},
-                    Mistake{{"unplug"}, "ID is required"},
-                    Mistake{{"list", "x"}, "The following argument was not expected: x"}));
+    testing::Values(
+        Mistake{{}, "A subcommand is required"}, Mistake{{"plug"}, "PATH is required"},
+        Mistake{{"plug", ""}, "kovanctl: the mount path is empty"},
+        Mistake{{"plug", "/a", "--vendor-id", "65536"}, "--vendor-id: Value 65536 not in range 0 to 65535"},
+        Mistake{{"plug", "/a", "--product-id", "-1"}, "--product-id: Value -1 not in range 0 to 65535"},
+        Mistake{{"plug", "/a", "--product-id", "x"}, "--product-id: Value x not in range 0 to 65535"},
+        Mistake{{"plug", "/a", "--vendor-id", "0424"}, "--vendor-id: 0424 is neither decimal nor behind 0x"},
+        Mistake{{"plug", "/a", "--product-id", "0781"}, "--product-id: 0781 is neither decimal nor behind 0x"},
+        Mistake{{"plug", "/a", "--device-name", "sd a"},
+                "--device-name: a device name has letters, and digits at its end"},
+        Mistake{{"plug", "/a", "--device-name", ""}, "--device-name: a device name has letters, and digits at its end"},
+        Mistake{{"plug", "/a", "--device-name", "mmcblk0p1"},
+                "--device-name: a device name has letters, and digits at its end"},
+        Mistake{{"plug", "/a", "/b"}, "The following argument was not expected: /b"},
+        Mistake{{"unplug"}, "ID is required"}, Mistake{{"list", "x"}, "The following argument was not expected: x"}));
 
 TEST_F(UsbCommandsTest, HelpIsThereAtEveryPlace) {
     for (const std::vector<std::string>& place : {std::vector<std::string>{}, {"plug"}, {"unplug"}, {"list"}}) {

@@ -201,6 +201,23 @@ TEST_F(UsbDeviceTest, BadFileMeansNoneToAProcessThatKnowsNothing) {
               }));
 }
 
+TEST_F(UsbDeviceTest, NameThatWouldEndTheSystemIsABadFile) {
+    write("[sda1]\nmount_path=/a\n\n[mmcblk0p1]\nmount_path=/b\n[mmcblk0p1]\n");
+
+    EXPECT_EQ(path() + ": line 4: [mmcblk0p1] is no device name: digits alone may follow a digit; keeping what was "
+                       "known\n",
+              errorsOf([] { EXPECT_THAT(devices(), ElementsAre()); }));
+}
+
+TEST_F(UsbDeviceTest, DeviceNameHasDigitsAtItsEndOrNone) {
+    for (const char* name : {"sda", "sda1", "sda12", "7", "/dev/sda1"}) {
+        EXPECT_TRUE(KovanHost::isDeviceName(name)) << name;
+    }
+    for (const char* name : {"sd1a", "mmcblk0p1", "sda1 ", "1-"}) {
+        EXPECT_FALSE(KovanHost::isDeviceName(name)) << name;
+    }
+}
+
 TEST_F(UsbDeviceTest, FileThatIsBadAgainIsToldAgain) {
     write("x");
     errorsOf([] { devices(); });
