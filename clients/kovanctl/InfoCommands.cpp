@@ -126,19 +126,20 @@ int get(const std::string& key, bool json) {
     return EXIT_DONE;
 }
 
-SettingsValue parseFact(const Key& key, const std::string& text) {
+SettingsValue parseFact(const std::string& keyText, const std::string& text) {
+    const Key key = parseKey(keyText);
     if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
         return parseValue(typeOf(toSettingsValue(fact->fallback)), text);
     }
     if (!isFreeKey(key)) {
-        refuseUnknown(textOf(key));
+        refuseUnknown(keyText);
     }
     return text;
 }
 
 int set(const Arguments& arguments, bool json) {
     const Key key = parseKey(arguments.key);
-    const SettingsValue value = parseFact(key, arguments.value);
+    const SettingsValue value = parseFact(arguments.key, arguments.value);
     KovanHost::changeDevice([&](KeyFile& device) { device.set(key.group, key.name, toText(value)); });
     if (json) {
         clients_common::printJson(describe({arguments.key, value, true}));

@@ -133,11 +133,11 @@ void changeDevice(const std::function<void(KeyFile&)>& change) {
 }
 
 void writeDefaultDevice(bool evenOverAnother) {
-    file().changeEvenIfBad([=](Device& device) {
+    file().replace([=] {
         if (!evenOverAnother && std::filesystem::exists(devicePath())) {
             throw std::runtime_error(devicePath() + ": there is one already");
         }
-        device = std::make_shared<KeyFile>(defaultDeviceText());
+        return std::make_shared<KeyFile>(defaultDeviceText());
     });
 }
 

@@ -154,6 +154,9 @@ std::string keyLine(const std::string& key, const std::string& value) {
     if (!isUtf8(value)) {
         throw std::runtime_error("'" + shown(value) + "' is no UTF-8 text");
     }
+    if (!value.empty() && value.front() == '\f') {
+        throw std::runtime_error("'" + shown(value) + "' begins with a form feed"); // GLib would leave it out
+    }
     const GLibOwner<GKeyFile> file(g_key_file_new());
     g_key_file_set_string(file.get(), "group", "key", value.c_str());
     return name(key) + "=" + textOf(g_key_file_get_value(file.get(), "group", "key", nullptr)).value_or("") + "\n";

@@ -53,6 +53,11 @@ public:
         changeFrom([this] { return known(); }, change);
     }
 
+    // Writes a content in place of any other, good or bad; as in a change. `make` runs while nobody else writes.
+    void replace(const std::function<Content()>& make) {
+        changeFrom(make, [](Content&) {});
+    }
+
 private:
     Content parse(const std::optional<std::string>& text) const {
         try {

@@ -101,13 +101,13 @@ TEST_P(UnknownFactTest, IsRefused) {
     const std::string message = std::string("kovanctl: '") + GetParam() + "': there is no such fact\n";
 
     expectFailure(info({"get", GetParam()}), REFUSED, message);
-    EXPECT_EQ(REFUSED, info({"set", GetParam(), "1"}).end);
+    expectFailure(info({"set", GetParam(), "1"}), REFUSED, message);
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Facts, UnknownFactTest,
-                         testing::Values("localset", "system_info/nothing", "system_info/128", "system_info/007",
-                                         "plantcfg/12345", "other/localset", "features/", "/", "",
+                         testing::Values("localset", "system_info", "system_info/nothing", "system_info/128",
+                                         "system_info/007", "plantcfg/12345", "other/localset", "features/", "/", "",
                                          "com.velmora/featureconf/iwb_support"));
 
 TEST_F(InfoCommandsTest, OtherNumbersAndFeaturesAreTextsThatMayBeGiven) {
@@ -153,6 +153,7 @@ TEST_F(InfoCommandsTest, BoolIsWrittenAsAWord) {
 TEST_F(InfoCommandsTest, SetRefusesWhatTheFileCannotHold) {
     expectFailure(info({"set", "features/a=b", "1"}), REFUSED, "kovanctl: 'a=b' cannot be a name in a key file\n");
     expectFailure(info({"set", "features/a", "\xff"}), REFUSED, "kovanctl: '\xef\xbf\xbd' is no UTF-8 text\n");
+    expectFailure(info({"set", "features/a", "\fx"}), REFUSED, "kovanctl: '?x' begins with a form feed\n");
     expectFailure(info({"set", "features/a", std::string(70000, 'x')}), REFUSED,
                   "kovanctl: " + path() + ": larger than 65536 bytes\n");
     EXPECT_EQ("", device());
@@ -238,6 +239,9 @@ TEST_F(InfoCommandsTest, InitLeavesAFileThatExists) {
 
     expectFailure(kovanctl({"device", "init"}), REFUSED, "kovanctl: " + path() + ": there is one already\n");
     EXPECT_EQ("[plantcfg]\nmodel=2\n", device());
+    device("bad");
+    expectFailure(kovanctl({"device", "init"}), REFUSED, "kovanctl: " + path() + ": there is one already\n");
+    EXPECT_EQ("bad", device());
 }
 
 TEST_F(InfoCommandsTest, InitByForceReplacesAnyFile) {
@@ -246,8 +250,11 @@ TEST_F(InfoCommandsTest, InitByForceReplacesAnyFile) {
     device("[plantcfg]\nmodel=2\n");
     EXPECT_EQ(DONE, kovanctl({"device", "init", "--force"}).end);
     EXPECT_EQ(defaults, device());
-    device("bad");
     EXPECT_EQ(Json({{"path", path()}}), Json::parse(kovanctl({"device", "init", "--force", "--json"}).output));
+    device("bad");
+    const FinishedRun run = kovanctl({"device", "init", "--force"});
+    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ("", run.errors);
     EXPECT_EQ(defaults, device());
 }
 

@@ -188,7 +188,7 @@ TEST(KeyFileTest, SetWritesTheLineThatHolds) {
 }
 
 TEST(KeyFileTest, WhatIsSetIsReadAgain) {
-    for (const char* value : {"", " ", "a\nb", "tab\t", "\\", "ä", "a=b", "#", "[x]"}) {
+    for (const char* value : {"", " ", "a\nb", "tab\t", "\\", "ä", "a=b", "#", "[x]", "\v", "a\f"}) {
         KeyFile file;
         file.set("group", "com.velmora/featureconf/a.b", value);
         EXPECT_EQ(value, KeyFile(file.text()).get<std::string>("group", "com.velmora/featureconf/a.b"));
@@ -202,5 +202,6 @@ TEST(KeyFileTest, SetRefusesWhatCannotBeWritten) {
         EXPECT_THROW(file.set(name, "key", "1"), std::runtime_error) << name;
     }
     EXPECT_THROW(file.set("group", "key", "\xff"), std::runtime_error);
+    EXPECT_THROW(file.set("group", "key", "\f"), std::runtime_error);
     EXPECT_EQ("", file.text());
 }
