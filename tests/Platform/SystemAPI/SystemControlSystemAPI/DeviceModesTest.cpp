@@ -1,6 +1,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "BoardType.h"
 #include "SystemControlTest.h"
 #include "support/OrdinaryUser.h"
 
@@ -123,6 +124,13 @@ TEST_F(DeviceModesTest, KnowRetailMode) {
 TEST_F(DeviceModesTest, TakeTheEmulatorForAPremiumModel) {
     EXPECT_TRUE(ISystemControl::isPremiumModel());
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
+TEST_F(DeviceModesTest, TakeOneBoardForNoPremiumModel) {
+    for (const char* const board : {"Marlow9q", "Marlow9", "marlow9q", "Marlow9q2", ""}) {
+        const BoardType type(board);
+        EXPECT_EQ(ISystemControl::isPremiumModel(), board != std::string("Marlow9q")) << board;
+    }
 }
 
 TEST_F(DeviceModesTest, NeverNeedAnAccount) {
