@@ -7,8 +7,10 @@ namespace Tests {
 namespace {
 
 using Platform::ISystemControl;
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -49,7 +51,7 @@ TEST_F(FactoryUpgradeTest, IsOnForAOneAlone) {
         writeFlag(0, text);
         EXPECT_TRUE(ISystemControl::isFactoryUpgradeEnabled()) << text;
     }
-    for (const char* const text : {"", "11", "0", "1 ", "AUTO"}) {
+    for (const char* const text : {"", "11", "0", "1 ", "AUTO", "auto"}) {
         writeFlag(0, text);
         EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled()) << text;
     }
@@ -78,6 +80,22 @@ TEST_F(FactoryUpgradeTest, TakesTheFirstDeviceThatHasAFile) {
     EXPECT_EQ(FakeKovan::countContaining("INF", "Found Factory Upgrade Flag File: '" + mountPath(2)), 0);
 }
 
+TEST_F(FactoryUpgradeTest, ReadsNoFileButTheFirst) {
+    plug(2);
+    writeFlag(0, "1");
+    std::filesystem::create_directories(mountPath(1) + "/DAX_AUTO_FLAG"); // which cannot be read
+    EXPECT_TRUE(ISystemControl::isFactoryUpgradeEnabled());
+    EXPECT_THAT(FakeKovan::messages("ERR"), IsEmpty());
+}
+
+TEST_F(FactoryUpgradeTest, IsOffWhenTheFileCannotBeRead) {
+    plug(1);
+    std::filesystem::create_directories(mountPath(0) + "/DAX_AUTO_FLAG");
+    EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled());
+    EXPECT_THAT(told("ERR"), AllOf(StartsWith("CSystemControlCommon::isFactoryUpgradeEnabled Exception occured: "),
+                                   HasSubstr("FileStreamIOException")));
+}
+
 TEST_F(FactoryUpgradeTest, IsOffWhenTheDevicesCannotBeListed) {
     FakeKovan::setUsbListResult(-9);
     EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled());
@@ -93,7 +111,7 @@ TEST_F(FactoryUpgradeTest, IsSequentialForTheWordAlone) {
         EXPECT_TRUE(ISystemControl::isSequentialUpgradeEnabled()) << text;
         EXPECT_EQ(ISystemControl::getSequentialUpgradeDeviceMntPath(), mountPath(0)) << text;
     }
-    for (const char* const text : {"", "auto", "1", "AUTO1"}) {
+    for (const char* const text : {"", "auto", "1", "11", "AUTO1", "AUTO "}) {
         writeFlag(0, text);
         EXPECT_FALSE(ISystemControl::isSequentialUpgradeEnabled()) << text;
         EXPECT_EQ(ISystemControl::getSequentialUpgradeDeviceMntPath(), "") << text;
@@ -113,8 +131,10 @@ TEST_F(FactoryUpgradeTest, IsNotSequentialWhenTheFileCannotBeRead) {
     plug(1);
     std::filesystem::create_directories(mountPath(0) + "/DAX_AUTO_FLAG");
     EXPECT_EQ(ISystemControl::getSequentialUpgradeDeviceMntPath(), "");
-    EXPECT_THAT(FakeKovan::messages("ERR"),
-                ElementsAre(StartsWith("CSystemControl::getSequentialUpgradeDeviceMntPath Exception occured: ")));
+    EXPECT_THAT(told("ERR"), AllOf(StartsWith("CSystemControl::getSequentialUpgradeDeviceMntPath Exception occured: "),
+                                   HasSubstr("FileStreamIOException")));
+    EXPECT_FALSE(ISystemControl::isSequentialUpgradeEnabled());
+    EXPECT_EQ(FakeKovan::journal().back(), "log INF There is no flag file for Sequential upgrade.");
 }
 
 } // namespace

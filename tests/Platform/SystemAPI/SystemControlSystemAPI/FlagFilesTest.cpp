@@ -1,6 +1,7 @@
 #include <boost/filesystem/exception.hpp>
 
 #include "Common/IO/FileExceptions.h"
+#include "OtherPartition.h"
 #include "SystemControlTest.h"
 
 namespace DAX {
@@ -41,6 +42,8 @@ TEST_F(FlagFilesTest, StayAsTheyAreWhenTheyAreSetAgain) {
     ISystemControl::setDAXResetFlag(true);
     EXPECT_EQ(root.read(finalizing), "as it was");
     EXPECT_EQ(root.read(reset), "as it was");
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF Setting DAX finalizing upgrade flag: 1.", "log INF Setting DAX reset flag: 1."));
 }
 
 TEST_F(FlagFilesTest, AreReleasedWhenTheyAreNotSet) {
@@ -67,6 +70,17 @@ TEST_F(FlagFilesTest, CannotBeWrittenWithoutTheirPartition) {
     std::filesystem::remove_all(root / PARTITION);
     EXPECT_THROW(ISystemControl::setDAXFinalizingUpgradeFlag(true), Common::IO::FileSinkIOException);
     EXPECT_THROW(ISystemControl::setDAXResetFlag(true), Common::IO::FileSinkIOException);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF Setting DAX finalizing upgrade flag: 1.", "log INF Setting DAX reset flag: 1."));
+}
+
+TEST_F(FlagFilesTest, CannotBeReleasedWhenTheyCannotBeRemoved) {
+    std::filesystem::create_directories(root / (finalizing + "/something"));
+    std::filesystem::create_directories(root / (reset + "/something"));
+    EXPECT_THROW(ISystemControl::setDAXFinalizingUpgradeFlag(false), boost::filesystem::filesystem_error);
+    EXPECT_THROW(ISystemControl::setDAXResetFlag(false), boost::filesystem::filesystem_error);
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("log INF Setting DAX finalizing upgrade flag: 0.", "log INF Setting DAX reset flag: 0."));
 }
 
 class ModifiedPartitionsTest : public SystemControlTest {
@@ -122,6 +136,12 @@ TEST_F(ModifiedPartitionsTest, CannotBeMarkedNowhere) {
     EXPECT_THAT(FakeKovan::messages("FTL"),
                 ElementsAre(StartsWith("Exception caught while trying to setModifiedPartitionsMarker slot 0: "),
                             StartsWith("Exception caught while trying to setModifiedPartitionsMarker slot 1: ")));
+}
+
+TEST_F(ModifiedPartitionsTest, KeepThePlacesOfTheirMarkers) {
+    ISystemControl::setModifiedPartitionsMarker("");
+    const OtherPartition other((root / "other").string());
+    EXPECT_TRUE(ISystemControl::isModifiedPartitionsMarkerSet());
 }
 
 TEST_F(ModifiedPartitionsTest, LoseNothingWhenTheyAreNotMarked) {

@@ -1,7 +1,11 @@
 #include <cerrno>
+#include <csignal>
+
+#include <sys/resource.h>
 
 #include <boost/exception/errinfo_errno.hpp>
 
+#include "OtherPartition.h"
 #include "SystemControlTest.h"
 
 namespace DAX {
@@ -16,6 +20,13 @@ class StandaloneModeTest : public SystemControlTest {
 protected:
     const std::string request = PARTITION + "STANDALONE";
 };
+
+// No file of the process gets any content from now on.
+void forbidContent() {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit nothing{0, 0};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &nothing), 0);
+}
 
 TEST_F(StandaloneModeTest, IsThereWhenTheBootScriptsSaySo) {
     root.write("run/.standalone", "");
@@ -60,6 +71,23 @@ TEST_F(StandaloneModeTest, CannotBeRequestedWhereNothingCanBeWritten) {
         EXPECT_EQ(*boost::get_error_info<boost::errinfo_errno>(exception), ENOENT);
     }
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
+TEST_F(StandaloneModeTest, IsRequestedByAFileWithoutItsText) {
+    EXPECT_IN_CHILD({
+        forbidContent();
+        ISystemControl::requestStandaloneMode();
+        EXPECT_TRUE(isThere(request));
+        EXPECT_EQ(root.read(request), "");
+        EXPECT_THAT(FakeKovan::journal(),
+                    ElementsAre("log INF Performing 'sync'.", "log FTL Successfully requested STANDALONE mode."));
+    });
+}
+
+TEST_F(StandaloneModeTest, KeepsThePlaceOfItsRequest) {
+    ISystemControl::requestStandaloneMode();
+    const OtherPartition other((root / "other").string());
+    EXPECT_TRUE(ISystemControl::wasStandaloneModeRequested());
 }
 
 TEST_F(StandaloneModeTest, IsTakenBack) {

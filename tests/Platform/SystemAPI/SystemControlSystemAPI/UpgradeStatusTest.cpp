@@ -85,6 +85,7 @@ TEST_F(UpgradeStatusTest, IsRefusedWhenBothAnswersAreThere) {
     EXPECT_EQ(thrownDescription(ISystemControl::getUpgradeStatusFlag), BOTH);
     EXPECT_THAT(FakeKovan::journal(), ElementsAre(std::string("log ERR ") + BOTH));
     EXPECT_EQ(thrownDescription([] { ISystemControl::setUpgradeStatusFlag(true); }), BOTH);
+    EXPECT_EQ(FakeKovan::count("ERR", BOTH), 2);
     ISystemControl::removeUpgradeStatusFlag();
     EXPECT_EQ(ISystemControl::getUpgradeStatusFlag(), boost::none);
 }
@@ -126,6 +127,8 @@ TEST_F(UpgradeStatusTest, TellsThatTheSecondAnswerCannotBeRemoved) {
     fill("system_update_failed");
     EXPECT_EQ(failureOf(ISystemControl::removeUpgradeStatusFlag),
               "Removing UpgradeStatusFlag directory failed.|Success | Directory not empty");
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log ERR Removing UpgradeStatusFlag directories failed: Success | "
+                                                  "Directory not empty."));
     EXPECT_FALSE(fs::exists("system_update_success"));
 }
 

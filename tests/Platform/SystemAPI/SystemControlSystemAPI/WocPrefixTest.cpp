@@ -37,6 +37,7 @@ TEST_F(WocPrefixTest, CannotBeReadFromADirectory) {
     EXPECT_EQ(thrownDescription(ISystemControl::getWocOTNModelPrefix),
               "Error when reading WOC OTN Model prefix from file.");
     EXPECT_THAT(told("ERR"), HasSubstr("FileStreamIOException"));
+    EXPECT_EQ(FakeKovan::messages().size(), FakeKovan::messages("ERR").size());
 }
 
 } // namespace
