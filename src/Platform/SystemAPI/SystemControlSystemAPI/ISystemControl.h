@@ -24,27 +24,28 @@ public:
     // Which build this is, for the log.
     static const char* DAXRevisionDescription();
 
-    // Powers the device off, as far as its power state may be changed now. PowerAPIException when it refuses. A custom debug
-    // parameter, "CSystemControl::delayedShutdown", holds the calling thread for so many seconds first.
+    // Powers the device off, as far as its power state may be changed now. PowerAPIException when it refuses. A custom
+    // debug parameter, "CSystemControl::delayedShutdown", holds the calling thread for so many seconds first.
     static void shutdown();
 
     // The same without regard to locks on the power state.
     static void forceShutdown();
 
-    // Restarts the device, with a cold start. Does nothing with the debug parameter noRebootFlag; otherwise the delay is that
-    // of shutdown(). PowerAPIException when the device refuses, GenericException when the cold start cannot be asked for.
+    // Restarts the device, with a cold start. Does nothing with the debug parameter noRebootFlag; otherwise the delay
+    // is that of shutdown(). PowerAPIException when the device refuses, GenericException when the cold start cannot be
+    // asked for.
     static void reboot();
 
     // The same; the device is told that it is for a factory reset.
     static void rebootWithFactoryResetReason();
 
-    // Has the next shutdown be a cold one, in the name of this stack or of another program. GenericException, with the failure
-    // nested in it.
+    // Has the next shutdown be a cold one, in the name of this stack or of another program. GenericException, with the
+    // failure nested in it.
     static void setColdShutdown();
     static void setColdShutdown(const std::string& name);
 
-    // The code of what woke the device up, 0 or greater. PowerAPIException when the device fails. The setter returns the
-    // device's own result.
+    // The code of what woke the device up, 0 or greater. PowerAPIException when the device fails. The setter returns
+    // the device's own result.
     static int setWakeUpReason(int reason);
     static int getWakeUpReason();
 
@@ -71,17 +72,20 @@ public:
     // Whether a flag file on a USB device asks for an upgrade in the factory; false when that cannot be found out.
     static bool isFactoryUpgradeEnabled();
 
-    // Whether such a file asks for one upgrade after another, and the directory where its device is mounted; empty when it does
-    // not, or when that cannot be found out.
+    // Whether such a file asks for one upgrade after another, and the directory where its device is mounted; empty when
+    // it does not, or when that cannot be found out.
     static bool isSequentialUpgradeEnabled();
     static boost::filesystem::path getSequentialUpgradeDeviceMntPath();
 
-    // Whether the last upgrade succeeded, if one ended and the answer was not removed. It outlives restarts; an answer cannot
-    // be set over another. GenericException for that, for two answers at once, and when an answer cannot be written or removed.
+    // Whether the last upgrade succeeded, if one ended and the answer was not removed. It outlives restarts; an answer
+    // cannot be set over another. GenericException for that, for two answers at once, and when an answer cannot be
+    // written or removed.
     static void setUpgradeStatusFlag(bool success);
 
     // Does nothing.
     static void setUpgradeVersion(const std::string& version);
+
+    // Removes the answer, or gives it; see setUpgradeStatusFlag.
     static void removeUpgradeStatusFlag();
     static boost::optional<bool> getUpgradeStatusFlag();
 
@@ -102,7 +106,7 @@ public:
     static void setUSBUIUpdateProgress(int progress);
     static void setAutoUpdateSpecialMode(DAXAutoUpdateKey::AUTOUPDATE_SPECIAL_MODE mode);
 
-    // Whether one important update may come in the background. A failed write is logged, a failed read is false.
+    // Whether one important update may come in the background. A failed write is logged.
     static void setIsBgOTNImportantUpdateEnabled(bool enabled);
 
     // GenericException when the store fails or holds no such value.
@@ -113,6 +117,8 @@ public:
 
     // Empty when the store fails.
     static std::string getOOBEAcceptedUpdateInfoDataId();
+
+    // False when the store fails.
     static bool getIsBgOTNImportantUpdateEnabled();
 
     // Whether the device was made for businesses; false when that cannot be read.
@@ -124,8 +130,8 @@ public:
     // Whether updates may use the cellular network; false when the setting cannot be read.
     static bool isCellularConnectionAllowed();
 
-    // Whether an upgrade succeeded since the last factory reset, or the debug parameters say so; false when the setting cannot
-    // be read.
+    // Whether an upgrade succeeded since the last factory reset, or the debug parameters say so; false when the setting
+    // cannot be read.
     static bool wasAnySuccessfulUpgrade();
 
     // A failed write is logged.
@@ -135,8 +141,8 @@ public:
     static ExternalAppVerificationResult getExternalAppVerificationResult();
     static void setExternalAppVerificationResult(ExternalAppVerificationResult result);
 
-    // The client whose external application waits for its verification; none when the store fails. The setter clears it with
-    // none; GenericException when the store fails, and for an empty id.
+    // The client whose external application waits for its verification; none when the store fails. The setter clears it
+    // with none; GenericException when the store fails, and for an empty id.
     static boost::optional<std::string> getPendingExternalAppClientID();
     static void setPendingExternalAppClientID(boost::optional<std::string> id);
 
@@ -163,6 +169,8 @@ public:
 
     // How the system schedules this process; whether it did as asked.
     static bool setProcessPriority(ProcessPriority priority);
+
+    // Every board but one is a premium model's.
     static bool isPremiumModel();
 
     // Never.
@@ -174,8 +182,8 @@ public:
     // Whether updates by itself are no option on this device.
     static bool isAutoUpdateAlwaysOn();
 
-    // Whether the user was asked before, and whether the next update needs a yes; true for the latter when the store fails.
-    // A failed write is logged.
+    // Whether the user was asked before, and whether the next update needs a yes; true for the latter when the store
+    // fails. A failed write is logged.
     static bool isPreUpdateConsentSet();
     static bool isPreUpdateConsentRequired();
     static void setPreUpdateConsentRequired(bool required);

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <boost/core/noncopyable.hpp>
-
 #include <string>
 
+#include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
 #include <boost/optional.hpp>
 

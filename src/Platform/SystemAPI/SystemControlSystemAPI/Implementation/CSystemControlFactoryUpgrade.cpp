@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 #include <utility>
 
 #include <boost/exception/diagnostic_information.hpp>

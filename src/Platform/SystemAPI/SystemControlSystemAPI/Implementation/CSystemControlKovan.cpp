@@ -1,4 +1,6 @@
-#include <utility>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include <boost/chrono/chrono_io.hpp>
 #include <boost/exception/diagnostic_information.hpp>
