@@ -62,6 +62,24 @@ bool isFreeKey(const Key& key) {
            (key.group == KovanHost::SYSTEM_INFO && isNumberWithoutName(key.name));
 }
 
+// What a program asks for with a function that can fail.
+bool canFail(const Key& key) {
+    const bool isAsked =
+        key.group == KovanHost::SYSTEM_INFO || key.group == KovanHost::FEATURES || key.group == KovanHost::PLANTCFG;
+    return isFreeKey(key) || (isAsked && KovanHost::findFact(key.group, key.name) != nullptr);
+}
+
+// What has a type and a default.
+std::optional<DeviceFact> findFact(const Key& key) {
+    if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
+        return *fact;
+    }
+    const Key asked = parseKey(key.name);
+    return key.group == KovanHost::RESULTS && canFail(asked)
+               ? std::optional<DeviceFact>(KovanHost::resultFact(asked.group, asked.name))
+               : std::nullopt;
+}
+
 SettingsValue toSettingsValue(const KovanHost::FactValue& value) {
     return std::visit([](const auto& held) { return SettingsValue(held); }, value);
 }
@@ -77,7 +95,7 @@ std::string givenText(const KeyFile& device, const Key& key) {
 
 std::optional<Info> find(const KeyFile& device, const Key& key) {
     const bool isGiven = device.raw(key.group, key.name).has_value();
-    if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
+    if (const std::optional<DeviceFact> fact = findFact(key)) {
         return Info{textOf(key), toSettingsValue(KovanHost::valueOf(*fact)), isGiven};
     }
     return isGiven && isFreeKey(key) ? std::optional<Info>({textOf(key), givenText(device, key), true}) : std::nullopt;
@@ -89,7 +107,7 @@ std::vector<Info> findAll(const KeyFile& device) {
     for (const DeviceFact& fact : KovanHost::deviceFacts()) {
         keys.push_back({fact.group, fact.name});
     }
-    for (const char* group : {KovanHost::SYSTEM_INFO, KovanHost::FEATURES}) {
+    for (const char* group : {KovanHost::SYSTEM_INFO, KovanHost::FEATURES, KovanHost::RESULTS}) {
         for (const std::string& name : device.keys(group)) {
             if (KovanHost::findFact(group, name) == nullptr) {
                 keys.push_back({group, name});
@@ -128,7 +146,7 @@ int get(const std::string& key, bool json) {
 
 SettingsValue parseFact(const std::string& keyText, const std::string& text) {
     const Key key = parseKey(keyText);
-    if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
+    if (const std::optional<DeviceFact> fact = findFact(key)) {
         return parseValue(typeOf(toSettingsValue(fact->fallback)), text);
     }
     if (!isFreeKey(key)) {

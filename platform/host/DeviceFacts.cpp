@@ -39,7 +39,7 @@ Facts makeFacts() {
         {SYSTEM_INFO, "fast_usb_booting", 0, "Factory menu: not 0 for a fast start in production", SYSTEM_INFO_KEY_FAST_USB_BOOTING},
         {SYSTEM_INFO, "ota_support", 1, "Factory menu: 1 when updates over the air are supported", SYSTEM_INFO_KEY_OTA_SUPPORT},
         {SYSTEM_INFO, "otn_onoff", 1, "Factory menu: 0 switches updates over the network off", SYSTEM_INFO_KEY_OTN_ONOFF},
-        {SYSTEM_INFO, "otn_testserver", 0, "Factory menu: the zone, 1 to 26 for A to Z without T; 0 for none", SYSTEM_INFO_KEY_OTN_TESTSERVER},
+        {SYSTEM_INFO, "otn_testserver", 0, "Factory menu: the zone, 1 to 26 for A to Z, but 20, the T; 0 for none", SYSTEM_INFO_KEY_OTN_TESTSERVER},
         {SYSTEM_INFO, "dax_duration", 0, "Factory menu: not 0 for short time-outs of updates over the air", SYSTEM_INFO_KEY_DAX_DURATION},
         {SYSTEM_INFO, "dax_fail_test", 0, "Factory menu: not 0 for the test of failures", SYSTEM_INFO_KEY_DAX_FAIL_TEST},
         {SYSTEM_INFO, "hotel_otn_update", 1, "Factory menu: 0 switches updates over the network off in hotels", SYSTEM_INFO_KEY_HOTEL_OTN_UPDATE},
@@ -92,6 +92,10 @@ const DeviceFact* findFact(int number) {
     return findWhere([=](const DeviceFact& fact) { return fact.number == number && fact.group == SYSTEM_INFO; });
 }
 
+DeviceFact resultFact(const std::string& group, const std::string& name) {
+    return {RESULTS, group + "/" + name, group == PLANTCFG ? 1 : 0, "What the question for the fact results in"};
+}
+
 std::string defaultDeviceText() {
     std::string text =
         "# The facts of the simulated device. A change is seen at once by what asks for it next, but for\n"
@@ -104,7 +108,10 @@ std::string defaultDeviceText() {
         }
         text += "# " + fact.meaning + "\n" + keyLine(fact.name, written(fact.fallback));
     }
-    return text;
+    return text + "\n" + groupLine(RESULTS) +
+           "# What the question for a fact results in, instead of success: makes it fail. For instance:\n"
+           "# system_info/otn_onoff=-5\n"
+           "# plantcfg/model=-1\n";
 }
 
 } // namespace KovanHost

@@ -24,6 +24,7 @@ inline constexpr char DIRECTORIES[] = "directories";
 inline constexpr char SYSTEM_INFO[] = "system_info"; // a value whose number has no name here stands under its number
 inline constexpr char FEATURES[] = "features";       // the custom values of system_info.h, under their keys
 inline constexpr char PLANTCFG[] = "plantcfg";
+inline constexpr char RESULTS[] = "results"; // under GROUP/NAME of a fact: see resultFact
 
 // All of them, group by group.
 const std::vector<DeviceFact>& deviceFacts();
@@ -31,6 +32,10 @@ const std::vector<DeviceFact>& deviceFacts();
 // Null when there is none.
 const DeviceFact* findFact(const std::string& group, const std::string& name);
 const DeviceFact* findFact(int number);
+
+// What the platform's function results in for a fact of [system_info], [features] or [plantcfg], a fact as well: its
+// default is the function's success, any other number is given in place of the value.
+DeviceFact resultFact(const std::string& group, const std::string& name);
 
 // A device file that says all of that, with the meanings for comments.
 std::string defaultDeviceText();

@@ -111,6 +111,10 @@ FactValue valueOf(const DeviceFact& fact) {
         fact.fallback);
 }
 
+int resultOf(const std::string& group, const std::string& name) {
+    return std::get<int>(valueOf(resultFact(group, name)));
+}
+
 template <typename T>
 std::optional<T> givenValue(const std::string& group, const std::string& name) {
     return given<T>(group, name, "; it cannot be read");

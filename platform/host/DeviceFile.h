@@ -28,6 +28,9 @@ T factOf(const char* group, const char* name) {
     return std::get<T>(valueOf(*findFact(group, name)));
 }
 
+// What the question for a fact results in: as in resultFact().
+int resultOf(const std::string& group, const std::string& name);
+
 // What the file gives as bool, int or std::string; empty when it gives nothing. std::runtime_error, after it was told,
 // when the value is of another type.
 template <typename T>

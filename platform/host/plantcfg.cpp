@@ -11,8 +11,11 @@ constexpr int FAILED = -1;
 
 int read(const char* name, int* value) {
     return value == nullptr ? FAILED : KovanHost::atBorder(FAILED, [=] {
-        *value = KovanHost::factOf<int>(KovanHost::PLANTCFG, name);
-        return SUCCESS;
+        const int result = KovanHost::resultOf(KovanHost::PLANTCFG, name);
+        if (result == SUCCESS) {
+            *value = KovanHost::factOf<int>(KovanHost::PLANTCFG, name);
+        }
+        return result;
     });
 }
 

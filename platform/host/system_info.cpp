@@ -7,6 +7,8 @@
 #include <cstring>
 #include <new>
 
+// A value that the file makes fail gives the result that stands there, and no value. Otherwise:
+//
 // Every value that deviceFacts() knows can be read, since it has a default; asked for as another type, it is an invalid
 // parameter. Any other value is the file's alone, and is of whatever type it reads as: one that is not there is an
 // invalid parameter, one that does not read as the type that is asked for is an I/O error.
@@ -46,6 +48,10 @@ std::optional<T> valueAs(const DeviceFact* fact, const std::string& group, const
 
 template <typename T, typename Target>
 int read(const DeviceFact* fact, const std::string& group, const std::string& name, Target* target) {
+    const int result = KovanHost::resultOf(group, fact != nullptr ? fact->name : name);
+    if (result != SYSTEM_INFO_ERROR_NONE) {
+        return result;
+    }
     const std::optional<T> value = valueAs<T>(fact, group, name);
     if (!value) {
         return static_cast<int>(SYSTEM_INFO_ERROR_INVALID_PARAMETER);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Product/IProductInfo.h"
+#include "Platform/Product/SystemInfoAPIInternalProblemException.h"
 #include "Platform/SystemAPI/FactorySystemAPI/IFactorySettings.h"
 #include "Platform/SystemAPI/SystemInfoSystemAPI/ISystemInfo.h"
 #include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
@@ -92,6 +93,19 @@ TEST_F(SimulatedDeviceTest, KeepsTheVersionBeforeAnUpgrade) {
 TEST_F(SimulatedDeviceTest, TellsNoFactThatItDoesNotHave) {
     EXPECT_EQ(thrownDescription([] { ISystemInfo::getSystemInfoCustomInt("com.velmora/none"); }),
               "Error during getting system-info value: SYSTEM_INFO_ERROR_INVALID_PARAMETER");
+}
+
+TEST_F(SimulatedDeviceTest, FailsAsItsFileSays) {
+    device("[system_info]\notn_onoff=0\n[results]\nsystem_info/localset=-5\nsystem_info/otn_onoff=-5\n"
+           "features/com.velmora/any=7\nplantcfg/model=-1\n");
+    EXPECT_EQ(thrownDescription<Platform::SystemInfoAPIInternalProblemException>([] { IProductInfo::getLocalset(); }),
+              "Unable to read localset from system-info");
+    EXPECT_TRUE(IFactorySettings::isRetailTvOtnEnabled()); // the system's own default
+    EXPECT_EQ(thrownDescription([] { IFactorySettings::getModelEnum(); }),
+              "Factory API returned an error from function plantcfg_get_model_enum.");
+    EXPECT_EQ(
+        thrownText<Common::Utils::errinfo_stream_text>([] { ISystemInfo::getSystemInfoCustomInt("com.velmora/any"); }),
+        "Error during getting system-info value: unrecognized error value: 7");
 }
 
 TEST_F(SimulatedDeviceTest, HasTheSticksThatArePluggedIn) {

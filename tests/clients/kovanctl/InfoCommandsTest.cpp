@@ -81,7 +81,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Known{"system_info/localset", "string", "EU", "EU", " two\nlines\\"},
                     Known{"system_info/otn_onoff", "int", "1", 1, "0"},
                     Known{"features/com.velmora/featureconf/iwb_support", "bool", "false", false, "true"},
-                    Known{"plantcfg/localset", "int", "1", 1, "-7"}));
+                    Known{"plantcfg/localset", "int", "1", 1, "-7"},
+                    Known{"results/system_info/otn_onoff", "int", "0", 0, "-5"},
+                    Known{"results/features/any/key", "int", "0", 0, "-22"},
+                    Known{"results/system_info/12345", "int", "0", 0, "7"},
+                    Known{"results/plantcfg/model", "int", "1", 1, "-1"}));
 
 TEST_P(WrongFactTest, IsWrongUsageAndWritesNothing) {
     const Mistaken& value = GetParam();
@@ -95,7 +99,8 @@ INSTANTIATE_TEST_SUITE_P(Facts, WrongFactTest,
                          testing::Values(Mistaken{"software/production", "bool", "perhaps"},
                                          Mistaken{"system_info/otn_onoff", "int", "on"},
                                          Mistaken{"system_info/otn_onoff", "int", "2147483648"},
-                                         Mistaken{"plantcfg/model", "int", ""}));
+                                         Mistaken{"plantcfg/model", "int", ""},
+                                         Mistaken{"results/plantcfg/model", "int", "fail"}));
 
 TEST_P(UnknownFactTest, IsRefused) {
     const std::string message = std::string("kovanctl: '") + GetParam() + "': there is no such fact\n";
@@ -108,7 +113,10 @@ TEST_P(UnknownFactTest, IsRefused) {
 INSTANTIATE_TEST_SUITE_P(Facts, UnknownFactTest,
                          testing::Values("localset", "system_info", "system_info/nothing", "system_info/128",
                                          "system_info/007", "plantcfg/12345", "other/localset", "features/", "/", "",
-                                         "com.velmora/featureconf/iwb_support"));
+                                         "com.velmora/featureconf/iwb_support", "results/", "results/otn_onoff",
+                                         "results/system_info/902", "results/system_info/nothing",
+                                         "results/plantcfg/12345", "results/software/production",
+                                         "results/directories/apps", "results/results/plantcfg/model"));
 
 TEST_F(InfoCommandsTest, OtherNumbersAndFeaturesAreTextsThatMayBeGiven) {
     expectFailure(info({"get", "system_info/12345"}), REFUSED,
@@ -129,6 +137,15 @@ TEST_F(InfoCommandsTest, WritesWhatThePlatformReads) {
     info({"set", "system_info/12345", "7"});
     EXPECT_EQ(0, system_info_get_value_int(static_cast<system_info_key_e>(12345), &number));
     EXPECT_EQ(7, number);
+}
+
+TEST_F(InfoCommandsTest, ResultThatIsSetFailsTheQuestionUntilItIsSuccessAgain) {
+    int number = 0;
+    info({"set", "results/system_info/otn_onoff", "--", "-5"});
+    EXPECT_EQ(-5, system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number));
+    EXPECT_EQ("results/system_info/otn_onoff int -5\n", info({"list", "results"}).output);
+    info({"set", "results/system_info/otn_onoff", "0"});
+    EXPECT_EQ(0, system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number));
 }
 
 TEST_F(InfoCommandsTest, SetKeepsCommentsAndOtherLines) {
@@ -232,6 +249,11 @@ TEST_F(InfoCommandsTest, InitWritesAFileThatSaysTheDefaults) {
         EXPECT_TRUE(fact.at("given").get<bool>()) << fact;
     }
     EXPECT_THAT(device(), HasSubstr("\n[plantcfg]\n# The number of the model\nmodel=1\n"));
+    EXPECT_THAT(device(), testing::EndsWith("\n[results]\n"
+                                            "# What the question for a fact results in, instead of success: makes it "
+                                            "fail. For instance:\n"
+                                            "# system_info/otn_onoff=-5\n"
+                                            "# plantcfg/model=-1\n"));
 }
 
 TEST_F(InfoCommandsTest, InitLeavesAFileThatExists) {

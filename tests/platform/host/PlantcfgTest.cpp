@@ -48,6 +48,21 @@ TEST_F(PlantcfgTest, NumberThatIsNoneIsToldAndHasItsDefault) {
               }));
 }
 
+TEST_F(PlantcfgTest, FailsWithTheResultThatTheFileGives) {
+    device("[results]\nplantcfg/model=-1\nplantcfg/localset=0\n");
+    int value = 17;
+
+    EXPECT_EQ(-1, plantcfg_get_model_enum(&value));
+    EXPECT_EQ(0, plantcfg_get_localset_enum(&value));
+    EXPECT_EQ(17, value);
+}
+
+TEST_F(PlantcfgTest, ResultThatIsSuccessFailsNothing) {
+    device("[plantcfg]\nmodel=17\n[results]\nplantcfg/model=1\n");
+
+    EXPECT_EQ(17, model());
+}
+
 TEST_F(PlantcfgTest, NowhereToPutANumberFails) {
     EXPECT_EQ(-1, plantcfg_get_model_enum(nullptr));
     EXPECT_EQ(-1, plantcfg_get_localset_enum(nullptr));

@@ -221,6 +221,49 @@ TEST_F(SystemInfoTest, OtherValueThatDoesNotReadAsItsTypeIsAnErrorAndIsToldOnce)
     EXPECT_EQ((Flag{-5, true}), customFlag("another/key", true));
 }
 
+TEST_P(SystemInfoValueTest, FailsWithTheResultThatTheFileGives) {
+    for (const int result : {-5, -22, 7}) {
+        device(std::string("[results]\nsystem_info/") + GetParam().name + "=" + std::to_string(result) + "\n");
+        EXPECT_EQ((Number{result, UNTOUCHED}), valueNumber(GetParam().key));
+        EXPECT_EQ((Text{result, "<untouched>"}), valueText(GetParam().key));
+        EXPECT_EQ((Flag{result, true}), valueFlag(GetParam().key, true));
+    }
+}
+
+TEST_P(SystemInfoFeatureTest, FailsWithTheResultThatTheFileGives) {
+    device("[results]\nfeatures/" + key() + "=-5\n");
+
+    EXPECT_EQ((Number{-5, UNTOUCHED}), customNumber(key()));
+    EXPECT_EQ((Text{-5, "<untouched>"}), customText(key()));
+    EXPECT_EQ((Flag{-5, true}), customFlag(key(), true));
+}
+
+TEST_F(SystemInfoTest, OtherValuesAndKeysFailAsWell) {
+    device("[system_info]\n12345=1\n[results]\nsystem_info/12345=-5\nfeatures/another/key=-7\n");
+
+    EXPECT_EQ((Number{-5, UNTOUCHED}), valueNumber(12345));
+    EXPECT_EQ((Text{-7, "<untouched>"}), customText("another/key"));
+}
+
+TEST_F(SystemInfoTest, ResultThatIsSuccessOrIsForAnotherFactFailsNothing) {
+    device("[system_info]\notn_onoff=3\n[results]\nsystem_info/otn_onoff=0\nsystem_info/902=-5\notn_onoff=-5\n"
+           "system_info/ota_support=-5\n");
+
+    EXPECT_EQ((Number{0, 3}), valueNumber(902));
+    EXPECT_EQ((Number{-5, UNTOUCHED}), valueNumber(890));
+}
+
+TEST_F(SystemInfoTest, ResultThatIsNoNumberIsToldAndFailsNothing) {
+    device("[results]\nsystem_info/otn_onoff=fail\n");
+
+    EXPECT_EQ(path() + ": line 2: 'system_info/otn_onoff' in [results] is no number of 32 bits: 'fail'; using the "
+                       "default\n",
+              errorsOf([] {
+                  EXPECT_EQ((Number{0, 1}), valueNumber(902));
+                  EXPECT_EQ((Number{0, 1}), valueNumber(902));
+              }));
+}
+
 TEST_F(SystemInfoTest, NowhereToPutAValueIsAnInvalidParameter) {
     EXPECT_EQ(-22, system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, nullptr));
     EXPECT_EQ(-22, system_info_get_value_bool(SYSTEM_INFO_KEY_OTN_ONOFF, nullptr));
