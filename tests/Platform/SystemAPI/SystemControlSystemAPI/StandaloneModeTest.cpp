@@ -5,6 +5,7 @@
 
 #include <boost/exception/errinfo_errno.hpp>
 
+#include "AtSync.h"
 #include "OtherPartition.h"
 #include "SystemControlTest.h"
 
@@ -18,6 +19,18 @@ using testing::IsEmpty;
 
 class StandaloneModeTest : public SystemControlTest {
 protected:
+    void expectRefusedRequest(int errnoValue) const {
+        try {
+            ISystemControl::requestStandaloneMode();
+            FAIL() << "nothing thrown";
+        } catch (const Common::Utils::GenericException& exception) {
+            EXPECT_EQ(boost::get_error_info<Common::Utils::errinfo_path>(exception)->string(),
+                      (root / request).string());
+            EXPECT_EQ(textOf<Common::Utils::errinfo_stream_text>(exception), "Error during creating file.");
+            EXPECT_EQ(*boost::get_error_info<boost::errinfo_errno>(exception), errnoValue);
+        }
+    }
+
     const std::string request = PARTITION + "STANDALONE";
 };
 
@@ -62,15 +75,22 @@ TEST_F(StandaloneModeTest, IsRequestedOnce) {
 
 TEST_F(StandaloneModeTest, CannotBeRequestedWhereNothingCanBeWritten) {
     std::filesystem::remove_all(root / PARTITION);
-    try {
-        ISystemControl::requestStandaloneMode();
-        FAIL() << "nothing thrown";
-    } catch (const Common::Utils::GenericException& exception) {
-        EXPECT_EQ(boost::get_error_info<Common::Utils::errinfo_path>(exception)->string(), (root / request).string());
-        EXPECT_EQ(textOf<Common::Utils::errinfo_stream_text>(exception), "Error during creating file.");
-        EXPECT_EQ(*boost::get_error_info<boost::errinfo_errno>(exception), ENOENT);
-    }
+    expectRefusedRequest(ENOENT);
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
+TEST_F(StandaloneModeTest, IsNotRequestedByAFileThatIsGoneAgain) {
+    const AtSync gone([this] { std::filesystem::remove(root / request); });
+    expectRefusedRequest(0);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Performing 'sync'."));
+}
+
+TEST_F(StandaloneModeTest, TellsWhyTheRequestWasNotWritten) {
+    EXPECT_IN_CHILD({
+        forbidContent();
+        const AtSync gone([this] { std::filesystem::remove(root / request); });
+        expectRefusedRequest(EFBIG);
+    });
 }
 
 TEST_F(StandaloneModeTest, IsRequestedByAFileWithoutItsText) {
