@@ -130,7 +130,7 @@ public:
     // Whether updates may use the cellular network; false when the setting cannot be read.
     static bool isCellularConnectionAllowed();
 
-    // Whether an upgrade succeeded since the last factory reset, or the debug parameters say so; false when the setting
+    // Whether an upgrade succeeded since the last factory reset, or the debug parameters say so; false when either
     // cannot be read.
     static bool wasAnySuccessfulUpgrade();
 

@@ -53,6 +53,19 @@ TEST_F(UpgradeHistoryTest, BelievesTheParametersWithoutAskingTheStore) {
     EXPECT_THAT(FakeKovan::reads(), IsEmpty());
 }
 
+TEST_F(UpgradeHistoryTest, TakesMissingParametersForNone) {
+    EXPECT_IN_CHILD({
+        FakeKovan::setSetting(KEY, 1);
+        root.write(PARTITION + "DebugAndTestParameters.xml", "");
+        EXPECT_FALSE(DAXCommon::DebugAndTestParameters::reload()); // a failed read counts as not loaded
+        EXPECT_FALSE(ISystemControl::wasAnySuccessfulUpgrade());
+        EXPECT_THAT(told("ERR"),
+                    HasSubstr("Exception caught while getting wasAnySuccessfulUpgrade value from VConf: "));
+        EXPECT_THAT(told("ERR"), HasSubstr("DebugAndTestParameters were not loaded."));
+        EXPECT_THAT(FakeKovan::reads(), IsEmpty());
+    });
+}
+
 TEST_F(UpgradeHistoryTest, KeepsASuccess) {
     ISystemControl::registerSuccessfulUpgrade();
     EXPECT_THAT(FakeKovan::journal(),
