@@ -38,14 +38,9 @@ namespace Platform {
 namespace {
 
 using boost::filesystem::path;
+using Common::Utils::errinfo_description;
+using Common::Utils::errinfo_errorcode;
 using Entry = std::pair<path, std::string>; // the mount path and the id
-
-void throwIf(bool failed, const char* description, int code) {
-    if (failed) {
-        DAX_THROW(USBAPIException(), Common::Utils::errinfo_description(description)
-                                         << Common::Utils::errinfo_errorcode(code));
-    }
-}
 
 void throwIfUninitialized() {
     Common::Utils::SingletonsRegister::getSingletonsRegister()
@@ -68,7 +63,10 @@ public:
     DeviceList() {
         const int result = usb_device_get_device_list(&m_list);
         DAX_LOG(DBG) << "usb_device_get_device_list result : " << result;
-        throwIf(result != 0, "usb_device_get_device_list() failed", result);
+        if (result != 0) {
+            DAX_THROW(USBAPIException(), errinfo_description("usb_device_get_device_list() failed")
+                                             << errinfo_errorcode(result));
+        }
     }
     ~DeviceList() { free_usb_list(m_list); }
     DeviceList(const DeviceList&) = delete;
@@ -87,7 +85,11 @@ public:
 
 private:
     static bool isThere(int result, usb_device_h device) {
-        throwIf(result != 0, "usb_device_list_get_first() or usb_device_list_get_next() failed", result);
+        if (result != 0) {
+            DAX_THROW(USBAPIException(),
+                      errinfo_description("usb_device_list_get_first() or usb_device_list_get_next() failed")
+                          << errinfo_errorcode(result));
+        }
         return device != nullptr;
     }
 
@@ -118,7 +120,10 @@ std::list<Entry> get_usb_mount_paths(bool /*isLookup*/) {
     const DeviceList devices;
     const int count = devices.count();
     DAX_LOG(INF) << "Number of usb devices found: " << count;
-    throwIf(count < 0, "usb_device_list_get_count() returned negative number.", count);
+    if (count < 0) {
+        DAX_THROW(USBAPIException(), errinfo_description("usb_device_list_get_count() returned negative number.")
+                                         << errinfo_errorcode(count));
+    }
     devices.forEach([&entries](usb_device_h device) { entries.push_back(entryOf(device)); });
     return entries;
 }
