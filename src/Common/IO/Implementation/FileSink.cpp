@@ -70,7 +70,7 @@ void FileSink::writeChunk(const std::uint8_t* data, std::size_t size) {
     openIfNotOpened();
     throwIfEndOfDataMarked();
     boost::this_thread::interruption_point();
-    if (std::fwrite(data, 1, size, m_file) == size) {
+    if (size == 0 || std::fwrite(data, 1, size, m_file) == size) { // there may be no data at all
         m_position += size;
         return;
     }
