@@ -11,7 +11,7 @@ target_link_libraries(dax_build INTERFACE Threads::Threads)
 if(DAX_SANITIZE)
   # With its own code in between, the compiler loses sight of what is initialized.
   target_compile_options(dax_build INTERFACE -fsanitize=${DAX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-                                             -Wno-maybe-uninitialized)
+                                             $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(dax_build INTERFACE -fsanitize=${DAX_SANITIZE})
 endif()
 if(DAX_FUZZ)
