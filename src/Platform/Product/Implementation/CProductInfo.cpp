@@ -108,13 +108,13 @@ ModelAndVersion getParsedModelAndVersion() {
 }
 
 // A model that has its own feature key; false when it cannot be read.
-bool hasFeature(const char* key, const char* failure, const char* model) {
+bool hasFeature(const char* key, const char* failure, const char* answer) {
     bool value = false;
     if (read(key, value) != 0) {
         DAX_LOG(ERR) << failure;
         return false;
     }
-    DAX_LOG(INF) << model << ": [" << textOf(value) << "].";
+    DAX_LOG(INF) << answer << textOf(value) << "].";
     return value;
 }
 
@@ -178,12 +178,12 @@ bool IProductInfo::isStretchedModel() {
 
 bool IProductInfo::isPictorModel() {
     return hasFeature("com.velmora/featureconf/pictor_portrait_mode_support", "Getting pictor model error!",
-                      "Pictor Model");
+                      "Pictor Model: [");
 }
 
 bool IProductInfo::isQuorinModel() {
     return hasFeature("com.velmora/featureconf/display_rotator_supported", "Getting quorin model error!",
-                      "Quorin Model");
+                      "Quorin Model: [");
 }
 
 bool IProductInfo::isSBOX() {

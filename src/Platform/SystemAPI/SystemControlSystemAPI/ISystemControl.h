@@ -69,7 +69,8 @@ public:
     // Takes the request back; boost::filesystem::filesystem_error when that fails.
     static void quitStandaloneMode();
 
-    // Whether a flag file on a USB device asks for an upgrade in the factory; false when that cannot be found out.
+    // Whether a flag file on a USB device asks for an upgrade in the factory; false when that cannot be found out. As
+    // for every listing of USB devices, UsbDeviceInitializer must exist, here and below, or an assertion fails.
     static bool isFactoryUpgradeEnabled();
 
     // Whether such a file asks for one upgrade after another, and the directory where its device is mounted; empty when
@@ -77,9 +78,9 @@ public:
     static bool isSequentialUpgradeEnabled();
     static boost::filesystem::path getSequentialUpgradeDeviceMntPath();
 
-    // Whether the last upgrade succeeded, if one ended and the answer was not removed. It outlives restarts; an answer
-    // cannot be set over another. GenericException for that, for two answers at once, and when an answer cannot be
-    // written or removed.
+    // Whether the last upgrade succeeded, if one ended and the answer was not removed. It is kept in the working
+    // directory of the process and outlives restarts; an answer cannot be set over another. GenericException for that,
+    // for two answers at once, and when an answer cannot be written or removed.
     static void setUpgradeStatusFlag(bool success);
 
     // Does nothing.

@@ -137,6 +137,14 @@ TEST_F(FactoryUpgradeTest, IsNotSequentialWhenTheFileCannotBeRead) {
     EXPECT_EQ(FakeKovan::journal().back(), "log INF There is no flag file for Sequential upgrade.");
 }
 
+class FactoryUpgradeWithoutInitializer : public SystemControlTest {};
+
+TEST_F(FactoryUpgradeWithoutInitializer, IsAnAssertionFailure) {
+    const char missing[] = "SINGLETON_USB_DEVICE_INITIALIZER does not exist.";
+    EXPECT_DEATH(FakeKovan::echoLogToStderr(true); ISystemControl::isFactoryUpgradeEnabled(), missing);
+    EXPECT_DEATH(FakeKovan::echoLogToStderr(true); ISystemControl::isSequentialUpgradeEnabled(), missing);
+}
+
 } // namespace
 } // namespace Tests
 } // namespace DAX

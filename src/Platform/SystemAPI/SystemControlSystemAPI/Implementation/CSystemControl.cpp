@@ -55,11 +55,11 @@ const int FOREGROUND_NICENESS = 0;
 const int BACKGROUND_NICENESS = 19;
 
 // Holds the calling thread for as long as the debug parameters want before the device goes down.
-void delay(const char* before) {
+void delay(const char* beforeWhat) {
     const auto seconds =
         DebugAndTestParameters::getDebugAndTestParameters().getCustomIntParam("CSystemControl::delayedShutdown");
     if (seconds) {
-        DAX_LOG(INF) << "Waiting " << *seconds << " seconds before " << before << ".";
+        DAX_LOG(INF) << "Waiting " << *seconds << beforeWhat;
         std::this_thread::sleep_for(std::chrono::seconds(*seconds));
     }
 }
@@ -110,7 +110,7 @@ void CSystemControl::m_forceShutdown() {
 
 void CSystemControl::m_shutdown(int reason) {
     DAX_LOG(FTL) << "shutdown: " << reason;
-    delay("shutdown");
+    delay(" seconds before shutdown.");
     const int result = device_power_request_poweroff(reason);
     DAX_LOG(INF) << "Request poweroff result: " << result;
     if (result != 0) {
@@ -133,7 +133,7 @@ void CSystemControl::m_reboot(int reason) {
         DAX_LOG(INF) << "CSystemControl::reboot(): no reboot performed because NoRebootFlag is set.";
         return;
     }
-    delay("reboot");
+    delay(" seconds before reboot.");
     m_setColdShutdown();
     const int result = device_power_request_reboot(reason | FORCE_BIT);
     DAX_LOG(INF) << "Request restart result: " << result;
@@ -279,8 +279,9 @@ bool CSystemControl::m_setProcessPriority(ProcessPriority priority) {
     const bool foreground = priority == ProcessPriority::FOREGROUND;
     const int result =
         setpriority(PRIO_PROCESS, static_cast<id_t>(getpid()), foreground ? FOREGROUND_NICENESS : BACKGROUND_NICENESS);
-    DAX_LOG(INF) << "Setting priority level to " << (foreground ? "FOREGROUND" : "BACKGROUND")
-                 << ", returnCode: " << result;
+    DAX_LOG(INF) << (foreground ? "Setting priority level to FOREGROUND, returnCode: "
+                                : "Setting priority level to BACKGROUND, returnCode: ")
+                 << result;
     return result == 0;
 }
 

@@ -24,10 +24,10 @@ std::string textOr(const char* key) {
     return VConfT<std::string>(key).getOr("");
 }
 
-// What the store holds, for those who debug; the name is that of the log line.
+// What the store holds, for those who debug.
 template <class T>
-T debugged(const char* name, const T& value) {
-    DAX_LOG(DBG) << "Debug only log: " << name << " is " << value;
+T debugged(const char* text, const T& value) {
+    DAX_LOG(DBG) << text << value;
     return value;
 }
 
@@ -58,16 +58,16 @@ std::string submodelOrModel(const char* key) {
 } // namespace
 
 std::string CSystemInfo::m_getDuid() {
-    return notEmpty(debugged("DUID", VConfT<std::string>("db/comss/hwduid").get()),
+    return notEmpty(debugged("Debug only log: DUID is ", VConfT<std::string>("db/comss/hwduid").get()),
                     "DUID value taken from vconf is empty");
 }
 
 std::string CSystemInfo::m_getAtoken() {
-    return debugged("Atoken", VConfT<std::string>("db/comss/atoken").get());
+    return debugged("Debug only log: Atoken is ", VConfT<std::string>("db/comss/atoken").get());
 }
 
 std::string CSystemInfo::m_getOtnUrl() {
-    return debugged("OTN URL", textOr("rtc/db/comss/gpmurl/otn"));
+    return debugged("Debug only log: OTN URL is ", textOr("rtc/db/comss/gpmurl/otn"));
 }
 
 bool CSystemInfo::m_isTermsConditionsAccepted() {
@@ -77,12 +77,12 @@ bool CSystemInfo::m_isTermsConditionsAccepted() {
 }
 
 std::string CSystemInfo::m_getFirmwareVersion() {
-    return notEmpty(debugged("FIRMWARE", VConfT<std::string>("db/comss/infolinkversion").get()),
+    return notEmpty(debugged("Debug only log: FIRMWARE is ", VConfT<std::string>("db/comss/infolinkversion").get()),
                     "Firmware value taken from vconf is empty");
 }
 
 std::string CSystemInfo::m_getCountryCode() {
-    const std::string code = debugged("CountryCode", textOr("db/comss/countrycode"));
+    const std::string code = debugged("Debug only log: CountryCode is ", textOr("db/comss/countrycode"));
     if (code.size() != COUNTRY_CODE_LENGTH) {
         DAX_LOG(WRN) << "CountryCode value taken from vconf has not expected length";
         return {};
@@ -180,7 +180,8 @@ std::string CSystemInfo::m_getMsdVersions() {
 }
 
 bool CSystemInfo::m_isHighContrastMode() {
-    return debugged("highcontrast", VConfT<int>("db/menu/system/accessibility/highcontrast").get()) != 0;
+    return debugged("Debug only log: highcontrast is ",
+                    VConfT<int>("db/menu/system/accessibility/highcontrast").get()) != 0;
 }
 
 int CSystemInfo::m_getAccessibilityActCustomTimeout(int defaultSeconds) {
