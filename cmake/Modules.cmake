@@ -1,5 +1,8 @@
 # How a folder becomes a module, a program or a test program.
 
+# Test code runs once and is compiled often: a release does not optimise it. What it tests is the code that people run.
+set(DAX_TEST_OPTIONS $<$<CONFIG:Release>:-O0>)
+
 add_library(dax_build INTERFACE)
 target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 target_include_directories(dax_build SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
@@ -72,6 +75,26 @@ function(dax_program target)
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
 endfunction()
 
+# The headers that nearly every test needs cost a compiler more than the test itself; they are compiled once for all.
+if(DAX_TESTS)
+  find_package(GTest REQUIRED)
+  add_library(dax_test_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp)
+  target_compile_options(dax_test_headers PRIVATE ${DAX_TEST_OPTIONS})
+  target_link_libraries(dax_test_headers PUBLIC dax_build GTest::gmock Boost::serialization Boost::date_time Boost::thread)
+  target_precompile_headers(
+    dax_test_headers PRIVATE
+    <algorithm> <atomic> <chrono> <cstdlib> <filesystem> <fstream> <functional> <list> <map> <memory> <mutex> <set>
+    <sstream> <stdexcept> <string> <thread> <utility> <vector>
+    <gmock/gmock.h> <gtest/gtest.h>
+    <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
+    <boost/date_time/posix_time/posix_time.hpp> <boost/date_time/posix_time/time_serialize.hpp>
+    <boost/exception/all.hpp>
+    <boost/optional/optional_io.hpp>
+    <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
+    <boost/serialization/string.hpp> <boost/serialization/vector.hpp>
+    <boost/thread/future.hpp> <boost/thread/thread.hpp>)
+endif()
+
 # dax_test(<target> LINK <targets> [HOST] [SOURCES <files>] [TIMEOUT <seconds>])
 # A GoogleTest program over FakeKovan, or over the host platform with HOST. The sources are the folder's own .cpp files.
 function(dax_test target)
@@ -84,6 +107,8 @@ function(dax_test target)
   endif()
   add_executable(${target} ${ARG_SOURCES})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_options(${target} PRIVATE ${DAX_TEST_OPTIONS})
+  target_precompile_headers(${target} REUSE_FROM dax_test_headers)
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} GTest::gmock_main)
   set(implementation FakeKovan)
   if(ARG_HOST)
