@@ -6,7 +6,8 @@ set(DAX_TEST_OPTIONS $<$<CONFIG:Release>:-O0>)
 add_library(dax_build INTERFACE)
 target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 target_include_directories(dax_build SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
-target_compile_definitions(dax_build INTERFACE BOOST_ENABLE_ASSERT_HANDLER)
+# Boost's own targets define the second as well; a precompiled header fits only sources that agree with it.
+target_compile_definitions(dax_build INTERFACE BOOST_ENABLE_ASSERT_HANDLER BOOST_ALL_NO_LIB)
 target_compile_options(dax_build INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
                                            -ffunction-sections -fdata-sections)
 target_link_options(dax_build INTERFACE -Wl,--gc-sections -Wl,--as-needed)
