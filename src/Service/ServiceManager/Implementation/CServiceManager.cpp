@@ -62,7 +62,7 @@ std::shared_ptr<IService> CServiceManager::getService(ServiceClientPriority prio
         return nullptr;
     }
     if (isExternalLockAcquired(priority)) {
-        DAX_LOG(INF) << "External lock is acquired by: " << externalLockHolders()
+        DAX_LOG(INF) << "External lock is acquired by: " << describeHolders(m_externalLocks)
                      << ". There is no possibility to get service.";
         return nullptr;
     }
@@ -103,14 +103,6 @@ bool CServiceManager::isExternalLockAcquired(ServiceClientPriority priority) con
         }
     }
     return false;
-}
-
-std::string CServiceManager::externalLockHolders() const {
-    std::string holders;
-    for (const auto& [id, lock] : m_externalLocks) {
-        holders += " " + lock.first;
-    }
-    return holders;
 }
 
 bool CServiceManager::getServiceOwner(ServiceClientPriority& priority, std::string& clientName,

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "CoreInterface/ICore.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/IPowerModeSubscribersFactory.h"
 #include "Service/ServiceManager/Implementation/CService.h"
 #include "Service/ServiceManager/Implementation/CurrentService.h"
+#include "Service/ServiceManager/Implementation/ExternalLocks.h"
 #include "ServiceInterface/IServiceManager.h"
 
 namespace DAX {
@@ -38,17 +37,15 @@ public:
     void scheduleFactoryReset() override;
 
 private:
-    using ExternalLock = std::pair<std::string, DAXCommon::ServiceClientPriority>; // the holder and its priority
     using PowerModeSubscriber = Common::Utils::SignalSubscriber<void(DAXCommon::PowerMode)>;
 
     bool isExternalLockAcquired(DAXCommon::ServiceClientPriority priority) const;
-    std::string externalLockHolders() const;
     bool ownerGivesWay(DAXCommon::ServiceClientPriority priority, const std::string& clientName);
     void onPowerModeChanged(DAXCommon::PowerMode mode);
 
     CurrentService m_currentService;
     std::shared_ptr<Core::ICore> m_core;
-    std::map<ExternalLockId, ExternalLock> m_externalLocks;
+    ExternalLocks m_externalLocks;
     std::unique_ptr<PowerModeSubscriber> m_powerModeSubscriber;
 };
 

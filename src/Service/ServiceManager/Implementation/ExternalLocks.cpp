@@ -1,0 +1,25 @@
+#include "Service/ServiceManager/Implementation/ExternalLocks.h"
+
+#include <cstddef>
+
+namespace DAX {
+namespace Service {
+namespace ServiceManager {
+
+std::string describeHolders(const ExternalLocks& locks) {
+    const std::size_t longestText = 64 * 1024;
+    std::string holders;
+    std::size_t left = locks.size();
+    for (const auto& [id, lock] : locks) {
+        if (holders.size() > longestText) {
+            return holders.append(", and ").append(std::to_string(left)).append(" more");
+        }
+        holders.append(1, ' ').append(lock.first);
+        --left;
+    }
+    return holders;
+}
+
+} // namespace ServiceManager
+} // namespace Service
+} // namespace DAX

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+
+#include "DAXCommon/ServiceClientPriority.h"
+#include "ServiceInterface/IServiceManager.h"
+
+namespace DAX {
+namespace Service {
+namespace ServiceManager {
+
+using ExternalLock = std::pair<std::string, DAXCommon::ServiceClientPriority>; // the holder and its priority
+using ExternalLocks = std::map<ExternalLockId, ExternalLock>;
+
+// The holders' names in the order of their locks, each behind a blank, for a line of the log. Clients choose their
+// names and the number of their locks: once the text has more than 64 KiB, the rest of the holders is only counted, as
+// in
+// ", and 7 more".
+std::string describeHolders(const ExternalLocks& locks);
+
+} // namespace ServiceManager
+} // namespace Service
+} // namespace DAX
