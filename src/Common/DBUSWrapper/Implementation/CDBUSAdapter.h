@@ -17,6 +17,7 @@
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
 #include "Common/DBUSWrapper/IDBUSEventsSubscriber.h"
 #include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
+#include "Common/DBUSWrapper/Implementation/ReusedStream.h"
 #include "Common/Utils/ISimpleClock.h"
 
 namespace DAX {
@@ -78,7 +79,9 @@ private:
     void logFailure() const;
 
     DBusHandlerResult receiveMessage(DBusConnection* connection, DBusMessage* message);
-    DBusHandlerResult handleMethodCall(const char* member, DBusConnection* connection, DBusMessage* message);
+    DBusHandlerResult handleMethodCall(const char* member, bool introspectable, DBusConnection* connection,
+                                       DBusMessage* message);
+    void handleRequest(const char* member, std::stringstream& input, DBusConnection* connection, DBusMessage* message);
     static void sendReturnMessage(ReplyMessageType type, const std::string& function, const std::stringstream& data,
                                   DBusMessage* message, DBusConnection* connection);
 
@@ -102,6 +105,9 @@ private:
     std::mutex m_mutex; // held for the activation and for each change of the match rules
 
     std::unordered_map<std::string_view, std::list<std::string>::iterator> m_clientsByName; // into m_clients
+
+    ReusedStream m_input;  // of the call being handled
+    ReusedStream m_output; // of the call being handled
 };
 
 } // namespace DBUSWrapper

@@ -92,16 +92,18 @@ void CDBUSAdapter::logFailure() const {
 DBusHandlerResult CDBUSAdapter::receiveMessage(DBusConnection* connection, DBusMessage* message) {
     const char* const member = orEmpty(dbus_message_get_member(message));
     DAX_LOG(VERBOSE) << "Message {" << member << "} for adapter object:{" << m_objectPath << "} received";
-    if (!dbus_message_is_method_call(message, DBUS_INTERFACE_INTROSPECTABLE, member)) {
+    const bool introspectable = dbus_message_is_method_call(message, DBUS_INTERFACE_INTROSPECTABLE, member) != 0;
+    if (!introspectable) {
         registerNewConnection(orEmpty(dbus_message_get_sender(message)));
     }
-    const DBusHandlerResult result = handleMethodCall(member, connection, message);
+    const DBusHandlerResult result = handleMethodCall(member, introspectable, connection, message);
     DAX_LOG(VERBOSE) << "Message {" << member << "} for adapter object:{" << m_objectPath << "} handled";
     return result;
 }
 
-DBusHandlerResult CDBUSAdapter::handleMethodCall(const char* member, DBusConnection* connection, DBusMessage* message) {
-    std::stringstream input;
+DBusHandlerResult CDBUSAdapter::handleMethodCall(const char* member, bool introspectable, DBusConnection* connection,
+                                                 DBusMessage* message) {
+    ReusedStream::Loan input(m_input);
     DBusMessageIter argument;
     if (dbus_message_iter_init(message, &argument)) {
         const boost::optional<std::string_view> bytes = readByteArray(argument);
@@ -110,21 +112,28 @@ DBusHandlerResult CDBUSAdapter::handleMethodCall(const char* member, DBusConnect
                               connection);
             return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
         }
-        input.write(bytes->data(), static_cast<std::streamsize>(bytes->size()));
+        input.stream().write(bytes->data(), static_cast<std::streamsize>(bytes->size()));
     }
-    std::stringstream output;
-    if (dbus_message_is_method_call(message, DBUS_INTERFACE_INTROSPECTABLE, "Introspect")) {
-        m_handler->introspect(output);
-        sendReturnMessage(INTROSPECTION, member, output, message, connection);
+    if (introspectable && std::string_view(member) == "Introspect") {
+        std::stringstream document;
+        m_handler->introspect(document);
+        sendReturnMessage(INTROSPECTION, member, document, message, connection);
         return DBUS_HANDLER_RESULT_HANDLED;
     }
-    std::string exceptionName;
-    if (m_handler->handleRequest(member, input, output, exceptionName, orEmpty(dbus_message_get_sender(message)))) {
-        sendReturnMessage(REPLY, member, output, message, connection);
-    } else {
-        sendReturnMessage(EXCEPTION, exceptionName, output, message, connection);
-    }
+    handleRequest(member, input.stream(), connection, message);
     return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+void CDBUSAdapter::handleRequest(const char* member, std::stringstream& input, DBusConnection* connection,
+                                 DBusMessage* message) {
+    ReusedStream::Loan output(m_output);
+    std::string exceptionName;
+    if (m_handler->handleRequest(member, input, output.stream(), exceptionName,
+                                 orEmpty(dbus_message_get_sender(message)))) {
+        sendReturnMessage(REPLY, member, output.stream(), message, connection);
+    } else {
+        sendReturnMessage(EXCEPTION, exceptionName, output.stream(), message, connection);
+    }
 }
 
 // Not flushed: libdbus writes what the socket takes at once, and the rest at the next wait of the loop.

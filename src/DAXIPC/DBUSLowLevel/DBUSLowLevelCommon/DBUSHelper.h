@@ -9,6 +9,7 @@
 #include <boost/assert.hpp>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 
 namespace DAX {
 namespace DAXIPC {
@@ -23,7 +24,7 @@ namespace DBUSHelper {
 template <class R>
 void handleAdapterMethod(std::stringstream& in, std::stringstream& out,
                          std::function<void(boost::archive::text_iarchive&)> deserialize, std::function<R()> call) {
-    boost::archive::text_oarchive outArchive(out);
+    ArchiveOutput outArchive(out);
     ArchiveInput inArchive(in);
     deserialize(inArchive.archive());
     const R result = call();
@@ -55,7 +56,7 @@ template <class R, class ExceptionHandler, class DBUSProxy>
 R handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
                     DBUSProxy& proxy, const ExceptionHandler& handler, R defaultValue) {
     std::stringstream params;
-    boost::archive::text_oarchive archive(params);
+    ArchiveOutput archive(params);
     std::stringstream output;
     serialize(archive);
     exchange(methodName, params, output, proxy, handler);
@@ -69,7 +70,7 @@ template <class ExceptionHandler, class DBUSProxy>
 void handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
                        DBUSProxy& proxy, const ExceptionHandler& handler) {
     std::stringstream params;
-    boost::archive::text_oarchive archive(params);
+    ArchiveOutput archive(params);
     std::stringstream output;
     serialize(archive);
     exchange(methodName, params, output, proxy, handler);

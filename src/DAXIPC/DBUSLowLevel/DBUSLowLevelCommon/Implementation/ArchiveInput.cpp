@@ -13,6 +13,12 @@ namespace {
 static_assert(std::is_same<std::size_t, unsigned long>::value,
               "a length is told from all other numbers of an archive by its type alone");
 
+// Where a stream keeps its buffer for the facet, which sees of the stream no more than its base.
+int messageIndex() {
+    static const int index = std::ios_base::xalloc();
+    return index;
+}
+
 // Reads numbers as usual. Lengths of strings and counts of collections are the only values of type unsigned long in an
 // archive; one of n needs at least a blank and n more bytes behind it.
 class LengthCheckingNumGet : public std::num_get<char> {
@@ -29,16 +35,19 @@ protected:
 
 private:
     static unsigned long bytesLeft(std::ios_base& stream) {
-        const std::streamsize available = dynamic_cast<std::ios&>(stream).rdbuf()->in_avail();
+        auto* const message = static_cast<std::streambuf*>(stream.pword(messageIndex()));
+        const std::streamsize available = message != nullptr ? message->in_avail() : 0;
         return available > 0 ? static_cast<unsigned long>(available) : 0;
     }
 };
 
-// Classic but for the lengths, so that no global locale can change how a message is read. The archive adds its own
-// codecvt facet to the locale of its stream and leaves the rest as it is.
+// Classic but for the lengths, so that no global locale can change how a message is read. It stays with the stream.
 std::istream& withLengthsChecked(std::istream& message) {
     static const std::locale locale(std::locale::classic(), new LengthCheckingNumGet);
-    message.imbue(locale);
+    if (message.getloc() != locale) {
+        message.imbue(locale);
+    }
+    message.pword(messageIndex()) = message.rdbuf();
     // Asked where it stands, a string stream takes notice of all that was written to it; in_avail() then counts that.
     message.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);
     return message;
@@ -46,7 +55,8 @@ std::istream& withLengthsChecked(std::istream& message) {
 
 } // namespace
 
-ArchiveInput::ArchiveInput(std::istream& message) : m_archive(withLengthsChecked(message)) {}
+ArchiveInput::ArchiveInput(std::istream& message)
+    : m_archive(withLengthsChecked(message), boost::archive::no_codecvt) {}
 
 } // namespace DBUSLowLevel
 } // namespace DAXIPC

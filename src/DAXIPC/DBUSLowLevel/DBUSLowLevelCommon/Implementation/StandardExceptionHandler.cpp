@@ -10,6 +10,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/UserInterestExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX {
@@ -66,7 +67,7 @@ void serializeException(const ExceptionType& exception, std::string& name, std::
     DAX_LOG(DBG) << "IPC Call: Exception has been caught. SupportCode: " << supportCode
                  << " Diagnostic: " << diagnostic;
     name = wireNameOf<ExceptionType>();
-    boost::archive::text_oarchive archive(stream);
+    ArchiveOutput archive(stream);
     archive << supportCode << diagnostic << exception;
 }
 

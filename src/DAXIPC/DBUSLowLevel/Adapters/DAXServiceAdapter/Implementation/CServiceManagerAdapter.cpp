@@ -9,6 +9,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/UserInterestExceptions.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/MethodRelay.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
@@ -224,7 +225,7 @@ void CServiceManagerAdapter::handle_getService(std::stringstream& in, std::strin
 }
 
 void CServiceManagerAdapter::handle_getServiceOwner(std::stringstream&, std::stringstream& out, const char*) {
-    boost::archive::text_oarchive archive(out);
+    ArchiveOutput archive(out);
     auto priority = ServiceClientPriority(0);
     std::string clientName;
     auto type = ServiceTransactionType(0);
@@ -233,7 +234,7 @@ void CServiceManagerAdapter::handle_getServiceOwner(std::stringstream&, std::str
 }
 
 void CServiceManagerAdapter::handle_helloMessage(std::stringstream& in, std::stringstream& out, const char* sender) {
-    boost::archive::text_oarchive header(out);
+    const ArchiveOutput header(out);
     std::string proxyName;
     ArchiveInput(in) >> proxyName;
     if (m_service && m_service->proxyName == proxyName) {

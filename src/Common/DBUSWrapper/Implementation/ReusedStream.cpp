@@ -1,0 +1,42 @@
+#include "Common/DBUSWrapper/Implementation/ReusedStream.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+namespace {
+
+const std::streamoff LONGEST_KEPT_TEXT = 64 * 1024;
+
+} // namespace
+
+ReusedStream::Loan::Loan(ReusedStream& owner) : m_owner(owner) {
+    if (!m_owner.m_stream) {
+        m_owner.m_stream.emplace();
+    }
+}
+
+ReusedStream::Loan::~Loan() {
+    if (!m_owner.isAsNew()) {
+        m_owner.m_stream.reset();
+        return;
+    }
+    m_owner.m_stream->str({});
+    m_owner.m_stream->clear();
+}
+
+// Of a stream that was not left as it came, nothing is kept. The length is told by the position behind the text, so
+// that the text is not copied.
+bool ReusedStream::isAsNew() const {
+    const std::ios_base::fmtflags flags = std::ios_base::skipws | std::ios_base::dec;
+    const std::streamsize precision = 6;
+    if (m_stream->exceptions() != std::ios_base::goodbit || m_stream->flags() != flags ||
+        m_stream->precision() != precision || m_stream->width() != 0 || m_stream->fill() != ' ') {
+        return false;
+    }
+    const std::streamoff length = m_stream->rdbuf()->pubseekoff(0, std::ios_base::end, std::ios_base::out);
+    return length >= 0 && length <= LONGEST_KEPT_TEXT;
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX
