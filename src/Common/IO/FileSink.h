@@ -5,6 +5,7 @@
 
 #include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
+#include <boost/optional.hpp>
 
 #include "Common/IO/FileExceptions.h"
 #include "Common/IO/ISink.h"
@@ -17,8 +18,10 @@ namespace IO {
 
 // A file to write. The end of data takes it to its medium and closes it, whatever is asked of the object afterwards.
 // Nothing is cut: what stood behind the last position stays. Each chunk is a point of interruption. Failures of the
-// system throw FileSinkIOException, a full disk FileSinkNotEnoughSpaceException; the position then stays, and the file
-// holds an unknown part of the chunk. A file that does not reach its medium throws GenericException.
+// system throw FileSinkIOException, a full disk FileSinkNotEnoughSpaceException; the position then stays, the file
+// holds an unknown part of the chunk, and the same chunk, written again, takes its place. Earlier chunks that were only
+// buffered may be lost with a failure: until they are written again from where the loss begins, the end of data and
+// every flush fail. A file that does not reach its medium throws GenericException.
 class FileSink : public IStorageSink,
                  public TransactionalSeekable<ISeekableSink>,
                  public Utils::IDebugName,
@@ -49,7 +52,9 @@ public:
 private:
     const char* mode() const;
     void finishFile();
-    [[noreturn]] void fail(int errnoValue, const char* description) const;
+    bool isMovedTo(streamsize_t position); // if not, errno says why
+    void noteFailure(int errnoValue);
+    FileSinkIOException failure(int errnoValue) const;
 
     const std::string m_path;
     bool m_truncate;
@@ -58,6 +63,9 @@ private:
     bool m_opened = false;
     bool m_endOfDataMarked = false;
     bool m_closed = false;
+    bool m_astray = false;                    // the file may stand elsewhere than at m_position
+    boost::optional<streamsize_t> m_lostFrom; // where data begins that was taken and never reached the file
+    int m_failure = 0;                        // the errno value of the failure that left it so
 };
 
 } // namespace IO

@@ -16,7 +16,8 @@ namespace Common {
 namespace IO {
 
 // A file to read. It keeps the length that it found when it opened: a file that grows under the reader can no longer be
-// trusted. Each chunk is a point of interruption. Failures of the system throw FileStreamIOException.
+// trusted. Each chunk is a point of interruption. Failures of the system throw FileStreamIOException; the position then
+// stays, and the next read begins there.
 class FileStream : public IStorageStream,
                    public TransactionalSeekable<ISeekableStream>,
                    public Utils::IDebugName,
@@ -42,7 +43,8 @@ public:
 
 private:
     streamsize_t measure();
-    [[noreturn]] void fail(int errnoValue, const char* description) const;
+    bool isMovedTo(streamsize_t position); // if not, errno says why
+    FileStreamIOException failure(int errnoValue) const;
 
     std::string m_path;
     std::FILE* m_file = nullptr;
@@ -50,6 +52,7 @@ private:
     streamsize_t m_position = 0;
     bool m_opened = false;
     bool m_closed = false;
+    bool m_astray = false; // the file may stand elsewhere than at m_position
 };
 
 } // namespace IO

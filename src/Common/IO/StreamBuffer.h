@@ -21,14 +21,14 @@ public:
 
     bool nextChunk(const std::uint8_t** data, std::size_t* size) override;
 
-    // Reaches no further back than the last fill.
+    // Reaches no further back than the last fill; nothing can be given back after a fill that failed.
     void giveBack(std::size_t size) override;
     std::size_t maxGiveBackSize() const { return m_position - m_giveBackFloor; }
 
     void transactionSaved(ITransaction* transaction) override;
 
     // Where the stream itself can take part, only its position is saved, less what was read ahead; else the unread
-    // data.
+    // data. A load that fails leaves as unread data no more than what it has got of the stream.
     void transactionSerialize(IStoreTransaction* transaction) override;
 
     std::string debugName() const override;
@@ -37,6 +37,7 @@ private:
     void saveUnreadPosition(IStoreTransaction* transaction);
     void loadUnreadPosition(IStoreTransaction* transaction);
     void serializeUnreadData(IStoreTransaction* transaction);
+    void useUp();
 
     const std::shared_ptr<IStream> m_stream;
     std::vector<std::uint8_t> m_dataBuffer;

@@ -14,7 +14,8 @@ namespace {
 thread_local std::string faultyFunction;
 thread_local int faultyErrno = 0;
 thread_local int callsToTheFault = 0;
-thread_local bool errorFlag = false;
+thread_local std::size_t bytesBeforeTheFault = 0;
+thread_local std::FILE* flaggedFile = nullptr; // the one whose error flag is set
 thread_local std::map<std::string, int> calls;
 thread_local std::vector<std::string>* order = nullptr;
 
@@ -32,9 +33,16 @@ bool fails(const char* function) {
     return true;
 }
 
+void forgetFlagOf(const std::FILE* file) {
+    if (file == flaggedFile) {
+        flaggedFile = nullptr;
+    }
+}
+
 } // namespace
 
-void failNext(const std::string& function, int errnoValue, int call) {
+void failNext(const std::string& function, int errnoValue, int call, std::size_t bytesBefore) {
+    bytesBeforeTheFault = bytesBefore;
     callsToTheFault = call;
     faultyFunction = function;
     faultyErrno = errnoValue;
@@ -60,8 +68,10 @@ std::vector<std::string> callsOf(const std::function<void()>& statement) {
 } // namespace Tests
 } // namespace DAX
 
-using DAX::Tests::errorFlag;
+using DAX::Tests::bytesBeforeTheFault;
 using DAX::Tests::fails;
+using DAX::Tests::flaggedFile;
+using DAX::Tests::forgetFlagOf;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
 extern "C" {
@@ -83,7 +93,13 @@ off64_t __wrap_ftello64(std::FILE* file) {
 
 std::size_t __real_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file);
 std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
-    return fails("fwrite") ? 0 : __real_fwrite(data, size, count, file);
+    if (!fails("fwrite")) {
+        return __real_fwrite(data, size, count, file);
+    }
+    const int failure = errno;
+    const std::size_t taken = __real_fwrite(data, size, bytesBeforeTheFault, file);
+    errno = failure;
+    return taken;
 }
 
 int __real_fflush(std::FILE* file);
@@ -103,19 +119,32 @@ int __wrap_fsync(int descriptor) {
 
 std::size_t __real_fread(void* data, std::size_t size, std::size_t count, std::FILE* file);
 std::size_t __wrap_fread(void* data, std::size_t size, std::size_t count, std::FILE* file) {
-    errorFlag = fails("fread");
-    return errorFlag ? 0 : __real_fread(data, size, count, file);
+    if (!fails("fread")) {
+        return __real_fread(data, size, count, file);
+    }
+    const int failure = errno;
+    flaggedFile = file;
+    const std::size_t given = __real_fread(data, size, bytesBeforeTheFault, file);
+    errno = failure;
+    return given;
 }
 
 int __real_ferror(std::FILE* file);
 int __wrap_ferror(std::FILE* file) {
-    return errorFlag ? 1 : __real_ferror(file);
+    return file == flaggedFile ? 1 : __real_ferror(file);
+}
+
+void __real_clearerr(std::FILE* file);
+void __wrap_clearerr(std::FILE* file) {
+    forgetFlagOf(file);
+    __real_clearerr(file);
 }
 
 // A file that fails to close is closed.
 int __real_fclose(std::FILE* file);
 int __wrap_fclose(std::FILE* file) {
     const bool failing = fails("fclose");
+    forgetFlagOf(file);
     const int failure = errno;
     const int result = __real_fclose(file);
     errno = failing ? failure : errno;

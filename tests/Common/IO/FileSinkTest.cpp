@@ -1,5 +1,9 @@
 #include "Common/IO/FileSink.h"
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 #include <boost/thread/thread.hpp>
 #include <gmock/gmock.h>
 
@@ -226,6 +230,123 @@ TEST_F(FileSinkTest, TellsAFailingWrite) {
     EXPECT_EQ(sink.position(), 2U);
 }
 
+TEST_F(FileSinkTest, WritesAChunkAgainWhereItFailed) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    failNext("fwrite", EIO, 1, 3);
+    EXPECT_THROW(write(sink, "cdef"), FileSinkIOException);
+    write(sink, "cdef");
+    EXPECT_EQ(sink.position(), 6U);
+    sink.close();
+    EXPECT_EQ(content(), "abcdef");
+}
+
+TEST_F(FileSinkTest, SeeksToThePositionThatItRememberedWhenAWriteFailed) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    failNext("fwrite", ENOSPC, 1, 3);
+    EXPECT_THROW(write(sink, "cdef"), FileSinkNotEnoughSpaceException);
+    takeCalls("fseeko64");
+    sink.seek(sink.position());
+    EXPECT_EQ(takeCalls("fseeko64"), 1);
+    write(sink, "xy");
+    EXPECT_EQ(takeCalls("fseeko64"), 0);
+    sink.close();
+    EXPECT_EQ(content(), "abxye"); // nothing is cut
+}
+
+TEST_F(FileSinkTest, TellsThatItCannotReturnToWhereAWriteFailed) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    failNext("fwrite", EIO, 1, 3);
+    EXPECT_THROW(write(sink, "cdef"), FileSinkIOException);
+    failNext("fseeko64", EIO);
+    EXPECT_EQ(failureOf([&] { write(sink, "cdef"); }), "Seeking file failed.| errno=5 (Input/output error)");
+    EXPECT_EQ(sink.position(), 2U);
+    write(sink, "cdef");
+    sink.close();
+    EXPECT_EQ(content(), "abcdef");
+}
+
+TEST_F(FileSinkTest, SeeksAnewAfterASeekThatFailed) {
+    FileSink sink(path, true);
+    write(sink, "ab");
+    failNext("fseeko64", EIO);
+    EXPECT_THROW(sink.seek(0), FileSinkIOException);
+    takeCalls("fseeko64");
+    sink.seek(2);
+    EXPECT_EQ(takeCalls("fseeko64"), 1);
+}
+
+// A limit to the size of files, as a disk that has no more room; it is lifted when the object dies.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_before{};
+};
+
+TEST_F(FileSinkTest, WritesAChunkAgainOfWhichARealDiskTookAPart) {
+    const std::string chunk(100000, 'x');
+    const auto writeTwice = [&] {
+        FileSink sink(path, true);
+        write(sink, "ab");
+        {
+            const FileSizeLimit limit(50000);
+            EXPECT_EQ(failureOf([&] { write(sink, chunk); }), "Writing to file failed.| errno=27 (File too large)");
+        }
+        EXPECT_EQ(sink.position(), 2U);
+        write(sink, chunk);
+        sink.close();
+    };
+    EXPECT_IN_CHILD(writeTwice());
+    EXPECT_TRUE(content() == "ab" + chunk);
+}
+
+TEST_F(FileSinkTest, NeverEndsTheDataWellWhenEarlierChunksAreLost) {
+    const auto loseTheFirst = [&] {
+        FileSink sink(path, true);
+        write(sink, "abcd"); // the C library keeps it, and drops it when it cannot be written
+        {
+            const FileSizeLimit limit(1);
+            EXPECT_EQ(failureOf([&] { sink.flush(); }), "Flushing file failed.| errno=27 (File too large)");
+        }
+        EXPECT_EQ(failureOf([&] { sink.flush(); }), "Flushing file failed.| errno=27 (File too large)");
+        write(sink, "ef");
+        EXPECT_EQ(failureOf([&] { sink.markEndOfData(); }), "Flushing file failed.| errno=27 (File too large)");
+        EXPECT_TRUE(sink.endOfDataMarked());
+    };
+    EXPECT_IN_CHILD(loseTheFirst());
+}
+
+TEST_F(FileSinkTest, EndsTheDataWellWhenLostChunksAreWrittenAgain) {
+    const auto rewrite = [&] {
+        FileSink sink(path, true);
+        write(sink, "abcd");
+        {
+            const FileSizeLimit limit(1);
+            EXPECT_THROW(write(sink, std::string(100000, 'x')), FileSinkIOException);
+            EXPECT_EQ(sink.position(), 4U);
+        }
+        sink.seek(2);
+        EXPECT_THROW(sink.flush(), FileSinkIOException); // the second byte is missing
+        sink.seek(1);
+        write(sink, "bcdef");
+        sink.close();
+    };
+    EXPECT_IN_CHILD(rewrite());
+    EXPECT_EQ(content(), "abcdef");
+}
+
 TEST_F(FileSinkTest, TellsWhatFailsWhenItFlushes) {
     FileSink sink(path, true);
     sink.open();
@@ -340,11 +461,13 @@ TEST_F(FileSinkTest, ReachesTheMediumBeforeItClosesTheFile) {
 TEST_F(FileSinkTest, StopsAtTheFirstFailureOfAFlush) {
     FileSink sink(path, true);
     sink.open();
-    for (const char* const function : {"fflush", "fileno", "fsync"}) {
+    const auto callsWhenItFails = [&sink](const char* function) {
         failNext(function, EIO);
-        const auto calls = callsOf([&] { EXPECT_ANY_THROW(sink.flush()); });
-        EXPECT_EQ(calls.back(), function);
-    }
+        return callsOf([&] { EXPECT_ANY_THROW(sink.flush()); });
+    };
+    EXPECT_THAT(callsWhenItFails("fflush"), ElementsAre("fflush", "ftello64")); // to see how far the file got
+    EXPECT_THAT(callsWhenItFails("fileno"), ElementsAre("fflush", "fileno"));
+    EXPECT_THAT(callsWhenItFails("fsync"), ElementsAre("fflush", "fileno", "fsync"));
 }
 
 TEST_F(FileSinkTest, AFailureToSynchronizeIsNoneOfTheFile) {

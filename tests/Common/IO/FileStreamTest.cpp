@@ -105,6 +105,17 @@ TEST_F(FileStreamTest, NoticesAFileThatGrewUnderIt) {
     EXPECT_EQ(read(10), "0123456789");
     EXPECT_EQ(failureOf([&] { read(1); }), "File is manipulated by someone after file open.| errno=0 (Success)");
     EXPECT_EQ(stream.position(), 10U);
+    stream.seek(0);
+    EXPECT_EQ(read(10), "0123456789");
+}
+
+TEST_F(FileStreamTest, NeverTakesTheEndOfAFileThatGrewForItsOwn) {
+    stream.open();
+    std::ofstream(path, std::ios::app) << "more";
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        EXPECT_EQ(failureOf([&] { read(14); }), "File is manipulated by someone after file open.| errno=0 (Success)");
+        EXPECT_EQ(stream.position(), 0U);
+    }
 }
 
 TEST_F(FileStreamTest, NoticesAFileThatGrewAtTheReadThatPassesTheOldEnd) {
@@ -139,6 +150,44 @@ TEST_F(FileStreamTest, TellsAFailingRead) {
     failNext("fread", EIO);
     EXPECT_EQ(failureOf([&] { read(3); }), "Reading from file failed.| errno=5 (Input/output error)");
     EXPECT_EQ(stream.position(), 0U);
+}
+
+TEST_F(FileStreamTest, ReadsAgainWhereAReadFailed) {
+    EXPECT_EQ(read(2), "01");
+    failNext("fread", EIO, 1, 3);
+    EXPECT_THROW(read(5), FileStreamIOException);
+    EXPECT_EQ(stream.position(), 2U);
+    EXPECT_EQ(read(5), "23456");
+    EXPECT_EQ(stream.position(), 7U);
+}
+
+TEST_F(FileStreamTest, SeeksToThePositionThatItRememberedWhenAReadFailed) {
+    EXPECT_EQ(read(2), "01");
+    failNext("fread", EIO, 1, 3);
+    EXPECT_THROW(read(5), FileStreamIOException);
+    takeCalls("fseeko64");
+    stream.seek(stream.position());
+    EXPECT_EQ(takeCalls("fseeko64"), 1);
+    EXPECT_EQ(read(2), "23");
+    EXPECT_EQ(takeCalls("fseeko64"), 0);
+}
+
+TEST_F(FileStreamTest, ReadsToItsEndAfterAReadThatFailed) {
+    stream.open();
+    failNext("fread", EIO, 1, 3);
+    EXPECT_THROW(read(5), FileStreamIOException);
+    EXPECT_EQ(read(100), "0123456789"); // fewer than asked, and no failure
+    EXPECT_TRUE(stream.atEnd());
+}
+
+TEST_F(FileStreamTest, TellsThatItCannotReturnToWhereAReadFailed) {
+    EXPECT_EQ(read(2), "01");
+    failNext("fread", EIO, 1, 3);
+    EXPECT_THROW(read(5), FileStreamIOException);
+    failNext("fseeko64", EIO);
+    EXPECT_EQ(failureOf([&] { read(5); }), "Seeking file failed.| errno=5 (Input/output error)");
+    EXPECT_EQ(stream.position(), 2U);
+    EXPECT_EQ(read(5), "23456");
 }
 
 TEST_F(FileStreamTest, TellsAFailingSeek) {

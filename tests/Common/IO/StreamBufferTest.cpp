@@ -5,6 +5,7 @@
 #include "Common/IO/FileStream.h"
 #include "Common/IO/TransactionalSeekable.h"
 #include "FakeTransaction.h"
+#include "FileFaults.h"
 #include "MemoryStreams.h"
 #include "support/AllocationMeter.h"
 #include "support/ProcessDeath.h"
@@ -93,12 +94,13 @@ TEST_F(StreamBufferTest, RefusesWhatItDidNotGiveAndStaysAsItIs) {
     EXPECT_EQ(next(buffer), "ef");
 }
 
-// Fails once, and gives a text otherwise.
+// Fails once, half way, and gives a text otherwise.
 class FailsOnce : public MemoryStream {
 public:
     using MemoryStream::MemoryStream;
     std::size_t readChunk(std::uint8_t* data, std::size_t size) override {
         if (std::exchange(fails, false)) {
+            std::fill_n(data, size / 2, '?');
             throw std::runtime_error("once");
         }
         return MemoryStream::readChunk(data, size);
@@ -107,14 +109,16 @@ public:
     bool fails = false;
 };
 
-TEST_F(StreamBufferTest, StaysAsItIsWhenTheStreamFails) {
+TEST_F(StreamBufferTest, TakesNothingBackThatAFailingReadMayHaveOverwritten) {
     const auto stream = std::make_shared<FailsOnce>("abcdef");
     StreamBuffer buffer(stream, 4);
     next(buffer);
     stream->fails = true;
     EXPECT_THROW(next(buffer), std::runtime_error);
-    EXPECT_EQ(buffer.maxGiveBackSize(), 4U);
+    EXPECT_EQ(buffer.maxGiveBackSize(), 0U);
+    EXPECT_THROW(buffer.giveBack(1), IOExceptions::OutOfRangeException);
     EXPECT_EQ(next(buffer), "ef");
+    EXPECT_EQ(buffer.maxGiveBackSize(), 2U);
 }
 
 // Takes part in transactions as a stream that can be sought in, and is none.
@@ -225,6 +229,41 @@ TEST_F(StreamBufferOverAFile, RefusesAFileThatHasBecomeShorter) {
               "Error while reading from underlying stream during load. bytesRead=1, unreadBytes=4");
 }
 
+TEST_F(StreamBufferOverAFile, CountsNoMoreAsUnreadThanAShortLoadGave) {
+    root.write("file", "abc");
+    StreamBuffer buffer(file(), 4);
+    FakeTransaction loading({4, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_THROW(buffer.transactionSerialize(&loading), Common::Utils::GenericException);
+    EXPECT_EQ(buffer.maxGiveBackSize(), 0U);
+    FakeTransaction saving;
+    buffer.transactionSerialize(&saving);
+    EXPECT_THAT(saving.bytes, ElementsAre(2, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0));
+    EXPECT_EQ(next(buffer), "bc");
+    EXPECT_EQ(next(buffer), "<end>");
+}
+
+TEST_F(StreamBufferOverAFile, LoadsAfterALoadThatWasShort) {
+    root.write("file", "abc");
+    StreamBuffer buffer(file(), 4);
+    FakeTransaction loadingShort({4, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_THROW(buffer.transactionSerialize(&loadingShort), Common::Utils::GenericException);
+    FakeTransaction loading({3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    buffer.transactionSerialize(&loading);
+    EXPECT_EQ(next(buffer), "abc");
+}
+
+TEST_F(StreamBufferOverAFile, CountsNothingAsUnreadWhenTheLoadFails) {
+    const auto stream = file();
+    StreamBuffer buffer(stream, 4);
+    next(buffer);
+    buffer.giveBack(3);
+    FakeTransaction loading({4, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0});
+    failNext("fread", EIO, 1, 2);
+    EXPECT_THROW(buffer.transactionSerialize(&loading), FileStreamIOException);
+    EXPECT_EQ(buffer.maxGiveBackSize(), 0U);
+    EXPECT_EQ(next(buffer), "bcde"); // where the stream was brought to
+}
+
 TEST_F(StreamBufferTest, SavesTheUnreadDataOfAStreamThatTakesNoPart) {
     auto buffer = bufferOver("abcdef", 4);
     next(buffer);
@@ -242,6 +281,16 @@ TEST_F(StreamBufferTest, LoadsTheUnreadData) {
     buffer.transactionSerialize(&loading);
     EXPECT_EQ(buffer.maxGiveBackSize(), 0U);
     EXPECT_EQ(next(buffer), "xy");
+    EXPECT_EQ(next(buffer), "ef");
+}
+
+TEST_F(StreamBufferTest, CountsNothingAsUnreadWhenTheUnreadDataCannotBeLoaded) {
+    FakeTransaction loading({1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 'x', 'y'}); // one byte too few
+    auto buffer = bufferOver("abcdef", 4);
+    next(buffer);
+    buffer.giveBack(2);
+    EXPECT_THROW(buffer.transactionSerialize(&loading), std::runtime_error);
+    EXPECT_EQ(buffer.maxGiveBackSize(), 0U);
     EXPECT_EQ(next(buffer), "ef");
 }
 

@@ -1,5 +1,6 @@
 #include "Common/IO/FileSink.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -53,11 +54,11 @@ void FileSink::open() {
     }
     m_opened = true;
     if (::fseeko64(m_file, 0, SEEK_END) != 0) {
-        fail(errno, "Seeking to end of file failed.");
+        DAX_THROW(failure(errno), errinfo_description("Seeking to end of file failed."));
     }
     const off64_t end = ::ftello64(m_file);
     if (end < 0) {
-        fail(errno, "Getting file size failed.");
+        DAX_THROW(failure(errno), errinfo_description("Getting file size failed."));
     }
     m_position = static_cast<streamsize_t>(end);
     if (m_endOfDataMarked) {
@@ -70,16 +71,20 @@ void FileSink::writeChunk(const std::uint8_t* data, std::size_t size) {
     openIfNotOpened();
     throwIfEndOfDataMarked();
     boost::this_thread::interruption_point();
+    if (m_astray && !isMovedTo(m_position)) {
+        DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
+    }
     if (size == 0 || std::fwrite(data, 1, size, m_file) == size) { // there may be no data at all
         m_position += size;
         return;
     }
     const int errnoValue = errno;
+    noteFailure(errnoValue);
     if (errnoValue == ENOSPC) {
         DAX_THROW(FileSinkNotEnoughSpaceException(errnoValue), errinfo_path(m_path)
                                                                    << errinfo_description("No space left on device."));
     }
-    fail(errnoValue, "Writing to file failed.");
+    DAX_THROW(failure(errnoValue), errinfo_description("Writing to file failed."));
 }
 
 void FileSink::flush() {
@@ -88,11 +93,15 @@ void FileSink::flush() {
         return;
     }
     if (std::fflush(m_file) != 0) {
-        fail(errno, "Flushing file failed.");
+        noteFailure(errno);
+        DAX_THROW(failure(m_failure), errinfo_description("Flushing file failed."));
+    }
+    if (m_lostFrom) { // nothing is left to write, since the C library dropped it
+        DAX_THROW(failure(m_failure), errinfo_description("Flushing file failed."));
     }
     const int descriptor = ::fileno(m_file);
     if (descriptor < 0) {
-        fail(errno, "Getting file descriptor failed.");
+        DAX_THROW(failure(errno), errinfo_description("Getting file descriptor failed."));
     }
     try {
         PlatformDependent::file_sync(descriptor);
@@ -118,7 +127,7 @@ void FileSink::markEndOfData() {
 void FileSink::finishFile() {
     flush();
     if (std::fclose(std::exchange(m_file, nullptr)) != 0) {
-        fail(errno, "Closing file failed.");
+        DAX_THROW(failure(errno), errinfo_description("Closing file failed."));
     }
 }
 
@@ -130,13 +139,37 @@ streamsize_t FileSink::position() {
 void FileSink::seek(streamsize_t position) {
     openIfNotOpened();
     throwIfEndOfDataMarked();
-    if (position == m_position) {
+    if (position == m_position && !m_astray) {
         return;
     }
+    if (!isMovedTo(position)) {
+        DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
+    }
+}
+
+bool FileSink::isMovedTo(streamsize_t position) {
     if (::fseeko64(m_file, static_cast<off64_t>(position), SEEK_SET) != 0) {
-        fail(errno, "Seeking file failed.");
+        const int errnoValue = errno;
+        noteFailure(errnoValue);
+        errno = errnoValue;
+        return false;
     }
     m_position = position;
+    m_astray = false;
+    if (m_lostFrom && position <= *m_lostFrom) {
+        m_lostFrom = boost::none;
+    }
+    return true;
+}
+
+void FileSink::noteFailure(int errnoValue) {
+    m_astray = true;
+    const off64_t reached = ::ftello64(m_file);
+    const streamsize_t safe = reached < 0 ? 0 : static_cast<streamsize_t>(reached);
+    if (safe < m_position) {
+        m_lostFrom = std::min(safe, m_lostFrom.value_or(safe));
+    }
+    m_failure = errnoValue;
 }
 
 void FileSink::close() {
@@ -159,8 +192,10 @@ std::string FileSink::debugName() const {
     return "FileSink(" + m_path + ")";
 }
 
-void FileSink::fail(int errnoValue, const char* description) const {
-    DAX_THROW(FileSinkIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
+FileSinkIOException FileSink::failure(int errnoValue) const {
+    FileSinkIOException exception(errnoValue);
+    exception << errinfo_path(m_path);
+    return exception;
 }
 
 } // namespace IO

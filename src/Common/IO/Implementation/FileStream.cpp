@@ -48,14 +48,14 @@ void FileStream::open() {
 
 streamsize_t FileStream::measure() {
     if (::fseeko64(m_file, 0, SEEK_END) != 0) {
-        fail(errno, "Seeking to end of file failed.");
+        DAX_THROW(failure(errno), errinfo_description("Seeking to end of file failed."));
     }
     const off64_t end = ::ftello64(m_file);
     if (end < 0) {
-        fail(errno, "Getting file size failed.");
+        DAX_THROW(failure(errno), errinfo_description("Getting file size failed."));
     }
     if (::fseeko64(m_file, 0, SEEK_SET) != 0) {
-        fail(errno, "Seeking to beginning of file failed.");
+        DAX_THROW(failure(errno), errinfo_description("Seeking to beginning of file failed."));
     }
     return static_cast<streamsize_t>(end);
 }
@@ -63,14 +63,19 @@ streamsize_t FileStream::measure() {
 std::size_t FileStream::readChunk(std::uint8_t* data, std::size_t size) {
     openIfNotOpened();
     boost::this_thread::interruption_point();
+    if (m_astray && !isMovedTo(m_position)) {
+        DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
+    }
+    m_astray = true; // until the read has turned out well
     const std::size_t bytesRead = std::fread(data, 1, size, m_file);
     if (bytesRead < size && std::ferror(m_file) != 0) {
-        fail(errno, "Reading from file failed.");
+        DAX_THROW(failure(errno), errinfo_description("Reading from file failed."));
     }
     if (bytesRead > m_size - m_position) {
-        fail(0, "File is manipulated by someone after file open.");
+        DAX_THROW(failure(0), errinfo_description("File is manipulated by someone after file open."));
     }
     m_position += bytesRead;
+    m_astray = false;
     return bytesRead;
 }
 
@@ -91,17 +96,26 @@ streamsize_t FileStream::size() {
 
 void FileStream::seek(streamsize_t position) {
     openIfNotOpened();
-    if (position == m_position) {
+    if (position == m_position && !m_astray) {
         return;
     }
     if (position > m_size) {
         DAX_THROW(OutOfRangeException(), errinfo_subject(debugName()) << "Position " << position
                                                                       << " is past end of file. File size: " << m_size);
     }
-    if (::fseeko64(m_file, static_cast<off64_t>(position), SEEK_SET) != 0) {
-        fail(errno, "Seeking file failed.");
+    if (!isMovedTo(position)) {
+        DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
+}
+
+bool FileStream::isMovedTo(streamsize_t position) {
+    m_astray = ::fseeko64(m_file, static_cast<off64_t>(position), SEEK_SET) != 0;
+    if (m_astray) {
+        return false;
+    }
+    std::clearerr(m_file); // seeking leaves the mark of a failed read
     m_position = position;
+    return true;
 }
 
 void FileStream::close() {
@@ -111,7 +125,7 @@ void FileStream::close() {
     m_closed = true;
     BOOST_ASSERT(m_file);
     if (std::fclose(m_file) != 0) {
-        fail(errno, "Closing file failed.");
+        DAX_THROW(failure(errno), errinfo_description("Closing file failed."));
     }
 }
 
@@ -119,8 +133,10 @@ std::string FileStream::debugName() const {
     return "FileStream(" + m_path + ")";
 }
 
-void FileStream::fail(int errnoValue, const char* description) const {
-    DAX_THROW(FileStreamIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
+FileStreamIOException FileStream::failure(int errnoValue) const {
+    FileStreamIOException exception(errnoValue);
+    exception << errinfo_path(m_path);
+    return exception;
 }
 
 } // namespace IO

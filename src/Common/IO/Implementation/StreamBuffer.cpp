@@ -25,6 +25,7 @@ StreamBuffer::StreamBuffer(std::shared_ptr<IStream> stream, std::size_t bufferSi
 bool StreamBuffer::nextChunk(const std::uint8_t** data, std::size_t* size) {
     if (m_position == m_size) {
         if (m_position != 0) {
+            m_giveBackFloor = m_position; // a read that fails may have overwritten what was handed out
             m_size = m_stream->readChunk(m_dataBuffer.data(), m_dataBuffer.size());
             m_position = 0;
         }
@@ -77,8 +78,12 @@ void StreamBuffer::loadUnreadPosition(IStoreTransaction* transaction) {
     transaction->serializer().load<little_endian<8>>(unreadBytes);
     BOOST_ASSERT(m_size >= unreadBytes);
     transaction->processDependency(&dynamic_cast<TransactionalSeekable<ISeekableStream>&>(*m_stream));
-    m_position = m_giveBackFloor = m_size - unreadBytes;
-    const std::size_t bytesRead = m_stream->readChunk(m_dataBuffer.data() + m_position, unreadBytes);
+    useUp();
+    const auto end = m_dataBuffer.begin() + static_cast<std::ptrdiff_t>(m_size);
+    const auto begin = end - static_cast<std::ptrdiff_t>(unreadBytes);
+    const std::size_t bytesRead = m_stream->readChunk(m_dataBuffer.data() + m_size - unreadBytes, unreadBytes);
+    std::copy_backward(begin, begin + static_cast<std::ptrdiff_t>(bytesRead), end); // a short read leaves a gap
+    m_position = m_giveBackFloor = m_size - bytesRead;
     if (bytesRead != unreadBytes) {
         DAX_THROW(Utils::GenericException(), "Error while reading from underlying stream during load. bytesRead="
                                                  << bytesRead << ", unreadBytes=" << unreadBytes);
@@ -91,14 +96,18 @@ void StreamBuffer::serializeUnreadData(IStoreTransaction* transaction) {
     serializer.serialize<little_endian<8>>(position);
     std::uint64_t unreadBytes = m_size - m_position;
     serializer.serialize<little_endian<4>>(unreadBytes);
+    const std::size_t dataBufferSize = position + std::min(unreadBytes, UINT64_MAX - position); // never wraps
     if (!serializer.saving()) {
-        const std::size_t dataBufferSize = position + std::min(unreadBytes, UINT64_MAX - position); // never wraps
         BOOST_ASSERT(m_dataBuffer.size() >= dataBufferSize);
-        m_position = position;
-        m_size = dataBufferSize;
+        useUp();
     }
-    serializer.serializeData(m_dataBuffer.data() + m_position, m_size - m_position);
-    m_giveBackFloor = m_position;
+    serializer.serializeData(m_dataBuffer.data() + position, unreadBytes);
+    m_position = m_giveBackFloor = position;
+    m_size = dataBufferSize;
+}
+
+void StreamBuffer::useUp() {
+    m_position = m_giveBackFloor = m_size;
 }
 
 std::string StreamBuffer::debugName() const {
