@@ -30,7 +30,11 @@ public:
         if (bytesRead == 0) {
             return false;
         }
-        throwIfPartOf(sizeof(pod), bytesRead);
+        if (bytesRead < sizeof(pod)) {
+            DAX_THROW(IOExceptions::StreamDepletedException(), Utils::errinfo_subject(Utils::getDebugName(*this))
+                                                                   << "Stream does not contain full entry. bytesRead="
+                                                                   << bytesRead << ", sizeof(pod)=" << sizeof(pod));
+        }
         return true;
     }
 
@@ -38,16 +42,13 @@ public:
     template <class T>
     void read(T& pod) {
         if (!tryRead(pod)) {
-            throwEmpty();
+            DAX_THROW(IOExceptions::StreamDepletedException(), Utils::errinfo_subject(Utils::getDebugName(*this))
+                                                                   << "Stream is empty.");
         }
     }
 
     // All that is left, read in chunks of this size.
     std::string readAllText(std::size_t chunkSize);
-
-private:
-    void throwIfPartOf(std::size_t size, std::size_t bytesRead) const;
-    [[noreturn]] void throwEmpty() const;
 };
 
 // A stream that hands out its own memory.

@@ -39,8 +39,6 @@ protected:
     Interface& stream() { return *m_stream; }
 
 private:
-    [[noreturn]] void throwOutside(const char* bound, streamsize_t place) const;
-
     const std::shared_ptr<Interface> m_stream;
     const streamsize_t m_start;
     const streamsize_t m_size;

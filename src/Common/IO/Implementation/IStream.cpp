@@ -9,10 +9,6 @@ namespace DAX {
 namespace Common {
 namespace IO {
 
-using IOExceptions::StreamDepletedException;
-using Utils::errinfo_subject;
-using Utils::getDebugName;
-
 std::string IStream::readAllText(std::size_t chunkSize) {
     std::vector<std::uint8_t> text;
     std::size_t length = 0;
@@ -24,18 +20,6 @@ std::string IStream::readAllText(std::size_t chunkSize) {
         }
         length += bytesRead;
     }
-}
-
-void IStream::throwIfPartOf(std::size_t size, std::size_t bytesRead) const {
-    if (bytesRead < size) {
-        DAX_THROW(StreamDepletedException(), errinfo_subject(getDebugName(*this))
-                                                 << "Stream does not contain full entry. bytesRead=" << bytesRead
-                                                 << ", sizeof(pod)=" << size);
-    }
-}
-
-void IStream::throwEmpty() const {
-    DAX_THROW(StreamDepletedException(), errinfo_subject(getDebugName(*this)) << "Stream is empty.");
 }
 
 std::size_t IZeroCopyStream::readChunk(std::uint8_t* data, std::size_t size) {

@@ -46,20 +46,18 @@ void ScopedView<Interface>::openIfNotOpened() {
         return;
     }
     m_opened = true;
-    if (m_start > m_stream->size()) {
-        throwOutside(" should start on ", m_start);
+    const streamsize_t end = m_stream->size();
+    if (m_start > end) {
+        DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
+                                             << CLASS_NAME<Interface> << " should start on " << m_start
+                                             << ", which is after end of underlying stream " << end);
     }
-    if (m_start + m_size > m_stream->size()) {
-        throwOutside(" should end on ", m_start + m_size);
+    if (m_start + m_size > end) {
+        DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
+                                             << CLASS_NAME<Interface> << " should end on " << m_start + m_size
+                                             << ", which is after end of underlying stream " << end);
     }
     m_stream->seek(m_start);
-}
-
-template <class Interface>
-void ScopedView<Interface>::throwOutside(const char* bound, streamsize_t place) const {
-    DAX_THROW(OutOfRangeException(), errinfo_subject(debugName())
-                                         << CLASS_NAME<Interface> << bound << place
-                                         << ", which is after end of underlying stream " << m_stream->size());
 }
 
 template <class Interface>
