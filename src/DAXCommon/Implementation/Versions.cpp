@@ -17,7 +17,7 @@ void DAXCommonUtils::parseVersion(const std::string& version, int& major, int& m
         minor = boost::lexical_cast<int>(minorText);
         major = parsedMajor;
     } catch (...) {
-        Common::Utils::RethrowExceptionStream().getStream() << "Parsing the version " << version;
+        Common::Utils::rethrowWithText([&version](std::ostream& text) { text << "Parsing the version " << version; });
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 #include <ostream>
 #include <sstream>
 
@@ -18,7 +19,8 @@ class thread_interrupted : public virtual std::exception,
                            public virtual boost::thread_interrupted {};
 
 // Adds text to an exception while it travels. Made in a catch block (or over an exception pointer); its destructor
-// rethrows, with the text gathered so far put in front of what earlier ones added.
+// rethrows, with the text gathered so far put in front of what earlier ones added. Where gathering the text throws,
+// that exception goes on instead.
 class RethrowExceptionStream {
 public:
     RethrowExceptionStream() = default; // for the exception being handled
@@ -34,7 +36,14 @@ private:
 
     boost::exception_ptr m_exception;
     std::ostringstream m_stream;
+    const int m_exceptionsOutside = std::uncaught_exceptions();
 };
+
+// Both rethrow an exception, the one being handled or that of a pointer, as a RethrowExceptionStream does, with what
+// `describe` streams. A description that throws ends there, and never takes the exception's place.
+[[noreturn]] void rethrowWithText(const std::function<void(std::ostream&)>& describe);
+[[noreturn]] void rethrowWithText(const boost::exception_ptr& exception,
+                                  const std::function<void(std::ostream&)>& describe);
 
 } // namespace Utils
 } // namespace Common

@@ -174,6 +174,25 @@ TEST(VerifyChecksumOrder, RaisesWhereTheSumIsMissing) {
               "Stream is empty.");
 }
 
+// Cannot be read, and has no name to tell that by.
+class Nameless : public MemorySeekableStream, public Common::Utils::IDebugName {
+public:
+    using MemorySeekableStream::MemorySeekableStream;
+    std::size_t readChunk(std::uint8_t*, std::size_t) override { DAX_THROW(NotSupportedException(), "unreadable"); }
+    std::string debugName() const override { throw std::logic_error("no name"); }
+};
+
+TEST(VerifyChecksumOrder, PassesTheFailureOnThoughTheStreamHasNoName) {
+    const auto stream = std::make_shared<Nameless>("123456789CHECKSUMED\x26\x39\xf4\xcb");
+    try {
+        ChecksumedStream::verifyChecksum(stream);
+        FAIL() << "nothing was thrown";
+    } catch (const NotSupportedException& exception) {
+        EXPECT_EQ(textOf<Common::Utils::errinfo_stream_text>(exception), "unreadable");
+        EXPECT_EQ(textOf<Common::Utils::errinfo_rethrows>(exception), "Verifying the checksum of ");
+    }
+}
+
 class FailsToSeek : public MemorySeekableStream {
 public:
     using MemorySeekableStream::MemorySeekableStream;

@@ -1,4 +1,5 @@
 #include <stdexcept>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -124,6 +125,84 @@ TEST(RethrowExceptionStreamTest, LogsNothingForABoostException) {
     EXPECT_THROW(addText(throwGeneric, "text"), GenericException);
 
     EXPECT_TRUE(FakeKovan::logLines().empty());
+}
+
+// A name that cannot be told.
+std::string nameThatThrows() {
+    throw std::logic_error("no name");
+}
+
+TEST(RethrowExceptionStreamTest, LetsTheFailureOfItsTextOutInsteadOfEndingTheProcess) {
+    const auto describe = [] {
+        try {
+            throwGeneric();
+        } catch (...) {
+            RethrowExceptionStream().getStream() << "on the way up of " << nameThatThrows();
+        }
+    };
+    EXPECT_THROW(describe(), std::logic_error);
+}
+
+// Rethrows, with text, while another exception leaves the block around it.
+struct RethrowsWhenItDies {
+    ~RethrowsWhenItDies() {
+        try {
+            addText(throwGeneric, "in a destructor");
+        } catch (const GenericException& exception) {
+            FakeKovan::note(rethrowsOf(exception));
+        }
+    }
+};
+
+TEST(RethrowExceptionStreamTest, RethrowsInADestructorWhileAnotherExceptionIsOnItsWay) {
+    const auto leave = [] {
+        const RethrowsWhenItDies dying;
+        throw std::runtime_error("leaving");
+    };
+    EXPECT_THROW(leave(), std::runtime_error);
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("in a destructor"));
+}
+
+// What the statement throws, with the texts that it got on its way.
+template <class Statement>
+std::string rethrowsOfWhatLeaves(const Statement& statement) {
+    try {
+        statement();
+    } catch (const GenericException& exception) {
+        return *boost::get_error_info<errinfo_stream_text>(exception) + ": " + rethrowsOf(exception);
+    }
+    return "(nothing thrown)";
+}
+
+TEST(RethrowWithTextTest, AddsTheTextToTheExceptionBeingHandled) {
+    const auto rethrow = [] {
+        try {
+            addText(throwGeneric, "inner");
+        } catch (...) {
+            rethrowWithText([](std::ostream& text) { text << "outer " << 7; });
+        }
+    };
+    EXPECT_EQ(rethrowsOfWhatLeaves(rethrow), "site: outer 7\ninner");
+}
+
+TEST(RethrowWithTextTest, AddsTheTextToTheExceptionOfAPointer) {
+    const boost::exception_ptr pointer = (DAX_EXCEPTION(GenericException()) << "site").getExceptionPtr();
+    EXPECT_EQ(rethrowsOfWhatLeaves([&] { rethrowWithText(pointer, [](std::ostream& text) { text << "elsewhere"; }); }),
+              "site: elsewhere");
+}
+
+TEST(RethrowWithTextTest, RethrowsThoughTheDescriptionThrows) {
+    const auto describe = [](std::ostream& text) { text << "on the way up of " << nameThatThrows(); };
+    const auto rethrow = [&describe] {
+        try {
+            throwGeneric();
+        } catch (...) {
+            rethrowWithText(describe);
+        }
+    };
+    EXPECT_EQ(rethrowsOfWhatLeaves(rethrow), "site: on the way up of ");
+    const boost::exception_ptr pointer = (DAX_EXCEPTION(GenericException()) << "site").getExceptionPtr();
+    EXPECT_EQ(rethrowsOfWhatLeaves([&] { rethrowWithText(pointer, describe); }), "site: on the way up of ");
 }
 
 } // namespace

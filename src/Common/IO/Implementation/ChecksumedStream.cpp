@@ -69,9 +69,9 @@ bool ChecksumedStream::verifyChecksum(std::shared_ptr<ISeekableStream> stream) {
     try {
         return hasTrailer(stream);
     } catch (...) {
-        Utils::RethrowExceptionStream().getStream() << "Verifying the checksum of " << Utils::getDebugName(*stream);
+        Utils::rethrowWithText(
+            [&stream](std::ostream& text) { text << "Verifying the checksum of " << Utils::getDebugName(*stream); });
     }
-    return false; // never reached: the stream rethrows
 }
 
 bool ChecksumedStream::openCheck() {

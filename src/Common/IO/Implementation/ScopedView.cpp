@@ -28,7 +28,7 @@ void checkEnd(const char* name, streamsize_t start, streamsize_t size) {
     try {
         Utils::safePlus(start, size);
     } catch (...) {
-        Utils::RethrowExceptionStream().getStream() << name << ": start=" << start << " size=" << size;
+        Utils::rethrowWithText([&](std::ostream& text) { text << name << ": start=" << start << " size=" << size; });
     }
 }
 

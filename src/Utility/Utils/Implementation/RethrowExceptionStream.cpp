@@ -1,5 +1,6 @@
 #include "Utility/Utils/RethrowExceptionStream.h"
 
+#include <cstdlib>
 #include <utility>
 
 #include <boost/exception/get_error_info.hpp>
@@ -10,10 +11,23 @@
 namespace DAX {
 namespace Common {
 namespace Utils {
+namespace {
+
+void describeAsFarAsPossible(const std::function<void(std::ostream&)>& describe, std::ostream& text) {
+    try {
+        describe(text);
+    } catch (...) { // what is rethrown matters more
+    }
+}
+
+} // namespace
 
 RethrowExceptionStream::RethrowExceptionStream(boost::exception_ptr exception) : m_exception(std::move(exception)) {}
 
 RethrowExceptionStream::~RethrowExceptionStream() noexcept(false) {
+    if (std::uncaught_exceptions() > m_exceptionsOutside) {
+        return; // a second exception would end the process
+    }
     try {
         rethrowHeld();
     } catch (boost::exception& exception) {
@@ -35,6 +49,22 @@ void RethrowExceptionStream::rethrowHeld() const {
         boost::rethrow_exception(m_exception);
     }
     throw;
+}
+
+void rethrowWithText(const std::function<void(std::ostream&)>& describe) {
+    {
+        RethrowExceptionStream stream;
+        describeAsFarAsPossible(describe, stream.getStream());
+    }
+    std::abort(); // never reached: the stream has rethrown
+}
+
+void rethrowWithText(const boost::exception_ptr& exception, const std::function<void(std::ostream&)>& describe) {
+    {
+        RethrowExceptionStream stream(exception);
+        describeAsFarAsPossible(describe, stream.getStream());
+    }
+    std::abort(); // never reached: the stream has rethrown
 }
 
 } // namespace Utils
