@@ -58,8 +58,9 @@ void DelayedTrigger::cancel() {
 void DelayedTrigger::throwIfException() {
     Lock lock(m_mutex);
     if (m_exception) {
-        RethrowExceptionStream(m_exception).getStream()
-            << " -> " << BOOST_CURRENT_FUNCTION << " (" << __FILE__ << ":" << __LINE__ << ") ";
+        rethrowWithText(m_exception, [function = BOOST_CURRENT_FUNCTION](std::ostream& text) {
+            text << " -> " << function << " (" << __FILE__ << ":" << __LINE__ << ") ";
+        });
     }
 }
 
