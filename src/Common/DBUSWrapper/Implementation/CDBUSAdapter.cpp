@@ -112,8 +112,9 @@ void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSReques
             params.promise->set_exception(boost::current_exception());
             return;
         }
-        Utils::RethrowExceptionStream().getStream()
-            << BOOST_CURRENT_FUNCTION << " (" << __FILE__ << ":" << __LINE__ << ")";
+        Utils::rethrowWithText([function = BOOST_CURRENT_FUNCTION](std::ostream& text) {
+            text << function << " (" << __FILE__ << ":" << __LINE__ << ")";
+        });
     }
     try {
         loop->run();
