@@ -15,9 +15,10 @@ using testing::ElementsAre;
 
 namespace {
 
-std::string textOf(boost::thread::id id) {
+// The text of the id of a thread: its handle in hexadecimal digits.
+std::string hexadecimal(pthread_t thread) {
     std::ostringstream text;
-    text << id;
+    text << std::hex << thread;
     return text.str();
 }
 
@@ -54,8 +55,8 @@ TEST(SetThreadNameTest, NamesTheCurrentThreadAndLogsIt) {
         ThreadDebug::SetThreadName("worker_1");
 
         EXPECT_EQ(ThreadDebug::GetThreadName(), "worker_1");
-        EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Changed name of thread " +
-                                                      textOf(boost::this_thread::get_id()) + " to worker_1."));
+        EXPECT_THAT(FakeKovan::journal(),
+                    ElementsAre("log INF Changed name of thread " + hexadecimal(pthread_self()) + " to worker_1."));
     });
 }
 
@@ -105,8 +106,8 @@ TEST(SetOtherThreadNameTest, NamesTheThreadAndLogsIt) {
     ThreadDebug::SetThreadName(other.thread(), "other worker");
 
     EXPECT_EQ(other.name(), "other_worker");
-    EXPECT_THAT(FakeKovan::journal(),
-                ElementsAre("log INF Changed name of thread " + textOf(other.thread().get_id()) + " to other_worker."));
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Changed name of thread " +
+                                                  hexadecimal(other.thread().native_handle()) + " to other_worker."));
 }
 
 TEST(SetOtherThreadNameTest, TakesANameOf15Characters) {
@@ -153,8 +154,8 @@ TEST(RegisterMainThreadIdTest, LogsTheIdAndTheName) {
         ThreadDebug::registerMainThreadId(boost::this_thread::get_id());
 
         EXPECT_THAT(FakeKovan::journal(),
-                    ElementsAre("log INF Registering main thread id " + textOf(boost::this_thread::get_id()) +
-                                " named " + ThreadDebug::GetThreadName() + "."));
+                    ElementsAre("log INF Registering main thread id " + hexadecimal(pthread_self()) + " named " +
+                                ThreadDebug::GetThreadName() + "."));
     });
 }
 
