@@ -8,12 +8,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "AfterClose.h"
 #include "Common/IO/ChecksumedStream.h"
 #include "Common/IO/FileExceptions.h"
 #include "Common/IO/FileStream.h"
 #include "ServiceInterface/Implementation/InstallationRecord.h"
 #include "serializers/binary/little_endian.h"
+#include "support/AfterClose.h"
 #include "support/FakeKovan.h"
 #include "support/OrdinaryUser.h"
 #include "support/TemporaryRoot.h"

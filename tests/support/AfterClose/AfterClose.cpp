@@ -1,4 +1,4 @@
-#include "AfterClose.h"
+#include "support/AfterClose.h"
 
 #include <cstdio>
 #include <utility>
