@@ -1,0 +1,67 @@
+// On the device the root is empty: what is joined to it with a slash stands at the root of the file system, what is
+// joined without one in the working directory, which is "/" for a daemon.
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "Platform/Product/IProductInfo.h"
+#include "Platform/Product/IProductPaths.h"
+#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControl.h"
+#include "support/ProcessDeath.h"
+#include "support/TemporaryRoot.h"
+#include "support/Thrown.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using Platform::IProductInfo;
+using Platform::ISystemControl;
+
+// Each in a process of its own, since the paths stay what they were at the first question, and so does the working
+// directory.
+class EmptyRoot : public testing::Test {
+protected:
+    // Has the paths of the device, and a working directory that looks like the root of one.
+    void becomeTheDevice() const {
+        Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<Platform::CProductPaths>());
+        ASSERT_EQ(chdir(root.path().c_str()), 0);
+    }
+
+    const TemporaryRoot root;
+};
+
+TEST_F(EmptyRoot, HasItsReleaseFileInTheWorkingDirectory) {
+    root.write("etc/kovan-release", "VERSION=8.0.1\n");
+    EXPECT_IN_CHILD({
+        becomeTheDevice();
+        EXPECT_EQ(IProductInfo::getKovanVersionString(), "8.0.1");
+    });
+}
+
+TEST_F(EmptyRoot, HasItsStandaloneFileAtTheRootOfTheFileSystem) {
+    root.write("run/.standalone", "");
+    EXPECT_IN_CHILD({
+        becomeTheDevice();
+        EXPECT_EQ(ISystemControl::isInStandaloneMode(), std::filesystem::exists("/run/.standalone"));
+    });
+}
+
+TEST_F(EmptyRoot, HasItsKeyPrefixAtTheRootOfTheFileSystem) {
+    const std::string prefix = "usr/share/org.kovan.tv.dax/woc/WocKeyPrefix.txt";
+    if (std::filesystem::exists("/" + prefix)) {
+        GTEST_SKIP() << "this machine has a key prefix";
+    }
+    root.write(prefix, "prefix");
+    EXPECT_IN_CHILD({
+        becomeTheDevice();
+        EXPECT_THROW(ISystemControl::getWocOTNModelPrefix(), Common::Utils::GenericException);
+    });
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
