@@ -250,6 +250,42 @@ TEST_F(CServiceManagerTest, ItsEndInvalidatesTheSessionAndThenUnsubscribes) {
     EXPECT_FALSE(service->startNewTransaction(DAXCommon::OTN));
 }
 
+// Notes its end.
+class NotedCore : public FakeCore {
+public:
+    using FakeCore::FakeCore;
+    ~NotedCore() override { FakeKovan::note("core is gone"); }
+};
+
+class NotedCoreFactory : public Core::ICore::ICoreFactory {
+public:
+    explicit NotedCoreFactory(std::shared_ptr<FakeCoreScript> script) : m_script(std::move(script)) {}
+
+    std::unique_ptr<Core::ICore> create() override { return std::make_unique<NotedCore>(m_script); }
+
+private:
+    const std::shared_ptr<FakeCoreScript> m_script;
+};
+
+TEST_F(CServiceManagerStartTest, ItsEndLetsThePowerEventsGoBeforeTheCore) {
+    auto manager = startManager(std::make_shared<NotedCoreFactory>(script), power);
+    manager->acquireExternalLock("holder", rank(3));
+    forget();
+    manager.reset();
+    EXPECT_THAT(journal(), ElementsAre("power unsubscribe", "core is gone"));
+}
+
+TEST_F(CServiceManagerStartTest, ItsEndInvalidatesTheSessionBeforeAllElseAndLeavesItTheCore) {
+    auto manager = startManager(std::make_shared<NotedCoreFactory>(script), power);
+    auto service = manager->getService(rank(3), "app", purpose(0));
+    forget();
+    manager.reset();
+    EXPECT_THAT(journal(), ElementsAre("log INF Transaction does not exist. Nothing to do.", "log INF Invalidate done.",
+                                       "power unsubscribe"));
+    service.reset();
+    EXPECT_EQ(journal().back(), "core is gone");
+}
+
 TEST_F(CServiceManagerTest, ItsEndWithoutASessionOnlyUnsubscribesAndDropsTheCore) {
     core.reset();
     manager.reset();
