@@ -112,6 +112,26 @@ int __wrap_fileno(std::FILE* file) {
     return fails("fileno") ? -1 : __real_fileno(file);
 }
 
+ssize_t __real_write(int descriptor, const void* data, std::size_t size);
+ssize_t __wrap_write(int descriptor, const void* data, std::size_t size) {
+    return fails("write") ? -1 : __real_write(descriptor, data, size);
+}
+
+int __real_rename(const char* from, const char* to);
+int __wrap_rename(const char* from, const char* to) {
+    return fails("rename") ? -1 : __real_rename(from, to);
+}
+
+// A descriptor that fails to close is closed.
+int __real_close(int descriptor);
+int __wrap_close(int descriptor) {
+    const bool failing = fails("close");
+    const int failure = errno;
+    const int result = __real_close(descriptor);
+    errno = failing ? failure : errno;
+    return failing ? -1 : result;
+}
+
 int __real_fsync(int descriptor);
 int __wrap_fsync(int descriptor) {
     return fails("fsync") ? -1 : __real_fsync(descriptor);

@@ -1,15 +1,18 @@
 #include "Common/IO/FlagFile.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "Common/IO/FileExceptions.h"
 #include "FileFaults.h"
+#include "Utility/Utils/GenericException.h"
 #include "support/TemporaryRoot.h"
 
 namespace DAX {
 namespace Tests {
 namespace {
 
+using Common::IO::removeFlagFile;
 using Common::IO::writeFlagFile;
 
 class FlagFileTest : public testing::Test {
@@ -38,6 +41,39 @@ TEST_F(FlagFileTest, TakesThePlaceOfWhatStoodThere) {
 TEST_F(FlagFileTest, WritesALineAtATime) {
     const std::vector<std::string> calls = callsOf([this] { writeFlagFile(path, {"One.", "Two."}); });
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "fwrite"), 2);
+}
+
+TEST_F(FlagFileTest, IsOnItsMediumAndItsFolderKnowsOfIt) {
+    takeCalls("fsync");
+    writeFlagFile(path);
+    EXPECT_EQ(takeCalls("fsync"), 2);
+    failNext("fsync", EIO, 2);
+    EXPECT_THROW(writeFlagFile(path), Common::Utils::GenericException);
+}
+
+TEST_F(FlagFileTest, IsRemovedForGood) {
+    writeFlagFile(path);
+    takeCalls("fsync");
+    EXPECT_TRUE(removeFlagFile(path));
+    EXPECT_EQ(takeCalls("fsync"), 1);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_FALSE(removeFlagFile(path));
+    EXPECT_EQ(takeCalls("fsync"), 0);
+}
+
+TEST_F(FlagFileTest, TellsThatItsRemovalMayNotLast) {
+    writeFlagFile(path);
+    failNext("fsync", EIO);
+    EXPECT_THROW(removeFlagFile(path), Common::Utils::GenericException);
+}
+
+TEST_F(FlagFileTest, IsMadeThroughNoLinkAndWaitsForNoReaderOfAPipe) {
+    std::filesystem::create_symlink(root / "elsewhere", path);
+    EXPECT_THROW(writeFlagFile(path), Common::IO::FileSinkIOException);
+    EXPECT_FALSE(std::filesystem::exists(root / "elsewhere"));
+    std::filesystem::remove(path);
+    ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
+    EXPECT_THROW(writeFlagFile(path), Common::IO::FileSinkIOException);
 }
 
 TEST_F(FlagFileTest, SaysThatItCannotBeMade) {

@@ -13,6 +13,7 @@ namespace Tests {
 namespace {
 
 using Common::PlatformDependent::file_sync;
+using Common::PlatformDependent::folder_sync;
 using Common::PlatformDependent::system_sync;
 using Common::Utils::errinfo_stream_text;
 
@@ -24,6 +25,16 @@ TEST(Sync, TakesAFileToItsMedium) {
 
 TEST(Sync, TellsWhyAFileCannotBeTaken) {
     EXPECT_EQ(thrownText<errinfo_stream_text>([] { file_sync(-1); }), " errno=9 (Bad file descriptor)");
+}
+
+TEST(Sync, TakesTheEntriesOfAFolderToTheirMedium) {
+    EXPECT_NO_THROW(folder_sync("/tmp"));
+    EXPECT_NO_THROW(folder_sync(""));
+}
+
+TEST(Sync, TellsWhyAFolderCannotBeTaken) {
+    EXPECT_EQ(thrownText<errinfo_stream_text>([] { folder_sync("/absent"); }), " errno=2 (No such file or directory)");
+    EXPECT_EQ(thrownText<errinfo_stream_text>([] { folder_sync("/dev/null"); }), " errno=20 (Not a directory)");
 }
 
 TEST(Sync, SaysThatItTakesAllFileSystemsAndDoes) {

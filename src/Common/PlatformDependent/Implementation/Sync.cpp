@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "Common/Logging/LoggingStream.h"
@@ -13,11 +14,25 @@ namespace Common {
 namespace PlatformDependent {
 
 using Utils::errinfo_errno;
+using Utils::errinfo_path;
 using Utils::GenericException;
 
 void file_sync(int fd) {
     if (::fsync(fd) != 0) {
         DAX_THROW(GenericException(), errinfo_errno(errno));
+    }
+}
+
+void folder_sync(const std::string& folder) {
+    const std::string path = folder.empty() ? "." : folder;
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool synced = descriptor >= 0 && (::fsync(descriptor) == 0 || errno == EINVAL);
+    const int failure = errno;
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    if (!synced) {
+        DAX_THROW(GenericException(), errinfo_errno(failure) << errinfo_path(path));
     }
 }
 

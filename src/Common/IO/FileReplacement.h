@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include <boost/core/noncopyable.hpp>
+#include <boost/filesystem/path.hpp>
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+// A new content for a file, in one step: readers, and whoever comes after a power cut, find the whole old content or
+// the whole new one. The new file is written beside the old one as PATH.new, and takes its place, mode and owner; what
+// a power cut left under that name goes. Nothing is written through a link, into a pipe or to a device: that goes for
+// the new file. Failures throw FileSinkIOException, FileSinkNotEnoughSpaceException when the disk is full, or
+// GenericException when the medium cannot be reached. Without a commit the old file stays as it is, and no other. One
+// at a time for a file; belongs to one thread.
+class FileReplacement : private boost::noncopyable {
+public:
+    // Opens the new file. A file that the process may not write, and a folder, are refused.
+    explicit FileReplacement(const boost::filesystem::path& path);
+    ~FileReplacement();
+
+    void write(const std::string& text);
+
+    // The new file is on its medium, under its name, when this returns. Nothing comes behind it.
+    void commit();
+
+private:
+    void open();
+    void takeOver(unsigned int mode, unsigned int owner, unsigned int group) const;
+    [[noreturn]] void fail(int errnoValue, const std::string& path, const char* description) const;
+
+    const std::string m_path;
+    const std::string m_newPath;
+    int m_descriptor = -1;
+    bool m_made = false; // the new file is there, under its own name
+};
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,88 @@
+#include "Common/IO/RegularFile.h"
+
+#include <algorithm>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Common/IO/FileExceptions.h"
+#include "Common/IO/Implementation/Uninterrupted.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace Common {
+namespace IO {
+
+using Utils::errinfo_description;
+using Utils::errinfo_path;
+
+namespace {
+
+const std::size_t CHUNK_SIZE = 4096;
+
+} // namespace
+
+// To open a device may be an act of its own, so it is looked at before; and again behind, since another file may have
+// taken its place.
+RegularFile::RegularFile(const boost::filesystem::path& path, Access access, Links links) : m_path(path.string()) {
+    const int follow = links == FOLLOWED ? 0 : AT_SYMLINK_NOFOLLOW;
+    struct stat status {};
+    if (::fstatat(AT_FDCWD, m_path.c_str(), &status, follow) != 0) {
+        fail(errno, "Looking at file failed.");
+    }
+    throwUnlessRegular(status.st_mode);
+    const int flags = (access == FOR_READING ? O_RDONLY : O_RDWR) | (links == FOLLOWED ? 0 : O_NOFOLLOW);
+    m_descriptor = uninterrupted([&] { return ::open(m_path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); });
+    if (m_descriptor < 0) {
+        fail(errno, "Opening file failed.");
+    }
+    try {
+        if (::fstat(m_descriptor, &status) != 0) {
+            fail(errno, "Looking at file failed.");
+        }
+        throwUnlessRegular(status.st_mode);
+    } catch (...) {
+        ::close(m_descriptor);
+        throw;
+    }
+    m_size = static_cast<std::size_t>(status.st_size);
+}
+
+RegularFile::~RegularFile() {
+    ::close(m_descriptor);
+}
+
+std::string RegularFile::readText(std::size_t limit) {
+    std::string text;
+    char chunk[CHUNK_SIZE];
+    for (ssize_t count = 1; count > 0 && text.size() <= limit;) {
+        const std::size_t wanted = std::min(sizeof(chunk), limit - text.size() + 1);
+        count = uninterrupted([&] { return ::read(m_descriptor, chunk, wanted); });
+        if (count < 0) {
+            fail(errno, "Reading from file failed.");
+        }
+        text.append(chunk, static_cast<std::size_t>(count));
+    }
+    if (text.size() > limit) {
+        fail(0, "File is larger than " + std::to_string(limit) + " bytes.");
+    }
+    if (text.size() > m_size) {
+        fail(0, "File is manipulated by someone after file open.");
+    }
+    return text;
+}
+
+void RegularFile::throwUnlessRegular(unsigned int mode) const {
+    if (!S_ISREG(mode)) {
+        fail(0, "Not a regular file.");
+    }
+}
+
+void RegularFile::fail(int errnoValue, const std::string& description) const {
+    DAX_THROW(FileStreamIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
+}
+
+} // namespace IO
+} // namespace Common
+} // namespace DAX
