@@ -1,17 +1,24 @@
 #include "Service/ServiceManager/Implementation/SearchingDateRegister.h"
 
-#include <ctime>
-#include <fstream>
+#include <cstdint>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 
-#include <boost/date_time/posix_time/conversion.hpp>
 #include <boost/date_time/posix_time/time_formatters.hpp>
 #include <boost/date_time/time_parsing.hpp>
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/exception/get_error_info.hpp>
 #include <boost/filesystem/operations.hpp>
 
+#include "Common/IO/FileExceptions.h"
+#include "Common/IO/FileReplacement.h"
+#include "Common/IO/RegularFile.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
+#include "Platform/SystemAPI/TimerUtilsSystemAPI/TimeConversions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX {
@@ -20,6 +27,11 @@ namespace ServiceManager {
 
 using boost::filesystem::path;
 using boost::posix_time::ptime;
+using Common::IO::FileReplacement;
+using Common::IO::FileSinkIOException;
+using Common::IO::FileStreamIOException;
+using Common::IO::RegularFile;
+using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_path;
 using Platform::IProductPaths;
 
@@ -28,36 +40,78 @@ namespace {
 // Whatever is older was written while the clock was not yet set.
 const int FIRST_YEAR_SHOWN = 2015;
 
+// More than any date has use for.
+const std::size_t MOST_BYTES = 64 * 1024;
+
+// What goes wrong here shows when the file is opened.
 void createFolderOf(const path& file) {
-    const path folder = file.parent_path();
-    if (!folder.empty() && !boost::filesystem::exists(folder)) {
-        boost::filesystem::create_directories(folder);
+    boost::system::error_code ignored;
+    boost::filesystem::create_directories(file.parent_path(), ignored);
+}
+
+std::unique_ptr<FileReplacement> openForWriting(const path& file) {
+    try {
+        return std::make_unique<FileReplacement>(file);
+    } catch (const FileSinkIOException&) {
+        const std::string failure = "Unable to open date register file: " + file.string();
+        DAX_LOG(ERR) << failure;
+        DAX_THROW(SearchingDateRegister::FailToOpenExistingFileException(), failure << errinfo_path(file));
     }
 }
 
 bool isReadable(const path& file) {
-    if (!boost::filesystem::exists(file)) {
+    boost::system::error_code ignored; // what cannot be looked at cannot be opened either
+    if (boost::filesystem::status(file, ignored).type() == boost::filesystem::file_not_found) {
         DAX_LOG(ERR) << "There is no file :" << file.string();
         return false;
     }
-    if (boost::filesystem::is_symlink(boost::filesystem::symlink_status(file))) {
+    if (boost::filesystem::is_symlink(boost::filesystem::symlink_status(file, ignored))) {
         DAX_LOG(ERR) << "Reading from symbolic link file is security violation : " << file.string();
         return false;
     }
     return true;
 }
 
-boost::optional<ptime> readDate(std::istream& stream, const path& file) {
+// Null when it cannot be opened. A file that cannot be written is none that this register wrote.
+std::unique_ptr<RegularFile> openForReading(const path& file) {
     try {
+        return std::make_unique<RegularFile>(file, RegularFile::FOR_READING_AND_WRITING);
+    } catch (const FileStreamIOException&) {
+        DAX_LOG(ERR) << "SearchingDateRegister::getDate cannot open the file: " << file.string();
+        return nullptr;
+    }
+}
+
+// Throws std::exception for what is no date, among it the texts that stand for none, for an end of time, and for more
+// hours than the last day has.
+ptime dateOf(const std::string& token) {
+    const ptime date = boost::date_time::parse_iso_time<ptime>(token, 'T');
+    if (date.is_special()) {
+        throw std::out_of_range("Not a point in time");
+    }
+    static_cast<void>(date.date().year_month_day()); // throws for a year that is none
+    return date;
+}
+
+boost::optional<ptime> noDate(const std::string& reason) {
+    DAX_LOG(ERR) << "SearchingDateRegister::getDate File with date data is probably corrupted. Exception occurred: "
+                 << reason;
+    return boost::none;
+}
+
+boost::optional<ptime> readDate(RegularFile& opened, const path& file) {
+    try {
+        std::istringstream text(opened.readText(MOST_BYTES));
         std::string token;
-        stream >> token;
-        const ptime date = boost::date_time::parse_iso_time<ptime>(token, 'T');
+        text >> token;
+        const ptime date = dateOf(token);
         DAX_LOG(INF) << "Date: " << token << " got from file: " << file.string();
         return date;
+    } catch (const FileStreamIOException& exception) {
+        const std::string* const description = boost::get_error_info<errinfo_description>(exception);
+        return noDate(description != nullptr ? *description : exception.what());
     } catch (const std::exception& exception) {
-        DAX_LOG(ERR) << "SearchingDateRegister::getDate File with date data is probably corrupted. Exception occurred: "
-                     << exception.what();
-        return boost::none;
+        return noDate(exception.what());
     }
 }
 
@@ -77,19 +131,20 @@ std::shared_ptr<SearchingDateRegister> SearchingDateRegister::getInstance() {
 
 void SearchingDateRegister::registerCurrentDate() {
     const std::lock_guard<std::mutex> lock(m_rwMutex);
-    const auto now = static_cast<std::time_t>(Platform::ITimeUtil::getCurrentLocalTime());
-    const std::string date = to_iso_string(boost::posix_time::from_time_t(now));
+    const std::uint64_t now = Platform::ITimeUtil::getCurrentLocalTime();
     const path file = IProductPaths::getLastSearchingDateFilePath();
     createFolderOf(file);
-    std::ofstream stream(file.string(), std::ios::out | std::ios::trunc);
-    if (!stream.is_open()) {
-        const std::string failure = "Unable to open date register file: " + file.string();
-        DAX_LOG(ERR) << failure;
-        DAX_THROW(FailToOpenExistingFileException(), failure << errinfo_path(file));
+    const std::unique_ptr<FileReplacement> replacement = openForWriting(file);
+    std::string date = std::to_string(now);
+    try {
+        date = to_iso_string(Platform::TimeConversions::uint64_t_to_ptime(now));
+        replacement->write(date);
+        replacement->commit();
+        DAX_LOG(INF) << "Date: " << date << " will be saved in file: " << file.string();
+    } catch (const std::exception&) {
+        DAX_LOG(ERR) << "Date: " << date << " could not be saved in file: " << file.string()
+                     << ". Exception occurred: " << boost::current_exception_diagnostic_information(true);
     }
-    stream << date;
-    stream.close();
-    DAX_LOG(INF) << "Date: " << date << " will be saved in file: " << file.string();
 }
 
 boost::optional<ptime> SearchingDateRegister::getDate() {
@@ -98,12 +153,11 @@ boost::optional<ptime> SearchingDateRegister::getDate() {
     if (!isReadable(file)) {
         return boost::none;
     }
-    std::fstream stream(file.string(), std::ios::in | std::ios::out);
-    if (!stream.is_open()) {
-        DAX_LOG(ERR) << "SearchingDateRegister::getDate cannot open the file: " << file.string();
+    const std::unique_ptr<RegularFile> opened = openForReading(file);
+    if (!opened) {
         return boost::none;
     }
-    const boost::optional<ptime> date = readDate(stream, file);
+    const boost::optional<ptime> date = readDate(*opened, file);
     if (date && date->date().year() < FIRST_YEAR_SHOWN) {
         DAX_LOG(WRN) << "Last searching date is too early and it should not be displayed.";
         return boost::none;
