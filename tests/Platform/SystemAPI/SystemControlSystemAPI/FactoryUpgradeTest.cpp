@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 #include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 #include "SystemControlTest.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
@@ -135,6 +138,77 @@ TEST_F(FactoryUpgradeTest, IsNotSequentialWhenTheFileCannotBeRead) {
                                    HasSubstr("FileStreamIOException")));
     EXPECT_FALSE(ISystemControl::isSequentialUpgradeEnabled());
     EXPECT_EQ(FakeKovan::journal().back(), "log INF There is no flag file for Sequential upgrade.");
+}
+
+// What somebody may lay down on a stick to hold the device up, to fill its memory or to have it show its own files.
+class HostileFactoryUpgrade : public FactoryUpgradeTest {
+protected:
+    HostileFactoryUpgrade() {
+        plug(1);
+        std::filesystem::create_directories(mountPath(0));
+    }
+
+    std::string flag() const { return mountPath(0) + "/DAX_AUTO_FLAG"; }
+
+    // All operations take it for a file that cannot be read, for this reason, and show nothing of it.
+    void expectRefusal(const std::string& reason) {
+        EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled());
+        EXPECT_EQ(ISystemControl::getSequentialUpgradeDeviceMntPath(), "");
+        EXPECT_FALSE(ISystemControl::isSequentialUpgradeEnabled());
+        EXPECT_EQ(
+            FakeKovan::countContaining("ERR", "CSystemControlCommon::isFactoryUpgradeEnabled Exception occured: "), 1);
+        EXPECT_EQ(
+            FakeKovan::countContaining("ERR", "CSystemControl::getSequentialUpgradeDeviceMntPath Exception occured: "),
+            2);
+        EXPECT_EQ(FakeKovan::countContaining("ERR", reason), 3);
+        EXPECT_EQ(FakeKovan::countContaining("INF", "Found Factory Upgrade Flag File"), 0);
+    }
+};
+
+TEST_F(HostileFactoryUpgrade, IsAPipe) {
+    ASSERT_EQ(mkfifo(flag().c_str(), 0666), 0);
+    expectRefusal("Not a regular file.");
+}
+
+TEST_F(HostileFactoryUpgrade, IsALinkToAPipe) {
+    ASSERT_EQ(mkfifo((root / "pipe").c_str(), 0666), 0);
+    std::filesystem::create_symlink(root / "pipe", flag());
+    expectRefusal("Not a regular file.");
+}
+
+TEST_F(HostileFactoryUpgrade, IsALinkToAFileOfTheDevice) {
+    root.write("secret", "1");
+    std::filesystem::create_symlink(root / "secret", flag());
+    expectRefusal("Not a regular file.");
+}
+
+TEST_F(HostileFactoryUpgrade, IsALinkToADevice) {
+    std::filesystem::create_symlink("/dev/zero", flag());
+    expectRefusal("Not a regular file.");
+}
+
+TEST_F(HostileFactoryUpgrade, IsALinkToItself) {
+    std::filesystem::create_symlink(flag(), flag());
+    expectRefusal("Too many levels of symbolic links");
+}
+
+TEST_F(HostileFactoryUpgrade, IsADevice) {
+    if (mknod(flag().c_str(), S_IFCHR | 0666, makedev(1, 5)) != 0) {
+        GTEST_SKIP() << "only the superuser may make a device";
+    }
+    expectRefusal("Not a regular file.");
+}
+
+TEST_F(HostileFactoryUpgrade, IsTooLarge) {
+    writeFlag(0, std::string(64 * 1024, '\n') + "1");
+    expectRefusal("File is larger than 65536 bytes.");
+    std::filesystem::resize_file(flag(), std::uintmax_t(1) << 40U);
+    EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled());
+}
+
+TEST_F(HostileFactoryUpgrade, MayHaveAsManyBytesAsThat) {
+    writeFlag(0, std::string(64 * 1024 - 1, '\n') + "1");
+    EXPECT_TRUE(ISystemControl::isFactoryUpgradeEnabled());
 }
 
 class FactoryUpgradeWithoutInitializer : public SystemControlTest {};

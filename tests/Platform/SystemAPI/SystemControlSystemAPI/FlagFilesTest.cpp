@@ -149,9 +149,40 @@ TEST_F(ModifiedPartitionsTest, LoseNothingWhenTheyAreNotMarked) {
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }
 
-TEST_F(ModifiedPartitionsTest, TellThatAMarkerCannotBeRemoved) {
+TEST_F(ModifiedPartitionsTest, TellThatAMarkerCannotBeRemovedWhenAllWereTried) {
+    for (int broken : {0, 1}) {
+        root.write(slots[1 - broken], "");
+        std::filesystem::create_directories(root / (slots[broken] + "/something"));
+        EXPECT_THROW(ISystemControl::removeModifiedPartitionsMarker(), boost::filesystem::filesystem_error) << broken;
+        EXPECT_FALSE(isThere(slots[1 - broken])) << broken;
+        std::filesystem::remove_all(root / slots[broken]);
+    }
+    EXPECT_THAT(FakeKovan::journal(), IsEmpty());
+}
+
+TEST_F(ModifiedPartitionsTest, TellEachMarkerThatCannotBeRemoved) {
     std::filesystem::create_directories(root / (slots[0] + "/something"));
-    EXPECT_THROW(ISystemControl::removeModifiedPartitionsMarker(), boost::filesystem::filesystem_error);
+    std::filesystem::create_directories(root / (slots[1] + "/something"));
+    try {
+        ISystemControl::removeModifiedPartitionsMarker();
+        FAIL() << "nothing was thrown";
+    } catch (const boost::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.path1(), (root / slots[0]).string());
+    }
+    EXPECT_EQ(FakeKovan::countContaining("ERR", "Exception caught while trying to removeModifiedPartitionsMarker: "),
+              1);
+    EXPECT_EQ(FakeKovan::countContaining("ERR", (root / slots[1]).string()), 1);
+}
+
+TEST_F(ModifiedPartitionsTest, AreMarkedThoughAnotherSlotCannotBeLookedAt) {
+    for (int broken : {0, 1}) {
+        std::filesystem::create_symlink(root / slots[broken], root / slots[broken]); // a link to itself
+        EXPECT_THROW(ISystemControl::isModifiedPartitionsMarkerSet(), boost::filesystem::filesystem_error) << broken;
+        root.write(slots[1 - broken], "");
+        EXPECT_TRUE(ISystemControl::isModifiedPartitionsMarkerSet()) << broken;
+        std::filesystem::remove(root / slots[broken]);
+        std::filesystem::remove(root / slots[1 - broken]);
+    }
 }
 
 } // namespace

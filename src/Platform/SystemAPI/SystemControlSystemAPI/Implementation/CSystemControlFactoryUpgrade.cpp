@@ -5,7 +5,7 @@
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/filesystem/operations.hpp>
 
-#include "Common/IO/FileStream.h"
+#include "Common/IO/RegularFile.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/CSystemControl.h"
 #include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
@@ -17,6 +17,9 @@ namespace {
 using boost::filesystem::path;
 
 const char FACTORY_UPGRADE_FLAG_FILENAME[] = "DAX_AUTO_FLAG";
+
+// More than any flag has use for; anybody can plug a stick in.
+const std::size_t MOST_BYTES = 64 * 1024;
 
 std::string withoutLineEnds(std::string text) {
     text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }), text.end());
@@ -30,9 +33,7 @@ std::pair<std::string, std::string> getFactoryUpgradeFileContent() {
         if (!exists(flagFile)) {
             continue;
         }
-        Common::IO::FileStream stream(flagFile);
-        stream.open();
-        const std::string content = withoutLineEnds(stream.readAllText(Common::IO::SMALL_CHUNK_SIZE));
+        const std::string content = withoutLineEnds(Common::IO::RegularFile(flagFile).readText(MOST_BYTES));
         DAX_LOG(INF) << "Found Factory Upgrade Flag File: '" << flagFile.string() << "' with content: '" << content
                      << "'";
         return {content, flagFile.string()};

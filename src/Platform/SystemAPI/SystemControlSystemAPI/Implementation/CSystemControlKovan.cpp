@@ -55,7 +55,7 @@ void setFlagFile(const path& file, bool set, const std::vector<std::string>& lin
     if (set && !isSet) {
         Common::IO::writeFlagFile(file, lines);
     } else if (!set && isSet) {
-        remove(file);
+        Common::IO::removeFlagFile(file);
     }
 }
 

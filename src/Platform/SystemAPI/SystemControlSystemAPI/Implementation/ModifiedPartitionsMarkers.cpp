@@ -1,6 +1,6 @@
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/ModifiedPartitionsMarkers.h"
 
-#include <algorithm>
+#include <exception>
 #include <vector>
 
 #include <boost/exception/diagnostic_information.hpp>
@@ -38,6 +38,32 @@ bool setIn(const path& marker, std::size_t slot) {
     }
 }
 
+// What went wrong while all slots were tried: the first failure is raised in the end, a later one is logged.
+class Failure {
+public:
+    explicit Failure(const char* operation) : m_operation(operation) {}
+
+    // Only within a catch block.
+    void keep() {
+        if (!m_first) {
+            m_first = std::current_exception();
+            return;
+        }
+        DAX_LOG(ERR) << "Exception caught while trying to " << m_operation << ": "
+                     << boost::current_exception_diagnostic_information(true);
+    }
+
+    void raise() const {
+        if (m_first) {
+            std::rethrow_exception(m_first);
+        }
+    }
+
+private:
+    const char* const m_operation;
+    std::exception_ptr m_first;
+};
+
 } // namespace
 
 void set() {
@@ -53,14 +79,30 @@ void set() {
 }
 
 bool isAnySet() {
-    const std::vector<path> markers = getModifiedPartitionsMarkerPaths();
-    return std::any_of(markers.begin(), markers.end(), [](const path& marker) { return exists(marker); });
+    Failure failure("isModifiedPartitionsMarkerSet");
+    for (const path& marker : getModifiedPartitionsMarkerPaths()) {
+        try {
+            if (exists(marker)) {
+                return true;
+            }
+        } catch (...) {
+            failure.keep();
+        }
+    }
+    failure.raise();
+    return false;
 }
 
 void remove() {
+    Failure failure("removeModifiedPartitionsMarker");
     for (const path& marker : getModifiedPartitionsMarkerPaths()) {
-        boost::filesystem::remove(marker);
+        try {
+            Common::IO::removeFlagFile(marker);
+        } catch (...) {
+            failure.keep();
+        }
     }
+    failure.raise();
 }
 
 } // namespace ModifiedPartitionsMarkers
