@@ -101,6 +101,25 @@ TEST(SBOX, IsNoneWhenItsKeyCannotBeRead) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log ERR Getting sbox property error!"));
 }
 
+TEST(SBOX, IsNoneWhenItsTextIsMissing) {
+    FakeKovan::setSystemInfo(FEATURE + "lfd_sbb_type", nullptr);
+    EXPECT_FALSE(IProductInfo::isSBOX());
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log ERR Getting sbox property error!"));
+}
+
+TEST(RequiredText, IsAFailureWhenItIsMissing) {
+    FakeKovan::setSystemInfo(8, nullptr);
+    EXPECT_EQ(thrownDescription<Platform::SystemInfoAPIInternalProblemException>(
+                  [] { IProductInfo::getMainSoftwareVersionDate(); }),
+              "Unable to read SW version from system-info");
+    FakeKovan::setSystemInfo(FEATURE + "product.chipset", nullptr);
+    EXPECT_EQ(
+        thrownDescription<Platform::SystemInfoAPIInternalProblemException>([] { IProductInfo::getChipsetType(); }),
+        "Unable to read chipset type from system-info");
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log ERR Unable to read SW version from system-info",
+                                                  "log ERR Unable to read chipset type from system-info"));
+}
+
 TEST(PowerBattery, IsSupportedAsItsKeySays) {
     FakeKovan::setSystemInfo(FEATURE + "power.battery_framework_support", true);
     EXPECT_TRUE(IProductInfo::IsPowerBatteryFrameworkSupported());

@@ -44,11 +44,14 @@ const char* textOf(bool value) {
     return value ? "true" : "false";
 }
 
-// A text of the platform's, which is freed with its copy made.
+// A text of the platform's, which is freed with its copy made. One that is missing in spite of a success was not read.
 int copied(int result, char* text, std::string& value) {
     const Common::Utils::CText owned(text);
+    if (result == 0 && text == nullptr) {
+        return SYSTEM_INFO_ERROR_IO_ERROR;
+    }
     if (result == 0) {
-        value = std::string(text);
+        value = text;
     }
     return result;
 }
@@ -222,7 +225,7 @@ bool IProductInfo::isInstallationLocked() {
 
 void IProductInfo::releaseInstallationLock() {
     const path lock = IProductPaths::getInstallationLockPath();
-    if (!remove(lock)) {
+    if (!Common::IO::removeFlagFile(lock)) {
         DAX_LOG(WRN) << "InstallationLock was not locked (checked for file:  " << lock.string() << ")";
     }
 }
@@ -240,7 +243,7 @@ void IProductInfo::setSourcePartitionNotGenuineFlag() {
 
 void IProductInfo::releaseSourcePartitionNotGenuineFlag() {
     DAX_LOG(INF) << "Releasing SourcePartitionNotGenuine flag.";
-    remove(IProductPaths::getSourcePartitionNotGenuineFlagPath());
+    Common::IO::removeFlagFile(IProductPaths::getSourcePartitionNotGenuineFlagPath());
 }
 
 std::string IProductInfo::getKovanVersionString() {

@@ -1,5 +1,6 @@
 #include "Platform/Product/Implementation/CProductPaths.h"
 
+#include <stdexcept>
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
@@ -17,6 +18,14 @@ template <class Compute>
 auto cached(Compute compute) {
     static const auto result = compute();
     return result;
+}
+
+std::string directory(int number) {
+    const char* const text = kvplatform_getenv(number);
+    if (text == nullptr) {
+        throw std::logic_error("The platform has no directory " + std::to_string(number));
+    }
+    return text;
 }
 
 bool isUpgradeLog(const boost::filesystem::directory_entry& entry) {
@@ -47,14 +56,14 @@ CProductPaths::CProductPaths() : CProductPaths("") {}
 
 CProductPaths::CProductPaths(std::string root)
     : m_root(std::move(root))
-    , m_appsDirectory(kvplatform_getenv(KVPLATFORM_APPS))
-    , m_bigTemporaryStorage(kvplatform_getenv(KVPLATFORM_BIG_TEMPORARY_STORAGE))
-    , m_binariesDirectory(kvplatform_getenv(KVPLATFORM_BINARIES))
-    , m_sharedDataDirectory(kvplatform_getenv(KVPLATFORM_SHARED_DATA))
+    , m_appsDirectory(directory(KVPLATFORM_APPS))
+    , m_bigTemporaryStorage(directory(KVPLATFORM_BIG_TEMPORARY_STORAGE))
+    , m_binariesDirectory(directory(KVPLATFORM_BINARIES))
+    , m_sharedDataDirectory(directory(KVPLATFORM_SHARED_DATA))
     , m_systemPartition("/mnt/systemrw")
-    , m_usbMountDirectory(kvplatform_getenv(KVPLATFORM_USB_MOUNT))
+    , m_usbMountDirectory(directory(KVPLATFORM_USB_MOUNT))
     , m_backupPartition("/mnt/backup")
-    , m_reservedDirectory(kvplatform_getenv(KVPLATFORM_RESERVED))
+    , m_reservedDirectory(directory(KVPLATFORM_RESERVED))
     , m_dataSuffix("/org.kovan.tv.dax/data/tv") {}
 
 path CProductPaths::partition() const {

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include <system_info.h>
 
 #include "Platform/SystemAPI/SystemInfoSystemAPI/Implementation/CSystemInfo.h"
@@ -67,7 +69,10 @@ int CSystemInfo::m_getSystemInfoCustomInt(const char* key) {
 
 std::string CSystemInfo::m_getSystemInfoCustomString(const char* key) {
     const CText text(read(system_info_get_custom_string, key));
-    return std::string(text.get());
+    if (!text) {
+        throw std::logic_error("The platform gave no text");
+    }
+    return text.get();
 }
 
 } // namespace Platform
