@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include <sys/stat.h>
+
 #include "DAXIPC/DBUSLowLevel/BadInput/BoundedMemory.h"
 #include "DebugFileFixture.h"
 #include "support/Corruption.h"
@@ -75,6 +77,30 @@ TEST_F(BadDebugFile, IsAFolder) {
     std::filesystem::create_directory(path());
     EXPECT_FALSE(record.load());
     EXPECT_THAT(FakeKovan::journal(), ElementsAre(opening(), failure("input stream error-Is a directory")));
+}
+
+TEST_F(BadDebugFile, IsAPipeThatNobodyWaitsFor) {
+    ASSERT_EQ(mkfifo(path().c_str(), 0666), 0);
+    EXPECT_FALSE(record.load());
+    std::filesystem::remove(path());
+    std::filesystem::create_symlink("/dev/zero", path());
+    EXPECT_FALSE(record.load());
+    const std::string line = "log WRN Failed to open DebugAndTestParameters from " + path();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre(opening(), line, opening(), line));
+}
+
+TEST_F(BadDebugFile, IsTooLarge) {
+    write(changed + std::string(4 * 1024 * 1024, '\n'));
+    EXPECT_FALSE(record.load());
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre(opening(), "log WRN Failed to open DebugAndTestParameters from " + path()));
+}
+
+TEST_F(BadDebugFile, IsGoodBehindALink) {
+    write(changed);
+    std::filesystem::rename(path(), path() + ".elsewhere");
+    std::filesystem::create_symlink(path() + ".elsewhere", path());
+    EXPECT_TRUE(record.load());
 }
 
 TEST_F(BadDebugFile, IsCutAnywhere) {

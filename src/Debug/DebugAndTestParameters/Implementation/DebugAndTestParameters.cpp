@@ -2,9 +2,15 @@
 
 #include <exception>
 #include <fstream>
+#include <memory>
+#include <sstream>
+
+#include <boost/filesystem/operations.hpp>
 
 #include <DAXProductionConfig.h>
 
+#include "Common/IO/FileExceptions.h"
+#include "Common/IO/RegularFile.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/Implementation/DebugFile.h"
 #include "Platform/Product/IProductPaths.h"
@@ -15,18 +21,29 @@ namespace DAX {
 namespace DAXCommon {
 
 using Common::Debug::isProduction;
+using Common::IO::RegularFile;
 using Common::Utils::errinfo_description;
 using Common::Utils::GenericException;
 
 namespace {
 
-std::ifstream openForReading(const std::string& path) {
+// More than any record has use for.
+const std::size_t MOST_BYTES = 4 * 1024 * 1024;
+
+// Null when it cannot be opened. A folder opens, and fails when it is read.
+std::unique_ptr<std::istream> openForReading(const std::string& path) {
     DAX_LOG(INF) << "Opening config from " << path;
-    std::ifstream file(path);
-    if (!file) {
-        DAX_LOG(WRN) << "Failed to open DebugAndTestParameters from " << path;
+    boost::system::error_code ignored;
+    if (boost::filesystem::is_directory(path, ignored)) {
+        return std::make_unique<std::ifstream>(path);
     }
-    return file;
+    try {
+        RegularFile file(path, RegularFile::FOR_READING, RegularFile::FOLLOWED);
+        return std::make_unique<std::istringstream>(file.readText(MOST_BYTES));
+    } catch (const Common::IO::FileStreamIOException&) {
+        DAX_LOG(WRN) << "Failed to open DebugAndTestParameters from " << path;
+        return nullptr;
+    }
 }
 
 bool read(std::istream& file, const std::string& path, DebugAndTestParameters& parameters) {
@@ -75,19 +92,19 @@ bool DebugAndTestParameters::reload() {
         DAX_THROW(GenericException(), errinfo_description("load DebugAndTestParameters before reload"));
     }
     const std::string path = getConfigFilePath();
-    std::ifstream file = openForReading(path);
+    const std::unique_ptr<std::istream> file = openForReading(path);
     if (!file) {
         return false;
     }
     isLoaded = false;
-    isLoaded = read(file, path, instance);
+    isLoaded = read(*file, path, instance);
     return isLoaded;
 }
 
 bool DebugAndTestParameters::load() {
     const std::string path = getConfigFilePath();
-    std::ifstream file = openForReading(path);
-    return file && read(file, path, *this);
+    const std::unique_ptr<std::istream> file = openForReading(path);
+    return file && read(*file, path, *this);
 }
 
 bool DebugAndTestParameters::save() const {
