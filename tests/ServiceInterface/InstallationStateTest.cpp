@@ -16,6 +16,7 @@
 #include "support/AfterClose.h"
 #include "support/FakeKovan.h"
 #include "support/OrdinaryUser.h"
+#include "support/SmallDisk.h"
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
@@ -151,8 +152,32 @@ TEST_F(InstallationStateTest, MakesNoFileInAFolderThatCannotBeWritten) {
 }
 
 TEST_F(InstallationStateTest, AFullMediumIsAFailureAndLeavesTheFileWithoutATrailer) {
-    EXPECT_EQ(failureOfSaving<errinfo_description>("/dev/full"), "Flushing file failed.");
-    EXPECT_EQ(failureOfSaving<errinfo_stream_text>("/dev/full"), " errno=28 (No space left on device)");
+    SKIP_WITHOUT_SMALL_DISK();
+    EXPECT_TRUE(onSmallDisk(root.path().string(), 64 * 1024, [this] {
+        fillDisk(root.path().string());
+        EXPECT_EQ(failureOfSaving<errinfo_description>(path), "Flushing file failed.");
+        EXPECT_EQ(bytes(), ""); // locked, without a record
+        EXPECT_FALSE(isIntact());
+        EXPECT_EQ(failureOfSaving<errinfo_stream_text>(path), " errno=28 (No space left on device)");
+        EXPECT_THAT(FakeKovan::messages("INF"), IsEmpty());
+
+        std::filesystem::remove(root / "filler");
+        saveInstallationState(path, "info");
+        EXPECT_TRUE(isIntact());
+        EXPECT_EQ(bytes().substr(0, 18), std::string("\4\0\0\0infoCHECKSUMED", 18));
+    }));
+}
+
+TEST_F(InstallationStateTest, AMediumThatIsFullInTheMiddleLeavesTheBeginningOfTheRecord) {
+    SKIP_WITHOUT_SMALL_DISK();
+    const std::string info(100000, 'x');
+    EXPECT_TRUE(onSmallDisk(root.path().string(), 64 * 1024, [&] {
+        EXPECT_EQ((thrownText<errinfo_description, FileSinkNotEnoughSpaceException>(
+                      [&] { saveInstallationState(path, info); })),
+                  "No space left on device.");
+        EXPECT_EQ(bytes(), (std::string("\xa0\x86\x01\0", 4) + info).substr(0, 64 * 1024));
+        EXPECT_FALSE(isIntact());
+    }));
 }
 
 TEST_F(InstallationStateTest, AFullMediumIsToldAsSuchWhenTheTextIsLongerThanTheBuffer) {

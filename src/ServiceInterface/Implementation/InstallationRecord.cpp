@@ -1,8 +1,11 @@
 #include "ServiceInterface/Implementation/InstallationRecord.h"
 
+#include <boost/filesystem/path.hpp>
+
 #include "Common/IO/ChecksumedSink.h"
 #include "Common/IO/FileSink.h"
 #include "Common/IO/SinkSerializer.h"
+#include "Common/PlatformDependent/Sync.h"
 #include "serializers/binary/little_endian.h"
 
 namespace DAX {
@@ -29,6 +32,7 @@ void writeInstallationRecord(const std::string& path, std::string_view text) {
     sink.markEndOfData();
     sink.flush();
     sink.close();
+    Common::PlatformDependent::folder_sync(boost::filesystem::path(path).parent_path().string());
 }
 
 } // namespace ServiceCommon
