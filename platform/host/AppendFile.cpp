@@ -1,13 +1,54 @@
 #include "AppendFile.h"
 
+#include "OwnFiles.h"
+
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace KovanHost {
 
+namespace {
+
+bool isFull(int log) {
+    struct stat status {};
+    return fstat(log, &status) == 0 && S_ISREG(status.st_mode) && status.st_size >= MOST_LOG_BYTES;
+}
+
+// Whether the name is free for a new log. All who found this log full wait for each other; the first one renames it,
+// and the others see another file, or none, under its name.
+bool setAside(int log, const std::string& path) {
+    while (flock(log, LOCK_EX) != 0 && errno == EINTR) {
+    }
+    struct stat opened {};
+    struct stat named {};
+    if (fstat(log, &opened) != 0) {
+        return false;
+    }
+    if (stat(path.c_str(), &named) != 0 || opened.st_ino != named.st_ino || opened.st_dev != named.st_dev) {
+        return true;
+    }
+    return std::rename(path.c_str(), (path + ".1").c_str()) == 0;
+}
+
+// A log that is full and cannot be set aside grows on: no line is lost for that.
+int openLog(const std::string& path) {
+    int log = openForAppending(path);
+    while (log >= 0 && isFull(log) && setAside(log, path)) {
+        close(log);
+        log = openForAppending(path);
+    }
+    return log;
+}
+
+} // namespace
+
 int openForAppending(const std::string& path) {
-    return open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+    return openOrMake(path, O_WRONLY | O_APPEND);
 }
 
 bool appendLine(int descriptor, std::string line) {
@@ -17,6 +58,11 @@ bool appendLine(int descriptor, std::string line) {
         written = write(descriptor, line.data(), line.size());
     } while (written < 0 && errno == EINTR);
     return written == static_cast<ssize_t>(line.size());
+}
+
+bool appendToLog(const std::string& path, const std::string& line) {
+    const Descriptor log(openLog(path));
+    return log >= 0 && appendLine(log, line);
 }
 
 } // namespace KovanHost

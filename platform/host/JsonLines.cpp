@@ -5,8 +5,6 @@
 #include "TextFile.h"
 #include "Timestamp.h"
 
-#include <unistd.h>
-
 namespace KovanHost {
 
 bool appendRecord(const std::string& relative, const nlohmann::ordered_json& record) {
@@ -14,14 +12,7 @@ bool appendRecord(const std::string& relative, const nlohmann::ordered_json& rec
     line.update(record);
     const std::string path = underRoot(relative);
     makeFolderOf(path);
-    const int descriptor = openForAppending(path);
-    if (descriptor < 0) {
-        return false;
-    }
-    const bool written =
-        appendLine(descriptor, line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-    close(descriptor);
-    return written;
+    return appendToLog(path, line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
 } // namespace KovanHost

@@ -1,5 +1,6 @@
 #include "PowerMonitor.h"
 
+#include "OwnFiles.h"
 #include "PowerFile.h"
 
 #include <array>
@@ -73,7 +74,9 @@ void release(gpointer data) {
 
 PowerMonitor::PowerMonitor(void (*listener)()) {
     const std::filesystem::path folder = std::filesystem::path(powerPath()).parent_path();
-    std::filesystem::create_directories(folder);
+    if (const int error = makeFolders(folder)) {
+        throw std::system_error(error, std::generic_category(), folder);
+    }
     std::unique_ptr<Watch> watch = watchFolder(folder, listener);
     m_source.reset(g_unix_fd_source_new(watch->descriptor, G_IO_IN));
     g_source_set_callback(m_source.get(), reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(onChanged)),

@@ -1,13 +1,12 @@
 #include "Settings.h"
 
+#include "OwnFiles.h"
 #include "Root.h"
 #include "SettingsTransaction.h"
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 #include <type_traits>
 
 namespace KovanHost {
@@ -100,9 +99,7 @@ int absentIfNoStore(int error) {
 }
 
 int makeFolder(const Store& store) {
-    std::error_code failure;
-    std::filesystem::create_directories(underRoot(store.folder), failure);
-    return failure.value();
+    return makeFolders(underRoot(store.folder));
 }
 
 int collect(MDB_txn* transaction, MDB_dbi database, const std::string& prefix,

@@ -1,8 +1,14 @@
 #include "SettingsTransaction.h"
 
+#include "OwnFiles.h"
+
+#include <cerrno>
+#include <fcntl.h>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -11,7 +17,7 @@ namespace KovanHost {
 namespace {
 
 constexpr std::size_t MAP_SIZE = 8u * 1024 * 1024;
-constexpr mdb_mode_t FILE_MODE = 0644;
+constexpr off_t LOCK_FILE_SIZE = 8192; // of LMDB's own number of readers
 
 class Environment {
 public:
@@ -19,13 +25,95 @@ public:
     int transact(unsigned int flags, const SettingsWork& work);
 
 private:
+    int openOnce(const std::string& folder, Durability durability);
+    int coverItsPages() const;
     int transactOnce(unsigned int flags, const SettingsWork& work);
 
     MDB_env* m_environment = nullptr;
     MDB_dbi m_database = 0;
 };
 
+// Held by one of all processes while it lives.
+class FolderLock {
+public:
+    explicit FolderLock(const std::string& folder)
+        : m_descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+        , m_error(m_descriptor < 0 ? errno : 0) {
+        while (m_error == 0 && flock(m_descriptor, LOCK_EX) != 0) {
+            m_error = errno == EINTR ? 0 : errno;
+        }
+    }
+
+    // 0, or why it is not held.
+    int error() const { return m_error; }
+
+private:
+    const Descriptor m_descriptor;
+    int m_error;
+};
+
+// LMDB's locks are lost when the process closes its lock file: only before the environment is open.
+int reserve(const std::string& path, off_t size) {
+    const Descriptor file(openOrMake(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK));
+    if (file < 0) {
+        return errno;
+    }
+    return size == 0 ? 0 : posix_fallocate(file, 0, size);
+}
+
+// LMDB maps its lock file into memory, where room that turns out to be missing is a signal that ends the process: it is
+// taken before. The data file is written, which can fail; it is made here for its mode.
+int reserveFiles(const std::string& folder) {
+    const int error = reserve(folder + "/lock.mdb", LOCK_FILE_SIZE);
+    return error != 0 ? error : reserve(folder + "/data.mdb", 0);
+}
+
+// Whether there never was a setting in the data file: who made it died, or found no more room, before its first two
+// pages were on the medium.
+bool isUnborn(const std::string& dataFile) {
+    const Descriptor file(::open(dataFile.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    std::string pages(2 * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + 1, '\0');
+    const ssize_t size = file < 0 ? -1 : read(file, &pages[0], pages.size());
+    if (size < 0 || static_cast<std::size_t>(size) == pages.size()) {
+        return false;
+    }
+    return static_cast<std::size_t>(size) < pages.size() - 1 || pages.find_first_not_of('\0') == std::string::npos;
+}
+
 int Environment::open(const std::string& folder, Durability durability) {
+    const FolderLock lock(folder);
+    if (lock.error() != 0) {
+        return lock.error();
+    }
+    if (const int error = reserveFiles(folder)) {
+        return error;
+    }
+    const int error = openOnce(folder, durability);
+    const std::string dataFile = folder + "/data.mdb";
+    if (error != MDB_INVALID || !isUnborn(dataFile) || truncate(dataFile.c_str(), 0) != 0) {
+        return error;
+    }
+    return openOnce(folder, durability);
+}
+
+// A data file that was cut lacks pages that it tells of. To look at one of them in the map would end the process; a
+// page of zeros is a failure.
+int Environment::coverItsPages() const {
+    MDB_envinfo told;
+    MDB_stat pages;
+    int file = -1;
+    struct stat status {};
+    int error = mdb_env_info(m_environment, &told);
+    error = error != 0 ? error : mdb_env_stat(m_environment, &pages);
+    error = error != 0 ? error : mdb_env_get_fd(m_environment, &file);
+    if (error != 0 || fstat(file, &status) != 0) {
+        return error != 0 ? error : errno;
+    }
+    const auto size = static_cast<off_t>((told.me_last_pgno + 1) * pages.ms_psize);
+    return status.st_size >= size ? 0 : posix_fallocate(file, status.st_size, size - status.st_size);
+}
+
+int Environment::openOnce(const std::string& folder, Durability durability) {
     if (const int error = mdb_env_create(&m_environment)) {
         return error;
     }
@@ -33,6 +121,7 @@ int Environment::open(const std::string& folder, Durability durability) {
     const unsigned int flags = MDB_NOTLS | (durability == Durability::SYNCED ? 0u : unsigned(MDB_NOSYNC));
     int error = mdb_env_set_mapsize(m_environment, MAP_SIZE);
     error = error != 0 ? error : mdb_env_open(m_environment, folder.c_str(), flags, FILE_MODE);
+    error = error != 0 ? error : coverItsPages();
     error = error != 0 ? error : mdb_reader_check(m_environment, nullptr);
     error = error != 0 ? error : transactOnce(MDB_RDONLY, [this](MDB_txn* transaction, MDB_dbi) {
         return mdb_dbi_open(transaction, nullptr, 0, &m_database);

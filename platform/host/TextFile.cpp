@@ -1,5 +1,7 @@
 #include "TextFile.h"
 
+#include "OwnFiles.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -22,17 +24,11 @@ Result checked(Result result, const std::string& path) {
     return result;
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor() { close(m_number); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    operator int() const { return m_number; }
-
-private:
-    int m_number;
-};
+void throwIfError(int error, const std::string& path) {
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), path);
+    }
+}
 
 void refuseLarge(std::size_t size, const std::string& path) {
     if (size > MOST_BYTES) {
@@ -49,11 +45,22 @@ void refuseEndless(int file, const std::string& path) {
     }
 }
 
-void writeText(const std::string& path, const std::string& text) {
-    const Descriptor file(checked(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644), path));
-    for (std::size_t written = 0; written < text.size();) {
-        written += static_cast<std::size_t>(checked(write(file, text.data() + written, text.size() - written), path));
+void removeLeftover(const std::string& path) {
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) {
+        throw std::system_error(errno, std::generic_category(), path);
     }
+}
+
+void writeNew(const std::string& path, const std::string& text) {
+    const Descriptor file(checked(makeNew(path, O_WRONLY), path));
+    for (std::size_t written = 0; written < text.size();) {
+        const ssize_t count = write(file, text.data() + written, text.size() - written);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        written += static_cast<std::size_t>(checked(count, path));
+    }
+    checked(fsync(file), path);
 }
 
 } // namespace
@@ -77,21 +84,25 @@ std::optional<std::string> readText(const std::string& path) {
 void replaceText(const std::string& path, const std::string& text) {
     refuseLarge(text.size(), path);
     const std::string fresh = path + ".new";
-    writeText(fresh, text);
-    checked(std::rename(fresh.c_str(), path.c_str()), path);
+    removeLeftover(fresh); // of a power cut
+    try {
+        writeNew(fresh, text);
+        checked(std::rename(fresh.c_str(), path.c_str()), path);
+    } catch (...) {
+        unlink(fresh.c_str());
+        throw;
+    }
+    const std::string folder = std::filesystem::path(path).parent_path();
+    throwIfError(syncFolder(folder), folder);
 }
 
 void makeFolderOf(const std::string& path) {
     const std::string folder = std::filesystem::path(path).parent_path();
-    std::error_code failure;
-    std::filesystem::create_directories(folder, failure);
-    if (failure) {
-        throw std::system_error(failure, folder);
-    }
+    throwIfError(makeFolders(folder), folder);
 }
 
 FileLock::FileLock(const std::string& path)
-    : m_descriptor(checked(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644), path)) {
+    : m_descriptor(checked(openOrMake(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK), path)) {
     while (flock(m_descriptor, LOCK_EX) != 0 && errno == EINTR) {
     }
 }

@@ -14,7 +14,8 @@ constexpr std::size_t MOST_BYTES = 64 * 1024;
 // The whole text; empty when there is no file.
 std::optional<std::string> readText(const std::string& path);
 
-// Readers see the file as it was before or after, even if the writer dies. One at a time for a file: hold its lock.
+// Readers see the file as it was before or after, even if the writer dies or the power fails; it is on its medium when
+// this returns. The new text is written beside it, as PATH.new. One at a time for a file: hold its lock.
 void replaceText(const std::string& path, const std::string& text);
 
 // With the folders above it.

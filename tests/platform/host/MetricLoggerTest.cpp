@@ -91,3 +91,12 @@ TEST_F(MetricLoggerTest, FileThatCannotBeOpenedLosesTheEvent) {
 
     EXPECT_EQ(0, send("text"));
 }
+
+TEST_F(MetricLoggerTest, FullFileIsSetAside) {
+    m_root.write("var/log/kovan/events.jsonl", "");
+    std::filesystem::resize_file(m_root / "var/log/kovan/events.jsonl", std::uintmax_t{16} << 20U);
+    EXPECT_EQ(1, send("text"));
+
+    EXPECT_EQ(1u, events().size());
+    EXPECT_EQ(std::uintmax_t{16} << 20U, std::filesystem::file_size(m_root / "var/log/kovan/events.jsonl.1"));
+}

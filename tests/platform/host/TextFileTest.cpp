@@ -1,13 +1,21 @@
 #include "host/TextFile.h"
 
+#include "DiskCalls.h"
+#include "support/SmallDisk.h"
 #include "support/TemporaryRoot.h"
 
+#include <cerrno>
 #include <filesystem>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 
+using DAX::Tests::diskCallsOf;
+using DAX::Tests::failNextDiskCall;
+using DAX::Tests::fillDisk;
+using DAX::Tests::onSmallDisk;
+using KovanHost::FileLock;
 using KovanHost::MOST_BYTES;
 using KovanHost::readText;
 using KovanHost::replaceText;
@@ -74,4 +82,62 @@ TEST_F(TextFileTest, PipesAndDevicesAreRefusedAndHoldNobodyUp) {
 
 TEST_F(TextFileTest, FolderIsRefused) {
     EXPECT_EQ(m_root.path().string() + ": Is a directory", reasonAgainst([&] { readText(m_root.path()); }));
+}
+
+TEST_F(TextFileTest, NewTextIsOnItsMediumBeforeItHasTheNameAndTheFolderBehindThat) {
+    EXPECT_THAT(diskCallsOf([&] { replaceText(m_path, "text"); }),
+                testing::ElementsAre("fsync file", "rename", "fsync folder"));
+}
+
+TEST_F(TextFileTest, WriteThatFailsLeavesTheOldTextAlone) {
+    replaceText(m_path, "before");
+    for (const char* const call : {"fsync file", "rename"}) {
+        failNextDiskCall(call, EIO);
+        EXPECT_NE("<none>", reasonAgainst([&] { replaceText(m_path, "after"); })) << call;
+        EXPECT_EQ("before", readText(m_path)) << call;
+        EXPECT_FALSE(std::filesystem::exists(m_path + ".new")) << call;
+    }
+    failNextDiskCall("fsync folder", EIO);
+    EXPECT_EQ(m_root.path().string() + ": Input/output error", reasonAgainst([&] { replaceText(m_path, "after"); }));
+}
+
+TEST_F(TextFileTest, FullDiskLeavesTheOldTextAlone) {
+    SKIP_WITHOUT_SMALL_DISK();
+    EXPECT_TRUE(onSmallDisk(m_root.path(), 64 * 1024, [this] {
+        replaceText(m_path, "before");
+        fillDisk(m_root.path());
+        EXPECT_EQ(m_path + ".new: No space left on device", reasonAgainst([&] { replaceText(m_path, "after"); }));
+        EXPECT_EQ("before", readText(m_path));
+        EXPECT_FALSE(std::filesystem::exists(m_path + ".new"));
+    }));
+}
+
+TEST_F(TextFileTest, LeftoverOfAPowerCutGoes) {
+    m_root.write("file.new", std::string(100, 'x'));
+
+    replaceText(m_path, "text");
+
+    EXPECT_EQ("text", readText(m_path));
+    EXPECT_FALSE(std::filesystem::exists(m_path + ".new"));
+}
+
+TEST_F(TextFileTest, NothingIsWrittenThroughALinkInTheNewTextsPlace) {
+    m_root.write("precious", "kept");
+    std::filesystem::create_symlink(m_root / "precious", m_path + ".new");
+
+    replaceText(m_path, "text");
+
+    EXPECT_EQ("kept", m_root.read("precious"));
+    EXPECT_EQ("text", readText(m_path));
+    EXPECT_FALSE(std::filesystem::is_symlink(m_path));
+}
+
+TEST_F(TextFileTest, LockIsTakenOnNoLinkAndWaitsForNoPipe) {
+    std::filesystem::create_symlink(m_root / "elsewhere", m_path);
+    EXPECT_EQ(m_path + ": Too many levels of symbolic links", reasonAgainst([&] { FileLock lock(m_path); }));
+    EXPECT_FALSE(std::filesystem::exists(m_root / "elsewhere"));
+
+    std::filesystem::remove(m_path);
+    ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
+    FileLock lock(m_path);
 }

@@ -397,6 +397,17 @@ TEST_F(CoreAdapterTest, RecordsTextsThatAreNoUnicode) {
     EXPECT_EQ("\xEF\xBF\xBD\n\"", calls().back()["arguments"]["searchParameter"]);
 }
 
+TEST_F(CoreAdapterTest, SetsAFullRecordAside) {
+    const auto record = m_root / "var/log/core-calls.jsonl";
+    m_root.write("var/log/core-calls.jsonl", "");
+    std::filesystem::resize_file(record, std::uintmax_t(16) << 20U);
+    m_root.write("var/log/core-calls.jsonl.1", "an older one");
+    EXPECT_EQ("", call("getCurrentVersion").exception);
+    ASSERT_EQ(1U, calls().size());
+    EXPECT_EQ("getCurrentVersion", calls()[0]["method"]);
+    EXPECT_EQ(std::uintmax_t(16) << 20U, std::filesystem::file_size(record.string() + ".1"));
+}
+
 TEST_F(CoreAdapterTest, AnswersWithAnExceptionWhenTheRecordCannotBeWritten) {
     std::filesystem::create_directory(m_root / "var/log/core-calls.jsonl");
     EXPECT_EQ(UNKNOWN, call("getCurrentVersion").exception);

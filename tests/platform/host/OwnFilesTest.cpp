@@ -1,0 +1,102 @@
+#include "host/OwnFiles.h"
+
+#include "MetricLogger.h"
+#include "host/DeviceFile.h"
+#include "host/DlogSink.h"
+#include "host/PowerFile.h"
+#include "host/UsbFile.h"
+#include "plantcfg.h"
+#include "vconf.h"
+
+#include "support/TemporaryRoot.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+using DAX::Tests::TemporaryRoot;
+using KovanHost::makeFolders;
+
+// The umask of the process while the object lives.
+class Umask {
+public:
+    explicit Umask(mode_t mask) : m_before(umask(mask)) {}
+    ~Umask() { umask(m_before); }
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+
+private:
+    const mode_t m_before;
+};
+
+class OwnFilesTest : public testing::Test {
+protected:
+    static unsigned int modeOf(const std::filesystem::path& path) {
+        struct stat status {};
+        EXPECT_EQ(0, stat(path.c_str(), &status)) << path;
+        return status.st_mode & 07777;
+    }
+
+    const TemporaryRoot m_root;
+};
+
+class OwnFilesUnderAnyUmask : public OwnFilesTest, public testing::WithParamInterface<mode_t> {};
+
+} // namespace
+
+TEST_P(OwnFilesUnderAnyUmask, AreTheirOwnersAndTheirGroupsToRead) {
+    {
+        const Umask mask(GetParam());
+        ASSERT_EQ(0, vconf_set_int("db/key", 1));
+        ASSERT_EQ(0, vconf_set_int("memory/key", 1));
+        ASSERT_EQ(1, MetricLogFramework::CLogger::GetInstance()->AddEventLogSync("a", "b", "c", "d"));
+        ASSERT_EQ(1, plantcfg_reset(0));
+        KovanHost::changePower([](auto&) {});
+        KovanHost::changeUsbSticks([](auto&) {});
+        KovanHost::writeDefaultDevice(false);
+        KovanHost::DlogSink::choose((m_root / "a.log").c_str(), "");
+    }
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_root.path())) {
+        EXPECT_EQ(entry.is_directory() ? 0750U : 0640U, modeOf(entry.path())) << entry.path();
+        if (!entry.is_directory()) {
+            files.push_back(entry.path().lexically_relative(m_root.path()));
+        }
+    }
+    EXPECT_THAT(files, testing::UnorderedElementsAre("a.log", "etc/kovan/device.ini", "etc/kovan/device.ini.lock",
+                                                     "run/kovan/plantcfg-resets.jsonl", "run/kovan/power.ini",
+                                                     "run/kovan/power.ini.lock", "run/kovan/settings/data.mdb",
+                                                     "run/kovan/settings/lock.mdb", "run/kovan/usb.ini",
+                                                     "run/kovan/usb.ini.lock", "var/lib/kovan/settings/data.mdb",
+                                                     "var/lib/kovan/settings/lock.mdb", "var/log/kovan/events.jsonl"));
+}
+
+INSTANTIATE_TEST_SUITE_P(FromNoneToAll, OwnFilesUnderAnyUmask, testing::Values(0, 022, 027, 077, 0777));
+
+TEST_F(OwnFilesTest, WhatWasThereKeepsItsMode) {
+    m_root.write("log", "");
+    chmod((m_root / "log").c_str(), 0600);
+    std::filesystem::create_directory(m_root / "folder");
+    chmod((m_root / "folder").c_str(), 0700);
+
+    KovanHost::DlogSink::choose((m_root / "log").c_str(), "");
+    EXPECT_EQ(0, makeFolders(m_root / "folder/below"));
+
+    EXPECT_EQ(0600U, modeOf(m_root / "log"));
+    EXPECT_EQ(0700U, modeOf(m_root / "folder"));
+    EXPECT_EQ(0750U, modeOf(m_root / "folder/below"));
+}
+
+TEST_F(OwnFilesTest, FoldersAreMadeOnceAndNotThroughAFile) {
+    EXPECT_EQ(0, makeFolders(m_root / "a/b//c/"));
+    EXPECT_EQ(0, makeFolders(m_root / "a/b/c"));
+    EXPECT_TRUE(std::filesystem::is_directory(m_root / "a/b/c"));
+    EXPECT_EQ(0, makeFolders(""));
+    m_root.write("file", "");
+    EXPECT_EQ(ENOTDIR, makeFolders(m_root / "file"));
+    EXPECT_EQ(ENOTDIR, makeFolders(m_root / "file/below"));
+}
