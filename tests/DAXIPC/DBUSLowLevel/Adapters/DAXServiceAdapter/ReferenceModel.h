@@ -18,19 +18,26 @@ struct Expected {
 
     static Expected value(std::string text) { return {true, std::move(text)}; }
     static Expected exception(std::string name) { return {false, std::move(name)}; }
+
+    bool operator==(const Expected& other) const { return normal == other.normal && text == other.text; }
+    bool operator!=(const Expected& other) const { return !(*this == other); }
 };
 
 // The rules of arbitration, sessions, transactions and locks, in as few lines as they can be told in: what every call
-// gives, what the core hears, what the two settings keys hold. Fed with the same operations as the real thing.
+// gives, what the core hears, what the log says, what the two settings keys hold. Fed with the same operations as the
+// real thing.
 class ReferenceModel {
 public:
+    // `lastLock` is the number of external locks that the process has asked for already.
+    explicit ReferenceModel(unsigned int lastLock = 0) : m_lastLock(lastLock) {}
+
     Expected getService(const std::string& connection, int priority, const std::string& name, int type,
                         const std::string& proxy);
     Expected getServiceOwner() const;
     Expected hello(const std::string& connection, const std::string& proxy);
-    Expected getClientPriority(const std::string& connection) const;
+    Expected getClientPriority(const std::string& connection);
     Expected startNewTransaction(const std::string& connection, int upgradeType, const std::string& proxy,
-                                 bool coreRefuses);
+                                 const std::string& connectionId, bool coreRefuses);
     Expected invalidate(const std::string& connection, const std::string& reason);
     Expected isSearchingPossible(const std::string& connection);
     Expected cancel(const std::string& connection, const std::string& reason, bool coreFails);
@@ -40,11 +47,26 @@ public:
     // The subscribed connection leaves, or another one is said to have left. False: the second is an error.
     bool disconnect(const std::string& connection);
 
+    void changePowerMode();
+    void setInstallationLock(bool locked) { m_installationLocked = locked; }
+
+    // The handler and the manager behind it go. Nothing may come after it.
+    void end();
+
     const boost::optional<std::string>& subscribed() const { return m_subscribed; }
-    std::vector<std::string> takeCoreCalls() { return std::exchange(m_coreCalls, {}); }
     boost::optional<int> priorityKey() const { return m_priorityKey; }
     boost::optional<int> lockKey() const { return m_lockKey; }
     const std::map<unsigned int, std::pair<std::string, int>>& locks() const { return m_locks; }
+    unsigned int lastLock() const { return m_lastLock; }
+
+    // What happened since the last taking, in order, in the words of FakeKovan's journal: "log INF Reset done.",
+    // "write <key>=<value>", and "core createTransaction(...)" for a call of the core.
+    std::vector<std::string> takeEffects() { return std::exchange(m_effects, {}); }
+
+    // All that decides how this model answers from now on, and nothing else: two models that have the same one cannot
+    // be told apart by any operations, but by the numbers of their locks, which come in the same order. Names and
+    // proxies must be without blanks.
+    std::string state() const;
 
 private:
     struct Session {
@@ -52,6 +74,7 @@ private:
         ~Session();
         void stop(const std::string& reason);
         void invalidate(const std::string& reason);
+        void publish(int value);
 
         ReferenceModel& model;
         int priority;
@@ -70,19 +93,27 @@ private:
     };
 
     bool isLockedFor(int priority) const;
-    bool mayUseService(const std::string& connection) const;
-    bool mayUseTransaction(const std::string& connection) const;
-    void coreCancels(const std::string& reason);
+    bool isGranted(int priority, const std::string& name);
+    bool mayUseService(const std::string& connection);
+    bool mayUseTransaction(const std::string& connection);
+    std::string serviceClient() const;
+    void publishLockKey(int value);
+    void cancelTransaction(const std::string& reason);
+    void coreHears(const std::string& call) { m_effects.push_back("core " + call); }
+    void log(const std::string& level, const std::string& message) {
+        m_effects.push_back("log " + level + " " + message);
+    }
 
-    unsigned int m_lastLock = 0;
+    std::vector<std::string> m_effects;
+    unsigned int m_lastLock;
+    bool m_installationLocked = false;
     std::map<unsigned int, std::pair<std::string, int>> m_locks;
-    boost::optional<ServiceEntry> m_service;
     std::weak_ptr<Session> m_current;
     boost::optional<TransactionEntry> m_transaction;
     boost::optional<std::string> m_subscribed;
-    std::vector<std::string> m_coreCalls;
     boost::optional<int> m_priorityKey;
     boost::optional<int> m_lockKey;
+    boost::optional<ServiceEntry> m_service; // the last: the end of a session has effects
 };
 
 } // namespace Tests

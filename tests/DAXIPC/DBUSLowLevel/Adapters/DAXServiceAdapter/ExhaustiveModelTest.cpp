@@ -1,0 +1,266 @@
+// Every sequence of the operations of two and of three clients, up to a length, against the real handler and the real
+// service logic, compared with the reference model after the last operation of each.
+//
+// Sequences that lead the model to the same state are gone on with once only: whatever follows, the model cannot tell
+// them apart. The real objects cannot be copied, so each operation in each state is done to new ones, behind the
+// shortest sequence that leads to that state.
+#include <cstdint>
+#include <iostream>
+#include <unordered_map>
+
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
+#include "support/DebugParameters.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+const std::size_t LEFT_OUT = 3; // the last operations: a sanitizer looks for other faults, and takes its time
+#else
+const std::size_t LEFT_OUT = 0;
+#endif
+
+// On both sides of the border at which a lock blocks the main update application.
+const std::vector<int> PRIORITIES{3, 4};
+
+// A client with its three connections and its two proxies.
+struct Client {
+    int number;
+
+    std::string name() const { return "client" + std::to_string(number); }
+    std::string manager() const { return connection(1); }
+    std::string session() const { return connection(2); }
+    std::string transaction() const { return connection(3); }
+    std::string proxyOfSession() const { return "Session-" + std::to_string(number); }
+    std::string proxyOfTransaction() const { return "Transaction-" + std::to_string(number); }
+    std::string reason() const { return "reason of " + name(); }
+
+private:
+    std::string connection(int which) const { return ":1." + std::to_string(10 * number + which); }
+};
+
+struct Operation {
+    std::string name;
+    std::function<void(ServiceBesideModel&)> run;
+    std::size_t leastLocks = 0; // held in the states in which it can be done
+};
+using Operations = std::vector<Operation>;
+
+void addSession(Operations& operations, const Client& client) {
+    for (const int priority : PRIORITIES) {
+        operations.push_back(
+            {client.name() + " getService " + std::to_string(priority), [=](ServiceBesideModel& service) {
+                 service.getService(client.manager(), priority, client.name(), client.number, client.proxyOfSession());
+             }});
+    }
+    operations.push_back({client.name() + " startNewTransaction", [=](ServiceBesideModel& service) {
+                              service.startNewTransaction(client.session(), client.number, client.proxyOfTransaction());
+                          }});
+    operations.push_back({client.name() + " invalidate",
+                          [=](ServiceBesideModel& service) { service.invalidate(client.session(), client.reason()); }});
+    operations.push_back({client.name() + " cancel",
+                          [=](ServiceBesideModel& service) { service.cancel(client.transaction(), client.reason()); }});
+    operations.push_back(
+        {client.name() + " disconnect", [=](ServiceBesideModel& service) { service.disconnect(client.manager()); }});
+}
+
+// The hello for a proxy of its own, or for one that belongs to `owner`.
+void addHellos(Operations& operations, const Client& client, const Client& owner) {
+    operations.push_back({client.name() + " hello " + owner.proxyOfSession(), [=](ServiceBesideModel& service) {
+                              service.hello(client.session(), owner.proxyOfSession());
+                          }});
+    operations.push_back({client.name() + " hello " + owner.proxyOfTransaction(), [=](ServiceBesideModel& service) {
+                              service.hello(client.transaction(), owner.proxyOfTransaction());
+                          }});
+}
+
+// Each of the locks that are held can be asked back, its own or another's, and one that was never given.
+void addLocks(Operations& operations, const Client& client, std::size_t mostLocks) {
+    for (const int priority : PRIORITIES) {
+        operations.push_back({client.name() + " acquire " + std::to_string(priority), [=](ServiceBesideModel& service) {
+                                  service.acquireLock(client.manager(), client.name(), priority);
+                              }});
+    }
+    operations.push_back({client.name() + " release unknown", [=](ServiceBesideModel& service) {
+                              service.releaseLock(client.manager(), client.name(), service.model().lastLock() + 1);
+                          }});
+    for (std::size_t place = 0; place < mostLocks; ++place) {
+        operations.push_back({client.name() + " release held lock " + std::to_string(place),
+                              [=](ServiceBesideModel& service) {
+                                  const auto lock =
+                                      std::next(service.model().locks().begin(), static_cast<std::ptrdiff_t>(place));
+                                  service.releaseLock(client.manager(), client.name(), lock->first);
+                              },
+                              place + 1});
+    }
+}
+
+void addDevice(Operations& operations) {
+    operations.push_back({"power change", [](ServiceBesideModel& service) { service.changePowerMode(); }});
+    for (const bool locked : {true, false}) {
+        operations.push_back({std::string("lock file ") + (locked ? "on" : "off"),
+                              [=](ServiceBesideModel& service) { service.setInstallationLock(locked); }});
+    }
+}
+
+Operations operationsOf(int clients, std::size_t depth) {
+    Operations operations;
+    for (int number = 1; number <= clients; ++number) {
+        addSession(operations, {number});
+        addLocks(operations, {number}, depth - 1);
+        for (int owner = 1; owner <= clients; ++owner) {
+            addHellos(operations, {number}, {owner});
+        }
+    }
+    addDevice(operations);
+    return operations;
+}
+
+// The search: states in the order in which they are found, those with the shortest ways first.
+class Search {
+public:
+    Search(int clients, std::size_t depth) : m_operations(operationsOf(clients, depth)), m_depth(depth) {}
+
+    // Ends at the first disagreement, which it returns with the operations that lead to it. Empty when there is none.
+    std::string run();
+
+    void printCounts(std::ostream& out) const;
+
+private:
+    using Index = std::uint32_t;
+    static constexpr Index NOWHERE = ~Index(0);
+    struct State {
+        Index before;
+        std::size_t operation; // the one that led here from the state before
+        std::size_t depth;
+        std::size_t locks = 0;
+        std::vector<Index> after; // for each operation that can be done here
+    };
+
+    Index find(ServiceBesideModel& service, const State& state);
+    std::vector<std::size_t> wayTo(Index state) const;
+    std::string tryOperation(Index from, std::size_t operation);
+    std::string describe(const std::vector<std::size_t>& way, std::size_t last) const;
+    double countSequences() const;
+
+    const Operations m_operations;
+    const std::size_t m_depth;
+    std::vector<State> m_states;
+    std::unordered_map<std::string, Index> m_found; // by the states of the model
+    std::size_t m_tried = 0;
+};
+
+Search::Index Search::find(ServiceBesideModel& service, const State& state) {
+    const auto [found, isNew] = m_found.emplace(service.model().state(), static_cast<Index>(m_states.size()));
+    if (isNew) {
+        m_states.push_back(state);
+        m_states.back().locks = service.model().locks().size();
+    }
+    return found->second;
+}
+
+std::vector<std::size_t> Search::wayTo(Index state) const {
+    std::vector<std::size_t> way;
+    for (; m_states[state].before != NOWHERE; state = m_states[state].before) {
+        way.insert(way.begin(), m_states[state].operation);
+    }
+    return way;
+}
+
+std::string Search::describe(const std::vector<std::size_t>& way, std::size_t last) const {
+    std::string text = "after";
+    for (const std::size_t operation : way) {
+        text += " {" + m_operations[operation].name + "}";
+    }
+    return text + " {" + m_operations[last].name + "}";
+}
+
+// The way to the state, the operation, and the end of everything, which is looked at as well.
+std::string Search::tryOperation(Index from, std::size_t operation) {
+    ServiceBesideModel service;
+    const std::vector<std::size_t> way = wayTo(from);
+    for (const std::size_t step : way) {
+        m_operations[step].run(service);
+    }
+    service.forget();
+    m_operations[operation].run(service);
+    ++m_tried;
+    std::string difference = service.difference();
+    if (!difference.empty()) {
+        return describe(way, operation) + ":\n" + difference;
+    }
+    const Index to = find(service, {from, operation, m_states[from].depth + 1, 0, {}});
+    m_states[from].after.push_back(to);
+    service.end();
+    difference = service.difference();
+    return difference.empty() ? difference : describe(way, operation) + " {end}:\n" + difference;
+}
+
+std::string Search::run() {
+    {
+        ServiceBesideModel service;
+        find(service, {NOWHERE, 0, 0, 0, {}});
+    }
+    for (Index state = 0; state < m_states.size() && m_states[state].depth < m_depth; ++state) {
+        for (std::size_t operation = 0; operation < m_operations.size(); ++operation) {
+            if (m_states[state].locks < m_operations[operation].leastLocks) {
+                continue;
+            }
+            const std::string difference = tryOperation(state, operation);
+            if (!difference.empty()) {
+                return difference;
+            }
+        }
+    }
+    return "";
+}
+
+// How many sequences of each length lead to each state, added up. Too many for an integer when somebody goes deeper.
+double Search::countSequences() const {
+    double sum = 0;
+    std::vector<double> ways(m_states.size(), 0);
+    ways[0] = 1;
+    for (std::size_t length = 1; length <= m_depth; ++length) {
+        std::vector<double> longer(m_states.size(), 0);
+        for (std::size_t state = 0; state < m_states.size(); ++state) {
+            for (const Index next : m_states[state].after) {
+                longer[next] += ways[state];
+                sum += ways[state];
+            }
+        }
+        ways = std::move(longer);
+    }
+    return sum;
+}
+
+void Search::printCounts(std::ostream& out) const {
+    out << "up to " << m_depth << " operations: " << static_cast<std::uint64_t>(countSequences()) << " sequences, "
+        << m_states.size() << " states, " << m_tried << " operations compared" << std::endl;
+}
+
+class ExhaustiveModelTest : public testing::Test {
+public:
+    void searchAll(int clients, std::size_t depth) {
+        Search search(clients, depth - LEFT_OUT);
+        const std::string difference = search.run();
+        search.printCounts(std::cout);
+        EXPECT_EQ(difference, "");
+    }
+
+    TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
+    DebugParameters debugParameters;
+};
+
+TEST_F(ExhaustiveModelTest, AgreesOverAllSequencesOfTwoClients) {
+    searchAll(2, 6);
+}
+
+TEST_F(ExhaustiveModelTest, AgreesOverAllSequencesOfThreeClients) {
+    searchAll(3, 5);
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
