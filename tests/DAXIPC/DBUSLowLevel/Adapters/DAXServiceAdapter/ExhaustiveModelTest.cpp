@@ -2,10 +2,12 @@
 // service logic, compared with the reference model after the last operation of each.
 //
 // Sequences that lead the model to the same state are gone on with once only: whatever follows, the model cannot tell
-// them apart. The real objects cannot be copied, so each operation in each state is done to new ones, behind the
-// shortest sequence that leads to that state.
+// them apart. The real objects cannot be copied, so new ones are brought to a state by the shortest sequence that leads
+// there. They serve for one operation after the other, as long as these change nothing by the model: each of those must
+// leave the real state alone, too, or the next comparison shows it.
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <unordered_map>
 
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
@@ -139,10 +141,19 @@ private:
         std::vector<Index> after; // for each operation that can be done here
     };
 
-    Index find(ServiceBesideModel& service, const State& state);
+    // The real thing and the model in one of the states, and what has been done to them.
+    struct Trial {
+        ServiceBesideModel service;
+        std::vector<std::size_t> done;
+    };
+
+    Index find(const ReferenceModel& model, const State& state);
     std::vector<std::size_t> wayTo(Index state) const;
-    std::string tryOperation(Index from, std::size_t operation);
-    std::string describe(const std::vector<std::size_t>& way, std::size_t last) const;
+    std::unique_ptr<Trial> bringTo(Index state) const;
+    std::string tryAll(Index from);
+    std::string tryOperation(Trial& trial, std::size_t operation);
+    std::string tryEnd(Trial& trial) const;
+    std::string describe(const Trial& trial, const std::string& last, const std::string& difference) const;
     double countSequences() const;
 
     const Operations m_operations;
@@ -152,11 +163,11 @@ private:
     std::size_t m_tried = 0;
 };
 
-Search::Index Search::find(ServiceBesideModel& service, const State& state) {
-    const auto [found, isNew] = m_found.emplace(service.model().state(), static_cast<Index>(m_states.size()));
+Search::Index Search::find(const ReferenceModel& model, const State& state) {
+    const auto [found, isNew] = m_found.emplace(model.state(), static_cast<Index>(m_states.size()));
     if (isNew) {
         m_states.push_back(state);
-        m_states.back().locks = service.model().locks().size();
+        m_states.back().locks = model.locks().size();
     }
     return found->second;
 }
@@ -169,49 +180,70 @@ std::vector<std::size_t> Search::wayTo(Index state) const {
     return way;
 }
 
-std::string Search::describe(const std::vector<std::size_t>& way, std::size_t last) const {
-    std::string text = "after";
-    for (const std::size_t operation : way) {
-        text += " {" + m_operations[operation].name + "}";
+// What happens on the way has been compared when the states on it were found.
+std::unique_ptr<Search::Trial> Search::bringTo(Index state) const {
+    auto trial = std::make_unique<Trial>();
+    trial->done = wayTo(state);
+    for (const std::size_t operation : trial->done) {
+        m_operations[operation].run(trial->service);
     }
-    return text + " {" + m_operations[last].name + "}";
+    trial->service.forget();
+    return trial;
 }
 
-// The way to the state, the operation, and the end of everything, which is looked at as well.
-std::string Search::tryOperation(Index from, std::size_t operation) {
-    ServiceBesideModel service;
-    const std::vector<std::size_t> way = wayTo(from);
-    for (const std::size_t step : way) {
-        m_operations[step].run(service);
+std::string Search::describe(const Trial& trial, const std::string& last, const std::string& difference) const {
+    if (difference.empty()) {
+        return "";
     }
-    service.forget();
-    m_operations[operation].run(service);
+    std::string text;
+    for (const std::size_t operation : trial.done) {
+        text += "{" + m_operations[operation].name + "} ";
+    }
+    return text + last + ":\n" + difference;
+}
+
+std::string Search::tryOperation(Trial& trial, std::size_t operation) {
     ++m_tried;
-    std::string difference = service.difference();
-    if (!difference.empty()) {
-        return describe(way, operation) + ":\n" + difference;
+    m_operations[operation].run(trial.service);
+    trial.done.push_back(operation);
+    return describe(trial, "", trial.service.difference());
+}
+
+std::string Search::tryEnd(Trial& trial) const {
+    trial.service.end();
+    return describe(trial, "{end}", trial.service.difference());
+}
+
+// All operations that can be done in the state, and the end of everything behind each that leaves it.
+std::string Search::tryAll(Index from) {
+    std::unique_ptr<Trial> trial;
+    for (std::size_t operation = 0; operation < m_operations.size(); ++operation) {
+        if (m_states[from].locks < m_operations[operation].leastLocks) {
+            continue;
+        }
+        if (!trial) {
+            trial = bringTo(from);
+        }
+        std::string difference = tryOperation(*trial, operation);
+        const Index to = find(trial->service.model(), {from, operation, m_states[from].depth + 1, 0, {}});
+        m_states[from].after.push_back(to);
+        if (difference.empty() && to != from) {
+            difference = tryEnd(*trial);
+            trial.reset();
+        }
+        if (!difference.empty()) {
+            return difference;
+        }
     }
-    const Index to = find(service, {from, operation, m_states[from].depth + 1, 0, {}});
-    m_states[from].after.push_back(to);
-    service.end();
-    difference = service.difference();
-    return difference.empty() ? difference : describe(way, operation) + " {end}:\n" + difference;
+    return "";
 }
 
 std::string Search::run() {
-    {
-        ServiceBesideModel service;
-        find(service, {NOWHERE, 0, 0, 0, {}});
-    }
+    find(ReferenceModel(), {NOWHERE, 0, 0, 0, {}});
     for (Index state = 0; state < m_states.size() && m_states[state].depth < m_depth; ++state) {
-        for (std::size_t operation = 0; operation < m_operations.size(); ++operation) {
-            if (m_states[state].locks < m_operations[operation].leastLocks) {
-                continue;
-            }
-            const std::string difference = tryOperation(state, operation);
-            if (!difference.empty()) {
-                return difference;
-            }
+        const std::string difference = tryAll(state);
+        if (!difference.empty()) {
+            return difference;
         }
     }
     return "";
