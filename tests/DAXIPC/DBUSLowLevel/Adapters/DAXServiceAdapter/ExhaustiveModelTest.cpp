@@ -4,7 +4,8 @@
 // Sequences that lead the model to the same state are gone on with once only: whatever follows, the model cannot tell
 // them apart. The real objects cannot be copied, so new ones are brought to a state by the shortest sequence that leads
 // there. They serve for one operation after the other, as long as these change nothing by the model: each of those must
-// leave the real state alone, too, or the next comparison shows it.
+// leave the real state alone, too, or the next comparison shows it. After an operation that changes the state,
+// questions that change nothing tell whether the real state is the one that the model has come to.
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -107,6 +108,26 @@ void addDevice(Operations& operations) {
     }
 }
 
+// Questions that change nothing. What refuses a stranger says in the log whom it would serve: the senders that have
+// said hello, and the holders of all locks.
+using Question = void (*)(ServiceBesideModel&);
+const std::vector<Question> QUESTIONS{
+    [](ServiceBesideModel& service) { service.getClientPriority(":1.9"); },
+    [](ServiceBesideModel& service) { service.isSearchingPossible(":1.9"); },
+    [](ServiceBesideModel& service) {
+        if (const auto sender = service.model().transactionSender()) {
+            service.isSearchingPossible(*sender);
+        }
+    },
+    [](ServiceBesideModel& service) {
+        for (const int priority : PRIORITIES) {
+            if (service.model().isLockedFor(priority)) {
+                service.getService(":1.9", priority, "stranger", 0, "Session-0");
+            }
+        }
+    },
+};
+
 Operations operationsOf(int clients, std::size_t depth) {
     Operations operations;
     for (int number = 1; number <= clients; ++number) {
@@ -152,6 +173,7 @@ private:
     std::unique_ptr<Trial> bringTo(Index state) const;
     std::string tryAll(Index from);
     std::string tryOperation(Trial& trial, std::size_t operation);
+    std::string tryQuestions(Trial& trial) const;
     std::string tryEnd(Trial& trial) const;
     std::string describe(const Trial& trial, const std::string& last, const std::string& difference) const;
     double countSequences() const;
@@ -209,12 +231,21 @@ std::string Search::tryOperation(Trial& trial, std::size_t operation) {
     return describe(trial, "", trial.service.difference());
 }
 
+std::string Search::tryQuestions(Trial& trial) const {
+    std::string difference;
+    for (std::size_t question = 0; question < QUESTIONS.size() && difference.empty(); ++question) {
+        QUESTIONS[question](trial.service);
+        difference = describe(trial, "{question " + std::to_string(question) + "}", trial.service.difference());
+    }
+    return difference;
+}
+
 std::string Search::tryEnd(Trial& trial) const {
     trial.service.end();
     return describe(trial, "{end}", trial.service.difference());
 }
 
-// All operations that can be done in the state, and the end of everything behind each that leaves it.
+// All operations that can be done in the state, and behind each that leaves it the questions and the end of everything.
 std::string Search::tryAll(Index from) {
     std::unique_ptr<Trial> trial;
     for (std::size_t operation = 0; operation < m_operations.size(); ++operation) {
@@ -228,7 +259,10 @@ std::string Search::tryAll(Index from) {
         const Index to = find(trial->service.model(), {from, operation, m_states[from].depth + 1, 0, {}});
         m_states[from].after.push_back(to);
         if (difference.empty() && to != from) {
-            difference = tryEnd(*trial);
+            difference = tryQuestions(*trial);
+            if (difference.empty()) {
+                difference = tryEnd(*trial);
+            }
             trial.reset();
         }
         if (!difference.empty()) {

@@ -72,6 +72,11 @@ bool ReferenceModel::isLockedFor(int priority) const {
                        [priority](const auto& lock) { return lock.second.second >= priority; });
 }
 
+boost::optional<std::string> ReferenceModel::transactionSender() const {
+    return m_transaction && m_transaction->sender != NOBODY ? boost::optional<std::string>(m_transaction->sender)
+                                                            : boost::none;
+}
+
 bool ReferenceModel::mayUseService(const std::string& connection) {
     if (!m_service) {
         log("ERR", "m_service was already destroyed or was never created. Sender: " + connection);

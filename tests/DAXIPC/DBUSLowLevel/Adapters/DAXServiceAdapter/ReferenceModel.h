@@ -58,6 +58,10 @@ public:
     boost::optional<int> lockKey() const { return m_lockKey; }
     const std::map<unsigned int, std::pair<std::string, int>>& locks() const { return m_locks; }
     unsigned int lastLock() const { return m_lastLock; }
+    bool isLockedFor(int priority) const;
+
+    // The connection that has said hello for the transaction.
+    boost::optional<std::string> transactionSender() const;
 
     // What happened since the last taking, in order, in the words of FakeKovan's journal: "log INF Reset done.",
     // "write <key>=<value>", and "core createTransaction(...)" for a call of the core.
@@ -92,7 +96,6 @@ private:
         std::weak_ptr<int> transaction;
     };
 
-    bool isLockedFor(int priority) const;
     bool isGranted(int priority, const std::string& name);
     bool mayUseService(const std::string& connection);
     bool mayUseTransaction(const std::string& connection);
