@@ -4,6 +4,7 @@
 #include <sstream>
 #include <utility>
 
+#include <boost/assert/source_location.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception_ptr.hpp>
 #include <boost/throw_exception.hpp>
@@ -20,10 +21,9 @@ namespace detail {
 template <class E>
 class ErrInfoStream : public E {
 public:
-    // Shares the tags of `exception`: they live in a virtual base, which a copy of E alone leaves out.
-    explicit ErrInfoStream(const E& exception) : E(exception) {
-        boost::exception_detail::copy_boost_exception(this, &exception);
-    }
+    // Shares the tags of `exception`, so that it has what is attached here, too; what is thrown has a copy of them.
+    // They live in a virtual base, which a copy of E alone leaves out.
+    explicit ErrInfoStream(const E& exception) : E(exception) { static_cast<boost::exception&>(*this) = exception; }
 
     template <class T>
     ErrInfoStream& operator<<(T&& value) {
@@ -74,8 +74,9 @@ struct ErrInfoStreamFactory {
 };
 
 template <class E>
-ErrInfoStream<E> located(ErrInfoStream<E> stream, const char* function, const char* file, int line) {
-    stream << boost::throw_function(function) << boost::throw_file(file) << boost::throw_line(line);
+ErrInfoStream<E> located(ErrInfoStream<E> stream, const boost::source_location& site) {
+    stream << boost::throw_function(site.function_name()) << boost::throw_file(site.file_name())
+           << boost::throw_line(static_cast<int>(site.line()));
     return stream;
 }
 
@@ -85,7 +86,11 @@ ErrInfoStream<E> located(ErrInfoStream<E> stream, const char* function, const ch
 } // namespace DAX
 
 // The throw site: DAX_THROW(GenericException(), "text " << value << errinfo_path(path)); the location is attached.
-#define DAX_EXCEPTION(EXCEPTION)                                                                                       \
-    (::DAX::Common::Utils::detail::located(::DAX::Common::Utils::detail::ErrInfoStreamFactory() << (EXCEPTION),        \
-                                           BOOST_CURRENT_FUNCTION, __FILE__, __LINE__))
-#define DAX_THROW(EXCEPTION, STREAMED) (DAX_EXCEPTION(EXCEPTION) << STREAMED).throwException()
+#define DAX_EXCEPTION(EXCEPTION) DAX_EXCEPTION_AT(BOOST_CURRENT_LOCATION, EXCEPTION)
+#define DAX_THROW(EXCEPTION, STREAMED) DAX_THROW_AT(BOOST_CURRENT_LOCATION, EXCEPTION, STREAMED)
+
+// For a check that several sites share: the location is that of its caller, who gives it BOOST_CURRENT_LOCATION as a
+// boost::source_location.
+#define DAX_EXCEPTION_AT(SITE, EXCEPTION)                                                                              \
+    (::DAX::Common::Utils::detail::located(::DAX::Common::Utils::detail::ErrInfoStreamFactory() << (EXCEPTION), SITE))
+#define DAX_THROW_AT(SITE, EXCEPTION, STREAMED) (DAX_EXCEPTION_AT(SITE, EXCEPTION) << STREAMED).throwException()

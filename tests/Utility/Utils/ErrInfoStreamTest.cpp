@@ -84,7 +84,19 @@ TEST(ErrInfoStreamTest, CarriesEveryTag) {
     EXPECT_EQ(*boost::get_error_info<Utils::errinfo_errorcode>(caught), -7);
 }
 
-TEST(ErrInfoStreamTest, SharesTheTagsThatTheExceptionAlreadyHas) {
+TEST(ErrInfoStreamTest, SharesTheTagsWithTheExceptionUntilItThrows) {
+    GenericException exception;
+    exception << Utils::errinfo_subject("subject");
+    auto stream = DAX_EXCEPTION(exception);
+    stream << Utils::errinfo_subject("newer subject");
+    const auto caught = thrownBy<GenericException>([&stream] { stream.throwException(); });
+    caught << Utils::errinfo_subject("latest subject");
+
+    EXPECT_EQ(tagOf<Utils::errinfo_subject>(exception), "newer subject");
+    EXPECT_EQ(tagOf<Utils::errinfo_subject>(caught), "latest subject");
+}
+
+TEST(ErrInfoStreamTest, ThrowsTheTagsThatTheExceptionAlreadyHas) {
     const auto caught = thrownBy<GenericException>([] {
         GenericException exception;
         exception << Utils::errinfo_subject("subject");
@@ -113,6 +125,25 @@ TEST(ErrInfoStreamTest, ThrowsWithTheFullPathTheSignatureAndTheLineOfTheSite) {
     EXPECT_STREQ(*boost::get_error_info<boost::throw_file>(caught), __FILE__);
     EXPECT_THAT(*boost::get_error_info<boost::throw_function>(caught), HasSubstr("throwHere(int)"));
     EXPECT_EQ(*boost::get_error_info<boost::throw_line>(caught), __LINE__ - 8);
+}
+
+void check(bool good, const boost::source_location& site) {
+    if (!good) {
+        DAX_THROW_AT(site, GenericException(), "bad");
+    }
+}
+
+void callerOfACheck(bool good) {
+    check(good, BOOST_CURRENT_LOCATION);
+}
+
+TEST(ErrInfoStreamTest, ThrowsWithTheLocationOfTheSiteThatASharedCheckWasGiven) {
+    const auto caught = thrownBy<GenericException>([] { callerOfACheck(false); });
+
+    EXPECT_STREQ(*boost::get_error_info<boost::throw_file>(caught), __FILE__);
+    EXPECT_THAT(*boost::get_error_info<boost::throw_function>(caught), HasSubstr("callerOfACheck(bool)"));
+    EXPECT_EQ(*boost::get_error_info<boost::throw_line>(caught), __LINE__ - 8);
+    EXPECT_EQ(tagOf<Utils::errinfo_stream_text>(caught), "bad");
 }
 
 TEST(ErrInfoStreamTest, IsCapturedByItsOwnType) {
