@@ -41,11 +41,7 @@ private:
 class FakePowerModeSubscriber : public Common::Utils::SignalSubscriber<void(DAXCommon::PowerMode)> {
 public:
     explicit FakePowerModeSubscriber(std::shared_ptr<FakePowerModeScript> script) : m_script(std::move(script)) {}
-    ~FakePowerModeSubscriber() override {
-        if (isSubscribed()) {
-            unsubscribe();
-        }
-    }
+    ~FakePowerModeSubscriber() override { unsubscribeFinally(); }
 
 private:
     boost::optional<boost::thread::id> getExpectedExecutorThreadID() override { return boost::none; }

@@ -48,11 +48,20 @@ public:
     // not registered is logged.
     void unregisterUserData(void* id);
 
+    // What stands behind a registered id; null for one that is not registered. It may be kept beyond the registration.
+    std::shared_ptr<UserDataItem> getItem(void* id);
+
+    // Whether the calling thread is running a callback for this item.
+    static bool isCalledBackHere(const UserDataItem& item);
+
+    // Returns when no other thread is running a callback for this item; at once when the calling thread is.
+    static void awaitCallback(UserDataItem& item);
+
 protected:
     explicit UserDataRegister(int lastId = 0) : m_id(lastId) {}
 
 private:
-    // Null when the id is not registered.
+    // As getItem, but it logs an id that is not registered.
     std::shared_ptr<UserDataItem> find(void* id);
 
     int m_id;

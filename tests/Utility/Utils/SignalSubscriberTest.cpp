@@ -2,17 +2,21 @@
 
 #include <atomic>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "DlogHook.h"
 #include "TestSubscriber.h"
 #include "UserDataFixture.h"
 #include "support/Event.h"
+#include "support/NoMemory.h"
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 #include "support/Thrown.h"
+#include "support/WaitUntil.h"
 
 namespace DAX {
 namespace Tests {
@@ -300,12 +304,36 @@ TEST_F(SignalSubscriberTest, WaitsForARunningCallbackWhenItUnsubscribes) {
                 ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "unsubscribed"));
 }
 
-TEST_F(SignalSubscriberTest, AnswersARunningCallbackThatItWaitsFor) {
+TEST_F(SignalSubscriberTest, LetsARunningCallbackThatItWaitsForUnsubscribeIt) {
     Event begun, goOn;
     subscriber.subscribe([&](int value) {
         begun.happen();
         EXPECT_TRUE(goOn.wait());
-        EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
+        subscriber.unsubscribe();
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread unsubscribing([this] {
+        subscriber.unsubscribe();
+        FakeKovan::note("unsubscribed");
+    });
+    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
+
+    goOn.happen();
+
+    unsubscribing.finish();
+    device.finish();
+    EXPECT_THAT(FakeKovan::journal(),
+                ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "unsubscribed"));
+}
+
+TEST_F(SignalSubscriberTest, IsNotSubscribedForAnotherThreadWhileItWaitsForARunningCallback) {
+    Event begun, goOn;
+    subscriber.subscribe([&](int value) {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
         return value;
     });
     OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
@@ -313,8 +341,9 @@ TEST_F(SignalSubscriberTest, AnswersARunningCallbackThatItWaitsFor) {
     OtherThread unsubscribing([this] { subscriber.unsubscribe(); });
     EXPECT_TRUE(unsubscribing.waitUntilItWaits());
 
-    goOn.happen();
+    EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
 
+    goOn.happen();
     unsubscribing.finish();
 }
 
@@ -372,6 +401,180 @@ TEST_F(SignalSubscriberTest, LetsItsCallbackEndIt) {
     EXPECT_EQ(ending, nullptr);
 }
 
+// A subscriber whose owner ends it on another thread than the device's.
+class EndingSubscriberTest : public SignalSubscriberTest {
+protected:
+    // On a thread of its own: the subscriber's end.
+    void end() {
+        ending.reset();
+        FakeKovan::note("ended");
+    }
+
+    // The device's signal, on the calling thread.
+    static int signal() { return UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(5, id(1)); }
+
+    std::unique_ptr<TestSubscriber> ending = std::make_unique<TestSubscriber>();
+    Event begun, goOn;
+};
+
+TEST_F(EndingSubscriberTest, WaitsForACallbackThatHasUnsubscribedIt) {
+    ending->subscribe([this](int value) {
+        ending->unsubscribe();
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([] { EXPECT_EQ(signal(), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread owner([this] { end(); });
+    EXPECT_TRUE(owner.waitUntilItWaits());
+
+    goOn.happen();
+
+    owner.finish();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "ended"));
+}
+
+TEST_F(EndingSubscriberTest, WaitsForACallbackThatIsUnsubscribingIt) {
+    EXPECT_IN_CHILD({
+        onLogLine("The callback has been already unregistered", [this] {
+            begun.happen();
+            EXPECT_TRUE(goOn.wait());
+        });
+        ending->subscribe([this](int value) {
+            unregister(id(1)); // so that the register has something to log while the subscriber unregisters
+            ending->unsubscribe();
+            FakeKovan::note("callback ends");
+            return value;
+        });
+        OtherThread device([] { EXPECT_EQ(signal(), 5); });
+        EXPECT_TRUE(begun.wait());
+        OtherThread owner([this] { end(); });
+        EXPECT_TRUE(owner.waitUntilItWaits());
+
+        goOn.happen();
+
+        owner.finish();
+        EXPECT_EQ(FakeKovan::journal().back(), "ended");
+        EXPECT_EQ(FakeKovan::journal().at(FakeKovan::journal().size() - 2), "callback ends");
+    });
+}
+
+TEST_F(EndingSubscriberTest, WaitsForACallbackThatUnsubscribesItMeanwhile) {
+    ending->subscribe([this, local = ending.get()](int value) {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        local->unsubscribe();
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([] { EXPECT_EQ(signal(), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread owner([this] { end(); });
+    EXPECT_TRUE(owner.waitUntilItWaits());
+
+    goOn.happen();
+
+    owner.finish();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "ended"));
+}
+
+TEST_F(EndingSubscriberTest, WaitsForACallbackThatHasSubscribedAnotherInItsPlace) {
+    ending->subscribe([this](int value) {
+        ending->unsubscribe();
+        ending->subscribe(returning(9));
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([] { EXPECT_EQ(signal(), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread owner([this] { end(); });
+    EXPECT_TRUE(owner.waitUntilItWaits());
+
+    goOn.happen();
+
+    owner.finish();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "register", "subscribe",
+                                                  "unsubscribe", "callback ends", "ended"));
+    EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(id(2))));
+}
+
+TEST_F(EndingSubscriberTest, UnsubscribesWhatARunningCallbackSubscribesMeanwhile) {
+    ending->subscribe([this, local = ending.get()](int value) {
+        local->unsubscribe();
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        local->subscribe(returning(9));
+        FakeKovan::note("callback ends");
+        return value;
+    });
+    OtherThread device([] { EXPECT_EQ(signal(), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread owner([this] { end(); });
+    EXPECT_TRUE(owner.waitUntilItWaits());
+
+    goOn.happen();
+
+    owner.finish();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "register", "subscribe",
+                                                  "callback ends", "unsubscribe", "ended"));
+}
+
+TEST_F(SignalSubscriberTest, LetsACallbackThatAFailureLeftUnsubscribeItWhileItIsReplaced) {
+    Event begun, goOn;
+    subscriber.subscribe([&](int value) {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        subscriber.unsubscribe();
+        return value;
+    });
+    subscriber.failsToUnsubscribe = true;
+    EXPECT_THROW(subscriber.unsubscribe(), std::domain_error);
+    subscriber.failsToUnsubscribe = false;
+    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread subscribing([this] { subscriber.subscribe(returning(9)); });
+    EXPECT_TRUE(subscribing.waitUntilItWaits());
+
+    goOn.happen();
+
+    subscribing.finish();
+    device.finish();
+    EXPECT_EQ(subscriber.signal(0), 9);
+}
+
+// Unsubscribes while memory runs out after so many allocations; false when it fails.
+bool unsubscribesWith(std::size_t allocations, TestSubscriber& subscriber) {
+    std::unique_ptr<NoMemory> noMemory;
+    subscriber.atUnsubscription = [&noMemory, allocations] { noMemory = std::make_unique<NoMemory>(allocations); };
+    try {
+        subscriber.unsubscribe();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+TEST_F(SignalSubscriberTest, StaysUsableWhereverUnregisteringItsCallbackFails) {
+    std::size_t allocations = 0;
+    for (bool succeeded = false; !succeeded; ++allocations) {
+        TestSubscriber failing;
+        failing.subscribe(returning(1));
+        succeeded = unsubscribesWith(allocations, failing);
+        EXPECT_EQ(failing.signal(0), succeeded ? -1 : 1) << "it is registered until the next subscription";
+        EXPECT_EQ(thrownDescription([&] { failing.unsubscribe(); }), "Not subscribed.");
+        failing.subscribe(returning(2));
+        EXPECT_EQ(failing.signal(0), 2);
+        failing.atUnsubscription = [] {};
+        failing.unsubscribe();
+        EXPECT_EQ(failing.signal(0), -1);
+    }
+    EXPECT_GT(allocations, 2U) << "it has not failed where it names itself to the register";
+}
+
 TEST_F(SignalSubscriberTest, LetsItsCallbackHandleOtherSubscribers) {
     TestSubscriber other;
     subscriber.subscribe([&other](int value) {
@@ -386,22 +589,32 @@ TEST_F(SignalSubscriberTest, LetsItsCallbackHandleOtherSubscribers) {
 TEST_F(SignalSubscriberTest, NeverCallsBackBehindItsEnd) {
     std::atomic<void*> current{nullptr};
     std::atomic<bool> done{false};
+    std::atomic<int> callsBehindTheEnd{0};
     OtherThread device([&] {
         while (!done) {
             UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(1, current);
         }
     });
     for (int i = 0; i < 300; ++i) {
-        int calls = 0; // of the device's thread alone, until the subscriber's end
+        std::atomic<int> calls{0};
+        std::atomic<bool> ended{false};
         {
             TestSubscriber local;
-            local.subscribe([&calls](int value) { return calls += value; });
+            local.subscribe([&](int value) {
+                ++calls;
+                std::this_thread::yield();
+                callsBehindTheEnd += ended ? 1 : 0;
+                return value;
+            });
             current = local.lastId();
+            EXPECT_TRUE(waitUntil([&calls] { return calls > 0; }));
         }
-        calls = -1;
+        ended = true;
         FakeKovan::forgetRecords();
     }
     done = true;
+    device.finish();
+    EXPECT_EQ(callsBehindTheEnd, 0);
 }
 
 TEST_F(SignalSubscriberTest, IsSubscribedByOneOfManyThreads) {

@@ -19,8 +19,8 @@ namespace Tests {
 class TestSubscriber : public Common::Utils::SignalSubscriber<int(int)> {
 public:
     ~TestSubscriber() override {
-        if (unsubscribesAtItsEnd && isSubscribed()) {
-            unsubscribe();
+        if (unsubscribesAtItsEnd) {
+            unsubscribeFinally();
         }
     }
 

@@ -1,4 +1,5 @@
 #include "support/AllocationMeter.h"
+#include "support/NoMemory.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,8 +9,24 @@ namespace {
 
 thread_local std::size_t allAllocated = 0;
 thread_local std::size_t largestAllocated = 0;
+thread_local bool memoryRunsOut = false;
+thread_local std::size_t allocationsLeft = 0;
+
+bool isMemoryLeft() noexcept {
+    if (!memoryRunsOut) {
+        return true;
+    }
+    if (allocationsLeft == 0) {
+        return false;
+    }
+    --allocationsLeft;
+    return true;
+}
 
 void* allocate(std::size_t size) noexcept {
+    if (!isMemoryLeft()) {
+        return nullptr;
+    }
     allAllocated += size;
     largestAllocated = std::max(largestAllocated, size);
     return std::malloc(size == 0 ? 1 : size);
@@ -55,6 +72,15 @@ std::size_t AllocationMeter::bytes() const {
 
 std::size_t AllocationMeter::largest() const {
     return largestAllocated;
+}
+
+NoMemory::NoMemory(std::size_t allocations) {
+    allocationsLeft = allocations;
+    memoryRunsOut = true;
+}
+
+NoMemory::~NoMemory() {
+    memoryRunsOut = false;
 }
 
 } // namespace Tests

@@ -18,11 +18,6 @@ std::vector<const UserDataItem*>& heldHere() {
     return held;
 }
 
-bool isHeldHere(const UserDataItem& item) {
-    const std::vector<const UserDataItem*>& held = heldHere();
-    return std::find(held.begin(), held.end(), &item) != held.end();
-}
-
 void* toPointer(int id) {
     return reinterpret_cast<void*>(static_cast<std::intptr_t>(id));
 }
@@ -65,20 +60,35 @@ void UserDataRegister::unregisterUserData(void* id) {
     mapLock.unlock();
 
     std::unique_lock<std::mutex> dataLock(item->dataMutex(), std::defer_lock);
-    if (!isHeldHere(*item)) {
+    if (!isCalledBackHere(*item)) {
         dataLock.lock();
     }
     item->removeData();
 }
 
-std::shared_ptr<UserDataItem> UserDataRegister::find(void* id) {
+std::shared_ptr<UserDataItem> UserDataRegister::getItem(void* id) {
     const std::lock_guard<std::mutex> mapLock(m_userDataMapMutex);
     const auto found = m_items.find(id);
-    if (found == m_items.end()) {
+    return found != m_items.end() ? found->second : nullptr;
+}
+
+std::shared_ptr<UserDataItem> UserDataRegister::find(void* id) {
+    std::shared_ptr<UserDataItem> item = getItem(id);
+    if (!item) {
         DAX_LOG(WRN) << "The callback is not registered or removed. ID:  " << id;
-        return nullptr;
     }
-    return found->second;
+    return item;
+}
+
+bool UserDataRegister::isCalledBackHere(const UserDataItem& item) {
+    const std::vector<const UserDataItem*>& held = heldHere();
+    return std::find(held.begin(), held.end(), &item) != held.end();
+}
+
+void UserDataRegister::awaitCallback(UserDataItem& item) {
+    if (!isCalledBackHere(item)) {
+        const std::lock_guard<std::mutex> dataLock(item.dataMutex());
+    }
 }
 
 UserDataRegister::UserDataLock::UserDataLock(void* id)

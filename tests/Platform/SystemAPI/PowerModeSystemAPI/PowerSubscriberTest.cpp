@@ -1,6 +1,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
 
 #include "PowerFixture.h"
+#include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
 namespace DAX {
@@ -72,6 +73,37 @@ TEST_F(PowerSubscriberTest, LogsAnExceptionAtItsEndAndLetsNoneOut) {
     }
     EXPECT_THAT(FakeKovan::messages("ERR"), ElementsAre(AllOf(StartsWith("Exception was caught in FailingSubscriber: "),
                                                               HasSubstr("the device is gone"))));
+}
+
+class FailingWrapper : public FailingSubscriber {
+public:
+    ~FailingWrapper() override { unsubscribeAtEnd("FailingWrapper"); }
+
+    void* id() const { return callbackId(); }
+
+private:
+    void* doRegisterCallback() override {
+        return registerWrapper("FailingWrapper", [this](int state) {
+            userCallback()();
+            return state;
+        });
+    }
+};
+
+TEST_F(PowerSubscriberTest, KeepsItsWrapperForARunningCallbackAfterAFailureToUnsubscribe) {
+    auto subscriber = std::make_unique<FailingWrapper>();
+    const auto ofTheCallback = std::make_shared<int>();
+    std::unique_ptr<OtherThread> owner;
+    long users = 0;
+    subscriber->subscribe([&owner, &subscriber, &users, ofTheCallback] {
+        owner = std::make_unique<OtherThread>([&subscriber] { subscriber.reset(); });
+        EXPECT_TRUE(owner->waitUntilItWaits());
+        users = ofTheCallback.use_count();
+    });
+    EXPECT_EQ((Common::Utils::UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(5, subscriber->id())), 5);
+    owner->finish();
+    EXPECT_EQ(users, 3) << "the test, the running callback, and the subscriber that it may come back to";
+    EXPECT_EQ(FakeKovan::countContaining("INF", "We need to unregister it."), 1);
 }
 
 } // namespace

@@ -34,13 +34,12 @@ protected:
     // For the destructor of each subclass.
     void unsubscribeAtEnd(const char* name) noexcept {
         try {
-            if (this->isSubscribed()) {
-                this->unsubscribe();
-            }
+            this->unsubscribeFinally();
         } catch (...) {
             DAX_LOG(ERR) << "Exception was caught in " << name << ": "
                          << boost::current_exception_diagnostic_information(true);
         }
+        this->unregisterFinally(name); // the wrapper goes before the base class does
     }
 
 private:

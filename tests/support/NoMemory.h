@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+namespace DAX {
+namespace Tests {
+
+// While it lives, the calling thread's operator new fails, but for the first `allocations`. For a test program that
+// links the target AllocationMeter. One at a time in a thread.
+class NoMemory {
+public:
+    explicit NoMemory(std::size_t allocations = 0);
+    ~NoMemory();
+    NoMemory(const NoMemory&) = delete;
+    NoMemory& operator=(const NoMemory&) = delete;
+};
+
+} // namespace Tests
+} // namespace DAX
