@@ -1,20 +1,22 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include <boost/chrono/system_clocks.hpp>
 #include <boost/exception_ptr.hpp>
 #include <boost/thread/condition_variable.hpp>
 #include <boost/thread/thread.hpp>
-#include <mutex>
 
 namespace DAX {
 namespace Common {
 namespace Utils {
 
 // Runs one stored action on a thread of its own when a deadline passes, unless it is cancelled first. The action runs
-// with the trigger's recursive mutex held: cancelling waits for a running action. One owner arms and cancels.
+// with the trigger's recursive mutex held: cancelling waits for a running action. One owner arms and cancels; the
+// action may do so, too, and may destroy the trigger.
 class DelayedTrigger {
 public:
     // Starts the waiting thread, which takes the name `name` and " DelayedTrigger".
@@ -31,17 +33,22 @@ public:
     void throwIfException();
 
 private:
-    void waitThreadMethod(const std::string& name);
-    void waitForActions();
+    // What the waiting thread shares with its owner: it is there until both have gone.
+    struct State {
+        std::recursive_mutex mutex; // guards the rest
+        boost::condition_variable_any condition;
+        bool triggered = false;
+        boost::chrono::steady_clock::time_point deadline;
+        std::function<void()> action;
+        boost::exception_ptr exception;
+    };
+
+    static void waitThreadMethod(State& state, const std::string& name);
+    static void waitForActions(State& state);
 
     std::string m_name;
+    std::shared_ptr<State> m_state = std::make_shared<State>();
     boost::thread m_thread;
-    std::recursive_mutex m_mutex;
-    boost::condition_variable_any m_condition;
-    bool m_triggered = false;
-    boost::chrono::steady_clock::time_point m_deadline;
-    std::function<void()> m_action;
-    boost::exception_ptr m_exception;
 };
 
 } // namespace Utils

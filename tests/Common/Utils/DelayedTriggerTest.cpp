@@ -1,13 +1,20 @@
+#include <algorithm>
 #include <atomic>
 #include <future>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <boost/exception/get_error_info.hpp>
+#include <boost/filesystem/operations.hpp>
 
 #include "Common/Utils/DelayedTrigger.h"
 #include "Debug/DebugCommon/DebugThreadName.h"
+#include "TimedWaits.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 #include "support/Event.h"
@@ -100,6 +107,30 @@ TEST(DelayedTriggerTest, TakesTheNewestActionAndItsDeadline) {
     EXPECT_FALSE(olderRan);
 }
 
+// The older action goes with the trigger's mutex held, so the waiting thread cannot see the newer one before its time
+// has run out.
+TEST(DelayedTriggerTest, WaitsForTheNewDeadlineWhenItIsArmedAgainWhileItTimesOut) {
+    const std::chrono::milliseconds NEW_DELAY(300);
+    DelayedTrigger trigger("bus");
+    Event done;
+    std::chrono::steady_clock::time_point ran;
+    const int begunBefore = begunTimedWaits();
+    const int before = timedOutWaits();
+    std::shared_ptr<void> untilTimedOut(
+        nullptr, [before](void*) { EXPECT_TRUE(waitUntil([before] { return timedOutWaits() > before; })); });
+    trigger.arm(milliseconds(200), [held = std::move(untilTimedOut)] {});
+    ASSERT_TRUE(waitUntil([begunBefore] { return begunTimedWaits() > begunBefore; }));
+
+    const auto armed = std::chrono::steady_clock::now();
+    trigger.arm(milliseconds(NEW_DELAY.count()), [&] {
+        ran = std::chrono::steady_clock::now();
+        done.happen();
+    });
+
+    ASSERT_TRUE(done.wait());
+    EXPECT_GE(ran - armed, NEW_DELAY);
+}
+
 TEST(DelayedTriggerTest, LetsTheActionCallBackIntoIt) {
     Event second;
     DelayedTrigger trigger("bus");
@@ -139,6 +170,61 @@ TEST(DelayedTriggerTest, DestroyingItEndsTheThreadWithoutTheActionAndWithoutAWor
     }
     EXPECT_FALSE(ran);
     EXPECT_TRUE(FakeKovan::journal().empty());
+}
+
+int threads() {
+    const boost::filesystem::directory_iterator tasks("/proc/self/task");
+    return static_cast<int>(std::distance(tasks, boost::filesystem::directory_iterator()));
+}
+
+// A trigger in memory that holds nothing but garbage once it is gone.
+class MortalTrigger {
+public:
+    ~MortalTrigger() {
+        EXPECT_TRUE(waitUntil([this] { return threads() == m_threads; }));
+    }
+
+    DelayedTrigger& operator*() { return *m_trigger; }
+
+    void destroy() {
+        m_trigger->~DelayedTrigger();
+        std::fill(std::begin(m_memory), std::end(m_memory), 0xFF);
+    }
+
+private:
+    const int m_threads = threads();
+    alignas(DelayedTrigger) unsigned char m_memory[sizeof(DelayedTrigger)];
+    DelayedTrigger* const m_trigger = new (m_memory) DelayedTrigger("bus");
+};
+
+TEST(DelayedTriggerTest, MayBeDestroyedByItsAction) {
+    bool secondRan = false;
+    {
+        MortalTrigger trigger;
+        Event destroyed;
+        (*trigger).arm(AT_ONCE, [&] {
+            (*trigger).arm(AT_ONCE, [&secondRan] { secondRan = true; });
+            trigger.destroy();
+            destroyed.happen();
+        });
+        ASSERT_TRUE(destroyed.wait());
+    }
+    EXPECT_FALSE(secondRan);
+    EXPECT_TRUE(FakeKovan::messages("FTL").empty());
+}
+
+TEST(DelayedTriggerTest, LogsTheFailureOfAnActionThatDestroyedIt) {
+    {
+        MortalTrigger trigger;
+        Event destroyed;
+        (*trigger).arm(AT_ONCE, [&] {
+            trigger.destroy();
+            destroyed.happen();
+            DAX_THROW(GenericException(), "bad action");
+        });
+        ASSERT_TRUE(destroyed.wait());
+    }
+    EXPECT_EQ(FakeKovan::countContaining("FTL", "Exception caught in DelayedTrigger(bus) waiting thread: "), 1);
 }
 
 TEST(DelayedTriggerTest, IsDestroyedWholeInAThreadThatIsToBeInterrupted) {
@@ -214,6 +300,14 @@ TEST_F(FailedDelayedTriggerTest, AddsTheRethrowingPlaceToTheFailure) {
     const std::string newest = added.substr(0, added.find('\n'));
     EXPECT_THAT(newest,
                 MatchesRegex(" -> .*DelayedTrigger::throwIfException\\(\\) \\(/.*/DelayedTrigger\\.cpp:[0-9]+\\) "));
+}
+
+TEST_F(FailedDelayedTriggerTest, AddsNothingToTheStoredFailureWhenItRethrowsIt) {
+    const std::string first = rethrown([this] { m_trigger->cancel(); });
+    const std::string second = rethrown([this] { m_trigger->cancel(); });
+
+    EXPECT_EQ(second, first);
+    EXPECT_EQ(first.find('\n'), std::string::npos) << first;
 }
 
 TEST_F(FailedDelayedTriggerTest, LogsTheFailureOnceMoreWhenItIsDestroyed) {

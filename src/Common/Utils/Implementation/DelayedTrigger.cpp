@@ -15,78 +15,92 @@ namespace {
 
 using Lock = std::unique_lock<std::recursive_mutex>;
 
+// One with tags of its own: a text that is added to it stays out of the stored one.
+boost::exception_ptr copyOf(const boost::exception_ptr& exception) {
+    try {
+        boost::rethrow_exception(exception);
+    } catch (...) {
+        return boost::current_exception();
+    }
+}
+
 } // namespace
 
 DelayedTrigger::DelayedTrigger(const std::string& name) : m_name(name) {
-    m_thread = boost::thread([this, name] { waitThreadMethod(name); });
+    m_thread = boost::thread([state = m_state, name] { waitThreadMethod(*state, name); });
 }
 
 DelayedTrigger::~DelayedTrigger() {
     boost::this_thread::disable_interruption uninterrupted;
     m_thread.interrupt();
     if (m_thread.get_id() == boost::this_thread::get_id()) {
+        m_thread.detach(); // it ends behind its action
         return;
     }
     m_thread.join();
-    if (m_exception) {
+    if (m_state->exception) {
         DAX_LOG(FTL) << "Exception was caught in DelayedTrigger(" << m_name
-                     << "): " << boost::diagnostic_information(m_exception);
+                     << "): " << boost::diagnostic_information(m_state->exception);
     }
 }
 
 void DelayedTrigger::arm(boost::chrono::milliseconds delay, std::function<void()> action) {
     {
-        Lock lock(m_mutex);
+        Lock lock(m_state->mutex);
         throwIfException();
-        m_triggered = true;
-        m_deadline = boost::chrono::steady_clock::now() + delay;
-        m_action = std::move(action);
+        m_state->triggered = true;
+        m_state->deadline = boost::chrono::steady_clock::now() + delay;
+        m_state->action = std::move(action);
     }
-    m_condition.notify_all();
+    m_state->condition.notify_all();
 }
 
 void DelayedTrigger::cancel() {
     {
-        Lock lock(m_mutex);
+        Lock lock(m_state->mutex);
         throwIfException();
-        m_triggered = false;
-        m_action = nullptr;
+        m_state->triggered = false;
+        m_state->action = nullptr;
     }
-    m_condition.notify_all();
+    m_state->condition.notify_all();
 }
 
 void DelayedTrigger::throwIfException() {
-    Lock lock(m_mutex);
-    if (m_exception) {
-        rethrowWithText(m_exception, [function = BOOST_CURRENT_FUNCTION](std::ostream& text) {
+    Lock lock(m_state->mutex);
+    if (m_state->exception) {
+        rethrowWithText(copyOf(m_state->exception), [function = BOOST_CURRENT_FUNCTION](std::ostream& text) {
             text << " -> " << function << " (" << __FILE__ << ":" << __LINE__ << ") ";
         });
     }
 }
 
-void DelayedTrigger::waitThreadMethod(const std::string& name) {
+void DelayedTrigger::waitThreadMethod(State& state, const std::string& name) {
     try {
         Debug::ThreadDebug::SetThreadName((name + " DelayedTrigger").c_str());
-        waitForActions();
+        waitForActions(state);
     } catch (const boost::thread_interrupted&) {
     } catch (...) {
         DAX_LOG(FTL) << "Exception caught in DelayedTrigger(" << name
                      << ") waiting thread: " << boost::current_exception_diagnostic_information(true);
-        Lock lock(m_mutex);
-        m_exception = boost::current_exception();
+        Lock lock(state.mutex);
+        state.exception = boost::current_exception();
     }
 }
 
-void DelayedTrigger::waitForActions() {
+void DelayedTrigger::waitForActions(State& state) {
+    using boost::chrono::steady_clock;
     for (;;) {
-        Lock lock(m_mutex);
-        m_condition.wait(lock, [this] { return m_triggered; });
-        const auto expired = boost::cv_status::timeout;
-        while (m_triggered && m_condition.wait_until(lock, m_deadline) != expired) {
+        Lock lock(state.mutex);
+        state.condition.wait(lock, [&state] { return state.triggered; });
+        // A wait that timed out says nothing of the deadline: it may be another by now.
+        while (state.triggered && steady_clock::now() < state.deadline) {
+            const steady_clock::time_point deadline = state.deadline;
+            state.condition.wait_until(lock, deadline);
         }
-        if (m_triggered) {
-            const std::function<void()> action = std::move(m_action);
-            m_triggered = false;
+        if (state.triggered) {
+            boost::this_thread::interruption_point();
+            const std::function<void()> action = std::move(state.action);
+            state.triggered = false;
             action();
         }
     }
