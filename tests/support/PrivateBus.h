@@ -1,15 +1,31 @@
 #pragma once
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include <sys/types.h>
 
 namespace DAX {
 namespace Tests {
 
-// A message bus of the test's own: a dbus-daemon on a socket in a temporary folder, with everything allowed and its
-// limits raised. The constructor returns when the bus can be connected to; the destructor ends the daemon and waits for
-// it. The daemon ends as well when the thread that made it dies.
+// What a system bus allows and how much of it: the distribution's own rules, and the bus daemon's own limits.
+struct SystemBusRules {
+    // Files such as packages bring for the system bus; their rules follow the distribution's in this order. Whoever
+    // runs the tests stands for root: a rule for the user "root" is one for that user.
+    std::vector<std::string> policies;
+
+    // The limits that differ, by the name that the bus daemon has for them: {"max_completed_connections", 5000}.
+    std::map<std::string, unsigned int> limits;
+
+    // With the daemon's packaged policy, and one for the core that lets root alone own and call it.
+    static SystemBusRules ofDevice(std::map<std::string, unsigned int> limits = {});
+};
+
+// A message bus of the test's own: a dbus-daemon on a socket in a temporary folder. By default everything is allowed
+// and the limits are raised; with rules it is as strict as a system bus, and every user of the machine can connect to
+// it. The constructor returns when the bus can be connected to; the destructor ends the daemon and waits for it. The
+// daemon ends as well when the thread that made it dies.
 //
 // libdbus reads the bus addresses once per process. So the folder is made once per process, all system buses that one
 // process makes one after the other have the same address, and so have all session buses. Both
@@ -23,6 +39,7 @@ public:
     enum class Kind { SYSTEM, SESSION };
 
     explicit PrivateBus(Kind kind = Kind::SYSTEM, unsigned int serviceStartTimeoutMs = 25000);
+    explicit PrivateBus(const SystemBusRules& rules);
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
     ~PrivateBus();
@@ -37,6 +54,9 @@ public:
     pid_t pid() const { return m_pid; }
 
 private:
+    // Starts the daemon of the kind; `rules` are the policies and limits of its configuration.
+    void start(Kind kind, const std::string& rules);
+
     std::string m_address;
     std::string m_services; // the folder of the activation files
     pid_t m_pid = 0;

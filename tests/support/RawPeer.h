@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <dbus/dbus.h>
+#include <sys/types.h>
 
 namespace DAX {
 namespace Tests {
@@ -43,6 +44,11 @@ public:
     static constexpr std::chrono::milliseconds DEFAULT_BOUND{20000};
 
     explicit RawPeer(DBusBusType type = DBUS_BUS_SYSTEM);
+
+    // A peer of the user "nobody" in these groups, which the bus gives that user's rights for good: it looks at who
+    // makes the connection, and this process is that user for as long as that takes. For tests that run as root, on a
+    // bus that has rules.
+    static RawPeer ofNobody(const std::vector<gid_t>& groups = {});
 
     // Its unique name.
     std::string name() const;

@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -56,18 +58,8 @@ std::string limit(const std::string& name, unsigned int value) {
     return "  <limit name=\"" + name + "\">" + std::to_string(value) + "</limit>\n";
 }
 
-std::string config(const std::string& address, const std::string& services, unsigned int serviceStartTimeoutMs) {
-    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-           "<busconfig>\n"
-           "  <listen>" +
-           address +
-           "</listen>\n"
-           "  <auth>EXTERNAL</auth>\n"
-           "  <servicedir>" +
-           services +
-           "</servicedir>\n"
-           "  <policy context=\"default\">\n"
+std::string everythingAllowed(unsigned int serviceStartTimeoutMs) {
+    return "  <policy context=\"default\">\n"
            "    <allow user=\"*\"/>\n"
            "    <allow own=\"*\"/>\n"
            "    <allow send_destination=\"*\"/>\n" // but no reply that nobody waits for, as on the system bus
@@ -81,7 +73,27 @@ std::string config(const std::string& address, const std::string& services, unsi
            limit("max_pending_service_starts", 100000) + limit("max_names_per_connection", 100000) +
            limit("max_match_rules_per_connection", 100000) + limit("max_replies_per_connection", 100000) +
            limit("max_incoming_bytes", 1000000000) + limit("max_outgoing_bytes", 1000000000) +
-           limit("max_message_size", 134217728) + "</busconfig>\n";
+           limit("max_message_size", 134217728);
+}
+
+std::string config(const std::string& address, const std::string& services, const std::string& rules) {
+    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+           "<busconfig>\n"
+           "  <listen>" +
+           address +
+           "</listen>\n"
+           "  <auth>EXTERNAL</auth>\n"
+           "  <servicedir>" +
+           services + "</servicedir>\n" + rules + "</busconfig>\n";
+}
+
+std::string textOf(const fs::path& path) {
+    std::ostringstream text;
+    if (!(text << std::ifstream(path).rdbuf())) {
+        throw std::runtime_error("cannot read " + path.string());
+    }
+    return text.str();
 }
 
 void write(const fs::path& path, const std::string& text) {
@@ -90,6 +102,37 @@ void write(const fs::path& path, const std::string& text) {
     if (!file) {
         throw std::runtime_error("cannot write " + path.string());
     }
+}
+
+// The policy with who runs the test in root's place.
+std::string withRootPlayedByUs(std::string policy) {
+    const std::string root = "user=\"root\"";
+    const std::string us = "user=\"" + std::to_string(geteuid()) + "\"";
+    for (auto at = policy.find(root); at != std::string::npos; at = policy.find(root, at + us.size())) {
+        policy.replace(at, root.size(), us);
+    }
+    return policy;
+}
+
+// Copies the policies into the folder of the buses.
+std::string included(const std::vector<std::string>& policies) {
+    std::string includes;
+    for (const fs::path policy : policies) {
+        const fs::path copy = BusFolder::path() / ("policy-" + policy.filename().string());
+        write(copy, withRootPlayedByUs(textOf(policy)));
+        includes += "  <include>" + copy.string() + "</include>\n";
+    }
+    return includes;
+}
+
+std::string rulesText(const SystemBusRules& rules) {
+    std::vector<std::string> policies = {std::string(BUS_POLICIES) + "/distribution.conf"};
+    policies.insert(policies.end(), rules.policies.begin(), rules.policies.end());
+    std::string text = "  <type>system</type>\n" + included(policies);
+    for (const auto& [name, value] : rules.limits) {
+        text += limit(name, value);
+    }
+    return text;
 }
 
 // setpriv gives the daemon a signal for the death of this thread and becomes the daemon.
@@ -125,7 +168,22 @@ bool waitForAddress(int addressPipe) {
 
 } // namespace
 
+SystemBusRules SystemBusRules::ofDevice(std::map<std::string, unsigned int> limits) {
+    return {{std::string(PACKAGING) + "/org.kovan.tv.dax.service.servicemanager.conf",
+             std::string(BUS_POLICIES) + "/org.kovan.tv.dax.core.TV.conf"},
+            std::move(limits)};
+}
+
 PrivateBus::PrivateBus(Kind kind, unsigned int serviceStartTimeoutMs) {
+    start(kind, everythingAllowed(serviceStartTimeoutMs));
+}
+
+PrivateBus::PrivateBus(const SystemBusRules& rules) {
+    fs::permissions(BusFolder::path(), fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add);
+    start(Kind::SYSTEM, rulesText(rules));
+}
+
+void PrivateBus::start(Kind kind, const std::string& rules) {
     const std::string name = kind == Kind::SYSTEM ? "system" : "session";
     const fs::path base = BusFolder::path() / name;
     m_address = "unix:path=" + base.string();
@@ -134,7 +192,7 @@ PrivateBus::PrivateBus(Kind kind, unsigned int serviceStartTimeoutMs) {
     fs::remove_all(m_services);
     fs::create_directory(m_services);
     const std::string configPath = base.string() + ".conf";
-    write(configPath, config(m_address, m_services, serviceStartTimeoutMs));
+    write(configPath, config(m_address, m_services, rules));
 
     std::array<int, 2> addressPipe{};
     if (pipe2(addressPipe.data(), O_CLOEXEC) != 0) {

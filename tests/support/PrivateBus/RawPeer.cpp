@@ -1,8 +1,13 @@
 #include "support/RawPeer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
+
+#include <grp.h>
+#include <unistd.h>
 
 #include "support/WaitUntil.h"
 
@@ -25,6 +30,29 @@ public:
 
 private:
     DBusError m_error;
+};
+
+// This process is of nobody's user and group, and in the groups, while the object lives.
+class Nobody {
+public:
+    explicit Nobody(const std::vector<gid_t>& groups) : m_groups(static_cast<std::size_t>(getgroups(0, nullptr))) {
+        m_groups.resize(static_cast<std::size_t>(getgroups(static_cast<int>(m_groups.size()), m_groups.data())));
+        if (setgroups(groups.size(), groups.data()) != 0 || setegid(NOBODY) != 0 || seteuid(NOBODY) != 0) {
+            throw std::system_error(errno, std::generic_category(), "cannot become nobody");
+        }
+    }
+    ~Nobody() {
+        if (seteuid(0) != 0 || setegid(getgid()) != 0 || setgroups(m_groups.size(), m_groups.data()) != 0) {
+            _exit(255);
+        }
+    }
+    Nobody(const Nobody&) = delete;
+    Nobody& operator=(const Nobody&) = delete;
+
+private:
+    static constexpr uid_t NOBODY = 65534;
+
+    std::vector<gid_t> m_groups; // before
 };
 
 int millisecondsUntil(Clock::time_point deadline) {
@@ -62,6 +90,11 @@ RawPeer::RawPeer(DBusBusType type) {
     m_connection.reset(dbus_bus_get_private(type, error.get()));
     error.throwIfSet();
     dbus_connection_set_exit_on_disconnect(m_connection.get(), false);
+}
+
+RawPeer RawPeer::ofNobody(const std::vector<gid_t>& groups) {
+    const Nobody nobody(groups);
+    return RawPeer();
 }
 
 std::string RawPeer::name() const {

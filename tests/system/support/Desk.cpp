@@ -52,6 +52,14 @@ bool hasEnded(pid_t pid) {
 }
 
 Desk::Desk(const std::string& daemonOptions) {
+    setUp(daemonOptions);
+}
+
+Desk::Desk(const std::string& daemonOptions, const SystemBusRules& rules) : m_bus(rules) {
+    setUp(daemonOptions);
+}
+
+void Desk::setUp(const std::string& daemonOptions) {
     setenv("KOVAN_DLOG", "none", 1);                       // of this process; what is on the desk logs to its own files
     std::filesystem::create_directories(root / PARTITION); // which every device has
     m_bus.addService(DAEMON_NAME, execLine(root, DAEMON_LOG, "DAXService " + daemonOptions));

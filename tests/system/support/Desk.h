@@ -21,6 +21,9 @@ class Desk {
 public:
     // `daemonOptions` stand behind the daemon's name in its activation file.
     explicit Desk(const std::string& daemonOptions = "");
+
+    // On a bus with the rules of a device.
+    Desk(const std::string& daemonOptions, const SystemBusRules& rules);
     ~Desk();
     Desk(const Desk&) = delete;
     Desk& operator=(const Desk&) = delete;
@@ -70,6 +73,9 @@ private:
     static const char* const DAEMON_NAME;
     static const char* const CORE_NAME;
     static const char* const DAEMON_LOG;
+
+    // Everything on the desk that is the same on every bus.
+    void setUp(const std::string& daemonOptions);
 
     pid_t ownerOf(const std::string& name);
     void killOwner(const std::string& name);
