@@ -104,13 +104,16 @@ void write(const fs::path& path, const std::string& text) {
     }
 }
 
-// The policy with who runs the test in root's place.
-std::string withRootPlayedByUs(std::string policy) {
-    const std::string root = "user=\"root\"";
-    const std::string us = "user=\"" + std::to_string(geteuid()) + "\"";
-    for (auto at = policy.find(root); at != std::string::npos; at = policy.find(root, at + us.size())) {
-        policy.replace(at, root.size(), us);
+void replaceAll(std::string& text, const std::string& what, const std::string& by) {
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+        text.replace(at, what.size(), by);
     }
+}
+
+// The policy with who runs the test in root's place, and DAX_GROUP in that of its own group.
+std::string cast(std::string policy) {
+    replaceAll(policy, "user=\"root\"", "user=\"" + std::to_string(geteuid()) + "\"");
+    replaceAll(policy, "group=\"dax\"", std::string("group=\"") + SystemBusRules::DAX_GROUP + "\"");
     return policy;
 }
 
@@ -119,7 +122,7 @@ std::string included(const std::vector<std::string>& policies) {
     std::string includes;
     for (const fs::path policy : policies) {
         const fs::path copy = BusFolder::path() / ("policy-" + policy.filename().string());
-        write(copy, withRootPlayedByUs(textOf(policy)));
+        write(copy, cast(textOf(policy)));
         includes += "  <include>" + copy.string() + "</include>\n";
     }
     return includes;

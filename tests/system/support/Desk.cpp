@@ -112,6 +112,18 @@ std::unique_ptr<Service::IServiceManager> Desk::connect() const {
         .create();
 }
 
+std::string Desk::uniqueNameOfDaemon() {
+    const RawMessage call(
+        dbus_message_new_method_call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetNameOwner"));
+    dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &DAEMON_NAME, DBUS_TYPE_INVALID);
+    const RawMessage reply = m_observer.call(*call);
+    const char* name = "";
+    if (reply) {
+        dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
+    }
+    return name;
+}
+
 pid_t Desk::ownerOf(const std::string& name) {
     RawMessage call(dbus_message_new_method_call("org.freedesktop.DBus", "/", "org.freedesktop.DBus",
                                                  "GetConnectionUnixProcessID"));

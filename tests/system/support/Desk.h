@@ -49,6 +49,9 @@ public:
     bool waitForNoDaemon() { return m_observer.waitForNameOwner(DAEMON_NAME, false); }
     bool waitForNoCore() { return m_observer.waitForNameOwner(CORE_NAME, false); }
 
+    // The unique name of the daemon's connection; empty when there is none.
+    std::string uniqueNameOfDaemon();
+
     // Ends a process of the desk by a signal and waits until its name is free.
     void killDaemon();
     void killCore();
