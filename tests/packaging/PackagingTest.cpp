@@ -16,16 +16,21 @@ using DAX::Tests::TemporaryRoot;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 namespace {
 
 const std::string NAME = CONNECTION_NAME;
 const std::string POLICY = std::string(PACKAGING) + "/" + NAME + ".conf";
 
-std::string packaged(const std::string& file) {
+std::string textOf(const std::string& path) {
     std::ostringstream text;
-    text << std::ifstream(std::string(BUILD_FOLDER) + "/packaging/" + file).rdbuf();
+    text << std::ifstream(path).rdbuf();
     return text.str();
+}
+
+std::string packaged(const std::string& file) {
+    return textOf(std::string(BUILD_FOLDER) + "/packaging/" + file);
 }
 
 // The value of "KEY=value".
@@ -92,7 +97,7 @@ TEST(PackagingTest, BusStartsTheDaemonByItsName) {
 TEST(PackagingTest, UnitRunsTheSameCommandUnderTheSameName) {
     const std::string unit = packaged("DAXService.service");
 
-    EXPECT_EQ("dbus", valueOf("Type", unit));
+    EXPECT_EQ("exec", valueOf("Type", unit)); // one of "dbus" would be stopped when the name is given back
     EXPECT_EQ(NAME, valueOf("BusName", unit));
     EXPECT_EQ(valueOf("Exec", packaged(NAME + ".service")), valueOf("ExecStart", unit));
     EXPECT_EQ("main", valueOf("NotifyAccess", unit));
@@ -102,6 +107,26 @@ TEST(PackagingTest, UnitRunsTheSameCommandUnderTheSameName) {
 TEST(PackagingTest, NothingIsLeftToFillIn) {
     EXPECT_THAT(packaged(NAME + ".service"), Not(HasSubstr("@")));
     EXPECT_THAT(packaged("DAXService.service"), Not(HasSubstr("@")));
+}
+
+TEST(PackagingTest, MakesTheGroupOfThePolicy) {
+    const TemporaryRoot root;
+    root.write("etc/group", "");
+    const FinishedRun run = DAX::Tests::run(
+        {{"sh", "-c", "command -v systemd-sysusers || exit 9; exec systemd-sysusers --root=\"$0\" \"$1\"",
+          root.path().string(), std::string(PACKAGING) + "/dax.conf"},
+         {},
+         {},
+         {}});
+    if (run.end == ProcessEnd::exited(9)) {
+        GTEST_SKIP() << "this machine has no systemd-sysusers";
+    }
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "needs root, to make a group under a root folder";
+    }
+    EXPECT_EQ(ProcessEnd::exited(0), run.end) << run.errors;
+    EXPECT_THAT(root.read("etc/group"), StartsWith("dax:"));
+    EXPECT_THAT(textOf(POLICY), HasSubstr("<policy group=\"dax\">"));
 }
 
 TEST(PackagingTest, PolicyLetsRootAloneOwnTheName) {
