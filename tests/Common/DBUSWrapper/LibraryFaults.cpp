@@ -1,5 +1,6 @@
 #include "LibraryFaults.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <mutex>
@@ -7,6 +8,7 @@
 #include <utility>
 
 #include <dbus/dbus.h>
+#include <poll.h>
 #include <pthread.h>
 
 namespace DAX {
@@ -14,7 +16,7 @@ namespace Tests {
 namespace {
 
 thread_local std::string faultyFunction;
-thread_local int replyTimeoutMs = 0;
+thread_local int longestWaitMs = 0;
 std::atomic<int> threadInits{0};
 std::mutex matchMutex; // guards matchChanges
 std::vector<std::string> matchChanges;
@@ -38,8 +40,8 @@ void failNext(const std::string& function) {
     faultyFunction = function;
 }
 
-int lastReplyTimeoutMs() {
-    return replyTimeoutMs;
+int takeLongestWaitMs() {
+    return std::exchange(longestWaitMs, 0);
 }
 
 std::vector<std::string> takeMatchChanges() {
@@ -91,15 +93,6 @@ dbus_bool_t __wrap_dbus_connection_send(DBusConnection* connection, DBusMessage*
     return !fails("dbus_connection_send") && __real_dbus_connection_send(connection, message, serial);
 }
 
-DBusMessage* __real_dbus_connection_send_with_reply_and_block(DBusConnection*, DBusMessage*, int, DBusError*);
-DBusMessage* __wrap_dbus_connection_send_with_reply_and_block(DBusConnection* connection, DBusMessage* message,
-                                                              int timeoutMs, DBusError* error) {
-    DAX::Tests::replyTimeoutMs = timeoutMs;
-    return fails("dbus_connection_send_with_reply_and_block")
-               ? nullptr
-               : __real_dbus_connection_send_with_reply_and_block(connection, message, timeoutMs, error);
-}
-
 DBusMessage* __real_dbus_message_new_method_call(const char*, const char*, const char*, const char*);
 DBusMessage* __wrap_dbus_message_new_method_call(const char* bus, const char* path, const char* interfaceName,
                                                  const char* method) {
@@ -132,6 +125,12 @@ dbus_bool_t __real_dbus_message_iter_close_container(DBusMessageIter*, DBusMessa
 dbus_bool_t __wrap_dbus_message_iter_close_container(DBusMessageIter* iterator, DBusMessageIter* container) {
     const bool failed = fails("dbus_message_iter_close_container");
     return __real_dbus_message_iter_close_container(iterator, container) && !failed;
+}
+
+int __real_poll(pollfd*, nfds_t, int);
+int __wrap_poll(pollfd* descriptors, nfds_t count, int timeoutMs) {
+    DAX::Tests::longestWaitMs = std::max(DAX::Tests::longestWaitMs, timeoutMs);
+    return __real_poll(descriptors, count, timeoutMs);
 }
 
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);

@@ -13,8 +13,8 @@ namespace Tests {
 // to fail, throws std::runtime_error.
 void failNext(const std::string& function);
 
-// With which time-out this thread last waited for a reply, in milliseconds.
-int lastReplyTimeoutMs();
+// The longest time-out of a poll of this thread since the last question, in milliseconds.
+int takeLongestWaitMs();
 
 // The changes of match rules by any thread since the last question, oldest first: "add <rule>", "remove <rule>". With
 // an error object, for whose sake the library would wait for the answer of the bus, " and wait" follows.

@@ -1,8 +1,6 @@
 #include "Common/DBUSWrapper/Implementation/CDBUSProxy.h"
 
-#include <algorithm>
-#include <array>
-#include <limits>
+#include <chrono>
 #include <random>
 
 #include <boost/assert.hpp>
@@ -67,6 +65,7 @@ CDBUSProxy::CDBUSProxy(const std::string& objectPath, const std::string& interfa
     DAX_LOG(INF) << "New DBUSProxy for object: " << m_objectPath << ", interface: " << m_interfaceName
                  << ". Created connection: " << dbus_bus_get_unique_name(m_dbusConnectionHandle.get());
     dbus_connection_set_exit_on_disconnect(m_dbusConnectionHandle.get(), false);
+    m_channel = std::make_unique<CallChannel>(*m_dbusConnectionHandle);
 }
 
 std::string CDBUSProxy::getProxyUniqueId() {
@@ -122,16 +121,14 @@ void CDBUSProxy::throwIfNotCallable(const std::string& method) const {
 }
 
 DBUSMessageHandle CDBUSProxy::sendAndWait(DBusMessage& message) const {
-    const unsigned int longestMs = std::numeric_limits<int>::max();
-    const int timeoutMs = static_cast<int>(std::min(m_callTimeoutMs.value_or(DEFAULT_CALL_TIMEOUT_MS), longestMs));
+    const std::chrono::milliseconds timeout(m_callTimeoutMs.value_or(DEFAULT_CALL_TIMEOUT_MS));
     DBUSError error;
-    DBUSMessageHandle reply(
-        dbus_connection_send_with_reply_and_block(m_dbusConnectionHandle.get(), &message, timeoutMs, error.get()));
+    DBUSMessageHandle reply = m_channel->call(message, timeout, error);
     if (reply != nullptr) {
         return reply;
     }
     if (!error.isSet()) {
-        DAX_THROW(DBUSMemoryError(), "There is neither a reply nor an error.");
+        DAX_THROW(DBUSMemoryError(), "There is no memory for sending the call.");
     }
     if (error.hasName(DBUS_ERROR_TIMED_OUT)) {
         DAX_THROW(RemoteObjectActivationTimedOut(), error.message());

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <memory>
 #include <sstream>
 #include <string>
 
 #include <boost/optional.hpp>
 
 #include "Common/DBUSWrapper/IDBUSProxy.h"
+#include "Common/DBUSWrapper/Implementation/CallChannel.h"
 #include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 
@@ -38,6 +40,7 @@ private:
     boost::optional<unsigned int> m_activationTimeoutMs;
     boost::optional<unsigned int> m_callTimeoutMs;
     int m_id;
+    std::unique_ptr<CallChannel> m_channel; // goes before the connection
 };
 
 } // namespace DBUSWrapper

@@ -1,0 +1,179 @@
+#include "Common/DBUSWrapper/Implementation/CallChannel.h"
+
+#include <algorithm>
+#include <limits>
+
+#include <poll.h>
+
+#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Utility/Utils/ErrInfoStream.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+namespace {
+
+// How long a call empties the connection before it goes out, when there is no end of what comes.
+const auto LONGEST_BACKLOG = std::chrono::milliseconds(100);
+
+// After so many looks at one connection the reader turns to the others, and lets a call begin. Each look reads some
+// kilobytes.
+const int READS_PER_TURN = 64;
+
+const char CLOSED[] = "Connection is closed";
+const char DISCONNECTED[] = "Connection was disconnected before a reply was received";
+const char NO_REPLY[] = "Did not receive a reply. Possible causes include: the remote application did not send a "
+                        "reply, the message bus security policy blocked the reply, the reply timeout expired, or the "
+                        "network connection was broken.";
+
+// Every kind of message can have the field for the serial that it answers.
+bool isReplyTo(DBusMessage& message, dbus_uint32_t serial) {
+    const int type = dbus_message_get_type(&message);
+    return dbus_message_get_reply_serial(&message) == serial &&
+           (type == DBUS_MESSAGE_TYPE_METHOD_RETURN || type == DBUS_MESSAGE_TYPE_ERROR);
+}
+
+int descriptorOf(DBusConnection& connection) {
+    int fd = -1;
+    if (!dbus_connection_get_unix_fd(&connection, &fd)) {
+        DAX_THROW(DBUSWrapperExceptions::ErrorConnectingToDBUS(), CLOSED);
+    }
+    return fd;
+}
+
+} // namespace
+
+// The connection is the caller's while this object lives.
+class CallChannel::Turn {
+public:
+    explicit Turn(CallChannel& channel) : m_channel(channel) {
+        ++m_channel.m_callers;
+        m_channel.m_mutex.lock();
+        if (m_channel.isOpen()) {
+            m_channel.m_idle.disarm();
+        }
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() {
+        --m_channel.m_callers;
+        if (m_channel.isOpen()) {
+            m_channel.m_idle.arm();
+        }
+        m_channel.m_mutex.unlock();
+    }
+
+private:
+    CallChannel& m_channel;
+};
+
+CallChannel::CallChannel(DBusConnection& connection)
+    : m_connection(connection), m_fd(descriptorOf(connection)), m_idle(m_fd, *this) {
+    m_idle.arm();
+}
+
+DBUSMessageHandle CallChannel::call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error) {
+    const auto deadline = Clock::now() + timeout;
+    const Turn turn(*this);
+    dropBacklog();
+    if (!isOpen()) {
+        dbus_set_error_const(error.get(), DBUS_ERROR_DISCONNECTED, CLOSED);
+        return nullptr;
+    }
+    dbus_uint32_t serial = 0;
+    if (!dbus_connection_send(&m_connection, &call, &serial)) {
+        return nullptr;
+    }
+    DBUSMessageHandle reply = waitForReply(serial, deadline, error);
+    dropReceived(); // what came in with the reply
+    if (reply != nullptr && dbus_set_error_from_message(error.get(), reply.get())) {
+        return nullptr;
+    }
+    return reply;
+}
+
+DBUSMessageHandle CallChannel::waitForReply(dbus_uint32_t serial, Clock::time_point deadline, DBUSError& error) {
+    for (;;) {
+        if (DBUSMessageHandle reply = takeReply(serial)) {
+            return reply;
+        }
+        if (!isOpen()) {
+            dbus_set_error_const(error.get(), DBUS_ERROR_DISCONNECTED, DISCONNECTED);
+            return nullptr;
+        }
+        const auto now = Clock::now();
+        if (now >= deadline) {
+            dbus_set_error_const(error.get(), DBUS_ERROR_NO_REPLY, NO_REPLY);
+            return nullptr;
+        }
+        if (waitForTraffic(std::chrono::ceil<std::chrono::milliseconds>(deadline - now))) {
+            transfer();
+        }
+    }
+}
+
+DBUSMessageHandle CallChannel::takeReply(dbus_uint32_t serial) {
+    while (DBUSMessageHandle message{dbus_connection_pop_message(&m_connection)}) {
+        if (isReplyTo(*message, serial)) {
+            return message;
+        }
+    }
+    return nullptr;
+}
+
+// A reply for which the bus has no room left is lost, so room is made first.
+void CallChannel::dropBacklog() {
+    const auto end = Clock::now() + LONGEST_BACKLOG;
+    dropReceived();
+    while (isOpen() && waitForTraffic(std::chrono::milliseconds(0)) && Clock::now() < end) {
+        transfer();
+        dropReceived();
+    }
+}
+
+// A call that waits for its turn goes first, and arms the connection when it is done.
+void CallChannel::readIdle() {
+    const std::unique_lock<std::mutex> lock(m_mutex, std::try_to_lock);
+    if (!lock) {
+        return;
+    }
+    dropReceived();
+    for (int i = 0; i < READS_PER_TURN && m_callers == 0 && isOpen(); ++i) {
+        if (!waitForTraffic(std::chrono::milliseconds(0))) {
+            break;
+        }
+        transfer();
+        dropReceived();
+    }
+    if (isOpen()) {
+        m_idle.arm();
+    }
+}
+
+void CallChannel::dropReceived() {
+    while (DBUSMessageHandle(dbus_connection_pop_message(&m_connection))) {
+    }
+}
+
+// False when the bound passes first, or a signal comes.
+bool CallChannel::waitForTraffic(std::chrono::milliseconds bound) const {
+    const short writing = dbus_connection_has_messages_to_send(&m_connection) ? POLLOUT : 0;
+    pollfd traffic{m_fd, static_cast<short>(POLLIN | writing), 0};
+    const auto longest = std::chrono::milliseconds(std::numeric_limits<int>::max());
+    return poll(&traffic, 1, static_cast<int>(std::min(bound, longest).count())) > 0;
+}
+
+// libdbus closes the descriptor as soon as it notices that the far end has.
+bool CallChannel::isOpen() const {
+    return dbus_connection_get_is_connected(&m_connection) != 0;
+}
+
+// Reads and writes what can be at once, a few kilobytes at the most.
+void CallChannel::transfer() {
+    dbus_connection_read_write(&m_connection, 0);
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+
+#include <boost/optional.hpp>
+#include <dbus/dbus.h>
+
+#include "Common/DBUSWrapper/Implementation/DBUSResources.h"
+#include "Common/DBUSWrapper/Implementation/IdleReader.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+// Carries calls over a connection that is for nothing else. What arrives and is not the reply that a call waits for
+// (signals, calls, late replies) is read and dropped at once: by the caller while a call is under way, by the
+// IdleReader between the calls. So no traffic, of whatever kind and length, is ever in front of a reply.
+//
+// Any thread may call; calls wait for each other.
+class CallChannel : private IdleReader::Source {
+public:
+    // The connection has to outlive the channel, and nobody else may read from it. Throws ErrorConnectingToDBUS when
+    // the system has no thread or descriptor left for the reading between the calls.
+    explicit CallChannel(DBusConnection& connection);
+    CallChannel(const CallChannel&) = delete;
+    CallChannel& operator=(const CallChannel&) = delete;
+    ~CallChannel() = default;
+
+    // Sends the call and waits for its reply. When there is none, or it is an error, null and in `error` what the
+    // remote side, the bus or, with the library's own names and texts, this side has to say; `error` stays unset when
+    // there is no memory for sending. `timeout` counts from here to the return, on the steady clock.
+    DBUSMessageHandle call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    class Turn;
+
+    void readIdle() override;
+    void dropBacklog();
+    DBUSMessageHandle waitForReply(dbus_uint32_t serial, Clock::time_point deadline, DBUSError& error);
+    DBUSMessageHandle takeReply(dbus_uint32_t serial);
+    void dropReceived();
+    bool waitForTraffic(std::chrono::milliseconds bound) const;
+    bool isOpen() const;
+    void transfer();
+
+    DBusConnection& m_connection;
+    const int m_fd;
+    std::atomic<int> m_callers{0};   // the calls that wait for m_mutex, or have it
+    std::mutex m_mutex;              // held by who uses m_connection
+    IdleReader::Registration m_idle; // last: the reader comes through it
+};
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX
