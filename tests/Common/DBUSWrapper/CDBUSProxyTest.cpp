@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <future>
 #include <limits>
 #include <random>
 
@@ -52,6 +53,41 @@ TEST_F(CDBUSProxyTest, TakesItsIdFromTheSequenceThatRepeatsInEveryProcess) {
     const std::vector<std::string> ids = {createProxy()->getProxyUniqueId(), createProxy()->getProxyUniqueId(),
                                           createProxy()->getProxyUniqueId()};
     EXPECT_NE(std::search(sequence.begin(), sequence.end(), ids.begin(), ids.end()), sequence.end());
+}
+
+TEST_F(CDBUSProxyTest, ThreadsThatMakeProxiesAtOnceShareTheSequenceOfIds) {
+    std::vector<std::future<std::vector<std::string>>> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.push_back(std::async(std::launch::async, [] {
+            std::vector<std::string> ids;
+            for (int j = 0; j < 25; ++j) {
+                ids.push_back(createProxy()->getProxyUniqueId());
+            }
+            return ids;
+        }));
+    }
+    std::vector<std::string> ids;
+    for (auto& thread : threads) {
+        const auto some = thread.get();
+        ids.insert(ids.end(), some.begin(), some.end());
+    }
+    std::mt19937 generator;
+    std::vector<std::string> sequence;
+    for (int i = 0; i < 2000; ++i) {
+        sequence.push_back("Proxy-" + std::to_string(std::uniform_int_distribution<int>(0, 100000)(generator)));
+    }
+    std::sort(ids.begin(), ids.end());
+    const auto isPieceFrom = [&](std::size_t begin) {
+        std::vector<std::string> piece(sequence.begin() + static_cast<long>(begin),
+                                       sequence.begin() + static_cast<long>(begin + ids.size()));
+        std::sort(piece.begin(), piece.end());
+        return piece == ids;
+    };
+    bool found = false;
+    for (std::size_t begin = 0; !found && begin + ids.size() <= sequence.size(); ++begin) {
+        found = isPieceFrom(begin);
+    }
+    EXPECT_TRUE(found);
 }
 
 TEST_F(CDBUSProxyTest, ThrowsWithoutABus) {

@@ -1,6 +1,7 @@
 #include "Common/DBUSWrapper/Implementation/CDBUSProxy.h"
 
 #include <chrono>
+#include <mutex>
 #include <random>
 
 #include <boost/assert.hpp>
@@ -21,7 +22,9 @@ namespace {
 const unsigned int DEFAULT_CALL_TIMEOUT_MS = 60000;
 
 int nextProxyId() {
+    static std::mutex mutex;
     static std::mt19937 generator; // the default seed: the ids of a process repeat from run to run
+    const std::lock_guard<std::mutex> lock(mutex);
     return std::uniform_int_distribution<int>(0, 100000)(generator);
 }
 
