@@ -109,8 +109,6 @@ function(dax_test target)
   add_executable(${target} ${ARG_SOURCES})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_options(${target} PRIVATE ${DAX_TEST_OPTIONS})
-  # The headers bring it from Boost's libraries, which not every test links; a compiler wants the same in both.
-  target_compile_definitions(${target} PRIVATE BOOST_ALL_NO_LIB)
   target_precompile_headers(${target} REUSE_FROM dax_test_headers)
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} GTest::gmock_main)
   set(implementation FakeKovan)

@@ -14,6 +14,7 @@
 
 #include "LibraryFaults.h"
 #include "ProxyFixture.h"
+#include "support/Flood.h"
 #include "support/WaitUntil.h"
 
 namespace DAX {
@@ -28,48 +29,9 @@ using Clock = std::chrono::steady_clock;
 
 const auto A_SECOND = std::chrono::seconds(1);
 
-RawMessage signalTo(const std::string& destination, std::size_t size = 0) {
-    RawMessage signal(dbus_message_new_signal(PATH, INTERFACE, "method"));
-    dbus_message_set_destination(signal.get(), destination.c_str());
-    appendBytes(*signal, std::string(size, 'x'));
-    return signal;
-}
-
 RawMessage callOf(const std::string& destination, const char* interface, const char* member) {
     return RawMessage(dbus_message_new_method_call(destination.c_str(), PATH, interface, member));
 }
-
-// Small signals to one connection, as many as the bus takes, while the object lives.
-class Flood {
-public:
-    explicit Flood(const std::string& destination) : m_thread([this, destination] { run(destination); }) {}
-    ~Flood() {
-        m_stop = true;
-        m_thread.join();
-    }
-    Flood(const Flood&) = delete;
-    Flood& operator=(const Flood&) = delete;
-
-    bool waitFor(int count) const {
-        return waitUntil([this, count] { return m_count >= count; });
-    }
-
-private:
-    void run(const std::string& destination) {
-        while (!m_stop) {
-            for (int i = 0; i < 64; ++i) {
-                dbus_connection_send(m_peer.connection(), signalTo(destination).get(), nullptr);
-            }
-            dbus_connection_flush(m_peer.connection());
-            m_count += 64;
-        }
-    }
-
-    RawPeer m_peer;
-    std::atomic<bool> m_stop{false};
-    std::atomic<int> m_count{0};
-    std::thread m_thread;
-};
 
 // A pipe whose writing end travels. The reading end tells when nobody has it any more.
 class TravellingPipe {
@@ -177,10 +139,7 @@ TEST_F(CDBUSProxyTrafficTest, ACallIsNotHeldUpByABacklogOfGreatSignals) {
     RawServer server(NAME, arrays({"REPLY", "method", "result"}));
     const auto proxy = createImpatientProxy();
     RawPeer other;
-    const RawMessage signal = signalTo(proxy->getDBUSDebugConnectionId(), 1000000);
-    for (int i = 0; i < 134; ++i) {
-        other.send(*RawMessage(dbus_message_copy(signal.get())));
-    }
+    sendGreatSignals(other, proxy->getDBUSDebugConnectionId());
     EXPECT_LT(timeOfCall(*proxy), A_SECOND);
     EXPECT_LT(timeOfCall(*proxy), A_SECOND);
 }
@@ -240,6 +199,22 @@ TEST_F(CDBUSProxyTrafficTest, WhatArrivesDuringACallIsDroppedAtOnce) {
     EXPECT_TRUE(waitUntil([&pipe] { return pipe.isHeldByNobody(); }, std::chrono::seconds(10)));
     answer(server, *call, "result");
     EXPECT_EQ(result.get().output.str(), "before result");
+}
+
+TEST_F(CDBUSProxyTrafficTest, WhatArrivesRightBehindAReplyIsDroppedAtOnce) {
+    RawPeer server;
+    server.requestName(NAME);
+    const auto proxy = createImpatientProxy();
+    for (int i = 0; i < 300; ++i) {
+        auto result = beginCall(*proxy);
+        const RawMessage call = nextCall(server);
+        TravellingPipe pipe;
+        answer(server, *call, "result");
+        server.send(*signalWithDescriptors(proxy->getDBUSDebugConnectionId(), pipe.end(), 1));
+        pipe.letGo();
+        EXPECT_EQ(result.get().output.str(), "before result");
+        ASSERT_TRUE(waitUntil([&pipe] { return pipe.isHeldByNobody(); }, std::chrono::seconds(5)));
+    }
 }
 
 TEST_F(CDBUSProxyTrafficTest, ManyDescriptorsAreClosedAndHoldNoCallUp) {

@@ -4,6 +4,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <sstream>
 
 #include <unistd.h>
@@ -41,6 +43,26 @@ std::vector<std::string> linesOf(const std::string& text) {
         lines.push_back(line);
     }
     return lines;
+}
+
+// The argument of a reply, be it a text or an array of texts; nothing for an error.
+std::vector<std::string> stringsOf(const RawMessage& reply) {
+    std::vector<std::string> strings;
+    DBusMessageIter argument;
+    if (reply == nullptr || dbus_message_get_type(reply.get()) != DBUS_MESSAGE_TYPE_METHOD_RETURN ||
+        !dbus_message_iter_init(reply.get(), &argument)) {
+        return strings;
+    }
+    DBusMessageIter elements = argument;
+    if (dbus_message_iter_get_arg_type(&argument) == DBUS_TYPE_ARRAY) {
+        dbus_message_iter_recurse(&argument, &elements);
+    }
+    for (; dbus_message_iter_get_arg_type(&elements) == DBUS_TYPE_STRING; dbus_message_iter_next(&elements)) {
+        const char* text = nullptr;
+        dbus_message_iter_get_basic(&elements, &text);
+        strings.emplace_back(text);
+    }
+    return strings;
 }
 
 } // namespace
@@ -113,10 +135,7 @@ std::unique_ptr<Service::IServiceManager> Desk::connect() const {
 }
 
 std::string Desk::uniqueNameOfDaemon() {
-    const RawMessage call(
-        dbus_message_new_method_call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetNameOwner"));
-    dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &DAEMON_NAME, DBUS_TYPE_INVALID);
-    const RawMessage reply = m_observer.call(*call);
+    const RawMessage reply = askBus("GetNameOwner", DAEMON_NAME);
     const char* name = "";
     if (reply) {
         dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
@@ -124,17 +143,41 @@ std::string Desk::uniqueNameOfDaemon() {
     return name;
 }
 
+RawMessage Desk::askBus(const char* method, const std::string& argument) {
+    RawMessage call(dbus_message_new_method_call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", method));
+    const char* text = argument.c_str();
+    if (!argument.empty()) {
+        dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
+    }
+    return m_observer.call(*call);
+}
+
 pid_t Desk::ownerOf(const std::string& name) {
-    RawMessage call(dbus_message_new_method_call("org.freedesktop.DBus", "/", "org.freedesktop.DBus",
-                                                 "GetConnectionUnixProcessID"));
-    const char* text = name.c_str();
-    dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
-    const RawMessage reply = m_observer.call(*call);
+    const RawMessage reply = askBus("GetConnectionUnixProcessID", name);
     dbus_uint32_t pid = 0;
     if (reply) {
         dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_UINT32, &pid, DBUS_TYPE_INVALID);
     }
     return static_cast<pid_t>(pid);
+}
+
+std::vector<std::string> Desk::namelessConnectionsOf(pid_t pid) {
+    const std::vector<std::string> names = stringsOf(askBus("ListNames"));
+    std::set<std::string> owners;
+    for (const std::string& name : names) {
+        const auto owner = stringsOf(askBus("GetNameOwner", name));
+        if (name.front() != ':' && !owner.empty()) {
+            owners.insert(owner.front());
+        }
+    }
+    std::vector<std::string> connections;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(connections), [&](const std::string& name) {
+        return name.front() == ':' && owners.count(name) == 0 && ownerOf(name) == pid;
+    });
+    std::sort(connections.begin(), connections.end(), [](const std::string& left, const std::string& right) {
+        return std::stoi(left.substr(3)) < std::stoi(right.substr(3)); // behind ":1."
+    });
+    return connections;
 }
 
 // A call can have the bus start the program anew between two looks.

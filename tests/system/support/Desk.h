@@ -42,7 +42,8 @@ public:
     // The client library, in this process.
     std::unique_ptr<Service::IServiceManager> connect() const;
 
-    // The process that has the name now; 0 when none has.
+    // The process that has the name now, be it a unique one; 0 when none has.
+    pid_t ownerOf(const std::string& name);
     pid_t daemon() { return ownerOf(DAEMON_NAME); }
     pid_t core() { return ownerOf(CORE_NAME); }
     bool waitForDaemon() { return m_observer.waitForNameOwner(DAEMON_NAME, true); }
@@ -62,6 +63,12 @@ public:
     bool waitForMessage(const std::string& part) const;
     int countMessages(const std::string& part) const;
 
+    // The unique names of a process's connections that own no name besides, oldest first.
+    std::vector<std::string> namelessConnectionsOf(pid_t pid);
+
+    // Ends the bus: every connection breaks.
+    void stopBus() { m_bus.stop(); }
+
     // What the simulated core was called with, oldest first; and the names of the methods alone.
     std::vector<nlohmann::json> coreCalls() const;
     std::vector<std::string> coreMethods() const;
@@ -80,7 +87,7 @@ private:
     // Everything on the desk that is the same on every bus.
     void setUp(const std::string& daemonOptions);
 
-    pid_t ownerOf(const std::string& name);
+    RawMessage askBus(const char* method, const std::string& argument = "");
     void killOwner(const std::string& name);
 
     PrivateBus m_bus;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <thread>
 
 #include <poll.h>
 
@@ -70,7 +71,7 @@ private:
 
 CallChannel::CallChannel(DBusConnection& connection)
     : m_connection(connection), m_fd(descriptorOf(connection)), m_idle(m_fd, *this) {
-    m_idle.arm();
+    const Turn armed(*this);
 }
 
 DBUSMessageHandle CallChannel::call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error) {
@@ -132,9 +133,8 @@ void CallChannel::dropBacklog() {
     }
 }
 
-// A call that waits for its turn goes first, and arms the connection when it is done.
 void CallChannel::readIdle() {
-    const std::unique_lock<std::mutex> lock(m_mutex, std::try_to_lock);
+    const std::unique_lock<std::mutex> lock = lockBetweenCalls();
     if (!lock) {
         return;
     }
@@ -149,6 +149,16 @@ void CallChannel::readIdle() {
     if (isOpen()) {
         m_idle.arm();
     }
+}
+
+// Not locked when a call is under way or waits for its turn; that call arms the connection at its end. A call that is
+// over for m_callers is about to let the mutex go.
+std::unique_lock<std::mutex> CallChannel::lockBetweenCalls() {
+    std::unique_lock<std::mutex> lock(m_mutex, std::defer_lock);
+    while (m_callers == 0 && !lock.try_lock()) {
+        std::this_thread::yield();
+    }
+    return lock;
 }
 
 void CallChannel::dropReceived() {

@@ -39,6 +39,7 @@ private:
     class Turn;
 
     void readIdle() override;
+    std::unique_lock<std::mutex> lockBetweenCalls();
     void dropBacklog();
     DBUSMessageHandle waitForReply(dbus_uint32_t serial, Clock::time_point deadline, DBUSError& error);
     DBUSMessageHandle takeReply(dbus_uint32_t serial);

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "support/RawPeer.h"
+#include "support/WaitUntil.h"
+
+namespace DAX {
+namespace Tests {
+
+// A signal to one connection, with `size` bytes.
+inline RawMessage signalTo(const std::string& destination, std::size_t size = 0) {
+    RawMessage signal(dbus_message_new_signal("/org/kovan/test/remote", "org.kovan.test.iremote", "method"));
+    dbus_message_set_destination(signal.get(), destination.c_str());
+    appendBytes(*signal, std::string(size, 'x'));
+    return signal;
+}
+
+// More signals than libdbus holds for a connection that nobody reads. The bus has taken them all at the return.
+inline void sendGreatSignals(RawPeer& peer, const std::string& destination) {
+    for (int i = 0; i < 134; ++i) {
+        peer.send(*signalTo(destination, 1000000));
+    }
+}
+
+// Small signals to one connection, as many as the bus takes, while the object lives.
+class Flood {
+public:
+    explicit Flood(const std::string& destination) : m_thread([this, destination] { run(destination); }) {}
+    ~Flood() {
+        m_stop = true;
+        m_thread.join();
+    }
+    Flood(const Flood&) = delete;
+    Flood& operator=(const Flood&) = delete;
+
+    // False when the bus has not taken so many at the usual bound.
+    bool waitFor(int count) const {
+        return waitUntil([this, count] { return m_count >= count; });
+    }
+
+private:
+    void run(const std::string& destination) {
+        while (!m_stop) {
+            for (int i = 0; i < 64; ++i) {
+                dbus_connection_send(m_peer.connection(), signalTo(destination).get(), nullptr);
+            }
+            dbus_connection_flush(m_peer.connection());
+            m_count += 64;
+        }
+    }
+
+    RawPeer m_peer;
+    std::atomic<bool> m_stop{false};
+    std::atomic<int> m_count{0};
+    std::thread m_thread;
+};
+
+} // namespace Tests
+} // namespace DAX
