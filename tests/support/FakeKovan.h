@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -79,6 +80,9 @@ int countContaining(const std::string& level, const std::string& part);
 // Waits until a line of this level has `part` in its message. False when the bound passes first.
 bool waitForMessage(const std::string& level, const std::string& part,
                     std::chrono::milliseconds bound = std::chrono::seconds(20));
+
+// Runs the function once, on the thread that logs, behind the next line with this very message.
+void afterMessage(const std::string& message, std::function<void()> function);
 
 // Every log line goes to standard error as well, for EXPECT_DEATH to match. Off after reset().
 void echoLogToStderr(bool on);

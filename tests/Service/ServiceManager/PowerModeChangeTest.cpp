@@ -1,3 +1,4 @@
+#include "FailingLock.h"
 #include "ManagerFixture.h"
 
 #include <future>
@@ -7,8 +8,11 @@ namespace DAX {
 namespace Tests {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class PowerModeChange : public ManagerFixture, public ::testing::WithParamInterface<int> {
 protected:
@@ -43,6 +47,16 @@ TEST_F(PowerModeChange, AFailureOfTheCoreGoesNoFurther) {
     script->fail("cancelCoreTransaction", std::runtime_error("no core"));
     EXPECT_NO_THROW(power->change(DAXCommon::POWER_MODE_STANDBY));
     EXPECT_EQ(journal().back(), "log INF Invalidate done.");
+}
+
+TEST_F(PowerModeChange, AnInvalidationThatFailsIsLoggedAndGoesNoFurther) {
+    const auto service = getService(3, "app");
+    FakeKovan::afterMessage("service is stopped by power off.", failNextLock);
+    EXPECT_NO_THROW(power->change(DAXCommon::POWER_MODE_STANDBY));
+    EXPECT_THAT(logged("FTL"), AllOf(StartsWith("Unable to invalidate transaction. Exception caught: Dynamic exception "
+                                                "type: std::system_error\n"),
+                                     HasSubstr("std::exception::what: Invalid argument")));
+    EXPECT_TRUE(service->startNewTransaction(DAXCommon::OTN)); // the session was not invalidated
 }
 
 TEST_F(PowerModeChange, OnAnotherThreadWaitsForTheTransactionBeingStartedAndCancelsIt) {

@@ -56,6 +56,13 @@ int countOf(const std::string& level, Predicate predicate) {
     return static_cast<int>(std::count_if(candidates.begin(), candidates.end(), predicate));
 }
 
+std::function<void()> takeFunctionAfter(const std::string& message) {
+    return locked([&message](State::Content& content) -> std::function<void()> {
+        const auto taken = content.functionsAfterMessages.extract(message);
+        return taken.empty() ? nullptr : taken.mapped();
+    });
+}
+
 void record(const LogLine& line) {
     locked([&line](State::Content& content) {
         content.logLines.push_back(line);
@@ -65,6 +72,9 @@ void record(const LogLine& line) {
         }
     });
     State::get().logged.notify_all();
+    if (const auto function = takeFunctionAfter(line.message)) {
+        function();
+    }
 }
 
 } // namespace
@@ -108,6 +118,10 @@ bool waitForMessage(const std::string& level, const std::string& part, std::chro
             return line.level == level && line.message.find(part) != std::string::npos;
         });
     });
+}
+
+void afterMessage(const std::string& message, std::function<void()> function) {
+    locked([&](State::Content& content) { content.functionsAfterMessages[message] = std::move(function); });
 }
 
 void echoLogToStderr(bool on) {

@@ -61,6 +61,7 @@ struct State {
         std::vector<std::string> journal;
         std::vector<LogLine> logLines;
         bool echoLog = false;
+        std::map<std::string, std::function<void()>> functionsAfterMessages;
 
         std::map<std::string, Value> settings;
         std::map<std::string, int> readFailures;
