@@ -1,0 +1,18 @@
+#pragma once
+
+namespace DAX {
+namespace Tests {
+
+// While one lives, the journal of FakeKovan gets "loop pass" when an adapter's loop begins to wait, and "loop arm
+// <watchdog>" and "loop disarm <watchdog>" with the first word of the watchdog's name. The functions that stand under
+// --wrap in the build file of these tests go through here. One at a time.
+class GuardNotes {
+public:
+    GuardNotes();
+    ~GuardNotes();
+    GuardNotes(const GuardNotes&) = delete;
+    GuardNotes& operator=(const GuardNotes&) = delete;
+};
+
+} // namespace Tests
+} // namespace DAX
