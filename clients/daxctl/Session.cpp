@@ -1,9 +1,16 @@
 #include "daxctl/Session.h"
 
+#include <cerrno>
+
+#include <boost/exception/get_error_info.hpp>
+#include <boost/filesystem/exception.hpp>
+
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxyFactory.h"
 #include "Platform/Product/IProductInfo.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
+#include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
+#include "Utility/Utils/ErrorTags.h"
 
 namespace daxctl {
 
@@ -30,7 +37,7 @@ nlohmann::ordered_json ownerOf(IServiceManager& manager) {
 }
 
 std::string whyRefused(IServiceManager& manager) {
-    if (isInstallationLocked()) {
+    if (isInstallationLocked().value_or(false)) {
         return "an installation lock is in force";
     }
     const auto owner = ownerOf(manager);
@@ -41,12 +48,25 @@ std::string whyRefused(IServiceManager& manager) {
     return "an external lock of this priority or a higher one is held";
 }
 
-bool isInstallationLocked() {
-    return DAX::Platform::IProductInfo::isInstallationLocked();
+boost::optional<bool> isInstallationLocked() {
+    try {
+        return DAX::Platform::IProductInfo::isInstallationLocked();
+    } catch (const boost::filesystem::filesystem_error& error) {
+        if (error.code() == boost::system::errc::permission_denied) {
+            return boost::none;
+        }
+        throw;
+    }
 }
 
-bool isBlockingExternalLockHeld() {
-    return DAX::Platform::VConfT<int>("memory/menu/support/softwareupdate/isExternalLockAcquired").getOr(0) == 1;
+// A setting that is not there, or cannot be read for another reason, stands for a lock that nobody holds.
+boost::optional<bool> isBlockingExternalLockHeld() {
+    try {
+        return DAX::Platform::VConfT<int>("memory/menu/support/softwareupdate/isExternalLockAcquired").get() == 1;
+    } catch (const DAX::Platform::VConfException& exception) {
+        const int* const result = boost::get_error_info<DAX::Common::Utils::errinfo_errorcode>(exception);
+        return result != nullptr && *result == EACCES ? boost::none : boost::optional<bool>(false);
+    }
 }
 
 } // namespace daxctl

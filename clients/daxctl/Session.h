@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include <boost/optional.hpp>
 #include <nlohmann/json.hpp>
 
 #include "ServiceInterface/IServiceManager.h"
@@ -26,8 +27,8 @@ nlohmann::ordered_json ownerOf(DAX::Service::IServiceManager& manager);
 // blocking external lock.
 std::string whyRefused(DAX::Service::IServiceManager& manager);
 
-// The locks that block, as the device's settings and files show them to everybody.
-bool isInstallationLocked();
-bool isBlockingExternalLockHeld();
+// The locks that block, as the device's settings and files show them; empty when this user may not read those.
+boost::optional<bool> isInstallationLocked();
+boost::optional<bool> isBlockingExternalLockHeld();
 
 } // namespace daxctl

@@ -22,6 +22,11 @@ nlohmann::ordered_json lastSearchOf(IServiceManager& manager) {
     return date ? nlohmann::ordered_json(boost::posix_time::to_iso_extended_string(*date)) : nlohmann::ordered_json();
 }
 
+// Null for what this user may not read.
+nlohmann::ordered_json orNull(const boost::optional<bool>& fact) {
+    return fact ? nlohmann::ordered_json(*fact) : nlohmann::ordered_json();
+}
+
 // What only the core can tell. A core that cannot be reached does not hide the rest.
 bool addCoreFacts(IServiceManager& manager, nlohmann::ordered_json& status) {
     try {
@@ -52,6 +57,10 @@ void printLine(const char* label, const std::string& value) {
     std::printf("%-18s%s\n", label, value.c_str());
 }
 
+void printFact(const char* label, const nlohmann::ordered_json& fact, const char* yes, const char* no) {
+    printLine(label, fact.is_null() ? "unknown, may not be read by this user" : fact.get<bool>() ? yes : no);
+}
+
 void printForPeople(const nlohmann::ordered_json& status) {
     const auto& owner = status["owner"];
     printLine("owner", owner.is_null()
@@ -61,17 +70,16 @@ void printForPeople(const nlohmann::ordered_json& status) {
     printLine("version", status.value("version", "unknown"));
     printLine("supported types", status.contains("supportedTypes") ? joined(status["supportedTypes"]) : "unknown");
     printLine("last search", status["lastSearch"].is_null() ? "none known" : status["lastSearch"].get<std::string>());
-    printLine("installation lock", status["installationLock"].get<bool>() ? "in force" : "no");
-    printLine("external lock",
-              status["blockingExternalLock"].get<bool>() ? "held, blocks the main application" : "none that blocks");
+    printFact("installation lock", status["installationLock"], "in force", "no");
+    printFact("external lock", status["blockingExternalLock"], "held, blocks the main application", "none that blocks");
 }
 
 int runStatus(bool json) {
     const auto manager = connectToDaemon();
     nlohmann::ordered_json status = {{"owner", ownerOf(*manager)},
                                      {"lastSearch", lastSearchOf(*manager)},
-                                     {"installationLock", isInstallationLocked()},
-                                     {"blockingExternalLock", isBlockingExternalLockHeld()}};
+                                     {"installationLock", orNull(isInstallationLocked())},
+                                     {"blockingExternalLock", orNull(isBlockingExternalLockHeld())}};
     const bool complete = addCoreFacts(*manager, status);
     if (json) {
         clients_common::printJson(status);

@@ -1,12 +1,16 @@
 // What stands in the way of the daemon's files.
 #include <filesystem>
 
+#include <sys/stat.h>
+
 #include <boost/date_time/posix_time/posix_time_io.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
 
 #include "DAXCommon/UserInterestExceptions.h"
+#include "support/SmallDisk.h"
+#include "support/TemporaryRoot.h"
 #include "support/WaitUntil.h"
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
@@ -22,6 +26,7 @@ using UserInterestExceptions::DAXUnknownException;
 
 const std::string FOLDER = "mnt/systemrw/org.kovan.tv.dax/data/tv";
 const std::string LOCK_FILE = FOLDER + "/InstallationLock.dat";
+const char PRIORITY_KEY[] = "memory/menu/support/softwareupdate/currentServiceClientPriority";
 const std::string DATE_FILE = FOLDER + "/LastSearchingDate";
 
 class BadLockFile : public Test {
@@ -112,9 +117,49 @@ TEST_F(BadDateFile, IsALink) {
     EXPECT_EQ(desk.root.read(FOLDER + "/elsewhere"), "20260102T030405");
 }
 
+TEST_F(BadDateFile, IsAPipeThatNobodyWritesTo) {
+    std::filesystem::create_directories(desk.root / FOLDER);
+    ASSERT_EQ(mkfifo(path().c_str(), 0666), 0);
+    desk.play(QUICK);
+    expectNoDate("SearchingDateRegister::getDate cannot open the file: " + path());
+    EXPECT_EQ(desk.run("daxctl", {"search"}).end, ProcessEnd::exited(0)); // writes the date
+    EXPECT_TRUE(std::filesystem::is_regular_file(path()));
+}
+
+TEST_F(BadDateFile, IsNoPointInTime) {
+    for (const char* const text : {"not-a-date-time", "+infinity", "99991231T999999"}) {
+        desk.root.write(DATE_FILE, text);
+        EXPECT_EQ(desk.connect()->getLastSearchingForUpgradeDate(), boost::none) << text;
+    }
+    EXPECT_EQ(desk.countMessages("File with date data is probably corrupted. Exception occurred: "), 3);
+}
+
 TEST_F(BadDateFile, IsAFolder) {
     std::filesystem::create_directories(path());
     expectNoDate("SearchingDateRegister::getDate cannot open the file: " + path());
+}
+
+// The settings store cannot be made; the daemon goes on, and works when there is room.
+TEST(FullMedium, EndsNobodyAndIsForgottenWithRoom) {
+    SKIP_WITHOUT_SMALL_DISK();
+    const TemporaryRoot place;
+    const std::string folder = place.path().string();
+    EXPECT_TRUE(onSmallDisk(folder, 4 * 1024 * 1024, [&] {
+        setenv("TMPDIR", folder.c_str(), 1);
+        Desk desk;
+        const auto manager = desk.connect();
+        EXPECT_EQ(manager->getCurrentVersion(), "1000");
+        const pid_t daemon = desk.daemon();
+        fillDisk(folder);
+        const auto session = manager->getService(ServiceClientPriority(1), "client", ServiceTransactionType(0));
+        EXPECT_NE(session, nullptr);
+        EXPECT_EQ(desk.daemon(), daemon);
+        EXPECT_EQ(desk.setting(PRIORITY_KEY), "absent");
+        std::filesystem::remove(folder + "/filler");
+        manager->acquireExternalLock("client", ServiceClientPriority(4));
+        EXPECT_EQ(desk.setting("memory/menu/support/softwareupdate/isExternalLockAcquired"), "1");
+        EXPECT_EQ(desk.daemon(), daemon);
+    }));
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <csignal>
 
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 
 #include "system/support/Desk.h"
@@ -63,6 +65,28 @@ TEST_F(Daxctl, StatusTellsTheRestWhenTheCoreFails) {
     EXPECT_EQ(status["version"], "1000");
     EXPECT_FALSE(status.contains("supportedTypes"));
     EXPECT_EQ(status["error"]["name"], "CWrongKeys");
+}
+
+TEST_F(Daxctl, StatusSaysWhatAnOrdinaryUserMayNotRead) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can run a program as another user";
+    }
+    if (!(desk.runAsNobody("daxctl", {"--help"}).end == ProcessEnd::exited(0))) {
+        GTEST_SKIP() << "the user nobody may not run what is built here";
+    }
+    ASSERT_EQ(daxctl({"lock", "acquire"}).end, ProcessEnd::exited(0));
+    std::filesystem::permissions(desk.root / "mnt", std::filesystem::perms(0750));
+    const auto run = desk.runAsNobody("daxctl", {"status"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(0)) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_THAT(run.output, HasSubstr("version           1000\n"));
+    EXPECT_THAT(run.output, HasSubstr("installation lock unknown, may not be read by this user\n"
+                                      "external lock     unknown, may not be read by this user\n"));
+    const auto status = nlohmann::json::parse(desk.runAsNobody("daxctl", {"status", "--json"}).output);
+    EXPECT_EQ(status["version"], "1000");
+    EXPECT_TRUE(status["installationLock"].is_null());
+    EXPECT_TRUE(status["blockingExternalLock"].is_null());
+    EXPECT_EQ(jsonOf({"status"})["blockingExternalLock"], true);
 }
 
 TEST_F(Daxctl, StatusNamesTheOwner) {

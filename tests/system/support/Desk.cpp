@@ -118,6 +118,18 @@ FinishedRun Desk::run(const std::string& tool, const std::vector<std::string>& a
     return {end.value_or(ProcessEnd()), process->output(), process->errors()};
 }
 
+FinishedRun Desk::runAsNobody(const std::string& tool, const std::vector<std::string>& arguments) const {
+    const std::string address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    const auto socket = std::filesystem::path(address.substr(0, address.find(',')).substr(address.find('/')));
+    std::filesystem::permissions(socket.parent_path(), std::filesystem::perms(0755));
+    std::filesystem::permissions(root.path(), std::filesystem::perms(0755));
+    Command command;
+    command.line = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", programPath(tool)};
+    command.line.insert(command.line.end(), arguments.begin(), arguments.end());
+    command.environment["KOVAN_DLOG"] = "none";
+    return Tests::run(command, std::chrono::seconds(60));
+}
+
 std::unique_ptr<Process> Desk::startDaemon(const std::vector<std::string>& options,
                                            const std::vector<int>& ignoredSignals) const {
     Command command;
