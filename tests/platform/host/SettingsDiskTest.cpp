@@ -53,7 +53,7 @@ class DamagedStore : public testing::TestWithParam<int> {
 protected:
     // A store of several pages, closed, and its data file.
     DamagedStore() {
-        ForkedProcess writer([this] {
+        ForkedProcess writer([] {
             int failures = 0;
             for (int number = 0; number < 300; ++number) {
                 failures += vconf_set_str((KEYS[GetParam()] + std::to_string(number)).c_str(), "a text") != 0;
