@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <set>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -67,22 +68,24 @@ int spawn(const std::vector<std::string>& commandLine, ChildOutput output, pid_t
 
 } // namespace
 
-int runChild(const std::vector<std::string>& commandLine, ChildOutput output, Interruption& interruption) {
+int runChild(const std::vector<std::string>& commandLine, ChildOutput output, Interruption& interruption,
+             const std::function<void()>& meanwhile) {
     pid_t pid = 0;
     if (const int error = spawn(commandLine, output, pid); error != 0) {
         std::fprintf(stderr, "%s: %s\n", commandLine[0].c_str(), std::strerror(error));
         return COULD_NOT_START;
     }
-    bool told = false;
+    std::set<int> signalsSeen;
     for (;;) {
         int status = 0;
-        if (waitpid(pid, &status, told ? 0 : WNOHANG) == pid) {
+        if (waitpid(pid, &status, WNOHANG) == pid) {
             return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
         }
-        if (interruption.wait(LOOK_INTERVAL)) {
-            kill(pid, SIGTERM);
-            told = true;
+        if (const int signal = interruption.next(LOOK_INTERVAL); signal != 0) {
+            const bool isRepeated = !signalsSeen.insert(signal).second;
+            kill(pid, isRepeated ? SIGKILL : SIGTERM);
         }
+        meanwhile();
     }
 }
 

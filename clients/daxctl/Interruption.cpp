@@ -1,5 +1,6 @@
 #include "daxctl/Interruption.h"
 
+#include <algorithm>
 #include <ctime>
 #include <initializer_list>
 
@@ -35,11 +36,14 @@ Interruption::~Interruption() {
 }
 
 bool Interruption::wait(std::chrono::milliseconds time) {
-    if (!m_requested) {
-        const timespec limit{time.count() / 1000, (time.count() % 1000) * 1000000};
-        m_requested = sigtimedwait(&m_signals, nullptr, &limit) > 0;
-    }
-    return m_requested;
+    return m_requested || next(time) != 0;
+}
+
+int Interruption::next(std::chrono::milliseconds time) {
+    const timespec limit{time.count() / 1000, (time.count() % 1000) * 1000000};
+    const int signal = std::max(sigtimedwait(&m_signals, nullptr, &limit), 0);
+    m_requested = m_requested || signal != 0;
+    return signal;
 }
 
 } // namespace daxctl

@@ -18,6 +18,9 @@ public:
     // Waits for at most `time`; true as soon as a signal has come, and from then on at once.
     bool wait(std::chrono::milliseconds time);
 
+    // The signal that comes within `time`; 0 when none does. It counts as a request as well.
+    int next(std::chrono::milliseconds time);
+
     bool requested() { return wait(std::chrono::milliseconds(0)); }
 
 private:

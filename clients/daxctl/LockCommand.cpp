@@ -9,7 +9,7 @@
 #include "daxctl/ChildProcess.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
-#include "daxctl/Failure.h"
+#include "daxctl/HeldLock.h"
 #include "daxctl/RequestOptions.h"
 #include "daxctl/Session.h"
 
@@ -54,48 +54,20 @@ int release(const Request& request, ExternalLockId id, bool json) {
     return clients_common::EXIT_DONE;
 }
 
-// The lock goes when this object goes, however that comes about.
-class HeldLock {
-public:
-    HeldLock(IServiceManager& manager, const Request& request)
-        : m_manager(manager)
-        , m_clientName(request.clientName)
-        , m_id(manager.acquireExternalLock(m_clientName, ServiceClientPriority(request.priority))) {}
-    HeldLock(const HeldLock&) = delete;
-    HeldLock& operator=(const HeldLock&) = delete;
-    ~HeldLock() {
-        try {
-            m_manager.releaseExternalLock(m_clientName, m_id);
-        } catch (...) {
-            std::fprintf(stderr, "The lock %u could not be released: %s\n", m_id,
-                         describeCurrentException().toString().c_str());
-        }
-    }
-
-    ExternalLockId id() const { return m_id; }
-
-private:
-    IServiceManager& m_manager;
-    std::string m_clientName;
-    ExternalLockId m_id;
-};
-
 // With --json the command's output leaves standard output to the document.
 int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
     Interruption interruption;
-    const auto manager = connectToDaemon();
     const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
     try {
-        auto lock = std::make_unique<HeldLock>(*manager, request);
-        const ExternalLockId id = lock->id();
-        const int status = runChild(commandLine, output, interruption);
-        lock.reset();
+        HeldLock lock(request);
+        const int status = runChild(commandLine, output, interruption, [&lock] { lock.isLost(); });
+        const bool held = lock.release();
         if (json) {
-            clients_common::printJson({{"outcome", "held"}, {"id", id}, {"status", status}});
+            clients_common::printJson({{"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}});
         }
-        return status;
+        return held ? status : clients_common::EXIT_REFUSED;
     } catch (const DAX::UserInterestExceptions::ExternalLockDenied&) {
-        return reportDenied(*manager, json);
+        return reportDenied(*connectToDaemon(), json);
     }
 }
 
@@ -120,7 +92,8 @@ void addLockCommands(CLI::App& app, clients_common::CommandLine& line) {
     const auto commandLine = std::make_shared<std::vector<std::string>>();
     auto& holdCommand = addDaemonCommand(
         group, line, "hold",
-        "Hold a lock while COMMAND runs and release it however that ends; the exit status is COMMAND's",
+        "Hold a lock while COMMAND runs and release it however that ends; the exit status is COMMAND's, or 1 when the "
+        "lock was lost meanwhile. Ctrl-C ends COMMAND, the same signal once more kills it",
         [request, commandLine, &line] { return hold(*request, *commandLine, line.json); });
     addRequestOptions(holdCommand, *request);
     holdCommand.add_option("COMMAND", *commandLine, "What to run, behind --")->required();

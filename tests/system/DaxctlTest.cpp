@@ -1,11 +1,14 @@
 // What a person gets from daxctl.
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 
 #include <unistd.h>
 
 #include <gmock/gmock.h>
 
+#include "support/WaitUntil.h"
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
@@ -214,6 +217,139 @@ TEST_F(Daxctl, LockHoldEndsItsCommandAndReleasesTheLockWhenItIsInterrupted) {
         EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(128 + SIGTERM));
         EXPECT_EQ(desk.countMessages("External lock " + number + " is being released by daxctl"), 1);
     }
+}
+
+// A lock that is held while its command waits for the test to go on.
+class DaxctlLockHold : public Daxctl {
+protected:
+    // `before` is what the command's shell does first.
+    std::unique_ptr<Process> hold(const std::string& before = "", const std::vector<std::string>& options = {}) {
+        std::vector<std::string> arguments = {"lock", "hold", "--name", "builder"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const std::string root = desk.root.path().string(); // a failed test takes the command along with it
+        const std::string wait =
+            "until test -e " + goOn.string() + " -o ! -d " + root + "; do sleep 0.02; done; exit 7";
+        arguments.insert(arguments.end(), {"--", "sh", "-c", before + "echo started >&2; " + wait});
+        auto process = desk.start("daxctl", arguments);
+        EXPECT_TRUE(process->waitForErrors("started\n"));
+        return process;
+    }
+
+    void letTheCommandEnd() { desk.root.write("go-on", ""); }
+
+    // Sends the signal and waits until the process has taken it.
+    static void sendAndWait(Process& process, int signal) {
+        process.send(signal);
+        EXPECT_TRUE(waitUntil([&] { return !isPending(process.pid(), signal); }));
+    }
+
+    static bool isPending(pid_t pid, int signal) {
+        std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+        for (std::string word; status >> word;) {
+            if (word == "ShdPnd:" && status >> word) {
+                return (std::stoull(word, nullptr, 16) >> (signal - 1) & 1) != 0;
+            }
+        }
+        return false;
+    }
+
+    const std::filesystem::path goOn = desk.root / "go-on";
+    const std::string lost = "The lock 1 is lost: the daemon that gave it has left the bus.\n";
+};
+
+TEST_F(DaxctlLockHold, SaysThatTheLockIsLostWhileTheCommandRunsAndEndsWithOne) {
+    const auto held = hold();
+    desk.killDaemon();
+    EXPECT_TRUE(held->waitForErrors(lost));
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(held->errors(), "started\n" + lost);
+    EXPECT_EQ(desk.daemon(), 0) << "it has started a daemon to release the lock there";
+}
+
+TEST_F(DaxctlLockHold, LeavesTheSameLockOfALaterDaemonAlone) {
+    const auto held = hold();
+    desk.killDaemon();
+    EXPECT_EQ(daxctl({"lock", "acquire", "--name", "builder"}).output, "1\n");
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(held->errors(), "started\n" + lost);
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released"), 0);
+    EXPECT_EQ(daxctl({"lock", "release", "--name", "builder", "1"}).end, ProcessEnd::exited(0));
+}
+
+TEST_F(DaxctlLockHold, FindsOutWhatHappenedWhileItWasStopped) {
+    const auto held = hold();
+    held->send(SIGSTOP);
+    desk.killDaemon();
+    EXPECT_EQ(daxctl({"lock", "acquire", "--name", "builder"}).output, "1\n");
+    letTheCommandEnd();
+    held->send(SIGCONT);
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(held->errors(), "started\n" + lost);
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released"), 0);
+}
+
+TEST_F(DaxctlLockHold, TellsOfALostLockInJson) {
+    const auto held = hold("", {"--json"});
+    desk.killDaemon();
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(nlohmann::json::parse(held->output()),
+              nlohmann::json::parse(R"({"outcome": "lost", "id": 1, "status": 7})"));
+}
+
+TEST_F(DaxctlLockHold, TakesALockForLostWhenTheBusGoes) {
+    const auto held = hold();
+    desk.stopBus();
+    EXPECT_TRUE(held->waitForErrors(lost));
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
+}
+
+TEST_F(DaxctlLockHold, TakesALockForLostThatAnotherReleased) {
+    const auto held = hold();
+    EXPECT_EQ(daxctl({"lock", "release", "--name", "builder", "1"}).end, ProcessEnd::exited(0));
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_THAT(held->errors(), StartsWith("started\nThe lock 1 could not be released: DAXUnknownException: "));
+}
+
+TEST_F(DaxctlLockHold, BelievesNobodyButTheBus) {
+    const auto held = hold();
+    RawPeer forger;
+    const std::string daemon = desk.uniqueNameOfTheDaemon();
+    const char* texts[] = {daemon.c_str(), daemon.c_str(), ""};
+    for (const std::string& connection : desk.namelessConnectionsOf(held->pid())) {
+        const RawMessage forged(
+            dbus_message_new_signal("/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged"));
+        dbus_message_set_destination(forged.get(), connection.c_str());
+        dbus_message_append_args(forged.get(), DBUS_TYPE_STRING, &texts[0], DBUS_TYPE_STRING, &texts[1],
+                                 DBUS_TYPE_STRING, &texts[2], DBUS_TYPE_INVALID);
+        forger.send(*forged);
+    }
+    ASSERT_TRUE(forger.waitForNameOwner(daemon, true)); // the bus has passed them on by now
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(7));
+    EXPECT_EQ(held->errors(), "started\n");
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released by builder"), 1);
+}
+
+TEST_F(DaxctlLockHold, EndsACommandThatIgnoresItsEndAtTheSecondCtrlC) {
+    const auto held = hold("trap '' TERM INT; ");
+    sendAndWait(*held, SIGINT);
+    held->send(SIGINT);
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(128 + SIGKILL));
+    EXPECT_EQ(desk.countMessages("External lock 1 is being released by builder"), 1);
+}
+
+// The end of a login session sends both at once.
+TEST_F(DaxctlLockHold, LetsACommandTidyUpAfterTwoDifferentSignals) {
+    const auto held = hold("trap '' TERM; ");
+    sendAndWait(*held, SIGTERM);
+    sendAndWait(*held, SIGHUP);
+    letTheCommandEnd();
+    EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(7));
 }
 
 TEST_F(Daxctl, FactoryResetReachesTheCore) {

@@ -87,6 +87,26 @@ TEST_F(ChildProcess, WaitsForACommandThatTidiesUpAfterAnInterruption) {
     EXPECT_EQ(run({"sh", "-c", "trap 'exit 5' TERM; kill -INT $PPID; while true; do sleep 0.05; done"}), 5);
 }
 
+TEST_F(ChildProcess, KillsTheCommandAtTheSameSignalOnceMore) {
+    EXPECT_EQ(run({"sh", "-c", "trap '' TERM; while true; do kill -INT $PPID; sleep 0.05; done"}), 128 + SIGKILL);
+}
+
+TEST_F(ChildProcess, KillsNoCommandForTwoDifferentSignals) {
+    EXPECT_EQ(run({"sh", "-c", "trap '' TERM; kill -INT $PPID; sleep 0.1; kill -HUP $PPID; sleep 0.1; exit 5"}), 5);
+}
+
+TEST_F(ChildProcess, CallsBackMeanwhile) {
+    int calls = 0;
+    EXPECT_EQ(daxctl::runChild({"sleep", "1000"}, ChildOutput::TO_OUTPUT, m_signals,
+                               [&calls] {
+                                   if (++calls == 3) {
+                                       raise(SIGTERM);
+                                   }
+                               }),
+              128 + SIGTERM);
+    EXPECT_GE(calls, 3);
+}
+
 TEST_F(ChildProcess, WritesToStandardErrorWhenItIsToldTo) {
     StandardError pipe(StandardError::Kind::PIPE);
     EXPECT_EQ(daxctl::runChild({"echo", "inside"}, ChildOutput::TO_ERRORS, m_signals), 0);

@@ -173,6 +173,11 @@ pid_t Desk::ownerOf(const std::string& name) {
     return static_cast<pid_t>(pid);
 }
 
+std::string Desk::uniqueNameOfTheDaemon() {
+    const auto owner = stringsOf(askBus("GetNameOwner", DAEMON_NAME));
+    return owner.empty() ? "" : owner.front();
+}
+
 std::vector<std::string> Desk::namelessConnectionsOf(pid_t pid) {
     const std::vector<std::string> names = stringsOf(askBus("ListNames"));
     std::set<std::string> owners;
