@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 
@@ -9,6 +10,13 @@
 
 namespace DAX {
 namespace Tests {
+
+// Within what a call returns that nothing holds up.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::chrono::seconds PROMPT{10};
+#else
+constexpr std::chrono::seconds PROMPT{1};
+#endif
 
 // A signal to one connection, with `size` bytes.
 inline RawMessage signalTo(const std::string& destination, std::size_t size = 0) {

@@ -27,8 +27,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Clock = std::chrono::steady_clock;
 
-const auto A_SECOND = std::chrono::seconds(1);
-
 RawMessage callOf(const std::string& destination, const char* interface, const char* member) {
     return RawMessage(dbus_message_new_method_call(destination.c_str(), PATH, interface, member));
 }
@@ -101,7 +99,7 @@ private:
 class CDBUSProxyTrafficTest : public ProxyFixture {
 protected:
     // A proxy whose calls give up soon, lest a fault last a minute.
-    static std::unique_ptr<IDBUSProxy> createImpatientProxy(unsigned int callTimeoutMs = 5000) {
+    static std::unique_ptr<IDBUSProxy> createImpatientProxy(unsigned int callTimeoutMs = 20000) {
         auto proxy = createProxy(callTimeoutMs);
         proxy->init(NAME);
         return proxy;
@@ -140,8 +138,8 @@ TEST_F(CDBUSProxyTrafficTest, ACallIsNotHeldUpByABacklogOfGreatSignals) {
     const auto proxy = createImpatientProxy();
     RawPeer other;
     sendGreatSignals(other, proxy->getDBUSDebugConnectionId());
-    EXPECT_LT(timeOfCall(*proxy), A_SECOND);
-    EXPECT_LT(timeOfCall(*proxy), A_SECOND);
+    EXPECT_LT(timeOfCall(*proxy), PROMPT);
+    EXPECT_LT(timeOfCall(*proxy), PROMPT);
 }
 
 TEST_F(CDBUSProxyTrafficTest, ACallIsNotHeldUpBySmallSignalsWithoutEnd) {
@@ -150,7 +148,7 @@ TEST_F(CDBUSProxyTrafficTest, ACallIsNotHeldUpBySmallSignalsWithoutEnd) {
     const Flood flood(proxy->getDBUSDebugConnectionId());
     ASSERT_TRUE(flood.waitFor(50000));
     for (int i = 0; i < 20; ++i) {
-        EXPECT_LT(timeOfCall(*proxy), A_SECOND);
+        EXPECT_LT(timeOfCall(*proxy), PROMPT);
     }
 }
 
@@ -165,7 +163,7 @@ TEST_F(CDBUSProxyTrafficTest, ACallGivesUpInTimeWhileSignalsComeWithoutEnd) {
                            "reply, the message bus security policy blocked the reply, the reply timeout expired, or "
                            "the network connection was broken."));
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(300));
-    EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(300) + A_SECOND);
+    EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(300) + PROMPT);
 }
 
 TEST_F(CDBUSProxyTrafficTest, ACallGivesUpInTimeWhileSignalHandlersRun) {
@@ -175,7 +173,7 @@ TEST_F(CDBUSProxyTrafficTest, ACallGivesUpInTimeWhileSignalHandlersRun) {
     const auto begin = Clock::now();
     EXPECT_THROW(callWith(*proxy), RemoteObjectNotAccessible);
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(300));
-    EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(300) + A_SECOND);
+    EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(300) + PROMPT);
 }
 
 TEST_F(CDBUSProxyTrafficTest, WhatArrivesBetweenCallsIsDroppedAtOnce) {
@@ -225,7 +223,7 @@ TEST_F(CDBUSProxyTrafficTest, ManyDescriptorsAreClosedAndHoldNoCallUp) {
     for (int i = 0; i < 1000; ++i) {
         other.send(*signalWithDescriptors(proxy->getDBUSDebugConnectionId(), pipe.end(), 16));
     }
-    EXPECT_LT(timeOfCall(*proxy), A_SECOND);
+    EXPECT_LT(timeOfCall(*proxy), PROMPT);
     other.disconnect();
     pipe.letGo();
     EXPECT_TRUE(waitUntil([&pipe] { return pipe.isHeldByNobody(); }));
@@ -288,7 +286,7 @@ TEST_F(CDBUSProxyTrafficTest, CallsToAProxyAreServedByNobody) {
             serials.push_back(other.send(*callOf(proxy->getDBUSDebugConnectionId(), interface, member)));
         }
     }
-    EXPECT_LT(timeOfCall(*proxy), A_SECOND);
+    EXPECT_LT(timeOfCall(*proxy), PROMPT);
     proxy.reset(); // for which the bus answers at last
     EXPECT_TRUE(waitUntil([&] {
         other.waitForReply(0, std::chrono::milliseconds(10));
@@ -328,7 +326,7 @@ TEST_F(CDBUSProxyTrafficTest, AProxyWhoseConnectionBrokeLeavesTheOthersAlone) {
     other.send(*signalWithDescriptors(proxy->getDBUSDebugConnectionId(), pipe.end(), 1));
     pipe.letGo();
     EXPECT_TRUE(waitUntil([&pipe] { return pipe.isHeldByNobody(); }));
-    EXPECT_LT(timeOfCall(*proxy), A_SECOND);
+    EXPECT_LT(timeOfCall(*proxy), PROMPT);
 }
 
 TEST_F(CDBUSProxyTrafficTest, ProxiesComeAndGoUnderAFlood) {
@@ -337,7 +335,7 @@ TEST_F(CDBUSProxyTrafficTest, ProxiesComeAndGoUnderAFlood) {
         const auto proxy = createImpatientProxy();
         const Flood flood(proxy->getDBUSDebugConnectionId());
         ASSERT_TRUE(flood.waitFor(1000));
-        EXPECT_LT(timeOfCall(*proxy), A_SECOND);
+        EXPECT_LT(timeOfCall(*proxy), PROMPT);
     }
 }
 
