@@ -3,6 +3,8 @@
 #include <sstream>
 #include <string>
 
+#include "Utility/Utils/KeptInterruption.h"
+
 namespace DAX {
 namespace DAXIPC {
 namespace DBUSLowLevel {
@@ -26,13 +28,14 @@ const typename Table::mapped_type& find(const Table& table, const std::string& m
 }
 
 // Runs `handle`, which writes its result to `out`. False when it threw: `exceptionName` and `out` then hold the
-// exception. Nothing is thrown but what keeps an exception from being written.
+// exception. Nothing is thrown but what keeps an exception from being written; an interruption of the thread is kept.
 template <class Handle>
 bool answer(std::stringstream& out, std::string& exceptionName, Handle handle) {
     try {
         handle();
         return true;
     } catch (...) {
+        Common::Utils::KeptInterruption::keep();
         replaceByException(out, exceptionName);
         return false;
     }

@@ -9,10 +9,12 @@
 
 #include <boost/exception/all.hpp>
 #include <boost/serialization/string.hpp>
+#include <boost/thread/exceptions.hpp>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/KeptInterruption.h"
 #include "support/Thrown.h"
 #include "support/WireGoldens.h"
 
@@ -21,6 +23,7 @@ using namespace DAX::UserInterestExceptions;
 using DAX::Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException;
 using DAX::Common::Utils::errinfo_stream_text;
 using DAX::Common::Utils::errinfo_supportcode;
+using DAX::Common::Utils::KeptInterruption;
 namespace RequestBoundary = DAX::DAXIPC::DBUSLowLevel::RequestBoundary;
 
 namespace {
@@ -67,6 +70,18 @@ TEST_F(RequestBoundaryAnswer, PutsTheExceptionInThePlaceOfAllThatWasWritten) {
 TEST_F(RequestBoundaryAnswer, TakesWhateverIsThrown) {
     EXPECT_FALSE(answer([] { throw 7; }));
     EXPECT_EQ("DAXUnknownException", m_exceptionName);
+}
+
+TEST_F(RequestBoundaryAnswer, KeepsAnInterruptionForWhoCanEndTheThread) {
+    EXPECT_FALSE(answer([] { throw boost::thread_interrupted(); }));
+    EXPECT_EQ("DAXUnknownException", m_exceptionName);
+    EXPECT_THROW(KeptInterruption::raise(), boost::thread_interrupted);
+    EXPECT_NO_THROW(KeptInterruption::raise());
+}
+
+TEST_F(RequestBoundaryAnswer, KeepsNothingElse) {
+    EXPECT_FALSE(answer([] { throw 7; }));
+    EXPECT_NO_THROW(KeptInterruption::raise());
 }
 
 struct OfAnotherKind {};

@@ -15,6 +15,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
+#include "Utility/Utils/KeptInterruption.h"
 
 namespace DAX {
 namespace DAXIPC {
@@ -143,6 +144,7 @@ void CServiceManagerAdapter::clientDisconnected(const char* sender) {
                                        ". Current Service client: " + m_service->originalSender +
                                        ". Proxy name: " + m_service->proxyName);
     } catch (...) {
+        Common::Utils::KeptInterruption::keep();
         DAX_LOG(FTL) << "Exception caught during invalidating Service: "
                      << boost::current_exception_diagnostic_information(true);
     }

@@ -1,0 +1,33 @@
+#include "Utility/Utils/KeptInterruption.h"
+
+#include <utility>
+
+#include <boost/thread/exceptions.hpp>
+
+namespace DAX {
+namespace Common {
+namespace Utils {
+namespace {
+
+thread_local bool isKept = false;
+
+} // namespace
+
+void KeptInterruption::keep() {
+    try {
+        throw;
+    } catch (const boost::thread_interrupted&) {
+        isKept = true;
+    } catch (...) {
+    }
+}
+
+void KeptInterruption::raise() {
+    if (std::exchange(isKept, false)) {
+        throw boost::thread_interrupted();
+    }
+}
+
+} // namespace Utils
+} // namespace Common
+} // namespace DAX
