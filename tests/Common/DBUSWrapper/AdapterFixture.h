@@ -3,6 +3,7 @@
 #include <atomic>
 #include <exception>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -57,6 +58,11 @@ protected:
     };
 
     AdapterFixture() { FakeKovan::setProduction(true); }
+
+    // On a bus with the rules of a system bus, on which this user may do everything with the adapter's name.
+    explicit AdapterFixture(const std::map<std::string, unsigned int>& limits) : bus({{OBJECT_POLICY}, limits}) {
+        FakeKovan::setProduction(true);
+    }
     ~AdapterFixture() override { stop(); }
 
     static std::unique_ptr<Common::DBUSWrapper::IDBUSAdapter> createAdapter(std::shared_ptr<FakeHandler> forHandler) {
@@ -112,7 +118,7 @@ protected:
     static std::vector<std::string> messages() {
         std::vector<std::string> result;
         for (const FakeKovan::LogLine& line : FakeKovan::logLines()) {
-            if (line.file.find("DBUS") != std::string::npos) {
+            if (line.file.find("DBUS") != std::string::npos || line.file.rfind("Bus", 0) == 0) {
                 result.push_back(line.level + " " + line.message);
             }
         }

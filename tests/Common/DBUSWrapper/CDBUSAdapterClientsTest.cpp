@@ -4,6 +4,8 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "LibraryFaults.h"
 #include "Utility/Utils/ErrInfoStream.h"
+#include "support/Event.h"
+#include "support/WaitUntil.h"
 
 namespace DAX {
 namespace Tests {
@@ -13,8 +15,28 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
+// Holds whoever passes it, from the first who comes until it is opened.
+class Gate {
+public:
+    void pass() {
+        if (!m_reached.happened()) {
+            m_reached.happen();
+            m_opened.wait();
+        }
+    }
+    bool waitUntilReached() const { return m_reached.wait(); }
+    void open() { m_opened.happen(); }
+
+private:
+    Event m_reached;
+    Event m_opened;
+};
+
 class CDBUSAdapterClientsTest : public AdapterFixture {
 protected:
+    CDBUSAdapterClientsTest() = default;
+    explicit CDBUSAdapterClientsTest(const std::map<std::string, unsigned int>& limits) : AdapterFixture(limits) {}
+
     // What the adapter says of clients, and the handler's notes, from the first client on.
     static std::vector<std::string> journalOfClients() {
         std::vector<std::string> result;
@@ -58,6 +80,43 @@ protected:
         return client.name();
     }
 
+    // Each request but "hold" subscribes its sender; "hold" keeps the adapter until the gate is open.
+    void subscribeEverySenderBehind(Gate& gate) {
+        handler->onRequest = [this, &gate](const FakeHandler::Request& request, std::stringstream&, std::string&) {
+            if (request.method == "hold") {
+                gate.pass();
+            } else {
+                handler->subscriber->subscribeForConnectionCloseEvent(request.sender);
+            }
+            return true;
+        };
+    }
+
+    // Sends calls and leaves; returns when the bus knows of that.
+    static std::string sendAndLeave(const std::vector<std::string>& members) {
+        RawPeer client;
+        const std::string name = client.name();
+        for (const std::string& member : members) {
+            client.send(*makeCall(member));
+        }
+        client.disconnect();
+        EXPECT_TRUE(RawPeer().waitForNameOwner(name, false));
+        return name;
+    }
+
+    static std::string subscribed(const std::string& client) {
+        return "log INF Subscribed for connection " + client + " close event.";
+    }
+    static std::string registering(const std::string& client) {
+        return "log INF Registering new connection named " + client;
+    }
+    static std::string disconnecting(const std::string& client) {
+        return "log INF Disconnecting dead client: '" + client + "'";
+    }
+    static std::string unregistering(const std::string& client) {
+        return "log INF Unregistering connection named " + client;
+    }
+
     static bool waitForEnd(const std::string& client) {
         return FakeKovan::waitForMessage("INF", "Unregistering connection named " + client);
     }
@@ -98,14 +157,70 @@ TEST_F(CDBUSAdapterClientsTest, TellsTheHandlerOfTheEndOfTheSubscribedClient) {
 }
 
 TEST_F(CDBUSAdapterClientsTest, WatchesTheNameOfAClientFromItsFirstCallToItsEnd) {
+    takeBusCalls();
     start();
-    takeMatchChanges();
+    const std::string rule = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,interface=org.freedesktop.DBus,"
+                             "member=NameOwnerChanged,type=signal,";
+    EXPECT_THAT(takeBusCalls(), ElementsAre("AddMatch " + rule + "arg2=''"));
     const std::string client = callAndLeave();
     ASSERT_TRUE(FakeKovan::waitForMessage("INF", "We are now entering idle state."));
-    const std::string rule = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,interface=org.freedesktop.DBus,"
-                             "member=NameOwnerChanged,type=signal,arg0=" +
-                             client;
-    EXPECT_THAT(takeMatchChanges(), ElementsAre("add " + rule, "remove " + rule));
+    EXPECT_THAT(takeBusCalls(), ElementsAre("AddMatch " + rule + "arg0=" + client, "NameHasOwner " + client,
+                                            "RemoveMatch " + rule + "arg0=" + client));
+}
+
+TEST_F(CDBUSAdapterClientsTest, AsksTheBusNothingForACallOfAKnownClient) {
+    start();
+    RawPeer client;
+    client.call(*makeCall("one"));
+    takeBusCalls();
+    client.call(*makeCall("two"));
+    EXPECT_THAT(takeBusCalls(), IsEmpty());
+}
+
+TEST_F(CDBUSAdapterClientsTest, NoticesAClientThatLeavesBeforeItsCallIsHandled) {
+    Gate gate;
+    subscribeEverySenderBehind(gate);
+    start();
+    RawPeer other;
+    other.send(*makeCall("hold"));
+    ASSERT_TRUE(gate.waitUntilReached());
+    const std::string client = sendAndLeave({"one", "two"});
+    gate.open();
+    ASSERT_TRUE(waitForEnd(client));
+    other.call(*makeIntrospection()); // behind the bus's answer
+    EXPECT_THAT(journalOfClients(),
+                ElementsAre(registering(other.name()), "request hold", registering(client), "request one",
+                            subscribed(client), "request two", subscribed(client), received("org.freedesktop.DBus"),
+                            args(client, client, ""), disconnecting(client), "disconnected " + client,
+                            unregistering(client)));
+}
+
+TEST_F(CDBUSAdapterClientsTest, TellsTheHandlerOfADeathOnceAlthoughItFails) {
+    Gate gate;
+    subscribeEverySenderBehind(gate);
+    handler->onDisconnected = [](const std::string&) { throw std::runtime_error("broken"); };
+    start();
+    RawPeer other;
+    other.send(*makeCall("hold"));
+    ASSERT_TRUE(gate.waitUntilReached());
+    const std::string client = sendAndLeave({"any"});
+    gate.open();
+    ASSERT_TRUE(FakeKovan::waitForMessage("FTL", "broken"));
+    other.call(*makeIntrospection()); // behind the bus's answer
+    EXPECT_THAT(FakeKovan::journal("disconnected"), ElementsAre("disconnected " + client));
+}
+
+TEST_F(CDBUSAdapterClientsTest, SaysNothingOfOtherNamesThatVanish) {
+    start();
+    RawPeer client;
+    client.call(*makeCall("any"));
+    const std::size_t before = FakeKovan::logLines().size();
+    {
+        RawPeer stranger;
+        stranger.requestName("org.kovan.test.stranger");
+    }
+    client.call(*makeCall("any"));
+    EXPECT_EQ(FakeKovan::logLines().size(), before);
 }
 
 TEST_F(CDBUSAdapterClientsTest, IsNotIdleWhileAnotherClientIsLeft) {
@@ -252,15 +367,40 @@ TEST_F(CDBUSAdapterClientsTest, IgnoresANameOwnerChangeOfAStranger) {
                                                 "log INF   -- Ignoring NameOwnerChanged signal."));
 }
 
-TEST_F(CDBUSAdapterClientsTest, TakesANewOwnerOfAClientsNameForItsDeathAsWell) {
+TEST_F(CDBUSAdapterClientsTest, IgnoresADeathThatAnotherThanTheBusTells) {
+    subscribeEverySender();
     start();
     RawPeer client;
     const std::string name = client.name();
     client.call(*makeCall("any"));
-    client.send(*makeNameOwnerChanged(name.c_str(), name.c_str(), name.c_str()));
-    client.call(*makeIntrospection());
-    EXPECT_EQ(FakeKovan::count("INF", "Disconnecting dead client: '" + name + "'"), 1);
-    EXPECT_EQ(FakeKovan::count("INF", "We are now entering idle state."), 1);
+    RawPeer forger;
+    forger.send(*makeNameOwnerChanged(name.c_str(), name.c_str(), ""));
+    forger.call(*makeIntrospection());
+    // The signal goes on to the object like any other one, which refuses its arguments.
+    EXPECT_THAT(journalOfClients(),
+                ElementsAre(registering(name), "request any", subscribed(name), received(forger.name()),
+                            args(name, name, ""), "log INF   -- Ignoring NameOwnerChanged signal.",
+                            registering(forger.name())));
+    EXPECT_THAT(byteArrays(*client.call(*makeCall("next"))), ElementsAre("REPLY", "next", ""));
+}
+
+TEST_F(CDBUSAdapterClientsTest, LosesNothingByForgedSignalsOfTheBus) {
+    subscribeEverySender();
+    start();
+    RawPeer client;
+    client.call(*makeCall("any"));
+    RawPeer forger;
+    const char* const name = CONNECTION_NAME;
+    for (const char* member : {"NameAcquired", "NameLost", "Disconnected"}) {
+        RawMessage signal(dbus_message_new_signal(DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, member));
+        dbus_message_set_destination(signal.get(), CONNECTION_NAME);
+        dbus_message_append_args(signal.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
+        forger.send(*signal);
+    }
+    forger.call(*makeIntrospection());
+    EXPECT_THAT(byteArrays(*client.call(*makeCall("next"))), ElementsAre("REPLY", "next", ""));
+    EXPECT_THAT(FakeKovan::journal("disconnected"), IsEmpty());
+    EXPECT_EQ(FakeKovan::countContaining("INF", "Unregistering connection named"), 0);
 }
 
 TEST_F(CDBUSAdapterClientsTest, LogsANameOwnerChangeThatCannotBeRead) {
@@ -294,6 +434,51 @@ TEST_F(CDBUSAdapterClientsTest, LogsANameAcquisitionThatCannotBeRead) {
                 ElementsAre(StartsWith("DBUS error while handling message in adapter object: /org/kovan/test/object. "
                                        "Exception: ")));
     EXPECT_THAT(handler->requests(), IsEmpty());
+}
+
+// --- A bus that refuses match rules -------------------------------------------------------------------------------
+
+const char REFUSAL[] = "Connection \":1.0\" is not allowed to add more match rules (increase limits in configuration "
+                       "file if required; max_match_rules_per_connection=";
+
+class OneRuleTest : public CDBUSAdapterClientsTest {
+protected:
+    OneRuleTest() : CDBUSAdapterClientsTest({{"max_match_rules_per_connection", 1}}) {}
+};
+
+TEST_F(OneRuleTest, NoticesEveryDeathByTheRuleForAll) {
+    start();
+    const std::string first = callAndLeave();
+    ASSERT_TRUE(waitForEnd(first));
+    const std::string second = callAndLeave();
+    ASSERT_TRUE(waitForEnd(second));
+    EXPECT_TRUE(waitUntil([] { return FakeKovan::count("INF", "We are now entering idle state.") == 2; }));
+    EXPECT_THAT(FakeKovan::messages("WRN"), ElementsAre("The bus refuses the match rule for client " + first + ": " +
+                                                        REFUSAL + "1). Further refusals are not logged."));
+}
+
+class NoRuleTest : public CDBUSAdapterClientsTest {
+protected:
+    NoRuleTest() : CDBUSAdapterClientsTest({{"max_match_rules_per_connection", 0}}) {}
+};
+
+TEST_F(NoRuleTest, TakesAClientForDeadThatIsGoneWhenTheBusIsAsked) {
+    Gate gate;
+    subscribeEverySenderBehind(gate);
+    start();
+    RawPeer other;
+    other.send(*makeCall("hold"));
+    ASSERT_TRUE(gate.waitUntilReached());
+    const std::string client = sendAndLeave({"one", "two"});
+    gate.open();
+    ASSERT_TRUE(waitForEnd(client));
+    EXPECT_THAT(FakeKovan::messages("WRN"),
+                ElementsAre("The bus refuses the match rule for vanishing names: " +
+                            (REFUSAL + std::string("0). Further refusals are not logged."))));
+    std::vector<std::string> journal = journalOfClients();
+    EXPECT_THAT(journal, ElementsAre(registering(other.name()), "request hold", registering(client), "request one",
+                                     subscribed(client), "request two", subscribed(client), disconnecting(client),
+                                     "disconnected " + client, unregistering(client)));
 }
 
 TEST_F(CDBUSAdapterClientsTest, HoldsAThousandClients) {

@@ -141,6 +141,118 @@ TEST_F(CDBUSAdapterMessagesTest, HandlesACallThatWantsNoReply) {
     EXPECT_EQ(client().countReplies(serial), 0);
 }
 
+// --- Messages that want no reply ----------------------------------------------------------------------------------
+
+// Sees everything that goes over the bus, also what the bus lets nobody have.
+class Monitor {
+public:
+    Monitor() {
+        RawMessage call(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
+                                                     "org.freedesktop.DBus.Monitoring", "BecomeMonitor"));
+        const char* const* noRules = nullptr;
+        const dbus_uint32_t flags = 0;
+        dbus_message_append_args(call.get(), DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &noRules, 0, DBUS_TYPE_UINT32, &flags,
+                                 DBUS_TYPE_INVALID);
+        const RawMessage reply = m_peer.call(*call);
+        EXPECT_EQ(dbus_message_get_error_name(reply.get()), nullptr);
+    }
+
+    // How many answers the adapter has sent to the message before it answered the later one.
+    int countAnswers(const std::string& client, std::uint32_t serial, std::uint32_t later) {
+        int count = 0;
+        std::uint32_t answered = 0;
+        while (answered != later) {
+            const RawMessage message(dbus_connection_pop_message(m_peer.connection()));
+            if (!message) {
+                if (!dbus_connection_read_write(m_peer.connection(), 20000)) {
+                    ADD_FAILURE() << "the monitor has lost its bus";
+                    return count;
+                }
+            } else if (dbus_message_has_destination(message.get(), client.c_str()) &&
+                       !dbus_message_has_sender(message.get(), DBUS_SERVICE_DBUS)) {
+                answered = dbus_message_get_reply_serial(message.get());
+                count += answered == serial ? 1 : 0;
+            }
+        }
+        return count;
+    }
+
+private:
+    RawPeer m_peer;
+};
+
+class NoReplyTest : public CDBUSAdapterMessagesTest {
+protected:
+    // The answers that were sent to the message, whoever got them.
+    int answersTo(const RawMessage& message) {
+        const std::uint32_t serial = client().send(*message);
+        const std::uint32_t later = client().send(*makeCall("later"));
+        return m_monitor.countAnswers(client().name(), serial, later);
+    }
+
+    static RawMessage quiet(RawMessage message) {
+        dbus_message_set_no_reply(message.get(), true);
+        return message;
+    }
+
+    static RawMessage withNumber(RawMessage message) {
+        const dbus_int32_t number = 1;
+        dbus_message_append_args(message.get(), DBUS_TYPE_INT32, &number, DBUS_TYPE_INVALID);
+        return message;
+    }
+
+private:
+    Monitor m_monitor;
+};
+
+TEST_F(NoReplyTest, AnswersACallThatSaysNothingElse) {
+    EXPECT_EQ(answersTo(makeCall("any")), 1);
+}
+
+TEST_F(NoReplyTest, AnswersNoCallThatWantsNone) {
+    EXPECT_EQ(answersTo(quiet(makeCallWith("quiet", "1"))), 0);
+    EXPECT_EQ(handler->requests().at(0).method, "quiet");
+    EXPECT_EQ(FakeKovan::count("INF", "Registering new connection named " + client().name()), 1);
+}
+
+TEST_F(NoReplyTest, AnswersNoIntrospectionThatWantsNone) {
+    EXPECT_EQ(answersTo(quiet(makeIntrospection())), 0);
+}
+
+TEST_F(NoReplyTest, SendsNoErrorForACallThatWantsNoneWithArgumentsThatAreNoBytes) {
+    EXPECT_EQ(answersTo(quiet(withNumber(makeCall("quiet")))), 0);
+}
+
+TEST_F(NoReplyTest, SendsNoErrorForACallThatWantsNoneOfAnotherObject) {
+    EXPECT_EQ(
+        answersTo(quiet(RawMessage(dbus_message_new_method_call(CONNECTION_NAME, "/other", INTERFACE_NAME, "any")))),
+        0);
+}
+
+TEST_F(NoReplyTest, AnswersNoSignalAlthoughItDoesNotSayThatItWantsNoAnswer) {
+    RawMessage signal = makeSignal("shout");
+    dbus_message_set_no_reply(signal.get(), false);
+    EXPECT_EQ(answersTo(signal), 0);
+    EXPECT_EQ(handler->requests().at(0).method, "shout");
+}
+
+class QuietFailureTest : public NoReplyTest {
+protected:
+    QuietFailureTest() {
+        handler->onRequest = [](const FakeHandler::Request& request, std::stringstream&, std::string&) -> bool {
+            if (request.method == "fail") {
+                DAX_THROW(Common::DBUSWrapper::DBUSWrapperExceptions::DBUSMemoryError(), "no memory");
+            }
+            return true;
+        };
+    }
+};
+
+TEST_F(QuietFailureTest, SendsNoErrorForACallThatWantsNone) {
+    EXPECT_EQ(answersTo(quiet(makeCall("fail"))), 0);
+    EXPECT_EQ(FakeKovan::countContaining("ERR", "no memory"), 1);
+}
+
 TEST_F(CDBUSAdapterMessagesTest, WritesNoLineForACallOfAKnownClient) {
     synchronize();
     const std::size_t before = FakeKovan::logLines().size();

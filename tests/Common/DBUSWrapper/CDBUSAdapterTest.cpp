@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstdlib>
+#include <limits>
 
 #include <boost/thread/thread.hpp>
 #include <unistd.h>
@@ -8,7 +9,10 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "LibraryFaults.h"
 #include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/KeptInterruption.h"
+#include "support/Event.h"
 #include "support/ProcessDeath.h"
+#include "support/WaitUntil.h"
 
 namespace DAX {
 namespace Tests {
@@ -203,6 +207,36 @@ TEST_F(CDBUSAdapterTest, SaysWhenNoThreadCanBeStarted) {
                                         "Thread cannot be started."));
 }
 
+TEST_F(CDBUSAdapterTest, RefusesANegativeIntervalAsItRefusesZero) {
+    EXPECT_ASSERTION_MSG(adapter->activate(-1, CONNECTION_NAME), "stopConditionIntervalInSeconds > 0",
+                         "stopConditionIntervalInSeconds must be greater than 0.");
+}
+
+TEST_F(CDBUSAdapterTest, TakesTheLongestInterval) {
+    adapter->activate(std::numeric_limits<int>::max(), CONNECTION_NAME);
+    EXPECT_THAT(byteArrays(*RawPeer().call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
+    adapter->deactivate(); // the call's end wakes the loop
+}
+
+TEST_F(CDBUSAdapterTest, SaysWhenThereIsNoMemoryForTheThread) {
+    activate();
+    const std::size_t threadSize = lastAllocationSize(); // it is what an activation needs last
+    adapter = createAdapter(handler);
+    FakeKovan::forgetRecords();
+    failAllocationOf(threadSize);
+    EXPECT_EQ(textOf<DBUSWrapperException>([this] { activate(); }), "std::bad_alloc");
+    EXPECT_THAT(messages(), ElementsAre("INF Activating DBUS adapter for object: {/org/kovan/test/object}",
+                                        "INF Error activating DBUS adapter for object: {/org/kovan/test/object}. "
+                                        "Thread cannot be started."));
+}
+
+TEST_F(CDBUSAdapterTest, ThrowsOutOfActivationThatTheGuardsCannotBeMade) {
+    FakeKovan::setProduction(false);
+    beforeBusCall("AddMatch", [] { failNext("pthread_create"); }); // on the adapter's thread
+    EXPECT_THROW(activate(), boost::thread_resource_error);
+    EXPECT_EQ(RawPeer().requestName(CONNECTION_NAME), DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER);
+}
+
 TEST_F(CDBUSAdapterTest, LogsAnInterruptedActivation) {
     kill(bus.pid(), SIGSTOP); // the loop's thread waits for the bus, and the activation for it
     boost::thread thread([this] { activate(); });
@@ -211,6 +245,120 @@ TEST_F(CDBUSAdapterTest, LogsAnInterruptedActivation) {
     EXPECT_EQ(
         FakeKovan::count("INF", "DBUSAdapter activate method interrupted. Adapter object:{/org/kovan/test/object}"), 1);
     kill(bus.pid(), SIGCONT);
+}
+
+TEST_F(CDBUSAdapterTest, DoesNotComeBackToAnAdapterWhoseActivationWasInterruptedBeforeItWasConnected) {
+    RawPeer observer;
+    kill(bus.pid(), SIGSTOP);
+    boost::thread thread([this] { activate(); });
+    thread.interrupt();
+    thread.join();
+    adapter.reset();
+    kill(bus.pid(), SIGCONT);
+    // Its thread gets the second connection and lets go of it.
+    const std::string next = RawPeer().name();
+    EXPECT_EQ(next, ":1.2");
+    ASSERT_TRUE(observer.waitForNameOwner(":1.1", false));
+    EXPECT_EQ(FakeKovan::countContaining("INF", "Registering new unique name on DBUS"), 0);
+}
+
+TEST_F(CDBUSAdapterTest, EndsTheThreadOfAnActivationThatIsInterruptedWhileItAsksForTheName) {
+    Event asking;
+    beforeBusCall("AddMatch", [this, &asking] {
+        kill(bus.pid(), SIGSTOP);
+        asking.happen();
+    });
+    boost::thread thread([this] { activate(); });
+    ASSERT_TRUE(asking.wait());
+    thread.interrupt();
+    ASSERT_TRUE(FakeKovan::waitForMessage("INF", "DBUSAdapter activate method interrupted."));
+    kill(bus.pid(), SIGCONT);
+    thread.join();
+    EXPECT_EQ(messages().back(), EXIT);
+    activate();
+    EXPECT_THAT(byteArrays(*RawPeer().call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
+}
+
+TEST_F(CDBUSAdapterTest, WaitsForItsThreadAlthoughTheCallerIsInterrupted) {
+    Event entered;
+    Event leave;
+    handler->onRequest = [&](const FakeHandler::Request&, std::stringstream&, std::string&) {
+        entered.happen();
+        leave.wait();
+        return true;
+    };
+    activate();
+    RawPeer client;
+    client.send(*makeCall("any"));
+    ASSERT_TRUE(entered.wait());
+    boost::thread thread([this] {
+        adapter.reset();
+        EXPECT_TRUE(boost::this_thread::interruption_requested()); // it waits until the adapter is gone
+    });
+    thread.interrupt();
+    ASSERT_TRUE(FakeKovan::waitForMessage("DBG", "CDBUSAdapter::deactivate() called."));
+    leave.happen();
+    thread.join();
+    EXPECT_EQ(messages().back(), EXIT);
+}
+
+// --- An interruption that is met by the handler -------------------------------------------------------------------
+
+class InterruptedHandlerTest : public CDBUSAdapterTest {
+protected:
+    // Waits where it can be interrupted, and lets nothing out, as a handler has to.
+    void waitForInterruption() {
+        entered.happen();
+        try {
+            boost::this_thread::sleep_for(boost::chrono::hours(1));
+        } catch (...) {
+            Common::Utils::KeptInterruption::keep();
+        }
+    }
+
+    // False when the thread has not ended within the usual bound.
+    bool deactivateInTime() {
+        EXPECT_TRUE(entered.wait());
+        m_deactivation = boost::thread([this] { adapter->deactivate(); });
+        return m_deactivation.try_join_for(boost::chrono::seconds(20));
+    }
+
+    Event entered;
+
+private:
+    boost::thread m_deactivation;
+};
+
+TEST_F(InterruptedHandlerTest, AnswersTheCallAndEnds) {
+    handler->onRequest = [this](const FakeHandler::Request&, std::stringstream&, std::string& exceptionName) {
+        waitForInterruption();
+        exceptionName = "interrupted";
+        return false;
+    };
+    activate();
+    RawPeer client;
+    const std::uint32_t serial = client.send(*makeCall("any"));
+    ASSERT_TRUE(deactivateInTime());
+    const RawMessage reply = client.waitForReply(serial);
+    ASSERT_NE(reply, nullptr);
+    EXPECT_THAT(byteArrays(*reply), ElementsAre("EXCEPTION", "interrupted", ""));
+    EXPECT_EQ(FakeKovan::count("INF", "DBUSAdapter thread interrupted. Adapter object: {/org/kovan/test/object}"), 1);
+}
+
+TEST_F(InterruptedHandlerTest, EndsWhenItIsInterruptedAtTheDeathOfAClient) {
+    handler->onRequest = [this](const FakeHandler::Request& request, std::stringstream&, std::string&) {
+        handler->subscriber->subscribeForConnectionCloseEvent(request.sender);
+        return true;
+    };
+    handler->onDisconnected = [this](const std::string&) {
+        entered.happen();
+        boost::this_thread::sleep_for(boost::chrono::hours(1));
+    };
+    activate();
+    RawPeer().call(*makeCall("any"));
+    ASSERT_TRUE(deactivateInTime());
+    EXPECT_EQ(FakeKovan::countContaining("FTL", "Unknown error while calling clientDisconnected()"), 1);
+    EXPECT_EQ(FakeKovan::count("INF", "DBUSAdapter thread interrupted. Adapter object: {/org/kovan/test/object}"), 1);
 }
 
 TEST_F(CDBUSAdapterTest, CannotBeDeactivatedByItsOwnThread) {

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <functional>
+#include <map>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -17,9 +20,12 @@ namespace {
 
 thread_local std::string faultyFunction;
 thread_local int longestWaitMs = 0;
+thread_local std::size_t lastAllocation = 0;
+thread_local std::size_t faultyAllocation = 0;
 std::atomic<int> threadInits{0};
-std::mutex matchMutex; // guards matchChanges
-std::vector<std::string> matchChanges;
+std::mutex busCallsMutex; // guards the two below
+std::vector<std::string> busCalls;
+std::map<std::string, std::function<void()>> hooks;
 
 bool fails(const char* function) {
     if (faultyFunction != function) {
@@ -29,9 +35,24 @@ bool fails(const char* function) {
     return true;
 }
 
-void recordMatchChange(const std::string& change, const char* rule, const DBusError* error) {
-    const std::lock_guard<std::mutex> lock(matchMutex);
-    matchChanges.push_back(change + " " + rule + (error != nullptr ? " and wait" : ""));
+void recordBusCall(const std::string& method, const std::string& argument) {
+    std::function<void()> hook;
+    {
+        const std::lock_guard<std::mutex> lock(busCallsMutex);
+        busCalls.push_back(method + " " + argument);
+        hook = std::exchange(hooks[method], nullptr);
+    }
+    if (hook) {
+        hook();
+    }
+}
+
+void recordIfBusCall(DBusMessage* message) {
+    const char* argument = nullptr;
+    if (dbus_message_has_destination(message, DBUS_SERVICE_DBUS) &&
+        dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID)) {
+        recordBusCall(dbus_message_get_member(message), argument);
+    }
 }
 
 } // namespace
@@ -44,9 +65,22 @@ int takeLongestWaitMs() {
     return std::exchange(longestWaitMs, 0);
 }
 
-std::vector<std::string> takeMatchChanges() {
-    const std::lock_guard<std::mutex> lock(matchMutex);
-    return std::exchange(matchChanges, {});
+std::size_t lastAllocationSize() {
+    return lastAllocation;
+}
+
+void failAllocationOf(std::size_t size) {
+    faultyAllocation = size;
+}
+
+std::vector<std::string> takeBusCalls() {
+    const std::lock_guard<std::mutex> lock(busCallsMutex);
+    return std::exchange(busCalls, {});
+}
+
+void beforeBusCall(const std::string& method, std::function<void()> hook) {
+    const std::lock_guard<std::mutex> lock(busCallsMutex);
+    hooks[method] = std::move(hook);
 }
 
 int threadInitializations() {
@@ -57,7 +91,8 @@ int threadInitializations() {
 } // namespace DAX
 
 using DAX::Tests::fails;
-using DAX::Tests::recordMatchChange;
+using DAX::Tests::recordBusCall;
+using DAX::Tests::recordIfBusCall;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
 extern "C" {
@@ -68,15 +103,9 @@ dbus_bool_t __wrap_dbus_threads_init_default() {
     return __real_dbus_threads_init_default();
 }
 
-void __real_dbus_bus_add_match(DBusConnection*, const char*, DBusError*);
-void __wrap_dbus_bus_add_match(DBusConnection* connection, const char* rule, DBusError* error) {
-    recordMatchChange("add", rule, error);
-    __real_dbus_bus_add_match(connection, rule, error);
-}
-
 void __real_dbus_bus_remove_match(DBusConnection*, const char*, DBusError*);
 void __wrap_dbus_bus_remove_match(DBusConnection* connection, const char* rule, DBusError* error) {
-    recordMatchChange("remove", rule, error);
+    recordBusCall(error == nullptr ? "RemoveMatch" : "RemoveMatch and wait:", rule);
     __real_dbus_bus_remove_match(connection, rule, error);
 }
 
@@ -90,6 +119,7 @@ DBusDispatchStatus __wrap_dbus_connection_dispatch(DBusConnection* connection) {
 
 dbus_bool_t __real_dbus_connection_send(DBusConnection*, DBusMessage*, dbus_uint32_t*);
 dbus_bool_t __wrap_dbus_connection_send(DBusConnection* connection, DBusMessage* message, dbus_uint32_t* serial) {
+    recordIfBusCall(message);
     return !fails("dbus_connection_send") && __real_dbus_connection_send(connection, message, serial);
 }
 
@@ -131,6 +161,16 @@ int __real_poll(pollfd*, nfds_t, int);
 int __wrap_poll(pollfd* descriptors, nfds_t count, int timeoutMs) {
     DAX::Tests::longestWaitMs = std::max(DAX::Tests::longestWaitMs, timeoutMs);
     return __real_poll(descriptors, count, timeoutMs);
+}
+
+void* __real__Znwm(std::size_t);
+void* __wrap__Znwm(std::size_t size) {
+    DAX::Tests::lastAllocation = size;
+    if (size == DAX::Tests::faultyAllocation) {
+        DAX::Tests::faultyAllocation = 0;
+        throw std::bad_alloc();
+    }
+    return __real__Znwm(size);
 }
 
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);

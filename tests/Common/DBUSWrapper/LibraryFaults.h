@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,9 +18,17 @@ void failNext(const std::string& function);
 // The longest time-out of a poll of this thread since the last question, in milliseconds.
 int takeLongestWaitMs();
 
-// The changes of match rules by any thread since the last question, oldest first: "add <rule>", "remove <rule>". With
-// an error object, for whose sake the library would wait for the answer of the bus, " and wait" follows.
-std::vector<std::string> takeMatchChanges();
+// How much this thread asked operator new for last; and the next allocation of this size on this thread throws
+// std::bad_alloc.
+std::size_t lastAllocationSize();
+void failAllocationOf(std::size_t size);
+
+// The calls of the bus's own methods that code of this program has sent without waiting since the last question, oldest
+// first: "<method> <its first argument>".
+std::vector<std::string> takeBusCalls();
+
+// Runs once, on the thread that sends, right before the next such call of the method goes out.
+void beforeBusCall(const std::string& method, std::function<void()> hook);
 
 // How often the library's locks were asked for by this process.
 int threadInitializations();

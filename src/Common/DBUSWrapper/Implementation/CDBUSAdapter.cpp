@@ -1,5 +1,7 @@
 #include "Common/DBUSWrapper/Implementation/CDBUSAdapter.h"
 
+#include <algorithm>
+#include <exception>
 #include <utility>
 
 #include <boost/assert.hpp>
@@ -18,18 +20,12 @@ namespace DBUSWrapper {
 
 using namespace DBUSWrapperExceptions;
 
-namespace {
-
-const char NAME_OWNER_CHANGED_RULE[] = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,"
-                                       "interface=org.freedesktop.DBus,member=NameOwnerChanged,type=signal,arg0=";
-
-} // namespace
-
 CDBUSAdapter::CDBUSAdapter(IDBUSWrapper::DBUSType type, const std::string& objectPath,
                            std::shared_ptr<IDBUSRequestsHandler> handler, bool flag)
     : m_objectPath(objectPath)
     , m_handler(std::move(handler))
     , m_flag(flag)
+    , m_clients(m_busCalls, [this](const std::string& name) { disconnectDeadClient(name); })
     , m_dbusType(type)
     , m_clock(Utils::ISimpleClock::createClock()) {
     m_handler->useThisEventSubscriber(*this);
@@ -45,36 +41,72 @@ CDBUSAdapter::~CDBUSAdapter() {
     m_handler.reset();
 }
 
+// A negative interval is no more one than 0.
 void CDBUSAdapter::activate(int stopConditionIntervalInSeconds, const std::string& connectionName) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     DAX_LOG(INF) << "Activating DBUS adapter for object: {" << m_objectPath << "}";
     BOOST_ASSERT_MSG(m_activated == false, "Cannot reuse the same DBUS adapter.");
-    const auto promise = std::make_shared<boost::promise<bool>>();
-    boost::unique_future<bool> activated = promise->get_future();
+    std::shared_ptr<std::atomic<Start>> start;
+    boost::unique_future<bool> activated =
+        startThread(static_cast<unsigned int>(std::max(stopConditionIntervalInSeconds, 0)), connectionName, start);
     try {
-        startThread(promise, static_cast<unsigned int>(stopConditionIntervalInSeconds), connectionName);
         m_activated = activated.get();
     } catch (const boost::thread_interrupted&) {
         DAX_LOG(INF) << "DBUSAdapter activate method interrupted. Adapter object:{" << m_objectPath << "}";
+        m_activated = true; // as long as the thread runs, which may have met its first client by now
+        lock.unlock();
+        abandonThread(*start);
+        lock.lock();
+        m_activated = false;
+    } catch (...) {
+        joinThread();
+        throw;
     }
 }
 
-void CDBUSAdapter::startThread(std::shared_ptr<boost::promise<bool>> promise,
-                               unsigned int stopConditionIntervalInSeconds, const std::string& connectionName) {
-    const ThreadParams params{std::move(promise), m_dbusType, this, m_objectPath, connectionName};
+boost::unique_future<bool> CDBUSAdapter::startThread(unsigned int stopConditionIntervalInSeconds,
+                                                     const std::string& connectionName,
+                                                     std::shared_ptr<std::atomic<Start>>& start) {
     try {
+        start = std::make_shared<std::atomic<Start>>(Start::CONNECTING);
+        const auto promise = std::make_shared<boost::promise<bool>>();
+        boost::unique_future<bool> activated = promise->get_future();
+        const ThreadParams params{promise, m_dbusType, this, m_objectPath, connectionName, start};
         m_thread = std::make_unique<boost::thread>([params, handler = m_handler, stopConditionIntervalInSeconds] {
             threadMethod(params, handler, stopConditionIntervalInSeconds, 0, 0, boost::none, boost::none);
         });
-    } catch (const boost::thread_exception& exception) {
+        return activated;
+    } catch (const std::exception& exception) {
         DAX_LOG(INF) << "Error activating DBUS adapter for object: {" << m_objectPath << "}. Thread cannot be started.";
         DAX_THROW(DBUSWrapperException(), exception.what());
     }
 }
 
+// A thread that still waits for its connection is left alone: it ends by itself and does not come back to the adapter.
+void CDBUSAdapter::abandonThread(std::atomic<Start>& start) {
+    Start expected = Start::CONNECTING;
+    if (start.compare_exchange_strong(expected, Start::GIVEN_UP)) {
+        m_thread->detach();
+        m_thread.reset();
+    } else {
+        joinThread();
+    }
+}
+
+bool CDBUSAdapter::ThreadParams::mayBegin() const {
+    Start expected = Start::CONNECTING;
+    return start == nullptr || start->compare_exchange_strong(expected, Start::BEGUN) || expected == Start::BEGUN;
+}
+
 void CDBUSAdapter::deactivate() {
     DAX_LOG(DBG) << "CDBUSAdapter::deactivate() called.";
+    joinThread();
+}
+
+// The thread uses this object to its end: an interruption of the caller waits until then.
+void CDBUSAdapter::joinThread() {
     if (m_thread) {
+        const boost::this_thread::disable_interruption uninterrupted;
         m_thread->interrupt();
         m_thread->join();
         m_thread.reset();
@@ -86,8 +118,9 @@ void CDBUSAdapter::listenDBUS(unsigned int stopConditionIntervalInSeconds, unsig
                               boost::optional<std::function<void()>> pingFunction, const std::string& connectionName) {
     BOOST_ASSERT_MSG(m_activated == false, "Cannot reuse the same DBUS adapter.");
     m_activated = true;
-    threadMethod({nullptr, m_dbusType, this, m_objectPath, connectionName}, m_handler, stopConditionIntervalInSeconds,
-                 idleTimeoutInSeconds, pingIntervalInSeconds, std::move(stopCondition), std::move(pingFunction));
+    threadMethod({nullptr, m_dbusType, this, m_objectPath, connectionName, nullptr}, m_handler,
+                 stopConditionIntervalInSeconds, idleTimeoutInSeconds, pingIntervalInSeconds, std::move(stopCondition),
+                 std::move(pingFunction));
 }
 
 void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSRequestsHandler> /*handler*/,
@@ -103,11 +136,20 @@ void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSReques
     CDBUSAdapter& adapter = *params.adapter;
     std::unique_ptr<Loop> loop;
     try {
-        adapter.openConnection(params);
+        DBUSConnectionHandle connection = openPrivateConnection(params.type);
+        if (!params.mayBegin()) {
+            return;
+        }
+        adapter.openConnection(std::move(connection), params);
         loop = std::make_unique<Loop>(adapter, stopConditionIntervalInSeconds, idleTimeoutInSeconds,
                                       pingIntervalInSeconds, std::move(stopCondition), std::move(pingFunction));
+        if (params.promise) {
+            params.promise->set_value(true);
+        }
     } catch (...) {
-        adapter.m_dbusConnectionHandle.reset();
+        if (params.mayBegin()) {
+            adapter.releaseConnection();
+        }
         if (params.promise) {
             params.promise->set_exception(boost::current_exception());
             return;
@@ -128,25 +170,31 @@ void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSReques
     adapter.closeConnection();
 }
 
-void CDBUSAdapter::openConnection(const ThreadParams& params) {
-    m_dbusConnectionHandle = openPrivateConnection(params.type);
-    DBusConnection* const connection = m_dbusConnectionHandle.get();
+void CDBUSAdapter::openConnection(DBUSConnectionHandle handle, const ThreadParams& params) {
+    DBusConnection* const connection = handle.get();
+    m_busCalls.clear();
+    m_clients.clear();
     dbus_connection_set_exit_on_disconnect(connection, false);
     DBusObjectPathVTable table{};
     table.message_function = handleMessage;
     dbus_connection_register_object_path(connection, params.objectPath.c_str(), &table, this);
     dbus_connection_add_filter(connection, handleSignal, this, nullptr);
+    m_clients.watchVanishingNames(connection);
     registerAdditionalName(params.connectionName, connection, params.objectPath);
-    if (params.promise) {
-        params.promise->set_value(true);
-    }
+    m_name = std::make_unique<BusName>(m_busCalls, connection, params.connectionName);
+    m_dbusConnectionHandle = std::move(handle);
     DAX_LOG(INF) << "DBUSAdapter adapter thread started. Adapter object:{" << params.objectPath << "}";
 }
 
 void CDBUSAdapter::closeConnection() {
     dbus_connection_unregister_object_path(m_dbusConnectionHandle.get(), m_objectPath.c_str());
-    m_dbusConnectionHandle.reset();
+    releaseConnection();
     DAX_LOG(INF) << "DBUSAdapter thread method exit. Adapter object:{" << m_objectPath << "}";
+}
+
+void CDBUSAdapter::releaseConnection() {
+    m_name.reset();
+    m_dbusConnectionHandle.reset();
 }
 
 void CDBUSAdapter::registerAdditionalName(const std::string& name, DBusConnection* connection,
@@ -154,8 +202,7 @@ void CDBUSAdapter::registerAdditionalName(const std::string& name, DBusConnectio
     DAX_LOG(INF) << "Registering new unique name on DBUS: {" << name << "} for connection:{"
                  << dbus_bus_get_unique_name(connection) << "}. Object path:" << objectPath;
     DBUSError error;
-    const int result = dbus_bus_request_name(
-        connection, name.c_str(), DBUS_NAME_FLAG_REPLACE_EXISTING | DBUS_NAME_FLAG_DO_NOT_QUEUE, error.get());
+    const int result = dbus_bus_request_name(connection, name.c_str(), BUS_NAME_FLAGS, error.get());
     if (error.isSet()) {
         DAX_LOG(FTL) << "Error Registering new unique name on DBUS: {" << name << "}";
         DAX_THROW(ERRORRegisteringObject(), error.message());
@@ -171,7 +218,7 @@ void CDBUSAdapter::subscribeForConnectionCloseEvent(const std::string& connectio
         unsubscribeFromConnectionCloseEvent();
         return;
     }
-    if (!isClient(connectionName)) {
+    if (!m_clients.contains(connectionName)) {
         DAX_LOG(INF) << "Name " << connectionName << " does not exist in clients list.";
         return;
     }
@@ -188,34 +235,27 @@ void CDBUSAdapter::unsubscribeFromConnectionCloseEvent() {
     m_closeEventConnection = boost::none;
 }
 
-bool CDBUSAdapter::isClient(std::string_view name) const {
-    return m_clientsByName.count(name) != 0;
-}
-
 void CDBUSAdapter::registerNewConnection(const char* name) {
-    if (isClient(name)) {
+    if (m_clients.contains(name)) {
         DAX_LOG(NONE) << "Name " << name << " is already registered in clients list.";
         return;
     }
     DAX_LOG(INF) << "Registering new connection named " << name;
-    const auto client = m_clients.emplace(m_clients.end(), name);
-    m_clientsByName.emplace(*client, client);
-    subscribeForNameOwnerChangedSignal(*client);
+    m_clients.add(name);
     m_idle = false;
+    m_name->keep();
+    subscribeForNameOwnerChangedSignal(name);
 }
 
-void CDBUSAdapter::unregisterConnection(const char* name) {
-    const auto found = m_clientsByName.find(name);
-    if (found == m_clientsByName.end()) {
+void CDBUSAdapter::unregisterConnection(const std::string& name) {
+    if (!m_clients.contains(name)) {
         DAX_LOG(INF) << "Name " << name << " does not exist in clients list.";
         return;
     }
     DAX_LOG(INF) << "Unregistering connection named " << name;
-    const auto client = found->second;
-    m_clientsByName.erase(found);
-    m_clients.erase(client);
+    m_clients.remove(name);
     unsubscribeForNameOwnerChangedSignal(name);
-    if (m_clients.empty()) {
+    if (m_clients.isEmpty()) {
         DAX_LOG(INF) << "We are now entering idle state.";
         m_idle = true;
         m_idleSince = m_clock->getCurrentTime();
@@ -226,7 +266,7 @@ void CDBUSAdapter::subscribeForNameOwnerChangedSignal(const std::string& name) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     BOOST_ASSERT_MSG(m_activated == true && m_dbusConnectionHandle != nullptr, "Must be active.");
     if (!name.empty()) {
-        dbus_bus_add_match(m_dbusConnectionHandle.get(), (NAME_OWNER_CHANGED_RULE + name).c_str(), nullptr);
+        m_clients.watch(m_dbusConnectionHandle.get(), name);
     }
 }
 
@@ -234,7 +274,7 @@ void CDBUSAdapter::unsubscribeForNameOwnerChangedSignal(const std::string& name)
     const std::lock_guard<std::mutex> lock(m_mutex);
     BOOST_ASSERT_MSG(m_activated == true && m_dbusConnectionHandle != nullptr, "Must be active.");
     if (!name.empty()) {
-        dbus_bus_remove_match(m_dbusConnectionHandle.get(), (NAME_OWNER_CHANGED_RULE + name).c_str(), nullptr);
+        m_clients.unwatch(m_dbusConnectionHandle.get(), name);
     }
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include <boost/optional.hpp>
 #include <boost/thread/future.hpp>
@@ -16,6 +15,9 @@
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
 #include "Common/DBUSWrapper/IDBUSEventsSubscriber.h"
+#include "Common/DBUSWrapper/Implementation/BusCalls.h"
+#include "Common/DBUSWrapper/Implementation/BusClients.h"
+#include "Common/DBUSWrapper/Implementation/BusName.h"
 #include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
 #include "Common/DBUSWrapper/Implementation/ReusedStream.h"
 #include "Common/Utils/ISimpleClock.h"
@@ -46,12 +48,19 @@ private:
 
     enum ReplyMessageType { REPLY = 0, EXCEPTION = 1, INTROSPECTION = 2 };
 
+    // How far an activation is. To connect may take for ever, and touches nothing of the adapter.
+    enum class Start { CONNECTING, BEGUN, GIVEN_UP };
+
     struct ThreadParams {
         std::shared_ptr<boost::promise<bool>> promise; // empty on the path of listenDBUS
         IDBUSWrapper::DBUSType type;
         CDBUSAdapter* adapter;
         std::string objectPath;
         std::string connectionName;
+        std::shared_ptr<std::atomic<Start>> start; // empty on the path of listenDBUS
+
+        // Whether the adapter may be used: true once and for all, unless the activation has been given up before.
+        bool mayBegin() const;
     };
 
     // The run of the adapter.
@@ -59,17 +68,20 @@ private:
                              unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds,
                              unsigned int pingIntervalInSeconds, boost::optional<std::function<bool()>> stopCondition,
                              boost::optional<std::function<void()>> pingFunction);
-    void startThread(std::shared_ptr<boost::promise<bool>> promise, unsigned int stopConditionIntervalInSeconds,
-                     const std::string& connectionName);
-    void openConnection(const ThreadParams& params);
+    boost::unique_future<bool> startThread(unsigned int stopConditionIntervalInSeconds,
+                                           const std::string& connectionName,
+                                           std::shared_ptr<std::atomic<Start>>& start);
+    void abandonThread(std::atomic<Start>& start);
+    void joinThread();
+    void openConnection(DBUSConnectionHandle handle, const ThreadParams& params);
     void closeConnection();
+    void releaseConnection();
     static void registerAdditionalName(const std::string& name, DBusConnection* connection,
                                        const std::string& objectPath);
 
     // The clients.
     void registerNewConnection(const char* name);
-    void unregisterConnection(const char* name);
-    bool isClient(std::string_view name) const;
+    void unregisterConnection(const std::string& name);
     void subscribeForNameOwnerChangedSignal(const std::string& name);
     void unsubscribeForNameOwnerChangedSignal(const std::string& name);
 
@@ -88,13 +100,14 @@ private:
     DBusHandlerResult handleSignalPrivate(DBusMessage* message);
     DBusHandlerResult handleNameOwnerChanged(DBusMessage* message);
     DBusHandlerResult handleNameAcquired(DBusMessage* message);
-    void disconnectDeadClient(const char* name);
+    void disconnectDeadClient(const std::string& name);
 
     std::string m_objectPath;
     std::shared_ptr<IDBUSRequestsHandler> m_handler;
     [[maybe_unused]] bool m_flag;
     boost::optional<std::string> m_closeEventConnection;
-    std::list<std::string> m_clients; // in the order of their first calls
+    BusCalls m_busCalls;
+    BusClients m_clients;
     std::unique_ptr<boost::thread> m_thread;
     bool m_activated = false;
     IDBUSWrapper::DBUSType m_dbusType;
@@ -102,9 +115,8 @@ private:
     std::shared_ptr<Utils::ISimpleClock> m_clock;
     bool m_idle = true;
     float m_idleSince = 0;
-    std::mutex m_mutex; // held for the activation and for each change of the match rules
-
-    std::unordered_map<std::string_view, std::list<std::string>::iterator> m_clientsByName; // into m_clients
+    std::mutex m_mutex;              // held for the activation and for each change of the match rules
+    std::unique_ptr<BusName> m_name; // null outside the loop
 
     ReusedStream m_input;  // of the call being handled
     ReusedStream m_output; // of the call being handled

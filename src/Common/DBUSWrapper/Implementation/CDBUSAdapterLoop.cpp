@@ -1,5 +1,7 @@
 #include "Common/DBUSWrapper/Implementation/CDBUSAdapterLoop.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include <boost/assert.hpp>
@@ -9,10 +11,21 @@
 #include "Common/DBUSWrapper/Implementation/CheckTimeout.h"
 #include "Common/Logging/LoggingStream.h"
 #include "DAXProductionConfig.h"
+#include "Utility/Utils/KeptInterruption.h"
 
 namespace DAX {
 namespace Common {
 namespace DBUSWrapper {
+
+namespace {
+
+// The longest interval that can be told in milliseconds: 24 days.
+int inRange(unsigned int seconds) {
+    const int longest = std::numeric_limits<int>::max() / 1000;
+    return static_cast<int>(std::min(seconds, static_cast<unsigned int>(longest)));
+}
+
+} // namespace
 
 CDBUSAdapter::Loop::Guards::Guards(const std::string& objectPath, int stopConditionInterval, int pingInterval)
     : ping("WatchdogPingGuard " + objectPath, stopConditionInterval + pingInterval + 51,
@@ -26,23 +39,24 @@ CDBUSAdapter::Loop::Loop(CDBUSAdapter& adapter, unsigned int stopConditionInterv
                          boost::optional<std::function<void()>> pingFunction)
     : m_adapter(adapter)
     , m_connection(adapter.m_dbusConnectionHandle.get())
-    , m_timeoutMs(static_cast<int>(stopConditionIntervalInSeconds * 1000))
+    , m_timeoutMs(inRange(stopConditionIntervalInSeconds) * 1000)
     , m_idleTimeoutInSeconds(idleTimeoutInSeconds)
-    , m_pingIntervalInSeconds(static_cast<int>(pingIntervalInSeconds))
+    , m_pingIntervalInSeconds(inRange(pingIntervalInSeconds))
     , m_stopCondition(std::move(stopCondition))
     , m_pingFunction(std::move(pingFunction))
     , m_lastPing(adapter.m_clock->getCurrentTime()) {
     if (!Debug::isProduction()) {
-        m_guards = std::make_unique<Guards>(adapter.m_objectPath, static_cast<int>(stopConditionIntervalInSeconds),
+        m_guards = std::make_unique<Guards>(adapter.m_objectPath, inRange(stopConditionIntervalInSeconds),
                                             m_pingIntervalInSeconds);
         m_guards->ping.arm();
     }
 }
 
 void CDBUSAdapter::Loop::run() {
-    while (waitForMessages() && pass()) {
+    do {
         boost::this_thread::interruption_point();
-    }
+        Utils::KeptInterruption::raise();
+    } while (waitForMessages() && pass());
     if (m_guards) {
         m_guards->ping.disarm();
     }
@@ -72,7 +86,13 @@ bool CDBUSAdapter::Loop::pass() {
             return false;
         }
     }
-    return !isIdleForTooLong();
+    if (isNameGone()) {
+        return false;
+    }
+    if (m_adapter.m_name->isHeld() && isIdleForTooLong()) {
+        m_adapter.m_name->release();
+    }
+    return true;
 }
 
 bool CDBUSAdapter::Loop::hasMessages() const {
@@ -119,9 +139,16 @@ bool CDBUSAdapter::Loop::isIdleForTooLong() const {
     }
     const float elapsed = m_adapter.m_clock->getCurrentTime() - m_adapter.m_idleSince;
     DAX_LOG(VERBOSE) << "Persistence in idle state lasts for: " << elapsed << " seconds.";
-    if (elapsed <= static_cast<float>(m_idleTimeoutInSeconds)) {
+    return elapsed > static_cast<float>(m_idleTimeoutInSeconds);
+}
+
+// The name is given back first, and the loop goes on until that is done: what has been called under the name by then is
+// served, and what comes later is for the next daemon.
+bool CDBUSAdapter::Loop::isNameGone() const {
+    if (!m_adapter.m_name->isGone()) {
         return false;
     }
+    dbus_connection_flush(m_connection);
     DAX_LOG(INF) << "Stopping adapter object " << m_adapter.m_objectPath << " due to it being idle for "
                  << m_idleTimeoutInSeconds << " seconds.";
     return true;

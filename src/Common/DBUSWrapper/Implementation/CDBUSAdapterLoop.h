@@ -41,6 +41,7 @@ private:
     void pingIfDue();
     bool isStopWanted() const;
     bool isIdleForTooLong() const;
+    bool isNameGone() const;
 
     CDBUSAdapter& m_adapter;
     DBusConnection* m_connection;

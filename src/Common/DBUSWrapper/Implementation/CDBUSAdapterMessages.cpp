@@ -9,6 +9,7 @@
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/KeptInterruption.h"
 
 // What comes in over the connection of an adapter, and what goes out.
 
@@ -27,6 +28,11 @@ std::string diagnostics() {
 // A message that is no method call may come without a member, one of a broken bus without a sender.
 const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
+}
+
+// Only a method call that says nothing else waits for a reply.
+bool wantsReply(DBusMessage* message) {
+    return dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_CALL && !dbus_message_get_no_reply(message);
 }
 
 // One line for every signal of the bus that cannot be read, whichever it is.
@@ -63,7 +69,8 @@ DBusHandlerResult CDBUSAdapter::handleMessage(DBusConnection* connection, DBusMe
     } catch (...) {
         self.logFailure();
     }
-    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    // A call that is not handled gets an error of libdbus's own, whether its sender wants an answer or not.
+    return wantsReply(message) ? DBUS_HANDLER_RESULT_NOT_YET_HANDLED : DBUS_HANDLER_RESULT_HANDLED;
 }
 
 DBusHandlerResult CDBUSAdapter::handleSignal(DBusConnection* /*connection*/, DBusMessage* message, void* adapter) {
@@ -110,7 +117,7 @@ DBusHandlerResult CDBUSAdapter::handleMethodCall(const char* member, bool intros
         if (!bytes) {
             sendReturnMessage(EXCEPTION, "Invalid arguments.", std::stringstream("Nothing to add."), message,
                               connection);
-            return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+            return wantsReply(message) ? DBUS_HANDLER_RESULT_NOT_YET_HANDLED : DBUS_HANDLER_RESULT_HANDLED;
         }
         input.stream().write(bytes->data(), static_cast<std::streamsize>(bytes->size()));
     }
@@ -139,6 +146,9 @@ void CDBUSAdapter::handleRequest(const char* member, std::stringstream& input, D
 // Not flushed: libdbus writes what the socket takes at once, and the rest at the next wait of the loop.
 void CDBUSAdapter::sendReturnMessage(ReplyMessageType type, const std::string& function, const std::stringstream& data,
                                      DBusMessage* message, DBusConnection* connection) {
+    if (!wantsReply(message)) {
+        return;
+    }
     const DBUSMessageHandle reply(dbus_message_new_method_return(message));
     if (reply == nullptr) {
         DAX_THROW(DBUSMemoryError(), "A reply cannot be made.");
@@ -163,8 +173,15 @@ void CDBUSAdapter::sendReturnMessage(ReplyMessageType type, const std::string& f
 }
 
 DBusHandlerResult CDBUSAdapter::handleSignalPrivate(DBusMessage* message) {
-    if (dbus_message_get_type(message) != DBUS_MESSAGE_TYPE_SIGNAL) {
-        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    const int type = dbus_message_get_type(message);
+    if (type == DBUS_MESSAGE_TYPE_METHOD_RETURN || type == DBUS_MESSAGE_TYPE_ERROR) {
+        return m_busCalls.receive(message) ? DBUS_HANDLER_RESULT_HANDLED : DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
+    if (type != DBUS_MESSAGE_TYPE_SIGNAL) {
+        // A call of an object that does not exist gets libdbus's error, whether its sender wants an answer or not.
+        return wantsReply(message) || dbus_message_has_path(message, m_objectPath.c_str())
+                   ? DBUS_HANDLER_RESULT_NOT_YET_HANDLED
+                   : DBUS_HANDLER_RESULT_HANDLED;
     }
     const std::string_view member = orEmpty(dbus_message_get_member(message));
     if (member == "NameOwnerChanged") {
@@ -177,9 +194,10 @@ DBusHandlerResult CDBUSAdapter::handleSignalPrivate(DBusMessage* message) {
 }
 
 DBusHandlerResult CDBUSAdapter::handleNameOwnerChanged(DBusMessage* message) {
-    if (m_clients.empty()) {
+    if (m_clients.isEmpty()) {
         return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
     }
+    const bool isOfTheBus = dbus_message_has_sender(message, DBUS_SERVICE_DBUS);
     const char* name = nullptr;
     const char* oldOwner = nullptr;
     const char* newOwner = nullptr;
@@ -189,13 +207,16 @@ DBusHandlerResult CDBUSAdapter::handleNameOwnerChanged(DBusMessage* message) {
     if (error.isSet()) {
         throwUnreadable(error);
     }
+    if (isOfTheBus && !m_clients.contains(name)) {
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED; // every name that vanishes from the bus comes by here
+    }
     DAX_LOG(INF) << "DBUSAdapter - NameOwnerChanged signal received from connection:{"
-                 << dbus_message_get_sender(message) << "}. Adapter object path:{" << m_objectPath << "}";
+                 << orEmpty(dbus_message_get_sender(message)) << "}. Adapter object path:{" << m_objectPath << "}";
     DAX_LOG(INF) << "NameOwnerChanged args: objectName='" << name << "', oldOwner='" << oldOwner << "', newOwner='"
                  << newOwner << "'";
     // The pointers, not the texts: they differ in every signal that can be read, so that each one about a client counts
-    // as its death. The match rules let through only unique names, and such a name can only vanish.
-    if (!isClient(name) || newOwner == name) {
+    // as its death. It is a unique name, which can only vanish, and the bus alone knows of that.
+    if (!isOfTheBus || newOwner == name) {
         DAX_LOG(INF) << "  -- Ignoring NameOwnerChanged signal.";
         return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
     }
@@ -204,17 +225,19 @@ DBusHandlerResult CDBUSAdapter::handleNameOwnerChanged(DBusMessage* message) {
 }
 
 // When the handler throws, the client stays in the list and the adapter does not become idle.
-void CDBUSAdapter::disconnectDeadClient(const char* name) {
+void CDBUSAdapter::disconnectDeadClient(const std::string& name) {
     DAX_LOG(INF) << "Disconnecting dead client: '" << name << "'";
+    m_clients.dropQuestion(name);
     try {
         if (m_closeEventConnection && *m_closeEventConnection == name) {
-            m_handler->clientDisconnected(name);
+            m_handler->clientDisconnected(name.c_str());
         }
         unregisterConnection(name);
     } catch (const DBUSWrapperException&) {
         DAX_LOG(ERR) << "DBUSWrapperException while calling clientDisconnected() in adapter object: " << m_objectPath
                      << " - ignoring. Exception: " << diagnostics();
     } catch (...) {
+        Utils::KeptInterruption::keep();
         DAX_LOG(FTL) << "Unknown error while calling clientDisconnected() in adapter object: " << m_objectPath
                      << " - ignoring. Exception: " << diagnostics();
     }
@@ -227,8 +250,8 @@ DBusHandlerResult CDBUSAdapter::handleNameAcquired(DBusMessage* message) {
     if (error.isSet()) {
         throwUnreadable(error);
     }
-    DAX_LOG(INF) << "DBUSAdapter - NameAcquired signal received from connection:{" << dbus_message_get_sender(message)
-                 << "}. Adapter object path:{" << m_objectPath << "}";
+    DAX_LOG(INF) << "DBUSAdapter - NameAcquired signal received from connection:{"
+                 << orEmpty(dbus_message_get_sender(message)) << "}. Adapter object path:{" << m_objectPath << "}";
     DAX_LOG(INF) << "NameAcquired args: name='" << name << "'";
     return DBUS_HANDLER_RESULT_HANDLED;
 }

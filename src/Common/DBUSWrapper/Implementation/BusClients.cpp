@@ -1,0 +1,104 @@
+#include "Common/DBUSWrapper/Implementation/BusClients.h"
+
+#include <utility>
+
+#include "Common/Logging/LoggingStream.h"
+
+namespace DAX {
+namespace Common {
+namespace DBUSWrapper {
+
+namespace {
+
+const char NAME_OWNER_CHANGED_RULE[] = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,"
+                                       "interface=org.freedesktop.DBus,member=NameOwnerChanged,type=signal,";
+
+std::string ruleFor(const std::string& client) {
+    return NAME_OWNER_CHANGED_RULE + ("arg0=" + client);
+}
+
+std::string errorOf(DBusMessage& answer) {
+    DBUSError error;
+    dbus_set_error_from_message(error.get(), &answer);
+    return error.isSet() ? error.message() : "";
+}
+
+bool isError(DBusMessage& answer) {
+    return dbus_message_get_type(&answer) == DBUS_MESSAGE_TYPE_ERROR;
+}
+
+} // namespace
+
+BusClients::BusClients(BusCalls& calls, std::function<void(const std::string& name)> onGone)
+    : m_calls(calls), m_onGone(std::move(onGone)) {}
+
+void BusClients::add(const std::string& name) {
+    m_clients.emplace(name, Client());
+}
+
+void BusClients::remove(std::string_view name) {
+    const auto found = m_clients.find(name);
+    if (found != m_clients.end()) {
+        m_clients.erase(found);
+    }
+}
+
+void BusClients::watchVanishingNames(DBusConnection* connection) {
+    addRule(connection, std::string(NAME_OWNER_CHANGED_RULE) + "arg2=''", "vanishing names");
+}
+
+// The bus handles both calls in their order: a client that is gone at the rule is gone at the question too, and the end
+// of one that is there at the question is told by the rule.
+void BusClients::watch(DBusConnection* connection, const std::string& name) {
+    addRule(connection, ruleFor(name), "client " + name);
+    askForOwner(connection, name);
+}
+
+void BusClients::unwatch(DBusConnection* connection, const std::string& name) {
+    dbus_bus_remove_match(connection, ruleFor(name).c_str(), nullptr);
+}
+
+void BusClients::dropQuestion(std::string_view name) {
+    const auto found = m_clients.find(name);
+    if (found != m_clients.end()) {
+        found->second.isQuestionOpen = false;
+    }
+}
+
+// One line is enough: once there are too many rules, the bus refuses every further one.
+void BusClients::addRule(DBusConnection* connection, const std::string& rule, const std::string& purpose) {
+    m_calls.send(connection, BusCalls::make("AddMatch", rule), [this, purpose](DBusMessage& answer) {
+        if (isError(answer) && !m_isRefusalLogged) {
+            m_isRefusalLogged = true;
+            DAX_LOG(WRN) << "The bus refuses the match rule for " << purpose << ": " << errorOf(answer)
+                         << ". Further refusals are not logged.";
+        }
+    });
+}
+
+void BusClients::askForOwner(DBusConnection* connection, const std::string& name) {
+    m_calls.send(connection, BusCalls::make("NameHasOwner", name),
+                 [this, name](DBusMessage& answer) { receiveOwner(name, answer); });
+    m_clients[name].isQuestionOpen = true;
+}
+
+void BusClients::receiveOwner(const std::string& name, DBusMessage& answer) {
+    const auto found = m_clients.find(name);
+    if (found == m_clients.end() || !std::exchange(found->second.isQuestionOpen, false)) {
+        return;
+    }
+    DBUSError error;
+    dbus_bool_t hasOwner = true;
+    if (isError(answer) ||
+        !dbus_message_get_args(&answer, error.get(), DBUS_TYPE_BOOLEAN, &hasOwner, DBUS_TYPE_INVALID)) {
+        DAX_LOG(WRN) << "The bus does not tell whether client " << name << " is still there: " << errorOf(answer);
+        return;
+    }
+    if (!hasOwner) {
+        m_onGone(name);
+    }
+}
+
+} // namespace DBUSWrapper
+} // namespace Common
+} // namespace DAX
