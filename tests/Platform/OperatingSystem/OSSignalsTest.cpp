@@ -2,16 +2,25 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <sstream>
+#include <string>
 #include <thread>
+
+#include <boost/chrono/system_clocks.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "SystemRecords.h"
 #include "Utility/Utils/GenericException.h"
 #include "support/FakeKovan.h"
+#include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
+#include "support/TemporaryRoot.h"
 
 namespace DAX {
 namespace Tests {
@@ -157,17 +166,77 @@ TEST(NiceQuitHelper, SigIntNeverCountsAsASigTerm) {
     });
 }
 
-TEST(NiceQuitHelper, SettingTheQuitFlagWakesAWaitingThread) {
+// A thread that waits for the quit flag, for a time that nobody wakes it before.
+class Waiter {
+public:
+    Waiter() { EXPECT_TRUE(m_thread.waitUntilItWaits()); }
+
+    // Whether it was woken, rather than having waited in vain.
+    bool isWoken() {
+        m_thread.finish();
+        return m_woken;
+    }
+
+private:
+    void wait() {
+        const auto deadline = boost::chrono::steady_clock::now() + boost::chrono::seconds(20);
+        std::unique_lock<std::mutex> lock(NiceQuitHelper::s_mutex);
+        m_woken = NiceQuitHelper::s_condition.wait_until(lock, deadline) == boost::cv_status::no_timeout;
+    }
+
+    bool m_woken = false;
+    OtherThread m_thread{[this] { wait(); }};
+};
+
+TEST(NiceQuitHelper, SettingTheQuitFlagWakesAllWaitingThreads) {
     EXPECT_IN_CHILD({
-        std::thread waiting([] {
-            std::unique_lock<std::mutex> lock(NiceQuitHelper::s_mutex);
-            NiceQuitHelper::s_condition.wait(lock, [] { return NiceQuitHelper::s_quitFlag; });
-        });
+        Waiter first;
+        Waiter second;
         NiceQuitHelper::setQuitFlag();
-        waiting.join();
+        EXPECT_TRUE(first.isWoken());
+        EXPECT_TRUE(second.isWoken());
         EXPECT_TRUE(NiceQuitHelper::s_quitFlag);
         EXPECT_FALSE(NiceQuitHelper::s_sigTermFlag);
     });
+}
+
+TEST(NiceQuitHelper, ASignalWakesAllWaitingThreads) {
+    EXPECT_IN_CHILD({
+        const NiceQuitHelper helper;
+        Waiter first;
+        Waiter second;
+        std::raise(SIGTERM);
+        EXPECT_TRUE(first.isWoken());
+        EXPECT_TRUE(second.isWoken());
+    });
+}
+
+TEST(NiceQuitHelper, PutsSigIntBackBeforeSigTerm) {
+    EXPECT_IN_CHILD({
+        auto helper = std::make_unique<NiceQuitHelper>();
+        recordHandlerChanges();
+        helper.reset();
+        EXPECT_THAT(handlerChanges(), ElementsAre(SIGINT, SIGTERM));
+    });
+}
+
+// Standard output is a file, whose text is written when it is flushed.
+TEST(NiceQuitHelper, TheThirdSigTermLosesNothingThatWasSaid) {
+    const TemporaryRoot root;
+    const std::string file = (root / "output").string();
+    EXPECT_EXIT(
+        {
+            if (std::freopen(file.c_str(), "w", stdout) == nullptr) {
+                std::_Exit(1);
+            }
+            const NiceQuitHelper helper;
+            for (int i = 0; i < 3; ++i) {
+                std::raise(SIGTERM);
+            }
+        },
+        ::testing::ExitedWithCode(143), "");
+    const std::string line = "Signal received, quitting... (signum: 15)\n";
+    EXPECT_EQ(root.read("output"), line + line + line);
 }
 
 TEST(StandardQuitLoop, PingsTheWatchdogUntilASignalComes) {
@@ -189,6 +258,22 @@ TEST(StandardQuitLoop, PingsTheWatchdogUntilASignalComes) {
         EXPECT_EQ(output.text(), "Send SIGINT or SIGTERM to quit.\nSignal received, quitting... (signum: 2)\n"
                                  "standardQuitLoop done.\n");
         EXPECT_EQ(dispositionOf(SIGINT), SIG_DFL);
+    });
+}
+
+TEST(StandardQuitLoop, PingsTheWatchdogEveryTenSeconds) {
+    EXPECT_IN_CHILD({
+        letTimeRunOut(3, [] { // the wait has the condition, so nobody can be woken here
+            const std::lock_guard<std::mutex> lock(NiceQuitHelper::s_mutex);
+            NiceQuitHelper::s_quitFlag = true;
+        });
+        NiceQuitHelper::standardQuitLoopWithDaemonWatchdogSupport();
+        EXPECT_EQ(FakeKovan::hangguardNotifications(), 3);
+        EXPECT_EQ(timeOuts().size(), 3U);
+        for (const std::chrono::nanoseconds timeOut : timeOuts()) {
+            EXPECT_LE(timeOut, std::chrono::seconds(10));
+            EXPECT_GT(timeOut, std::chrono::seconds(9)) << "but for the time that the call takes";
+        }
     });
 }
 

@@ -1,16 +1,26 @@
 #include "Platform/OperatingSystem/SignalThread.h"
 
 #include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <iterator>
+#include <string>
 
+#include <boost/filesystem/operations.hpp>
+#include <boost/thread/exceptions.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "FailingWaits.h"
 #include "Platform/OperatingSystem/OSSignals.h"
 #include "support/FakeKovan.h"
+#include "support/NoThreads.h"
 #include "support/ProcessDeath.h"
+#include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
 namespace DAX {
@@ -91,6 +101,88 @@ TEST(SignalThread, KeepsAHandlerFromWaitingForTheThreadThatItInterrupts) {
             EXPECT_TRUE(FakeKovan::waitForMessage("INF", "Setting s_sigTermFlag true."));
         }
         EXPECT_TRUE(waitUntil(isQuitFlagSet));
+    });
+}
+
+// --- Failures of the system
+// -----------------------------------------------------------------------------------------------
+
+int openDescriptors() {
+    const boost::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<int>(std::distance(descriptors, boost::filesystem::directory_iterator()));
+}
+
+TEST(SignalThread, HoldsNothingBackAndLeavesNothingOpenWithoutADescriptor) {
+    EXPECT_IN_CHILD({
+        failSignalfd(EMFILE);
+        const int before = openDescriptors();
+        const std::string text = thrownText<Common::Utils::errinfo_stream_text>([] { const SignalThread thread; });
+        EXPECT_EQ(text, "Cannot wait for signals: errno=24 (Too many open files)");
+        EXPECT_EQ(openDescriptors(), before);
+        EXPECT_FALSE(isHeldBack(SIGTERM));
+        EXPECT_FALSE(isHeldBack(SIGINT));
+    });
+}
+
+TEST(SignalThread, HoldsNothingBackAndLeavesNothingOpenWithoutAThread) {
+    const int before = openDescriptors();
+    {
+        const NoThreads noThreads;
+        EXPECT_THROW(const SignalThread thread, boost::thread_resource_error);
+    }
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_FALSE(isHeldBack(SIGTERM));
+    EXPECT_FALSE(isHeldBack(SIGINT));
+}
+
+TEST(SignalThread, LeavesNothingOpenAtItsEnd) {
+    const int before = openDescriptors();
+    { const SignalThread thread; }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+// The handlers run though nobody can wait for the signals, and nothing spins meanwhile.
+void expectHandlersWithoutWaiting(const std::string& problem) {
+    const auto begun = std::chrono::steady_clock::now();
+    {
+        const SignalThread thread;
+        for (const int signum : {SIGTERM, SIGINT, SIGTERM}) {
+            handlingThread = 0;
+            const RegisterSignalHandler handler(signum, &rememberThread);
+            kill(getpid(), signum);
+            EXPECT_TRUE(waitUntil([] { return handlingThread != 0; }));
+        }
+    }
+    const auto passed = std::chrono::steady_clock::now() - begun;
+    EXPECT_LE(polls(), passed / std::chrono::milliseconds(100) + 1);
+    EXPECT_THAT(FakeKovan::messages("ERR"),
+                testing::ElementsAre("Cannot wait for signals:" + problem + ". They are looked for every 100 ms."));
+}
+
+TEST(SignalThread, RunsTheHandlersWhilePollFails) {
+    EXPECT_IN_CHILD({
+        failPoll(ENOMEM);
+        expectHandlersWithoutWaiting(" errno=12 (Cannot allocate memory)");
+    });
+}
+
+TEST(SignalThread, RunsTheHandlersWhilePollFindsItsDescriptorsBroken) {
+    EXPECT_IN_CHILD({
+        findAllBroken();
+        expectHandlersWithoutWaiting(" errno=9 (Bad file descriptor)");
+    });
+}
+
+TEST(SignalThread, WaitsOnWithoutAWordWhenPollIsInterrupted) {
+    EXPECT_IN_CHILD({
+        const SignalThread thread;
+        handlingThread = 0;
+        const RegisterSignalHandler handler(SIGTERM, &rememberThread);
+        failPoll(EINTR);
+        kill(getpid(), SIGTERM);
+        EXPECT_TRUE(waitUntil([] { return handlingThread != 0; }));
+        failPoll(0);
+        EXPECT_THAT(FakeKovan::messages("ERR"), testing::IsEmpty());
     });
 }
 

@@ -1,8 +1,11 @@
 #include "Platform/OperatingSystem/SignalThread.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <iterator>
+#include <thread>
 
 #include <poll.h>
 #include <pthread.h>
@@ -10,6 +13,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
@@ -26,11 +30,9 @@ sigset_t handledSignals() {
     return signals;
 }
 
-int checked(int descriptor) {
-    if (descriptor < 0) {
-        DAX_THROW(Common::Utils::GenericException(), "Cannot wait for signals:" << Common::Utils::errinfo_errno(errno));
-    }
-    return descriptor;
+int signalSource() {
+    const sigset_t signals = handledSignals();
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
 // What the kernel does with a signal that it delivers, but outside the context of a signal.
@@ -47,40 +49,100 @@ void deliver(int signum) {
     }
 }
 
+// Whether the counter of the event has been raised.
+bool hasHappened(int event) {
+    std::uint64_t count = 0;
+    return read(event, &count, sizeof(count)) == sizeof(count);
+}
+
+void deliverAll(int signalSource) {
+    signalfd_siginfo info{};
+    while (read(signalSource, &info, sizeof(info)) == sizeof(info)) {
+        deliver(static_cast<int>(info.ssi_signo));
+    }
+}
+
+// Returns when there is something to read, or may be. A wait that fails is logged once, and from then on each one takes
+// a pause: a system that lets nobody wait must still be able to stop the process, and without a thread that spins.
+class Waiting {
+public:
+    Waiting(int event, int signalSource) : m_sources{{event, POLLIN, 0}, {signalSource, POLLIN, 0}} {}
+
+    void wait() {
+        if (const int error = failure()) {
+            logOnce(error);
+            std::this_thread::sleep_for(PAUSE);
+        }
+    }
+
+private:
+    // The error, or 0.
+    int failure() {
+        if (poll(m_sources, std::size(m_sources), -1) < 0) {
+            return errno == EINTR ? 0 : errno;
+        }
+        const bool isReadable = std::all_of(std::begin(m_sources), std::end(m_sources),
+                                            [](const pollfd& source) { return (source.revents & ~POLLIN) == 0; });
+        return isReadable ? 0 : EBADF;
+    }
+
+    void logOnce(int error) {
+        if (!m_logged) {
+            DAX_LOG(ERR) << "Cannot wait for signals:" << Common::Utils::get_string_from_errno(error)
+                         << ". They are looked for every " << PAUSE.count() << " ms.";
+            m_logged = true;
+        }
+    }
+
+    static constexpr std::chrono::milliseconds PAUSE{100};
+
+    pollfd m_sources[2];
+    bool m_logged = false;
+};
+
 // Delivers what comes, until the event does.
 void run(int signalSource, int stopEvent) {
     pthread_setname_np(pthread_self(), "signals");
-    pollfd sources[] = {{stopEvent, POLLIN, 0}, {signalSource, POLLIN, 0}};
-    while (sources[0].revents == 0) {
-        if (poll(sources, std::size(sources), -1) < 0) {
-            continue;
-        }
-        signalfd_siginfo info{};
-        if (sources[1].revents != 0 && read(signalSource, &info, sizeof(info)) == sizeof(info)) {
-            deliver(static_cast<int>(info.ssi_signo));
-        }
-    }
+    Waiting waiting(stopEvent, signalSource);
+    do {
+        waiting.wait();
+        deliverAll(signalSource);
+    } while (!hasHappened(stopEvent));
 }
 
 } // namespace
 
-SignalThread::SignalThread() {
+SignalThread::HeldBackSignals::HeldBackSignals() {
     const sigset_t signals = handledSignals();
-    m_stopEvent = checked(eventfd(0, EFD_CLOEXEC));
-    m_signalSource = checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
     pthread_sigmask(SIG_BLOCK, &signals, &m_previousMask);
-    m_thread = boost::thread([source = m_signalSource, event = m_stopEvent] { run(source, event); });
+}
+
+SignalThread::HeldBackSignals::~HeldBackSignals() {
+    pthread_sigmask(SIG_SETMASK, &m_previousMask, nullptr);
+}
+
+SignalThread::Descriptor::Descriptor(int descriptor) : m_descriptor(descriptor) {
+    const int error = errno; // before anything else can change it
+    if (descriptor < 0) {
+        DAX_THROW(Common::Utils::GenericException(),
+                  "Cannot wait for signals:" << Common::Utils::get_string_from_errno(error));
+    }
+}
+
+SignalThread::Descriptor::~Descriptor() {
+    close(m_descriptor);
+}
+
+SignalThread::SignalThread() : m_stopEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_signalSource(signalSource()) {
+    m_thread = boost::thread([source = m_signalSource.get(), event = m_stopEvent.get()] { run(source, event); });
 }
 
 SignalThread::~SignalThread() {
     const std::uint64_t one = 1;
-    if (write(m_stopEvent, &one, sizeof(one)) == sizeof(one)) {
+    if (write(m_stopEvent.get(), &one, sizeof(one)) == sizeof(one)) {
         const boost::this_thread::disable_interruption uninterrupted;
         m_thread.join();
     }
-    close(m_signalSource);
-    close(m_stopEvent);
-    pthread_sigmask(SIG_SETMASK, &m_previousMask, nullptr);
 }
 
 } // namespace Platform
