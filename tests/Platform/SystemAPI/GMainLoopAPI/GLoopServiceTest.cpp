@@ -9,6 +9,7 @@
 #include "LoopFixture.h"
 #include "SlowStart.h"
 #include "support/Event.h"
+#include "support/NoThreads.h"
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 #include "support/Thrown.h"
@@ -476,6 +477,102 @@ TEST_F(GLoopServiceTest, IsNotInterruptedAtItsEnd) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAreArray(endOfALoop()));
 }
 
+TEST_F(GLoopServiceTest, WaitsForAStartThatHasBegunBeforeItStops) {
+    Event begun, goOn;
+    beforeTheNextStart([&] {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+    });
+    OtherThread starting([this] { service->initialize(); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread stopping([this] { service->stop(); });
+    EXPECT_TRUE(FakeKovan::waitForMessage("INF", "GLoopService: Waiting for g_main_loop to start running before "
+                                                 "calling g_main_loop_quit."));
+    EXPECT_EQ(FakeKovan::count("INF", "GLoopService closed."), 0);
+
+    goOn.happen();
+
+    starting.finish();
+    stopping.finish();
+    EXPECT_EQ(FakeKovan::count("INF", "GLoopService::LoopThreadFunction(): Stopped."), 1);
+    EXPECT_EQ(FakeKovan::messages("INF").back(), "GLoopService closed.");
+    EXPECT_EQ(service->getMainLoopThreadId(), boost::thread::id());
+}
+
+TEST_F(GLoopServiceTest, IsNotInitializedAfterAStartWithoutAThread) {
+    {
+        const NoThreads noThreads;
+        EXPECT_THROW(service->initialize(), boost::thread_resource_error);
+    }
+    EXPECT_FALSE(service->isInitialized());
+    EXPECT_EQ(thrownDescription([this] { service->stop(); }), "GMainLoop not initialized!");
+
+    FakeKovan::forgetRecords();
+    service->initialize();
+    EXPECT_THAT(FakeKovan::journal(), ElementsAreArray(startOf(service->getMainLoopThreadId())));
+}
+
+TEST_F(GLoopServiceTest, EndsAStopThatWaitsForAStartThatFails) {
+    Event begun, goOn;
+    beforeTheNextStart([&] {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+    });
+    OtherThread starting([this] { EXPECT_THROW(service->initialize(), boost::thread_resource_error); });
+    ASSERT_TRUE(begun.wait());
+    OtherThread stopping([this] { service->stop(); });
+    EXPECT_TRUE(FakeKovan::waitForMessage("INF", "GLoopService: Waiting for g_main_loop to start running before "
+                                                 "calling g_main_loop_quit."));
+    const NoThreads noThreads;
+
+    goOn.happen();
+
+    starting.finish();
+    stopping.finish();
+    EXPECT_EQ(FakeKovan::messages("INF").back(), "GLoopService closed.");
+}
+
+TEST_F(GLoopServiceTest, MayBeStoppedByManyThreadsAtOnce) {
+    for (int i = 0; i < 20; ++i) {
+        service = std::make_unique<GLoopService>();
+        start();
+        const boost::thread::id thread = service->getMainLoopThreadId();
+        {
+            std::vector<std::unique_ptr<OtherThread>> threads;
+            for (int j = 0; j < 3; ++j) {
+                threads.push_back(std::make_unique<OtherThread>([this] {
+                    service->stop();
+                    EXPECT_EQ(service->getMainLoopThreadId(), boost::thread::id());
+                }));
+            }
+            const boost::thread::id seen = service->getMainLoopThreadId();
+            EXPECT_TRUE(seen == thread || seen == boost::thread::id());
+        }
+        EXPECT_EQ(FakeKovan::count("INF", "GLoopService closed."), 3);
+        EXPECT_EQ(FakeKovan::count("INF", "GLoopService::LoopThreadFunction(): Stopped."), 1);
+    }
+}
+
+TEST_F(GLoopServiceTest, MayBeStoppedOnItsOwnThreadWhileAnotherThreadStopsIt) {
+    start();
+    Event begun, goOn;
+    const Registration registration([&] {
+        begun.happen();
+        EXPECT_TRUE(goOn.wait());
+        EXPECT_THROW(service->stop(), boost::thread_resource_error);
+        return 0;
+    });
+    dispatch(registration);
+    ASSERT_TRUE(begun.wait());
+    OtherThread stopping([this] { service->stop(); });
+    EXPECT_TRUE(stopping.waitUntilItWaits());
+
+    goOn.happen();
+
+    stopping.finish();
+    EXPECT_EQ(FakeKovan::count("INF", "GLoopService closed."), 1);
+}
+
 // --- The end on its own thread
 // --------------------------------------------------------------------------------------------
 
@@ -494,6 +591,17 @@ TEST_F(GLoopServiceTest, CannotWaitForItselfWhenItStopsOnItsOwnThread) {
     ASSERT_TRUE(FakeKovan::waitForMessage("INF", "GLoopService::LoopThreadFunction(): Stopped."));
     EXPECT_THAT(thrown, StartsWith("boost thread: trying joining itself"));
     EXPECT_EQ(FakeKovan::count("INF", "GLoopService closed."), 0);
+}
+
+TEST_F(GLoopServiceTest, MayBeStoppedTwiceOnItsOwnThread) {
+    start();
+    const Registration registration([&] {
+        EXPECT_THROW(service->stop(), boost::thread_resource_error);
+        EXPECT_THROW(service->stop(), boost::thread_resource_error);
+        return 0;
+    });
+    dispatch(registration);
+    EXPECT_TRUE(FakeKovan::waitForMessage("INF", "GLoopService::LoopThreadFunction(): Stopped."));
 }
 
 TEST_F(GLoopServiceTest, MayEndAfterItWasStoppedOnItsOwnThread) {

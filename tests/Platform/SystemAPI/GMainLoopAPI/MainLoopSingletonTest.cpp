@@ -4,6 +4,7 @@
 
 #include "LoopFixture.h"
 #include "support/ProcessDeath.h"
+#include "support/Slots.h"
 
 namespace DAX {
 namespace Tests {
@@ -138,6 +139,13 @@ TEST_F(MainLoopSingletonTest, HasNoImplementationAfterItWasTakenOut) {
     put(nullptr);
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("loop ends"));
     EXPECT_ASSERTION(mainLoop()->initialize(), NO_IMPLEMENTATION);
+}
+
+TEST(MainLoopSingletonSlots, StandInTheirOrder) {
+    using Loop = Platform::MainLoop::MainLoopSingleton;
+    EXPECT_EQ(slotsOf(&Loop::initialize, &Loop::isInitialized, &Loop::getMainLoopThreadId, &Loop::dispatchInMainLoop,
+                      &Loop::createUserRegisteredCallback),
+              slotsBehindTheDestructor(5));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/ProcessDeath.h"
+#include "support/Slots.h"
 
 namespace DAX {
 namespace Tests {
@@ -52,6 +53,11 @@ TEST(UserRegisteredCallbackTest, TakesOneFunctionOnly) {
     callback.setCallback(increment, &number);
     EXPECT_ASSERTION_MSG(callback.setCallback(increment, &number), "m_userRegisteredFunc == nullptr",
                          "UserRegisteredCallback was already set");
+}
+
+TEST(UserRegisteredCallbackSlots, StandInTheirOrder) {
+    using Callback = Platform::MainLoop::UserRegisteredCallback;
+    EXPECT_EQ(slotsOf(&Callback::getCallbackPtr, &Callback::setCallback), slotsBehindTheDestructor(2));
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include <boost/exception/diagnostic_information.hpp>
+#include <boost/system/error_code.hpp>
+#include <boost/thread/exceptions.hpp>
 
 #include <glib.h>
 
@@ -84,7 +86,13 @@ void GLoopService::initialize() {
         m_initialized = true;
     }
     DAX_LOG(INF) << "GLoopService::GLoopService(): Starting.";
-    startThread();
+    try {
+        startThread();
+    } catch (...) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_initialized = false; // there is nothing that could be stopped
+        throw;
+    }
     for (int look = 1; !isRunning() && look < START_LOOKS; ++look) {
         DAX_LOG(INF) << "GLoopService: Waiting for g_main_loop to start running...";
         g_usleep(START_PAUSE_IN_MICROSECONDS);
@@ -100,6 +108,8 @@ void GLoopService::startThread() {
         std::shared_ptr<GMainLoop> loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref);
         m_loop = loop;
         m_thread = boost::thread([loop = std::move(loop)]() mutable { LoopThreadFunction(std::move(loop)); });
+        m_threadId = m_thread.get_id();
+        m_started = true;
     }
     firstStep->await();
 }
@@ -113,13 +123,21 @@ void GLoopService::LoopThreadFunction(std::shared_ptr<GMainLoop> loop) {
     DAX_LOG(INF) << "GLoopService::LoopThreadFunction(): Stopped.";
 }
 
-bool GLoopService::isRunning() const {
-    const std::shared_ptr<GMainLoop> loop = m_loop.lock();
-    return loop && g_main_loop_is_running(loop.get()) != FALSE;
+std::shared_ptr<GMainLoop> GLoopService::loop() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_loop.lock();
 }
 
+bool GLoopService::isRunning() const {
+    const std::shared_ptr<GMainLoop> running = loop();
+    return running && g_main_loop_is_running(running.get()) != FALSE;
+}
+
+// A loop that has not started yet has not ended, unless the start has failed. One that another call has ended may not
+// have come to its end: it does not seem to run then, but it will not start again either.
 bool GLoopService::hasEnded() const {
-    return m_loop.expired();
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return !m_initialized || m_quit || (m_started && m_loop.expired());
 }
 
 void GLoopService::stop() {
@@ -132,13 +150,31 @@ void GLoopService::stop() {
         DAX_LOG(INF) << "GLoopService: Waiting for g_main_loop to start running before calling g_main_loop_quit.";
         g_usleep(STOP_PAUSE_IN_MICROSECONDS);
     }
-    if (const std::shared_ptr<GMainLoop> loop = m_loop.lock()) {
-        g_main_loop_quit(loop.get());
+    quit();
+    join();
+    DAX_LOG(INF) << "GLoopService closed.";
+}
+
+void GLoopService::quit() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const std::shared_ptr<GMainLoop> running = m_loop.lock()) {
+        g_main_loop_quit(running.get());
+        m_quit = true;
     }
+}
+
+// Looks for itself first: another thread that is joining already holds the mutex until this one ends.
+void GLoopService::join() {
+    if (getMainLoopThreadId() == boost::this_thread::get_id()) {
+        throw boost::thread_resource_error(static_cast<int>(boost::system::errc::resource_deadlock_would_occur),
+                                           "boost thread: trying joining itself");
+    }
+    const std::lock_guard<std::mutex> joining(m_joinMutex);
     if (m_thread.joinable()) {
         m_thread.join();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_threadId = boost::thread::id();
     }
-    DAX_LOG(INF) << "GLoopService closed.";
 }
 
 bool GLoopService::isInitialized() const {
@@ -148,7 +184,7 @@ bool GLoopService::isInitialized() const {
 
 boost::thread::id GLoopService::getMainLoopThreadId() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_thread.get_id();
+    return m_threadId;
 }
 
 void GLoopService::dispatchInMainLoop(void* data) {

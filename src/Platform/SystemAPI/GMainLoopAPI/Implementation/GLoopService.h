@@ -28,19 +28,26 @@ public:
 
     // Waits for the thread's end, and before that, without a bound, for the loop to run: to end a loop that has not
     // started would be lost. Throws GenericException when not initialized, boost::thread_resource_error on the loop's
-    // own thread, where the loop then ends behind it.
+    // own thread, where the loop then ends behind it. Any thread may call, also while another one initializes.
     void stop();
 
 private:
     void startThread();
     static void LoopThreadFunction(std::shared_ptr<GMainLoop> loop);
+    std::shared_ptr<GMainLoop> loop() const;
     bool isRunning() const;
     bool hasEnded() const;
+    void quit();
+    void join();
 
-    mutable std::mutex m_mutex; // guards m_initialized, and the thread's start
+    mutable std::mutex m_mutex; // guards all below, but m_thread once it has been started
     bool m_initialized = false;
     boost::thread m_thread;
+    boost::thread::id m_threadId;    // of the thread as long as it has not been joined
     std::weak_ptr<GMainLoop> m_loop; // the thread's own; empty before it and behind it
+    bool m_started = false;          // the thread has been there
+    bool m_quit = false;             // the loop was told to end
+    std::mutex m_joinMutex;          // guards m_thread once it has been started
 };
 
 } // namespace MainLoop
