@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace DAX {
 namespace Tests {
@@ -14,6 +15,9 @@ public:
     NoMemory(const NoMemory&) = delete;
     NoMemory& operator=(const NoMemory&) = delete;
 };
+
+// Has the calling thread's next operator new call this first.
+void beforeTheNextAllocation(std::function<void()> action);
 
 } // namespace Tests
 } // namespace DAX

@@ -1,12 +1,22 @@
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "DlogHook.h"
 #include "Utility/Utils/DAXAssert.h"
 #include "support/FakeConsole.h"
+#include "support/FakeEvents.h"
+#include "support/NoMemory.h"
 #include "support/ProcessDeath.h"
 #include "support/TemporaryRoot.h"
 
 using namespace DAX::Common::Utils;
+using DAX::Tests::NoMemory;
 using DAX::Tests::TemporaryRoot;
 using testing::ContainsRegex;
 using testing::HasSubstr;
@@ -84,6 +94,60 @@ TEST_F(DAXAssertTest, DiesOfItWhenTheEventIsNotTaken) {
     FakeKovan::setEventResult(0);
     EXPECT_EXIT(dieEchoing(failWithMessage), KilledBySignal(SIGABRT),
                 ContainsRegex("\\[FTL\\] CKPIEventSender.cpp:[0-9]+>KPI event send fail : \\(ERROR\\) Code\\(0\\)"));
+}
+
+// The platform's end of an event: what the logger does before it takes the event.
+void atTheEvent(const std::function<void()>& action) {
+    FakeKovan::onEvent(action);
+    dieEchoing(failWithMessage);
+}
+
+TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerThrows) {
+    EXPECT_EXIT(atTheEvent([] { throw std::runtime_error("closed"); }), KilledBySignal(SIGABRT),
+                ContainsRegex(std::string("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>The error event cannot be sent: closed\n"
+                                          "(.*\n)*.*\\[FTL\\] DAXAssert\\.cpp:[0-9]+>") +
+                              TEXT + "\nMESSAGE: they differ\n"));
+    EXPECT_THAT(console(), HasSubstr("MESSAGE: they differ"));
+}
+
+TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerThrowsWhatIsNoException) {
+    EXPECT_EXIT(atTheEvent([] { throw 5; }), KilledBySignal(SIGABRT),
+                testing::AllOf(HasSubstr(">The error event cannot be sent: unknown exception\n"),
+                               ContainsRegex(std::string("DAXAssert\\.cpp:[0-9]+>") + TEXT)));
+}
+
+TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerEndsTheProcess) {
+    EXPECT_EXIT(atTheEvent([] { std::terminate(); }), KilledBySignal(SIGABRT),
+                ContainsRegex(std::string("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>") + TEXT));
+    EXPECT_THAT(console(), HasSubstr("MESSAGE: they differ"));
+}
+
+TEST_F(DAXAssertTest, IsToldBehindAnAssertionThatFailsInTheEventsLogger) {
+    EXPECT_EXIT(
+        atTheEvent([] { DAXAssertionFailed("open", "void log()", "Logger.cpp", 3); }), KilledBySignal(SIGABRT),
+        ContainsRegex(std::string(">ASSERTION FAILED: open, void log\\(\\), Logger\\.cpp:3\n(.*\n)*.*>") + TEXT));
+}
+
+// Memory runs out after so many allocations, for a text that does not fit in a string without any.
+[[noreturn]] void failWithMemoryFor(std::size_t allocations, const char* message) {
+    logToStandardError();
+    const NoMemory noMemory(allocations);
+    DAXAssertionFailedMsg("a == b && c == d && e == f", message, "void f(int)", "/src/folder/File.cpp", 12);
+}
+
+TEST_F(DAXAssertTest, IsToldWhereverMemoryRunsOut) {
+    for (std::size_t allocations = 0; allocations < 30; ++allocations) {
+        EXPECT_EXIT(failWithMemoryFor(allocations, "they differ, which is a longer story"), KilledBySignal(SIGABRT),
+                    ContainsRegex("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>ASSERTION FAILED: a == b && c == d && e == f, void "
+                                  "f\\(int\\), File\\.cpp:12\nMESSAGE: they differ, which is a longer story\n"))
+            << allocations << " allocations";
+    }
+}
+
+TEST_F(DAXAssertTest, IsToldAsFarAsItGoesWithoutMemoryForALongText) {
+    const std::string message(5000, 'x');
+    EXPECT_EXIT(failWithMemoryFor(0, message.c_str()), KilledBySignal(SIGABRT),
+                ContainsRegex("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>ASSERTION FAILED: a == b"));
 }
 
 TEST_F(DAXAssertTest, TakesTheAssertionsOfLibraryHeaders) {

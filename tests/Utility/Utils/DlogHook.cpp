@@ -4,12 +4,16 @@
 #include <cstdio>
 #include <utility>
 
+#include <unistd.h>
+
 namespace {
 
 struct Hook {
     std::string part;
     std::function<void()> action;
 };
+
+bool toStandardError = false;
 
 Hook& hook() {
     static Hook instance;
@@ -20,6 +24,10 @@ Hook& hook() {
 
 void onLogLine(const std::string& part, std::function<void()> action) {
     hook() = {part, std::move(action)};
+}
+
+void logToStandardError() {
+    toStandardError = true;
 }
 
 extern "C" int __real___dlog_print(int logId, int priority, const char* tag, const char* format, ...);
@@ -33,6 +41,9 @@ int __wrap___dlog_print(int logId, int priority, const char* tag, const char* fo
     va_end(arguments);
     if (hook().action && std::string(text).find(hook().part) != std::string::npos) {
         std::exchange(hook().action, nullptr)();
+    }
+    if (toStandardError) {
+        return dprintf(STDERR_FILENO, "%s\n", text);
     }
     return __real___dlog_print(logId, priority, tag, "%s", text);
 }

@@ -12,6 +12,7 @@
 #include "Utility/Utils/SingletonProperty.h"
 #include "support/Event.h"
 #include "support/OtherThread.h"
+#include "support/Slots.h"
 
 namespace DAX {
 namespace Tests {
@@ -369,6 +370,18 @@ TEST_F(SubscribedDistributorTest, LetsListenersUnsubscribeThemselvesDuringTheSig
         FakeKovan::forgetRecords();
     }
     done = true;
+}
+
+// Its protected operations, for all to name.
+class OpenDistributor : public Common::Utils::SignalDistributor<int(int)> {
+public:
+    using SignalDistributor::doCreateLowLevelSubscriber;
+    using SignalDistributor::doGetMultiCallback;
+};
+
+TEST(SignalDistributorSlots, StandInTheirOrder) {
+    EXPECT_EQ(slotsOf(&OpenDistributor::doCreateLowLevelSubscriber, &OpenDistributor::doGetMultiCallback),
+              slotsBehindTheDestructor(2));
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "support/NoMemory.h"
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
+#include "support/Slots.h"
 #include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
@@ -257,6 +258,21 @@ TEST_F(SignalSubscriberTest, LetsASubclassRegisterAFunctionOfItsOwn) {
     wrapping.subscribe([] { FakeKovan::note("callback"); });
     EXPECT_EQ(wrapping.signal(), 7);
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("callback"));
+}
+
+// Its protected operations, for all to name.
+class OpenSubscriber : public Common::Utils::SignalSubscriber<int(int)> {
+public:
+    using SignalSubscriber::doRegisterCallback;
+    using SignalSubscriber::doSubscribe;
+    using SignalSubscriber::doUnsubscribe;
+    using SignalSubscriber::getExpectedExecutorThreadID;
+};
+
+TEST(SignalSubscriberSlots, StandInTheirOrder) {
+    EXPECT_EQ(slotsOf(&OpenSubscriber::doRegisterCallback, &OpenSubscriber::getExpectedExecutorThreadID,
+                      &OpenSubscriber::doSubscribe, &OpenSubscriber::doUnsubscribe),
+              slotsBehindTheDestructor(4));
 }
 
 // --- Threads

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -11,6 +12,7 @@ thread_local std::size_t allAllocated = 0;
 thread_local std::size_t largestAllocated = 0;
 thread_local bool memoryRunsOut = false;
 thread_local std::size_t allocationsLeft = 0;
+thread_local std::function<void()> beforeNext;
 
 bool isMemoryLeft() noexcept {
     if (!memoryRunsOut) {
@@ -24,6 +26,9 @@ bool isMemoryLeft() noexcept {
 }
 
 void* allocate(std::size_t size) noexcept {
+    if (beforeNext) {
+        std::exchange(beforeNext, nullptr)();
+    }
     if (!isMemoryLeft()) {
         return nullptr;
     }
@@ -72,6 +77,10 @@ std::size_t AllocationMeter::bytes() const {
 
 std::size_t AllocationMeter::largest() const {
     return largestAllocated;
+}
+
+void beforeTheNextAllocation(std::function<void()> action) {
+    beforeNext = std::move(action);
 }
 
 NoMemory::NoMemory(std::size_t allocations) {

@@ -1,8 +1,20 @@
 #include <MetricLogger.h>
 
+#include <utility>
+
+#include "support/FakeEvents.h"
 #include "support/FakeKovan/State.h"
 
 namespace FakeKovan {
+namespace {
+
+std::function<void()> atEvent;
+
+} // namespace
+
+void onEvent(std::function<void()> action) {
+    atEvent = std::move(action);
+}
 
 std::vector<Event> events() {
     return locked([](State::Content& content) { return content.events; });
@@ -23,6 +35,9 @@ CLogger* CLogger::GetInstance() {
 
 int CLogger::AddEventLogSync(const std::string& application, const std::string& name, const std::string& code,
                              const std::string& description) {
+    if (FakeKovan::atEvent) {
+        FakeKovan::atEvent();
+    }
     return FakeKovan::locked([&](FakeKovan::State::Content& content) {
         content.journal.push_back("event " + name + " " + code);
         content.events.push_back({application, name, code, description});

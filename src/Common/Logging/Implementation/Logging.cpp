@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -45,7 +46,8 @@ const LevelRoute& routeOf(LoggingClass::Level level) {
     return known ? ROUTES[level - LoggingClass::VERBOSE] : UNKNOWN;
 }
 
-// A message, formatted into memory that has room for most of them, or on the heap when it is longer.
+// A message, formatted into memory that has room for most of them, or on the heap when it is longer. Without a heap a
+// long one is cut.
 class FormattedText {
 public:
     FormattedText(const char* format, va_list arguments) {
@@ -53,7 +55,9 @@ public:
         va_copy(again, arguments);
         const int needed = std::vsnprintf(m_short, sizeof(m_short), format, arguments);
         if (needed >= static_cast<int>(sizeof(m_short))) {
-            m_long = std::make_unique<char[]>(LONG_SIZE);
+            m_long.reset(new (std::nothrow) char[LONG_SIZE]());
+        }
+        if (m_long) {
             m_text = m_long.get();
             m_size = LONG_SIZE;
             std::vsnprintf(m_text, m_size, format, again);

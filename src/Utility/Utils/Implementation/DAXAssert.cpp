@@ -1,7 +1,9 @@
 #include "Utility/Utils/DAXAssert.h"
 
+#include <cstddef>
+#include <cstdio>
 #include <cstdlib>
-#include <sstream>
+#include <exception>
 #include <string>
 
 #include "Common/Logging/Logging.h"
@@ -13,19 +15,88 @@ using DAX::Platform::KpiEvent::CErrorEvent;
 
 namespace {
 
-std::string describe(const char* expr, const char* msg, const char* function, const char* shortFile, long line) {
-    std::ostringstream text;
-    text << "ASSERTION FAILED: " << expr << ", " << function << ", " << shortFile << ":" << line;
-    if (msg != nullptr) {
-        text << "\nMESSAGE: " << msg;
-    }
-    return text.str();
+const std::size_t LONGEST_TEXT = 16384; // as long as the log takes
+
+// What is known of a failed assertion.
+struct Failure {
+    const char* expr;
+    const char* msg; // null when there is none
+    const char* function;
+    const char* shortFile;
+    long line;
+};
+
+// Without memory from the heap: there may be none left.
+void describe(const Failure& failure, char (&text)[LONGEST_TEXT]) {
+    std::snprintf(text, sizeof(text), "ASSERTION FAILED: %s, %s, %s:%ld%s%s", failure.expr, failure.function,
+                  failure.shortFile, failure.line, failure.msg != nullptr ? "\nMESSAGE: " : "",
+                  failure.msg != nullptr ? failure.msg : "");
 }
 
-void printEverywhere(const char* text) {
+void logDirectly(const char* text) {
     LoggingClass::print(LoggingClass::printDirect, LOG_TAG, LoggingClass::FTL, nullptr, 0, "%s", text);
+}
+
+void log(const char* text) {
     LoggingClass::print(LoggingClass::printLines, LOG_TAG, LoggingClass::FTL, nullptr, 0, "%s:%d>%s",
                         LoggingClass::shortenPath(__FILE__), __LINE__, text);
+}
+
+void logUnsentEvent(const char* reason) {
+    LoggingClass::print(LoggingClass::printLines, LOG_TAG, LoggingClass::FTL, nullptr, 0,
+                        "%s:%d>The error event cannot be sent: %s", LoggingClass::shortenPath(__FILE__), __LINE__,
+                        reason);
+}
+
+void sendEvent(const Failure& failure) {
+    try {
+        sendKPIEventToServer(CErrorEvent(failure.shortFile, failure.function, std::to_string(failure.line),
+                                         failure.expr, failure.msg != nullptr ? failure.msg : ""));
+    } catch (const std::exception& exception) {
+        logUnsentEvent(exception.what());
+    } catch (...) {
+        logUnsentEvent("unknown exception");
+    }
+}
+
+// One way to report, which may fail itself: the others have to follow it.
+template <class Report>
+void tryTo(const Report& report) noexcept {
+    try {
+        report();
+    } catch (...) {
+    }
+}
+
+// The text of the assertion whose event this thread is sending. Where the sending itself fails an assertion, or ends
+// the process, this is what is still to be told.
+thread_local const char* untold = nullptr;
+
+void tell(const char* text) noexcept {
+    tryTo([text] { logDirectly(text); });
+    tryTo([text] { log(text); });
+}
+
+[[noreturn]] void tellTheUntold() {
+    if (untold != nullptr) {
+        tell(untold);
+    }
+    std::abort();
+}
+
+[[noreturn]] void reportAndAbort(const char* expr, const char* msg, const char* function, const char* file,
+                                 long line) noexcept {
+    const Failure failure{expr, msg, function, LoggingClass::shortenPath(file), line};
+    char text[LONGEST_TEXT];
+    describe(failure, text);
+    if (untold == nullptr) {
+        untold = text;
+        std::set_terminate(tellTheUntold);
+        tryTo([&failure] { sendEvent(failure); });
+        untold = nullptr;
+    }
+    tell(text);
+    tellTheUntold();
 }
 
 } // namespace
@@ -33,15 +104,11 @@ void printEverywhere(const char* text) {
 namespace boost {
 
 void assertion_failed_msg(const char* expr, const char* msg, const char* function, const char* file, long line) {
-    const char* const shortFile = LoggingClass::shortenPath(file);
-    const std::string text = describe(expr, msg, function, shortFile, line);
-    sendKPIEventToServer(CErrorEvent(shortFile, function, std::to_string(line), expr, msg != nullptr ? msg : ""));
-    printEverywhere(text.c_str());
-    std::abort();
+    reportAndAbort(expr, msg, function, file, line);
 }
 
 void assertion_failed(const char* expr, const char* function, const char* file, long line) {
-    assertion_failed_msg(expr, nullptr, function, file, line);
+    reportAndAbort(expr, nullptr, function, file, line);
 }
 
 } // namespace boost
@@ -50,14 +117,13 @@ namespace DAX {
 namespace Common {
 namespace Utils {
 
-void DAXAssertionFailed(const char* expr, const char* function, const char* file, long line) {
-    boost::assertion_failed(expr, function, file, line);
-    std::abort();
+void DAXAssertionFailed(const char* expr, const char* function, const char* file, long line) noexcept {
+    reportAndAbort(expr, nullptr, function, file, line);
 }
 
-void DAXAssertionFailedMsg(const char* expr, const char* msg, const char* function, const char* file, long line) {
-    boost::assertion_failed_msg(expr, msg, function, file, line);
-    std::abort();
+void DAXAssertionFailedMsg(const char* expr, const char* msg, const char* function, const char* file,
+                           long line) noexcept {
+    reportAndAbort(expr, msg, function, file, line);
 }
 
 } // namespace Utils
