@@ -3,7 +3,9 @@
 #include <iostream>
 #include <map>
 #include <string>
+#include <vector>
 
+#include "BusMessagesInput.h"
 #include "HandleRequestInput.h"
 #include "SerializersInput.h"
 #include "VerifyChecksumInput.h"
@@ -22,6 +24,73 @@ Seeds handleRequestSeeds() {
     for (std::size_t index = 0; index < methods.size(); ++index) {
         const std::string request = DAX::Tests::golden("service/" + methods[index].name + ".request");
         seeds[methods[index].name] = DAX::Fuzz::makeRequestInput(index, request);
+    }
+    return seeds;
+}
+
+DAX::Fuzz::BusStep busCall(std::size_t peer, const std::string& method) {
+    DAX::Fuzz::BusStep step;
+    step.peer = peer;
+    step.member = method;
+    step.body = DAX::Tests::golden("service/" + method + ".request");
+    return step;
+}
+
+DAX::Fuzz::BusStep busLeave(std::size_t peer) {
+    DAX::Fuzz::BusStep step;
+    step.peer = peer;
+    step.leaves = true;
+    return step;
+}
+
+std::string busInput(const std::vector<DAX::Fuzz::BusStep>& steps) {
+    std::string input;
+    for (const DAX::Fuzz::BusStep& step : steps) {
+        input += DAX::Fuzz::makeBusStep(step);
+    }
+    return input;
+}
+
+// One good call of each method by its rightful connection, with all that has to come before it, and in each other form
+// that a message can have.
+Seeds busMessagesSeeds() {
+    using namespace DAX::Fuzz;
+    std::vector<BusStep> all;
+    for (const DAX::Tests::ServiceMethod& method : DAX::Tests::serviceMethods()) {
+        all.push_back(busCall(static_cast<std::size_t>(method.caller), method.name));
+    }
+    Seeds seeds{{"allMethods", busInput(all)},
+                {"deadOwner", busInput({busCall(0, "getService"), busLeave(0), busCall(1, "getService")})},
+                {"locks", busInput({busCall(0, "acquireExternalLock"), busCall(1, "getService"),
+                                    busCall(0, "releaseExternalLock"), busCall(1, "getService")})},
+                {"session", busInput({busCall(0, "getService"), busCall(1, "helloMessage"),
+                                      busCall(1, "getClientPriority"), busCall(1, "startNewTransaction"),
+                                      busCall(1, "invalidate"), busLeave(1), busCall(0, "getServiceOwner")})}};
+    for (unsigned int form = 0; form < 128; ++form) {
+        BusStep step = busCall(0, "getService");
+        step.type = static_cast<BusMessageType>(form % 4);
+        step.noReply = form / 4 % 2 == 1;
+        step.noAutoStart = form / 8 % 2 == 1;
+        step.bodyKind = static_cast<BusBody>(form / 16);
+        seeds["form" + std::to_string(form)] = busInput({step, busCall(1, "getServiceOwner")});
+    }
+    for (unsigned int place = 0; place < 256; ++place) {
+        BusStep step = busCall(1, "getServiceOwner");
+        step.path = static_cast<BusPath>(place % 4);
+        step.interface = static_cast<BusInterface>(place / 4 % 8);
+        step.destination = static_cast<BusDestination>(place / 32);
+        seeds["place" + std::to_string(place)] = busInput({busCall(0, "getService"), step});
+    }
+    for (const char* signal : {"NameOwnerChanged", "NameAcquired"}) {
+        BusStep step;
+        step.peer = 1;
+        step.type = BusMessageType::SIGNAL;
+        step.member = signal;
+        step.bodyKind = BusBody::NAMES;
+        step.interface = BusInterface::BUS;
+        step.path = BusPath::BUS;
+        step.body = std::string("\0\0\4", 3);
+        seeds[signal] = busInput({busCall(0, "getService"), step, busCall(0, "getServiceOwner"), busLeave(0)});
     }
     return seeds;
 }
@@ -98,9 +167,10 @@ int writeSeeds(const Seeds& seeds, const std::string& folder) {
 
 int main(int argc, char** argv) {
     const std::map<std::string, Seeds (*)()> targets{
-        {"debug_parameters", debugParametersSeeds}, {"device_file", deviceFileSeeds},
-        {"handle_request", handleRequestSeeds},     {"serializers", serializersSeeds},
-        {"update_texts", updateTextsSeeds},         {"verify_checksum", verifyChecksumSeeds}};
+        {"bus_messages", busMessagesSeeds},      {"debug_parameters", debugParametersSeeds},
+        {"device_file", deviceFileSeeds},        {"handle_request", handleRequestSeeds},
+        {"serializers", serializersSeeds},       {"update_texts", updateTextsSeeds},
+        {"verify_checksum", verifyChecksumSeeds}};
     if (argc != 3 || targets.count(argv[1]) == 0) {
         std::cerr << "usage: make_corpus TARGET FOLDER, where TARGET is one of:\n";
         for (const auto& target : targets) {

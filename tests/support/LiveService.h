@@ -29,6 +29,18 @@ public:
 
     LiveService() { build(); }
 
+    // The core of it.
+    static std::shared_ptr<FakeCoreScript> makeCore() {
+        auto core = std::make_shared<FakeCoreScript>();
+        core->searchResult.result = Core::TRANSACTION_SUCCESS;
+        core->searchResult.upgradeType = DAXCommon::OTN;
+        core->searchResult.upgradeId = {1, 2, 255};
+        core->searchResult.version = std::string("1100");
+        core->searchResult.updateInfo = {'<', 'u', '/', '>'};
+        core->models = {"KV-55", "KV-65"};
+        return core;
+    }
+
     // A call by the connection that the method is for, or by another one.
     Reply call(const ServiceMethod& method, const std::string& parameters) {
         return call(method, method.caller, parameters);
@@ -52,17 +64,6 @@ private:
         void subscribeForConnectionCloseEvent(const std::string&) override {}
         void unsubscribeFromConnectionCloseEvent() override {}
     };
-
-    static std::shared_ptr<FakeCoreScript> makeCore() {
-        auto core = std::make_shared<FakeCoreScript>();
-        core->searchResult.result = Core::TRANSACTION_SUCCESS;
-        core->searchResult.upgradeType = DAXCommon::OTN;
-        core->searchResult.upgradeId = {1, 2, 255};
-        core->searchResult.version = std::string("1100");
-        core->searchResult.updateInfo = {'<', 'u', '/', '>'};
-        core->models = {"KV-55", "KV-65"};
-        return core;
-    }
 
     void build() {
         m_adapter.reset();
