@@ -14,14 +14,18 @@ namespace DBUSWrapper {
 
 // The client end: one remote object over a bus connection of its own, and so with a unique bus name of its own. One
 // thread at a time.
+//
+// Nothing is offered there. Whatever else others send to that name is read and dropped and holds no call up; between
+// the calls a thread does so that all proxies of the process share, and that runs while there is one.
 class IDBUSProxy {
 public:
     class IDBUSProxyFactory {
     public:
         virtual ~IDBUSProxyFactory() = default;
 
-        // Opens a connection; does not talk to the remote side. Throws ErrorConnectingToDBUS. Time-outs in
-        // milliseconds; without `callTimeoutMs` a call waits 60000. `activationTimeoutMs` is kept and has no effect.
+        // Opens a connection; does not talk to the remote side. Throws ErrorConnectingToDBUS, also when the system has
+        // no thread or descriptor left. Any thread. Time-outs in milliseconds, counted on the steady clock; without
+        // `callTimeoutMs` a call waits 60000. `activationTimeoutMs` is kept and has no effect.
         virtual std::unique_ptr<IDBUSProxy> create(IDBUSWrapper::DBUSType type, const std::string& objectPath,
                                                    const std::string& interfaceName,
                                                    boost::optional<unsigned int> activationTimeoutMs,

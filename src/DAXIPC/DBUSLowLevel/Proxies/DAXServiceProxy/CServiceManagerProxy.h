@@ -15,7 +15,8 @@ namespace DBUSLowLevel {
 //
 // Connections: this object, each session and each transaction own one each. The service ties a session to the
 // connection of the manager that asked for it: when this object goes, or its process dies, the session ends. Giving up
-// the pointer of a session does not end it: IService::invalidate does.
+// the pointer of a session does not end it: IService::invalidate does. What others send to the connections is dropped,
+// between the calls by a thread of the library's own.
 //
 // Threads: one at a time.
 //
