@@ -192,8 +192,8 @@ void BusPeers::send(const BusStep& step) {
     const Tests::RawMessage message = makeMessage(step);
     const std::uint32_t serial = peer.connection.send(*message);
     peer.sent.emplace(serial, step);
-    if (step.noReply && step.type == BusMessageType::CALL) {
-        m_unwanted[peer.name][serial] = true;
+    if (step.noReply || step.type != BusMessageType::CALL) {
+        m_unwanted.emplace(peer.name, serial);
     }
     m_last = &peer;
 }
@@ -337,8 +337,7 @@ void BusPeers::leave() {
 }
 
 bool BusPeers::wantedNoReply(const std::string& sender, std::uint32_t serial) const {
-    const auto found = m_unwanted.find(sender);
-    return found != m_unwanted.end() && found->second.count(serial) != 0;
+    return m_unwanted.count({sender, serial}) != 0;
 }
 
 } // namespace Fuzz

@@ -3,7 +3,9 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "BusMessagesInput.h"
@@ -38,7 +40,7 @@ public:
     // All leave. Returns when the bus has seen it.
     void leave();
 
-    // Calls that want no reply, by sender and serial.
+    // Whether this sender has sent a message with this serial that wants no reply: a call that says so, or no call.
     bool wantedNoReply(const std::string& sender, std::uint32_t serial) const;
 
 private:
@@ -67,7 +69,7 @@ private:
     const std::string m_service;
     std::array<std::unique_ptr<Peer>, BUS_PEERS> m_peers;
     Peer* m_last = nullptr; // the peer that has sent last, and whose messages the bus may not have read yet
-    std::map<std::string, std::map<std::uint32_t, bool>> m_unwanted;
+    std::set<std::pair<std::string, std::uint32_t>> m_unwanted;
 };
 
 } // namespace Fuzz

@@ -153,7 +153,7 @@ void World::checkUnwantedReplies(const Fuzz::BusPeers& peers) {
                 continue;
             }
             if (peers.wantedNoReply(destination, serial)) {
-                Fuzz::fail("a reply to a call that wants none");
+                Fuzz::fail("a reply to a message that wants none");
             }
             if (destination == m_master.name() && !answered.insert(serial).second) {
                 Fuzz::fail("two replies to one call");
