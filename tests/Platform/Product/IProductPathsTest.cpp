@@ -7,9 +7,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Platform/Product/IProductPathsImpl.h"
 #include "Platform/Product/Implementation/CProductPaths.h"
 #include "support/FakeKovan.h"
 #include "support/ProcessDeath.h"
+#include "support/Slots.h"
 #include "support/TemporaryRoot.h"
 
 namespace DAX {
@@ -282,6 +284,27 @@ TEST_F(UpgradeLogs, AreLookedForInTheDirectoryThatIsAskedFor) {
         OtherDirectory paths((root / "other").string());
         EXPECT_THAT(paths.m_getOSUpgradeLogFiles(), UnorderedElementsAre((root / "other/upgrade-1.log").string()));
     });
+}
+
+TEST(ProductPathsSlots, StandInTheirOrder) {
+    using Paths = Platform::IProductPathsImpl;
+    EXPECT_EQ(slotsOf(&Paths::m_getFlashDeviceRootPath, &Paths::m_getDAXPartitionPath, &Paths::m_getDAXBigTempPath,
+                      &Paths::m_getPostponeUpdateRWStoragePath, &Paths::m_getFileSystemRootPath,
+                      &Paths::m_getSystemUsrAppsROPath, &Paths::m_getSystemUsrBinPath, &Paths::m_getUSBMountPath,
+                      &Paths::m_getLastSearchingDateFilePath, &Paths::m_getLastPluginFailureFlagFilePath,
+                      &Paths::m_getDAXFactoryResetFlagPath, &Paths::m_getDAXFinalizingUpgradeFlagPath,
+                      &Paths::m_getRofsScriptsDirectory, &Paths::m_getBackupPath, &Paths::m_getUpdateInfoFilePath,
+                      &Paths::m_getOOBEAckUpdateInfoFilePath, &Paths::m_getInstallationLockPath,
+                      &Paths::m_getKPIDescriptionFilePath, &Paths::m_getResourcePath, &Paths::m_getLanguageResourcePath,
+                      &Paths::m_getCertificateFilePath, &Paths::m_getSourcePartitionNotGenuineFlagPath,
+                      &Paths::m_getDAXAutoUpgradeActivationFilePath, &Paths::m_getDAXUsingDebugKeyPath,
+                      &Paths::m_getDAXDownloadedFilesPath, &Paths::m_getUpdateDetailsDataPath,
+                      &Paths::m_getUpdateDetailsFilePath, &Paths::m_getUpdateDetailsSchemaPath,
+                      &Paths::m_getNotificationCounterDirPath, &Paths::m_getOSUpgradeDirPath,
+                      &Paths::m_getOSUpgradeLogFiles, &Paths::m_getIraNdfDirPath,
+                      &Paths::m_getUpdateMainContentsInfoDataPath, &Paths::m_getWOCDaxInfoCandidatePath,
+                      &Paths::m_getWOCDaxInfoApprovedPath),
+              slotsBehindTheDestructor(35));
 }
 
 } // namespace

@@ -9,6 +9,19 @@ using testing::ElementsAre;
 
 namespace {
 
+bool isLoggerThere = true;
+
+} // namespace
+
+extern "C" void* __real__ZN18MetricLogFramework7CLogger11GetInstanceEv();
+extern "C" void* __wrap__ZN18MetricLogFramework7CLogger11GetInstanceEv();
+
+void* __wrap__ZN18MetricLogFramework7CLogger11GetInstanceEv() {
+    return isLoggerThere ? __real__ZN18MetricLogFramework7CLogger11GetInstanceEv() : nullptr;
+}
+
+namespace {
+
 const CErrorEvent EVENT("File.cpp", "void f()", "12", "a == b", "they differ");
 
 TEST(CErrorEventTest, HasItsCodeNameAndDescription) {
@@ -51,6 +64,14 @@ TEST(KPIEventSenderTest, TakesAnyResultButOneForAFailure) {
 
     EXPECT_THAT(FakeKovan::messages(),
                 ElementsAre("KPI event send fail : (ERROR) Code(0)", "KPI event send fail : (ERROR) Code(2)"));
+}
+
+TEST(KPIEventSenderTest, TakesAMissingLoggerForAFailure) {
+    isLoggerThere = false;
+    sendKPIEventToServer(EVENT);
+    isLoggerThere = true;
+
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log FTL KPI event send fail : (ERROR) Code(0)"));
 }
 
 } // namespace

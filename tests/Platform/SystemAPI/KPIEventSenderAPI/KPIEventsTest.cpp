@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/Slots.h"
+
 namespace DAX {
 namespace Tests {
 namespace {
@@ -90,6 +92,10 @@ TEST(KPIEvents, TellAnInputOfOSU) {
     using Status = COSUEvent::AllChangesStatus;
     expectEvent(COSUEvent(COSUEvent::UserInput::WO, COSUEvent::OSDTypeOSU::US, Status::NO, Status::BE, Status::EN),
                 "EV007", "OSU", "{in=wo;ty=us;ac=no;nc=be;wc=en}");
+}
+
+TEST(KPIEventSlots, StandInTheirOrder) {
+    EXPECT_EQ(slotsOf(&IKPIEvent::getDescription), slotsBehindTheDestructor(1));
 }
 
 } // namespace
