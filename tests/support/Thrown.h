@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <boost/exception/get_error_info.hpp>
+#include <boost/exception/info.hpp>
 
 #include "Utility/Utils/ErrorTags.h"
 #include "Utility/Utils/GenericException.h"
@@ -45,6 +46,29 @@ std::pair<std::string, int> thrownFailure(const Statement& statement) {
         return code != nullptr ? std::make_pair(description, *code) : std::make_pair(description + " <no code>", 0);
     }
     return {"<nothing thrown>", 0};
+}
+
+// Where an exception says that it was thrown.
+struct ThrowSite {
+    std::string function; // the compiler's full signature
+    std::string file;     // the full path
+    int line = -1;
+};
+
+// Runs the statement, which throws a boost::exception that says where.
+template <class Statement>
+ThrowSite siteThrownBy(const Statement& statement) {
+    try {
+        statement();
+    } catch (const boost::exception& exception) {
+        const char* const* const function = boost::get_error_info<boost::throw_function>(exception);
+        const char* const* const file = boost::get_error_info<boost::throw_file>(exception);
+        const int* const line = boost::get_error_info<boost::throw_line>(exception);
+        if (function != nullptr && file != nullptr && line != nullptr) {
+            return {*function, *file, *line};
+        }
+    }
+    return {"<nowhere>", "<nowhere>", -1};
 }
 
 } // namespace Tests

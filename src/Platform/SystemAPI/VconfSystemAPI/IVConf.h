@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include <boost/assert/source_location.hpp>
 #include <vconf.h>
 
 #include "Common/Logging/LoggingStream.h"
@@ -46,7 +47,7 @@ public:
 
     T get() const {
         T value{};
-        throwIfFailed(GetterMapT::read(m_key.c_str(), &value), GET_FAILED);
+        throwIfFailed(GetterMapT::read(m_key.c_str(), &value), GET_FAILED, BOOST_CURRENT_LOCATION);
         return value;
     }
 
@@ -59,19 +60,22 @@ public:
         return defaultValue;
     }
 
-    void set(const T& value) const { throwIfFailed(SetterMapT::write(m_key.c_str(), value), SET_FAILED); }
+    void set(const T& value) const {
+        throwIfFailed(SetterMapT::write(m_key.c_str(), value), SET_FAILED, BOOST_CURRENT_LOCATION);
+    }
 
 private:
     static constexpr const char* GET_FAILED = "vconf_get failed while trying to access key: ";
     static constexpr const char* SET_FAILED = "vconf_set failed while trying to access key: ";
 
-    void throwIfFailed(int result, const char* failure) const {
+    void throwIfFailed(int result, const char* failure, const boost::source_location& site) const {
         if (result == 0) {
             return;
         }
         const std::string text = failure + m_key;
         DAX_LOG(WRN) << text;
-        DAX_THROW(VConfException(), Common::Utils::errinfo_stream(text) << Common::Utils::errinfo_errorcode(result));
+        DAX_THROW_AT(site, VConfException(),
+                     Common::Utils::errinfo_stream(text) << Common::Utils::errinfo_errorcode(result));
     }
 
     std::string m_key;

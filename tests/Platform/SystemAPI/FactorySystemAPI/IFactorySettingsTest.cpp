@@ -244,6 +244,12 @@ TEST_F(FactoryResetTest, ThrowsForEveryResultButOne) {
     }
 }
 
+TEST_F(FactoryResetTest, ThrowsAtTheOperation) {
+    FakeKovan::setPlantcfgResetResult(0);
+    EXPECT_THAT(siteThrownBy(IFactorySettings::factoryReset).function,
+                testing::HasSubstr("CFactorySettingsAPIImpl::factoryReset()"));
+}
+
 TEST_F(FactoryResetTest, PreparesNoUpgradeOfTheSystem) {
     IFactorySettings::prepareOsUpgrade();
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Factory os upgrade api is disabled."));

@@ -100,6 +100,14 @@ TEST(CountryCodeTest, IsEmptyWhenItCannotBeRead) {
                 ElementsAre(failedReadOr(COUNTRY.key), "log DBG Debug only log: CountryCode is ", WRONG_LENGTH));
 }
 
+TEST(RefusedIdentifier, IsRefusedAtTheOperationThatAsksForIt) {
+    FakeKovan::setSetting(DUID.key, "");
+    FakeKovan::setSetting(FIRMWARE.key, "");
+    EXPECT_THAT(siteThrownBy(ISystemInfo::getDuid).function, testing::HasSubstr("CSystemInfo::m_getDuid()"));
+    EXPECT_THAT(siteThrownBy(ISystemInfo::getFirmwareVersion).function,
+                testing::HasSubstr("CSystemInfo::m_getFirmwareVersion()"));
+}
+
 } // namespace
 } // namespace Tests
 } // namespace DAX

@@ -1,5 +1,7 @@
 #include <functional>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "SystemInfoFixture.h"
 #include "support/NamedRow.h"
@@ -96,6 +98,26 @@ INSTANTIATE_TEST_SUITE_P(
                     Read{"CustomBool", [] { ISystemInfo::getSystemInfoCustomBool(CUSTOM); }, CUSTOM},
                     Read{"CustomString", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }, CUSTOM}),
     rowName);
+
+TEST(PlatformFact, IsMissedAtTheOperationThatAsksForIt) {
+    FakeKovan::failSystemInfo(7, -5);
+    FakeKovan::failSystemInfo(CUSTOM, -5);
+    const std::pair<std::string, std::function<void()>> OPERATIONS[] = {
+        {"m_getSystemInfoInt(int)", [] { ISystemInfo::getSystemInfoInt(7); }},
+        {"m_getSystemInfoBool(int)", [] { ISystemInfo::getSystemInfoBool(7); }},
+        {"m_getSystemInfoString(int)", [] { ISystemInfo::getSystemInfoString(7); }},
+        {"m_getSystemInfoCustomBool(const char*)", [] { ISystemInfo::getSystemInfoCustomBool(CUSTOM); }},
+        {"m_getSystemInfoCustomInt(const char*)", [] { ISystemInfo::getSystemInfoCustomInt(CUSTOM); }},
+        {"m_getSystemInfoCustomString(const char*)", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }},
+    };
+    int line = 0; // they stand in the source in this order
+    for (const auto& [name, operation] : OPERATIONS) {
+        const ThrowSite site = siteThrownBy(operation);
+        EXPECT_THAT(site.function, testing::HasSubstr("CSystemInfo::" + name));
+        EXPECT_GT(site.line, line) << name;
+        line = site.line;
+    }
+}
 
 } // namespace
 } // namespace Tests

@@ -6,10 +6,15 @@
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Utility/Utils/GenericException.h"
 #include "support/FakeKovan.h"
+#include "support/Thrown.h"
 
 using namespace DAX::Platform;
 using DAX::Common::Utils::GenericException;
+using DAX::Tests::siteThrownBy;
+using DAX::Tests::ThrowSite;
 using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -147,13 +152,16 @@ TEST(VConfFailureTest, IsNotCaughtAsAGenericException) {
     EXPECT_THROW(access(), VConfException);
 }
 
-TEST(VConfFailureTest, SaysWhereItWasThrown) {
-    try {
-        VConfT<int>(KEY).get();
-        FAIL();
-    } catch (const VConfException& exception) {
-        EXPECT_THAT(*boost::get_error_info<boost::throw_file>(exception), testing::HasSubstr("IVConf.h"));
+TYPED_TEST(VConfTTest, RaisesAFailureAtTheOperation) {
+    const ThrowSite got = siteThrownBy([] { VConfT<TypeParam>(KEY).get(); });
+    const ThrowSite setting = siteThrownBy([this] { VConfT<TypeParam>("").set(this->stored()); });
+
+    EXPECT_THAT(got.function, HasSubstr("::get() const"));
+    EXPECT_THAT(setting.function, HasSubstr("::set(const T&) const"));
+    for (const ThrowSite& site : {got, setting}) {
+        EXPECT_THAT(site.file, EndsWith("/src/Platform/SystemAPI/VconfSystemAPI/IVConf.h"));
     }
+    EXPECT_GT(setting.line, got.line) << "it stands behind it";
 }
 
 } // namespace

@@ -34,19 +34,19 @@ bool isOtnEnabled(system_info_key_e key) {
 }
 
 // The result of a call of the platform, 1 for success.
-void throwIfFailed(int result, const std::string& function) {
+void throwIfFailed(int result, const std::string& function, const boost::source_location& site) {
     if (result == PLANTCFG_SUCCESS) {
         return;
     }
     const std::string failure = "Factory API returned an error from function " + function;
     DAX_LOG(ERR) << failure << ": " << result;
-    DAX_THROW(Common::Utils::GenericException(), Common::Utils::errinfo_description(failure + ".")
-                                                     << Common::Utils::errinfo_errorcode(result));
+    DAX_THROW_AT(site, Common::Utils::GenericException(),
+                 Common::Utils::errinfo_description(failure + ".") << Common::Utils::errinfo_errorcode(result));
 }
 
-int readEnum(int (*function)(int*), const char* name) {
+int readEnum(int (*function)(int*), const char* name, const boost::source_location& site) {
     int value = 0;
-    throwIfFailed(function(&value), name);
+    throwIfFailed(function(&value), name, site);
     DAX_LOG(INF) << name << " called successfully: " << value;
     return value;
 }
@@ -117,7 +117,7 @@ bool CFactorySettingsAPIImpl::isOTAEnabled() {
 
 void CFactorySettingsAPIImpl::factoryReset() {
     DAX_LOG(INF) << "Calling plantcfg_reset from FactoryAPI.";
-    throwIfFailed(plantcfg_reset(0), "plantcfg_reset");
+    throwIfFailed(plantcfg_reset(0), "plantcfg_reset", BOOST_CURRENT_LOCATION);
     DAX_LOG(INF) << "plantcfg_reset called successfully.";
 }
 
@@ -132,11 +132,11 @@ bool CFactorySettingsAPIImpl::isFastBootInProductionMode() {
 }
 
 int CFactorySettingsAPIImpl::getModelEnum() {
-    return readEnum(plantcfg_get_model_enum, "plantcfg_get_model_enum");
+    return readEnum(plantcfg_get_model_enum, "plantcfg_get_model_enum", BOOST_CURRENT_LOCATION);
 }
 
 int CFactorySettingsAPIImpl::getLocalsetEnum() {
-    return readEnum(plantcfg_get_localset_enum, "plantcfg_get_localset_enum");
+    return readEnum(plantcfg_get_localset_enum, "plantcfg_get_localset_enum", BOOST_CURRENT_LOCATION);
 }
 
 } // namespace Platform

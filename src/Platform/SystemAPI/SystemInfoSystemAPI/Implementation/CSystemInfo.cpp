@@ -31,9 +31,9 @@ T debugged(const char* text, const T& value) {
     return value;
 }
 
-std::string notEmpty(const std::string& value, const char* failure) {
+std::string notEmpty(const std::string& value, const char* failure, const boost::source_location& site) {
     if (value.empty()) {
-        DAX_THROW(GenericException(), errinfo_description(failure));
+        DAX_THROW_AT(site, GenericException(), errinfo_description(failure));
     }
     return value;
 }
@@ -59,7 +59,7 @@ std::string submodelOrModel(const char* key) {
 
 std::string CSystemInfo::m_getDuid() {
     return notEmpty(debugged("Debug only log: DUID is ", VConfT<std::string>("db/comss/hwduid").get()),
-                    "DUID value taken from vconf is empty");
+                    "DUID value taken from vconf is empty", BOOST_CURRENT_LOCATION);
 }
 
 std::string CSystemInfo::m_getAtoken() {
@@ -78,7 +78,7 @@ bool CSystemInfo::m_isTermsConditionsAccepted() {
 
 std::string CSystemInfo::m_getFirmwareVersion() {
     return notEmpty(debugged("Debug only log: FIRMWARE is ", VConfT<std::string>("db/comss/infolinkversion").get()),
-                    "Firmware value taken from vconf is empty");
+                    "Firmware value taken from vconf is empty", BOOST_CURRENT_LOCATION);
 }
 
 std::string CSystemInfo::m_getCountryCode() {
