@@ -8,6 +8,8 @@ target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJE
 target_include_directories(dax_build SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
 # Boost's own targets define the second as well; a precompiled header fits only sources that agree with it.
 target_compile_definitions(dax_build INTERFACE BOOST_ENABLE_ASSERT_HANDLER BOOST_ALL_NO_LIB)
+# Every path is put together by `/`, which means something else for an absolute right side in the next version.
+target_compile_definitions(dax_build INTERFACE BOOST_FILESYSTEM_VERSION=3)
 target_compile_options(dax_build INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
                                            -ffunction-sections -fdata-sections)
 target_link_options(dax_build INTERFACE -Wl,--gc-sections -Wl,--as-needed)
@@ -34,6 +36,7 @@ function(dax_module target)
   if(sources)
     add_library(${target} STATIC ${sources})
     target_link_libraries(${target} PUBLIC dax_build ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+    dax_harden(${target})
   else()
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE dax_build ${ARG_PUBLIC} ${ARG_PRIVATE})
@@ -43,6 +46,7 @@ endfunction()
 # dax_archives(<targets>): for modules, programs and tests that read or write archives. The archive headers cost a compiler
 # seconds in each file; they are compiled once for all.
 add_library(dax_archive_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/ArchiveHeaders.cpp)
+dax_harden(dax_archive_headers)
 target_link_libraries(dax_archive_headers PUBLIC dax_build Boost::serialization Boost::date_time Boost::thread)
 target_precompile_headers(
   dax_archive_headers PRIVATE
@@ -68,11 +72,13 @@ function(dax_program target)
     list(REMOVE_ITEM sources ${main})
     add_library(${target}_parts STATIC ${sources})
     target_link_libraries(${target}_parts PUBLIC dax_build ${ARG_LINK})
+    dax_harden(${target}_parts)
     set(sources ${main})
     set(ARG_LINK ${target}_parts)
   endif()
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} kovan_platform)
+  dax_harden(${target})
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
 endfunction()
 
