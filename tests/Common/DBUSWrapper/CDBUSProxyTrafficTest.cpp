@@ -138,7 +138,7 @@ TEST_F(CDBUSProxyTrafficTest, ACallIsNotHeldUpByABacklogOfGreatSignals) {
     const auto proxy = createImpatientProxy();
     RawPeer other;
     sendGreatSignals(other, proxy->getDBUSDebugConnectionId());
-    EXPECT_LT(timeOfCall(*proxy), PROMPT);
+    EXPECT_LT(timeOfCall(*proxy), PROMPT_BEHIND_GREAT_SIGNALS);
     EXPECT_LT(timeOfCall(*proxy), PROMPT);
 }
 
@@ -227,6 +227,27 @@ TEST_F(CDBUSProxyTrafficTest, ManyDescriptorsAreClosedAndHoldNoCallUp) {
     other.disconnect();
     pipe.letGo();
     EXPECT_TRUE(waitUntil([&pipe] { return pipe.isHeldByNobody(); }));
+}
+
+TEST_F(CDBUSProxyTrafficTest, OnlyAReplyOrAnErrorIsTakenForTheReply) {
+    RawPeer server;
+    server.requestName(NAME);
+    const auto proxy = createImpatientProxy(300);
+    for (const auto type : {DBUS_MESSAGE_TYPE_SIGNAL, DBUS_MESSAGE_TYPE_METHOD_CALL}) {
+        auto result = beginCall(*proxy);
+        const RawMessage call = nextCall(server);
+        const RawMessage odd(dbus_message_new(type));
+        dbus_message_set_destination(odd.get(), proxy->getDBUSDebugConnectionId().c_str());
+        dbus_message_set_path(odd.get(), PATH);
+        dbus_message_set_interface(odd.get(), INTERFACE);
+        dbus_message_set_member(odd.get(), "method");
+        dbus_message_set_reply_serial(odd.get(), dbus_message_get_serial(call.get()));
+        appendBytes(*odd, "REPLY");
+        appendBytes(*odd, "method");
+        server.send(*odd);
+        EXPECT_THAT(textOf<RemoteObjectNotAccessible>([&result] { result.get(); }),
+                    StartsWith("Did not receive a reply."));
+    }
 }
 
 // Whoever guesses the serial of a call, which counts from 2, may put it into a message of another kind.
