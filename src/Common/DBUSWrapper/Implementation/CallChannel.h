@@ -19,7 +19,7 @@ namespace DBUSWrapper {
 // IdleReader between the calls. So no traffic, of whatever kind and length, is ever in front of a reply.
 //
 // Any thread may call; calls wait for each other.
-class CallChannel : private IdleReader::Source {
+class CallChannel final : private IdleReader::Source {
 public:
     // The connection has to outlive the channel, and nobody else may read from it. Throws ErrorConnectingToDBUS when
     // the system has no thread or descriptor left for the reading between the calls.

@@ -120,7 +120,7 @@ void IdleReader::run() {
     std::array<epoll_event, 16> events{};
     for (;;) {
         const int count = epoll_wait(m_poll.get(), events.data(), static_cast<int>(events.size()), -1);
-        for (int i = 0; i < count; ++i) {
+        for (std::size_t i = 0; static_cast<int>(i) < count; ++i) {
             if (events.at(i).data.ptr == nullptr) {
                 return;
             }
