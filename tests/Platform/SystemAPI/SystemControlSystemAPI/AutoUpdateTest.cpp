@@ -237,6 +237,21 @@ TEST_F(AutoUpdateTest, SaysThatTheAutomaticUpgradeCannotBeWoken) {
                 AllOf(StartsWith("Cannot set value for VConf key: " + key + ", error"), HasSubstr("VConfException")));
 }
 
+TEST_F(AutoUpdateOptionTest, FailsAtTheOperationThatIsAsked) {
+    FakeKovan::setSetting(STATUS_KEY, -1);
+    FakeKovan::setSetting(MODE_KEY, -1);
+    EXPECT_THAT(siteThrownBy(ISystemControl::getAutoUpdateStatus).function,
+                HasSubstr("CSystemControl::m_getAutoUpdateStatus()"));
+    EXPECT_THAT(siteThrownBy(ISystemControl::getAutoUpdateSpecialMode).function,
+                HasSubstr("CSystemControl::m_getAutoUpdateSpecialMode()"));
+    FakeKovan::failWrites(STATUS_KEY, -1);
+    FakeKovan::failWrites(MODE_KEY, -1);
+    EXPECT_THAT(siteThrownBy([] { ISystemControl::setAutoUpdateStatus(AUTOUPDATE_STATUS()); }).function,
+                HasSubstr("CSystemControl::m_setAutoUpdateStatus("));
+    EXPECT_THAT(siteThrownBy([] { ISystemControl::setAutoUpdateSpecialMode(AUTOUPDATE_SPECIAL_MODE()); }).function,
+                HasSubstr("CSystemControl::m_setAutoUpdateSpecialMode("));
+}
+
 } // namespace
 } // namespace Tests
 } // namespace DAX

@@ -128,6 +128,15 @@ TEST_F(PowerTest, WaitsBeforeItRestartsAsLongAsItIsTold) {
 }
 
 TEST_F(PowerTest, WaitsBeforeItPowersOffAsLongAsItIsTold) {
+    parameters().setCustomIntParam("CSystemControl::delayedShutdown", 1);
+    const auto start = std::chrono::steady_clock::now();
+    ISystemControl::shutdown();
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_THAT(FakeKovan::journal(), ElementsAre("log FTL shutdown: 12", "log INF Waiting 1 seconds before shutdown.",
+                                                  "power request_poweroff 12", "log INF Request poweroff result: 0"));
+}
+
+TEST_F(PowerTest, MayBeToldToWaitForNoTime) {
     parameters().setCustomIntParam("CSystemControl::delayedShutdown", 0);
     ISystemControl::shutdown();
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log FTL shutdown: 12", "log INF Waiting 0 seconds before shutdown.",

@@ -70,6 +70,15 @@ TEST_F(UpgradeStatusTest, IsNotSetTwice) {
     }
 }
 
+TEST_F(UpgradeStatusTest, IsRefusedAtTheOperation) {
+    fs::create_directory("system_update_success");
+    EXPECT_THAT(siteThrownBy([] { ISystemControl::setUpgradeStatusFlag(true); }).function,
+                testing::HasSubstr("UpgradeStatusDirectories::set(bool)"));
+    fs::create_directory("system_update_failed");
+    EXPECT_THAT(siteThrownBy(ISystemControl::getUpgradeStatusFlag).function,
+                testing::HasSubstr("UpgradeStatusDirectories::get()"));
+}
+
 TEST_F(UpgradeStatusTest, IsNoFile) {
     root.write("system_update_success", "");
     root.write("system_update_failed", "");

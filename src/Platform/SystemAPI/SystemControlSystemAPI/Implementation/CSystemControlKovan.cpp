@@ -109,27 +109,27 @@ bool CSystemControl::m_isAutoUpdateOptionActive() {
 
 void CSystemControl::m_setAutoUpdateStatus(AUTOUPDATE_STATUS status) {
     announceAndSet<int>("m_setAutoUpdateStatus", AUTOUPDATE_STATUS_KEY, status,
-                        "Cannot set AutoUpdate status value in VConf.");
+                        "Cannot set AutoUpdate status value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setOOBEAcceptedUpdateInfoDataId(const std::string& id) {
     announceAndSet("m_setOOBEAcceptedUpdateInfoDataId", OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY, id,
-                   "Cannot set OOBE Accepted Upgrade Version in VConf.");
+                   "Cannot set OOBE Accepted Upgrade Version in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setUSBUIUpdateStatus(const std::string& status) {
     announceAndSet("m_setUSBUIUpdateStatus", "memory/menu/support/softwareupdate/usbui_status", status,
-                   "Cannot set USB UI update status value in VConf.");
+                   "Cannot set USB UI update status value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setUSBUIUpdateProgress(int progress) {
     announceAndSet("m_setUSBUIUpdateProgress", "memory/menu/support/softwareupdate/usbui_progress", progress,
-                   "Cannot set USB UI update progress status value in VConf.");
+                   "Cannot set USB UI update progress status value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setAutoUpdateSpecialMode(AUTOUPDATE_SPECIAL_MODE mode) {
     announceAndSet<int>("m_setAutoUpdateSpecialMode", AUTOUPDATE_SPECIAL_MODE_KEY, mode,
-                        "Cannot set AutoUpdate mode value in VConf.");
+                        "Cannot set AutoUpdate mode value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setIsBgOTNImportantUpdateEnabled(bool enabled) {
@@ -145,14 +145,15 @@ AUTOUPDATE_STATUS CSystemControl::m_getAutoUpdateStatus() {
         DAX_LOG(ERR) << "Cannot get the value from VConf variable: " << AUTOUPDATE_STATUS_KEY;
         DAX_THROW(GenericException(), errinfo_description("Cannot get AutoUpdate status from VConf."));
     }
-    return static_cast<AUTOUPDATE_STATUS>(checked(AUTOUPDATE_STATUS_KEY, value, LAST_AUTOUPDATE_STATUS));
+    return static_cast<AUTOUPDATE_STATUS>(
+        checked(AUTOUPDATE_STATUS_KEY, value, LAST_AUTOUPDATE_STATUS, BOOST_CURRENT_LOCATION));
 }
 
 AUTOUPDATE_SPECIAL_MODE CSystemControl::m_getAutoUpdateSpecialMode() {
     DAX_LOG(INF) << "CSystemControl::m_getAutoUpdateSpecialMode()";
     const int value = SettingAccess::getOrDefault(AUTOUPDATE_SPECIAL_MODE_KEY, 0);
     return static_cast<AUTOUPDATE_SPECIAL_MODE>(
-        checked(AUTOUPDATE_SPECIAL_MODE_KEY, value, LAST_AUTOUPDATE_SPECIAL_MODE));
+        checked(AUTOUPDATE_SPECIAL_MODE_KEY, value, LAST_AUTOUPDATE_SPECIAL_MODE, BOOST_CURRENT_LOCATION));
 }
 
 std::string CSystemControl::m_getOOBEAcceptedUpdateInfoDataId() {

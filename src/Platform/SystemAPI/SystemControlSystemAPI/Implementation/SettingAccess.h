@@ -1,5 +1,7 @@
 #pragma once
 
+#include <boost/assert/source_location.hpp>
+
 #include "Common/Logging/LoggingStream.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Utility/Utils/ErrInfoStream.h"
@@ -24,11 +26,12 @@ bool announceAndSet(const char* operation, const char* key, const T& value) {
     }
 }
 
-// The same; a failure is thrown with this description as well.
+// The same; a failure is thrown at the site with this description as well.
 template <class T>
-void announceAndSet(const char* operation, const char* key, const T& value, const char* failure) {
+void announceAndSet(const char* operation, const char* key, const T& value, const char* failure,
+                    const boost::source_location& site) {
     if (!announceAndSet(operation, key, value)) {
-        DAX_THROW(Common::Utils::GenericException(), Common::Utils::errinfo_description(failure));
+        DAX_THROW_AT(site, Common::Utils::GenericException(), Common::Utils::errinfo_description(failure));
     }
 }
 
@@ -44,11 +47,11 @@ T getOrDefault(const char* key, const T& defaultValue) {
     }
 }
 
-// Throws unless the value is one of the enumeration's, from 0 to `last`.
-inline int checked(const char* key, int value, int last) {
+// Throws at the site unless the value is one of the enumeration's, from 0 to `last`.
+inline int checked(const char* key, int value, int last, const boost::source_location& site) {
     if (value < 0 || value > last) {
         DAX_LOG(ERR) << "Incorrect VConf value of key: " << key << ", value = " << value;
-        DAX_THROW(Common::Utils::GenericException(), "Incorrect value stored in VConf: " << value);
+        DAX_THROW_AT(site, Common::Utils::GenericException(), "Incorrect value stored in VConf: " << value);
     }
     return value;
 }

@@ -37,16 +37,16 @@ error_code removeIfThere(const char* name) {
     return failure;
 }
 
-[[noreturn]] void refuse(const char* text) {
+[[noreturn]] void refuse(const char* text, const boost::source_location& site) {
     DAX_LOG(ERR) << text;
-    DAX_THROW(GenericException(), errinfo_description(text));
+    DAX_THROW_AT(site, GenericException(), errinfo_description(text));
 }
 
 } // namespace
 
 void set(bool success) {
     if (get()) {
-        refuse("Can't set upgrade status flag when this flag is already set.");
+        refuse("Can't set upgrade status flag when this flag is already set.", BOOST_CURRENT_LOCATION);
     }
     error_code failure;
     boost::filesystem::create_directory(success ? SUCCESS : FAILED, failure);
@@ -61,7 +61,7 @@ boost::optional<bool> get() {
     const bool success = isDirectory(SUCCESS);
     const bool failed = isDirectory(FAILED);
     if (success && failed) {
-        refuse("UpgradeStatusFlag is success and failed at once.");
+        refuse("UpgradeStatusFlag is success and failed at once.", BOOST_CURRENT_LOCATION);
     }
     return success || failed ? boost::optional<bool>(success) : boost::none;
 }
