@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "Common/Utils/ISimpleClock.h"
+#include "support/Slots.h"
 #include "support/WaitUntil.h"
 
 using DAX::Common::Utils::ISimpleClock;
+using DAX::Tests::slotOf;
 using DAX::Tests::waitUntil;
 
 namespace {
@@ -31,6 +33,11 @@ TEST(SimpleClockTest, EachClockHasItsOwnStart) {
     const float newerTime = newer->getCurrentTime();
 
     EXPECT_LT(newerTime, older->getCurrentTime());
+}
+
+// The destructor comes behind it.
+TEST(SimpleClockSlots, BeginWithTheTime) {
+    EXPECT_EQ(slotOf(&ISimpleClock::getCurrentTime), 0U);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "PowerFixture.h"
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
+#include "support/Slots.h"
 
 namespace DAX {
 namespace Tests {
@@ -104,6 +105,13 @@ TEST_F(PowerSubscriberTest, KeepsItsWrapperForARunningCallbackAfterAFailureToUns
     owner->finish();
     EXPECT_EQ(users, 3) << "the test, the running callback, and the subscriber that it may come back to";
     EXPECT_EQ(FakeKovan::countContaining("INF", "We need to unregister it."), 1);
+}
+
+TEST(PowerModeSubscribersFactorySlots, StandInTheirOrder) {
+    using Factory = Platform::IPowerModeSubscribersFactory;
+    EXPECT_EQ(slotsOf(&Factory::createPowerModeChangeSignalSubscriber, &Factory::createPowerOffSignalSubscriber,
+                      &Factory::createPostWakeUpSignalSubscriber),
+              slotsBehindTheDestructor(3));
 }
 
 } // namespace
