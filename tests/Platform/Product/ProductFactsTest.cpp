@@ -1,7 +1,11 @@
 #include <functional>
+#include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <system_info.h>
 
 #include "Platform/Product/IProductInfo.h"
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
@@ -16,6 +20,8 @@ namespace {
 using Platform::IProductInfo;
 using Platform::SystemInfoAPIInternalProblemException;
 using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 const std::string FEATURE = "com.velmora/featureconf/";
@@ -258,6 +264,39 @@ INSTANTIATE_TEST_SUITE_P(
         RequiredFact{"ProductType", IProductInfo::getProductType, FEATURE + "product.product_type",
                      "Unable to read product key from system-info"}),
     rowName);
+
+// Each required fact with the operation that asks for it.
+TEST(RequiredProductFact, IsMissedAtTheOperationThatAsksForIt) {
+    const std::pair<std::string, std::function<void()>> OPERATIONS[] = {
+        {"getVersionString()", IProductInfo::getVersionString},
+        {"getMainSoftwareVersionMajor()", IProductInfo::getMainSoftwareVersionMajor},
+        {"getMainSoftwareVersionMinor()", IProductInfo::getMainSoftwareVersionMinor},
+        {"getModelString()", IProductInfo::getModelString},
+        {"getMainSoftwareVersionDate()", IProductInfo::getMainSoftwareVersionDate},
+        {"getPartitionTxtFilePath()", IProductInfo::getPartitionTxtFilePath},
+        {"getSubmicomVersion()", IProductInfo::getSubmicomVersion},
+        {"getPlatformType()", IProductInfo::getPlatformType},
+        {"getChipsetType()", IProductInfo::getChipsetType},
+        {"getLocalset()", IProductInfo::getLocalset},
+        {"getModelLine()", IProductInfo::getModelLine},
+        {"isEnterpriseModel()", IProductInfo::isEnterpriseModel},
+        {"isIWBSuppoted()", IProductInfo::isIWBSuppoted},
+        {"getProductType()", IProductInfo::getProductType},
+    };
+    int line = 0; // they stand in the source in this order
+    for (const auto& [name, operation] : OPERATIONS) {
+        const ThrowSite site = siteThrownBy(operation);
+        EXPECT_THAT(site.function, HasSubstr("IProductInfo::" + name));
+        EXPECT_THAT(site.file, EndsWith("/src/Platform/Product/Implementation/CProductInfo.cpp"));
+        EXPECT_GT(site.line, line) << name;
+        line = site.line;
+    }
+}
+
+TEST(SoftwareVersion, IsRefusedAtTheOperationThatAsksForIt) {
+    FakeKovan::setSystemInfo(SYSTEM_INFO_KEY_SOFTWARE_VERSION, "without");
+    EXPECT_THAT(siteThrownBy(IProductInfo::getModelString).function, HasSubstr("IProductInfo::getModelString()"));
+}
 
 } // namespace
 } // namespace Tests

@@ -78,19 +78,19 @@ int read(const char* key, int& value) {
 
 // The value, which must be there.
 template <class Value, class Key>
-Value required(Key key, const char* failure) {
+Value required(Key key, const char* failure, const boost::source_location& site) {
     Value value{};
     if (read(key, value) != 0) {
         DAX_LOG(ERR) << failure;
-        DAX_THROW(SystemInfoAPIInternalProblemException(), errinfo_description(failure));
+        DAX_THROW_AT(site, SystemInfoAPIInternalProblemException(), errinfo_description(failure));
     }
     return value;
 }
 
 const char NO_SW_VERSION[] = "Unable to read SW version from system-info";
 
-std::string fullVersionString() {
-    return required<std::string>(SYSTEM_INFO_KEY_SOFTWARE_VERSION, NO_SW_VERSION);
+std::string fullVersionString(const boost::source_location& site) {
+    return required<std::string>(SYSTEM_INFO_KEY_SOFTWARE_VERSION, NO_SW_VERSION, site);
 }
 
 struct ModelAndVersion {
@@ -99,13 +99,13 @@ struct ModelAndVersion {
     std::uint16_t minor = 0;
 };
 
-ModelAndVersion getParsedModelAndVersion() {
-    const std::string text = fullVersionString();
+ModelAndVersion getParsedModelAndVersion(const boost::source_location& site) {
+    const std::string text = fullVersionString(site);
     ModelAndVersion parsed;
     if (!DAXCommon::DAXCommonUtils::parsedModelAndVersion(text, parsed.model, parsed.major, parsed.minor)) {
-        DAX_THROW(GenericException(),
-                  errinfo_description("getParsedModelAndVersion: Wrong string format - lack of dash")
-                      << errinfo_string(text));
+        DAX_THROW_AT(site, GenericException(),
+                     errinfo_description("getParsedModelAndVersion: Wrong string format - lack of dash")
+                         << errinfo_string(text));
     }
     return parsed;
 }
@@ -271,7 +271,7 @@ bool IProductInfo::getKovanVersion(std::uint16_t& major, std::uint16_t& minor) {
 }
 
 std::string IProductInfo::getVersionString() {
-    const std::string text = fullVersionString();
+    const std::string text = fullVersionString(BOOST_CURRENT_LOCATION);
     const std::size_t dash = text.rfind('-');
     if (dash == std::string::npos) {
         DAX_LOG(ERR) << "getVersionString: Wrong string format - lack of dash: " << text;
@@ -284,76 +284,81 @@ std::string IProductInfo::getVersionString() {
 }
 
 int IProductInfo::getMainSoftwareVersionMajor() {
-    const int major = getParsedModelAndVersion().major;
+    const int major = getParsedModelAndVersion(BOOST_CURRENT_LOCATION).major;
     DAX_LOG(INF) << "MAJOR SW VERSION: " << major;
     return major;
 }
 
 int IProductInfo::getMainSoftwareVersionMinor() {
-    const int minor = getParsedModelAndVersion().minor;
+    const int minor = getParsedModelAndVersion(BOOST_CURRENT_LOCATION).minor;
     DAX_LOG(INF) << "MINOR SW VERSION: " << minor;
     return minor;
 }
 
 std::string IProductInfo::getModelString() {
-    const std::string model = getParsedModelAndVersion().model;
+    const std::string model = getParsedModelAndVersion(BOOST_CURRENT_LOCATION).model;
     DAX_LOG(INF) << "Model string: " << model << ".";
     return model;
 }
 
 std::string IProductInfo::getMainSoftwareVersionDate() {
-    return required<std::string>(SYSTEM_INFO_KEY_SOFTWARE_DATE, NO_SW_VERSION);
+    return required<std::string>(SYSTEM_INFO_KEY_SOFTWARE_DATE, NO_SW_VERSION, BOOST_CURRENT_LOCATION);
 }
 
 path IProductInfo::getPartitionTxtFilePath() {
-    const auto file = required<std::string>("com.velmora/featureconf/product.partition_file",
-                                            "Unable to read partition file path from system-info");
+    const auto file =
+        required<std::string>("com.velmora/featureconf/product.partition_file",
+                              "Unable to read partition file path from system-info", BOOST_CURRENT_LOCATION);
     DAX_LOG(INF) << "Partition.txt file path is: " << file;
     return file;
 }
 
 std::string IProductInfo::getSubmicomVersion() {
-    return required<std::string>(SYSTEM_INFO_KEY_SUBMICOM_VERSION, NO_SW_VERSION);
+    return required<std::string>(SYSTEM_INFO_KEY_SUBMICOM_VERSION, NO_SW_VERSION, BOOST_CURRENT_LOCATION);
 }
 
 std::string IProductInfo::getPlatformType() {
-    return required<std::string>(SYSTEM_INFO_KEY_PLATFORM_TYPE, "Unable to read platform type from system-info");
+    return required<std::string>(SYSTEM_INFO_KEY_PLATFORM_TYPE, "Unable to read platform type from system-info",
+                                 BOOST_CURRENT_LOCATION);
 }
 
 std::string IProductInfo::getChipsetType() {
     return required<std::string>("com.velmora/featureconf/product.chipset",
-                                 "Unable to read chipset type from system-info");
+                                 "Unable to read chipset type from system-info", BOOST_CURRENT_LOCATION);
 }
 
 std::string IProductInfo::getLocalset() {
-    return required<std::string>(SYSTEM_INFO_KEY_LOCALSET, "Unable to read localset from system-info");
+    return required<std::string>(SYSTEM_INFO_KEY_LOCALSET, "Unable to read localset from system-info",
+                                 BOOST_CURRENT_LOCATION);
 }
 
 std::string IProductInfo::getModelLine() {
-    const auto line = required<std::string>(SYSTEM_INFO_KEY_MODEL_LINE, "Unable to read model line from system-info");
+    const auto line = required<std::string>(SYSTEM_INFO_KEY_MODEL_LINE, "Unable to read model line from system-info",
+                                            BOOST_CURRENT_LOCATION);
     if (line != "CHI_DTV") {
         return line;
     }
-    return required<std::string>(SYSTEM_INFO_KEY_CHINA_MODEL_LINE, "Unable to read china model line from system-info");
+    return required<std::string>(SYSTEM_INFO_KEY_CHINA_MODEL_LINE, "Unable to read china model line from system-info",
+                                 BOOST_CURRENT_LOCATION);
 }
 
 bool IProductInfo::isEnterpriseModel() {
     const bool value = required<bool>("com.velmora/featureconf/kovan_enterprise_platform.support",
-                                      "Unable to read enterprise model key from system-info");
+                                      "Unable to read enterprise model key from system-info", BOOST_CURRENT_LOCATION);
     DAX_LOG(INF) << "Pictor Model: [" << textOf(value) << "].";
     return value;
 }
 
 bool IProductInfo::isIWBSuppoted() {
-    const bool value =
-        required<bool>("com.velmora/featureconf/iwb_support", "Unable to read IWB support key from system-info");
+    const bool value = required<bool>("com.velmora/featureconf/iwb_support",
+                                      "Unable to read IWB support key from system-info", BOOST_CURRENT_LOCATION);
     DAX_LOG(INF) << "IWB Supported: [" << textOf(value) << "].";
     return value;
 }
 
 IProductInfo::EProductType IProductInfo::getProductType() {
-    const int number =
-        required<int>("com.velmora/featureconf/product.product_type", "Unable to read product key from system-info");
+    const int number = required<int>("com.velmora/featureconf/product.product_type",
+                                     "Unable to read product key from system-info", BOOST_CURRENT_LOCATION);
     const auto found = productTypeConversionMap.find(number);
     const EProductType type = found != productTypeConversionMap.end() ? found->second : UNKNOWN_PRODUCT_TYPE;
     if (type == UNKNOWN_PRODUCT_TYPE) {
