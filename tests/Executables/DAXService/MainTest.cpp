@@ -1,0 +1,82 @@
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/FakeKovan.h"
+#include "support/ProcessDeath.h"
+#include "support/TemporaryRoot.h"
+
+int daemonMain(int argc, char** argv);
+
+namespace {
+
+// The three times that the adapter was told to listen with, in seconds.
+std::vector<unsigned int> listenedWith;
+std::function<void()> whileListening;
+
+} // namespace
+
+// The arguments that are objects come as their addresses.
+extern "C" void
+__wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSESt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENS9_ISA_IFvvEEEE(
+    void* adapter, void* factory, unsigned int stopConditionInterval, unsigned int idleTimeout,
+    unsigned int pingInterval, void* stopCondition, void* ping);
+
+void __wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSESt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENS9_ISA_IFvvEEEE(
+    void*, void*, unsigned int stopConditionInterval, unsigned int idleTimeout, unsigned int pingInterval, void*,
+    void*) {
+    listenedWith = {stopConditionInterval, idleTimeout, pingInterval};
+    if (whileListening) {
+        whileListening();
+    }
+}
+
+namespace DAX {
+namespace Tests {
+namespace {
+
+using testing::ElementsAre;
+
+class MainTest : public testing::Test {
+protected:
+    static int run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "DAXService");
+        std::vector<char*> argv;
+        for (std::string& argument : arguments) {
+            argv.push_back(argument.data());
+        }
+        return daemonMain(static_cast<int>(argv.size()), argv.data());
+    }
+
+    const TemporaryRoot root;
+};
+
+TEST_F(MainTest, LooksForTheStopEveryThreeSecondsNeverGetsIdleAndPingsEveryTen) {
+    EXPECT_IN_CHILD({
+        EXPECT_EQ(run({}), 0);
+        EXPECT_THAT(listenedWith, ElementsAre(3, 0, 10));
+    });
+}
+
+TEST_F(MainTest, GetsIdleAfterTheTimeOfItsOption) {
+    EXPECT_IN_CHILD({
+        EXPECT_EQ(run({"--idle-timeout=30"}), 0);
+        EXPECT_THAT(listenedWith, ElementsAre(3, 30, 10));
+    });
+}
+
+TEST_F(MainTest, RegistersForThreeHundredSecondsBeforeItListens) {
+    EXPECT_IN_CHILD({
+        std::vector<std::string> before;
+        whileListening = [&before] { before = FakeKovan::journal("hangguard"); };
+        EXPECT_EQ(run({}), 0);
+        EXPECT_THAT(before, ElementsAre("hangguard register 300"));
+    });
+}
+
+} // namespace
+} // namespace Tests
+} // namespace DAX
