@@ -263,12 +263,9 @@ TEST(StandardQuitLoop, PingsTheWatchdogUntilASignalComes) {
 
 TEST(StandardQuitLoop, PingsTheWatchdogEveryTenSeconds) {
     EXPECT_IN_CHILD({
-        letTimeRunOut(3, [] { // the wait has the condition, so nobody can be woken here
-            const std::lock_guard<std::mutex> lock(NiceQuitHelper::s_mutex);
-            NiceQuitHelper::s_quitFlag = true;
-        });
+        letTimeRunOut(3, [] { FakeKovan::setHangguardNotifyResult(-1); }); // the failing ping ends the loop
         NiceQuitHelper::standardQuitLoopWithDaemonWatchdogSupport();
-        EXPECT_EQ(FakeKovan::hangguardNotifications(), 3);
+        EXPECT_EQ(FakeKovan::hangguardNotifications(), 4);
         EXPECT_EQ(timeOuts().size(), 3U);
         for (const std::chrono::nanoseconds timeOut : timeOuts()) {
             EXPECT_LE(timeOut, std::chrono::seconds(10));
