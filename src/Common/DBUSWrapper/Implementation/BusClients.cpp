@@ -10,11 +10,13 @@ namespace DBUSWrapper {
 
 namespace {
 
-const char NAME_OWNER_CHANGED_RULE[] = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,"
-                                       "interface=org.freedesktop.DBus,member=NameOwnerChanged,type=signal,";
+const char CLIENT_RULE[] = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,"
+                           "interface=org.freedesktop.DBus,member=NameOwnerChanged,type=signal,arg0=";
+const char VANISHING_NAMES_RULE[] = "sender=org.freedesktop.DBus,path=/org/freedesktop/DBus,"
+                                    "interface=org.freedesktop.DBus,member=NameOwnerChanged,type=signal,arg2=''";
 
 std::string ruleFor(const std::string& client) {
-    return NAME_OWNER_CHANGED_RULE + ("arg0=" + client);
+    return CLIENT_RULE + client;
 }
 
 std::string errorOf(DBusMessage& answer) {
@@ -44,7 +46,7 @@ void BusClients::remove(std::string_view name) {
 }
 
 void BusClients::watchVanishingNames(DBusConnection* connection) {
-    addRule(connection, std::string(NAME_OWNER_CHANGED_RULE) + "arg2=''", "vanishing names");
+    addRule(connection, VANISHING_NAMES_RULE, "vanishing names");
 }
 
 // The bus handles both calls in their order: a client that is gone at the rule is gone at the question too, and the end

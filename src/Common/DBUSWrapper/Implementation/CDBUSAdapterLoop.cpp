@@ -65,7 +65,8 @@ void CDBUSAdapter::Loop::run() {
 // The call that started the process comes with the answer to the request for the name: it is here before the first
 // wait.
 bool CDBUSAdapter::Loop::waitForMessages() {
-    return dbus_connection_read_write(m_connection, hasMessages() ? 0 : m_timeoutMs) != 0;
+    const int timeoutMs = hasMessages() ? 0 : m_timeoutMs;
+    return dbus_connection_read_write(m_connection, timeoutMs) != 0;
 }
 
 bool CDBUSAdapter::Loop::pass() {
