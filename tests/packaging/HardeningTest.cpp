@@ -91,15 +91,23 @@ TEST(CompileCommandsTest, HardenEveryFileOfAnOptimisedBuild) {
         GTEST_SKIP() << "this build is not optimised, or has a sanitizer";
     }
     const auto commands = nlohmann::json::parse(std::ifstream(std::string(BUILD_FOLDER) + "/compile_commands.json"));
+    int files = 0;
     for (const auto& entry : commands) {
         const std::string file = entry.at("file");
         const std::string command = entry.at("command");
+        const bool isForATest = command.find(" -o tests/") != std::string::npos;
+        if (!isProduction(file) || isForATest) {
+            continue;
+        }
+        ++files;
         for (const char* const option : {" -D_FORTIFY_SOURCE=2 ", " -fstack-protector-strong ", " -fPIE "}) {
-            if (isProduction(file)) {
-                EXPECT_THAT(command, HasSubstr(option)) << file;
-            }
+            EXPECT_THAT(command, HasSubstr(option)) << file;
+        }
+        if (DAX_HAS_CF_PROTECTION) {
+            EXPECT_THAT(command, HasSubstr(" -fcf-protection ")) << file;
         }
     }
+    EXPECT_GT(files, 0);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <boost/optional/optional_io.hpp>
+
 #include <gmock/gmock.h>
 
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
@@ -192,11 +194,11 @@ TEST_F(UpgradeRunTest, AnInterruptionDuringTheLastCallComesTooLate) {
 
 TEST(Session, TellsOfALockThatBlocksByTheDevicesSetting) {
     const char* const key = "memory/menu/support/softwareupdate/isExternalLockAcquired";
-    EXPECT_FALSE(daxctl::isBlockingExternalLockHeld());
+    EXPECT_EQ(daxctl::isBlockingExternalLockHeld(), boost::make_optional(false));
     FakeKovan::setSetting(key, 1);
-    EXPECT_TRUE(daxctl::isBlockingExternalLockHeld());
+    EXPECT_EQ(daxctl::isBlockingExternalLockHeld(), boost::make_optional(true));
     FakeKovan::setSetting(key, 0);
-    EXPECT_FALSE(daxctl::isBlockingExternalLockHeld());
+    EXPECT_EQ(daxctl::isBlockingExternalLockHeld(), boost::make_optional(false));
 }
 
 } // namespace

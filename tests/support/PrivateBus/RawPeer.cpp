@@ -92,7 +92,10 @@ RawPeer::RawPeer(DBusBusType type) {
     dbus_connection_set_exit_on_disconnect(m_connection.get(), false);
 }
 
+// libdbus reads the bus addresses at the first connection of a process, and then not from the environment when the
+// process has the rights of another user: it would find the machine's own bus. So the first one is an ordinary one.
 RawPeer RawPeer::ofNobody(const std::vector<gid_t>& groups) {
+    const RawPeer addressesAreKnown;
     const Nobody nobody(groups);
     return RawPeer();
 }
