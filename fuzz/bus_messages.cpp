@@ -125,11 +125,12 @@ unsigned int World::matchRules() {
 // The bus shows the monitor what the adapter replies, also what it then drops.
 void World::watchReplies() {
     const Tests::RawMessage call = Fuzz::makeBusCall("BecomeMonitor", "org.freedesktop.DBus.Monitoring");
-    const std::string rule = "type='method_return',sender='" + m_serviceName + "'";
-    const char* const rules[] = {rule.c_str()};
+    const std::string returns = "type='method_return',sender='" + m_serviceName + "'";
+    const std::string errors = "type='error',sender='" + m_serviceName + "'";
+    const char* const rules[] = {returns.c_str(), errors.c_str()};
     const char* const* rulesStart = rules;
     const dbus_uint32_t flags = 0;
-    dbus_message_append_args(call.get(), DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &rulesStart, 1, DBUS_TYPE_UINT32, &flags,
+    dbus_message_append_args(call.get(), DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &rulesStart, 2, DBUS_TYPE_UINT32, &flags,
                              DBUS_TYPE_INVALID);
     const Tests::RawMessage reply = Fuzz::callOrFail(m_monitor, *call, "BecomeMonitor");
     if (dbus_message_get_type(reply.get()) != DBUS_MESSAGE_TYPE_METHOD_RETURN) {

@@ -78,14 +78,15 @@ INSTANTIATE_TEST_SUITE_P(FromNothingAndOverAnother, LockFileCrash, testing::Valu
 
 class DateFileCrash : public Crash {};
 
-TEST_P(DateFileCrash, LeavesNoDateOrAWholeOne) {
+TEST_P(DateFileCrash, LeavesTheOldDateOrTheNewOne) {
     const boost::posix_time::ptime before(boost::gregorian::date(2020, 1, 2),
                                           boost::posix_time::time_duration(3, 4, 5));
     crashEverywhere(
         FOLDER + "LastSearchingDate", [] { SearchingDateRegister::getInstance()->registerCurrentDate(); },
         [&](bool crashed, Service::IServiceManager& manager) {
             const auto date = manager.getLastSearchingForUpgradeDate();
-            EXPECT_TRUE(crashed || date);
+            const bool hadDate = std::string(GetParam()) != "";
+            EXPECT_TRUE((crashed && !hadDate) || date);
             if (date && *date != before) {
                 EXPECT_GT(date->date().year(), 2025);
             }

@@ -236,6 +236,51 @@ TEST_F(NoReplyTest, AnswersNoSignalAlthoughItDoesNotSayThatItWantsNoAnswer) {
     EXPECT_EQ(handler->requests().at(0).method, "shout");
 }
 
+class PeerCallTest : public NoReplyTest {
+protected:
+    static RawMessage makePeerCall(const char* path, const char* member,
+                                   const char* interfaceName = DBUS_INTERFACE_PEER) {
+        return RawMessage(dbus_message_new_method_call(CONNECTION_NAME, path, interfaceName, member));
+    }
+
+    // "ok" with the text that came along, or the name of the error.
+    std::string outcomeOf(const RawMessage& call) {
+        const RawMessage reply = client().call(*call);
+        if (!reply) {
+            return "no reply";
+        }
+        if (const char* const error = dbus_message_get_error_name(reply.get())) {
+            return error;
+        }
+        const char* text = "";
+        dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
+        return std::string("ok") + text;
+    }
+};
+
+TEST_F(PeerCallTest, IsAnsweredForEveryPathAsEveryProgramOnABusAnswers) {
+    for (const char* const path : {OBJECT_PATH, "/", "/other"}) {
+        EXPECT_EQ(outcomeOf(makePeerCall(path, "Ping")), "ok");
+        EXPECT_EQ(outcomeOf(makePeerCall(path, "Ping", nullptr)), "ok");
+        EXPECT_EQ(outcomeOf(makePeerCall(path, "Nonsense")), DBUS_ERROR_UNKNOWN_METHOD);
+    }
+    EXPECT_THAT(handler->requests(), IsEmpty());
+    EXPECT_EQ(FakeKovan::count("INF", "Registering new connection named " + client().name()), 0);
+}
+
+TEST_F(PeerCallTest, TellsTheMachineOrThatItHasNoName) {
+    char* const id = dbus_try_get_local_machine_id(nullptr);
+    const std::string expected = id != nullptr ? std::string("ok") + id : DBUS_ERROR_FILE_NOT_FOUND;
+    dbus_free(id);
+    EXPECT_EQ(outcomeOf(makePeerCall(OBJECT_PATH, "GetMachineId")), expected);
+}
+
+TEST_F(PeerCallTest, IsNotAnsweredWhereNoAnswerIsWanted) {
+    for (const char* const member : {"Ping", "GetMachineId", "Nonsense"}) {
+        EXPECT_EQ(answersTo(quiet(makePeerCall(OBJECT_PATH, member))), 0) << member;
+    }
+}
+
 class QuietFailureTest : public NoReplyTest {
 protected:
     QuietFailureTest() {

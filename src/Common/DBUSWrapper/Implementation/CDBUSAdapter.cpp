@@ -10,6 +10,7 @@
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "Common/DBUSWrapper/Implementation/CDBUSAdapterLoop.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
+#include "Common/DBUSWrapper/Implementation/PeerCalls.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
@@ -175,6 +176,7 @@ void CDBUSAdapter::openConnection(DBUSConnectionHandle handle, const ThreadParam
     m_busCalls.clear();
     m_clients.clear();
     dbus_connection_set_exit_on_disconnect(connection, false);
+    takePeerCalls(connection);
     DBusObjectPathVTable table{};
     table.message_function = handleMessage;
     dbus_connection_register_object_path(connection, params.objectPath.c_str(), &table, this);

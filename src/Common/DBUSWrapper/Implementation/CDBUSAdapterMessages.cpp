@@ -7,6 +7,7 @@
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "Common/DBUSWrapper/Implementation/ByteArrays.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
+#include "Common/DBUSWrapper/Implementation/PeerCalls.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/KeptInterruption.h"
@@ -28,11 +29,6 @@ std::string diagnostics() {
 // A message that is no method call may come without a member, one of a broken bus without a sender.
 const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
-}
-
-// Only a method call that says nothing else waits for a reply.
-bool wantsReply(DBusMessage* message) {
-    return dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_CALL && !dbus_message_get_no_reply(message);
 }
 
 // One line for every signal of the bus that cannot be read, whichever it is.
@@ -73,10 +69,10 @@ DBusHandlerResult CDBUSAdapter::handleMessage(DBusConnection* connection, DBusMe
     return wantsReply(message) ? DBUS_HANDLER_RESULT_NOT_YET_HANDLED : DBUS_HANDLER_RESULT_HANDLED;
 }
 
-DBusHandlerResult CDBUSAdapter::handleSignal(DBusConnection* /*connection*/, DBusMessage* message, void* adapter) {
+DBusHandlerResult CDBUSAdapter::handleSignal(DBusConnection* connection, DBusMessage* message, void* adapter) {
     auto& self = *static_cast<CDBUSAdapter*>(adapter);
     try {
-        return self.handleSignalPrivate(message);
+        return answerPeerCall(connection, message) ? DBUS_HANDLER_RESULT_HANDLED : self.handleSignalPrivate(message);
     } catch (...) {
         self.logFailure();
     }

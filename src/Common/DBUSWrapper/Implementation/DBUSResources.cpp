@@ -12,6 +12,10 @@ void CloseConnection::operator()(DBusConnection* connection) const {
     dbus_connection_unref(connection);
 }
 
+bool wantsReply(DBusMessage* message) {
+    return dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_CALL && !dbus_message_get_no_reply(message);
+}
+
 DBUSConnectionHandle openPrivateConnection(IDBUSWrapper::DBUSType type) {
     DBUSError error;
     DBUSConnectionHandle connection(

@@ -35,6 +35,9 @@ struct UnrefMessage {
 };
 using DBUSMessageHandle = std::unique_ptr<DBusMessage, UnrefMessage>;
 
+// Only a method call that says nothing else waits for a reply.
+bool wantsReply(DBusMessage* message);
+
 // Throws ErrorConnectingToDBUS with the message of libdbus.
 DBUSConnectionHandle openPrivateConnection(IDBUSWrapper::DBUSType type);
 
