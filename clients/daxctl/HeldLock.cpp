@@ -40,21 +40,21 @@ HeldLock::~HeldLock() {
     release();
 }
 
-bool HeldLock::isLost() {
+void HeldLock::noticeLoss() {
     if (m_isHeld && m_daemon.hasGone()) {
-        noteLoss();
+        lose();
     }
-    return m_isLost;
 }
 
-void HeldLock::noteLoss() {
+void HeldLock::lose() {
     m_isHeld = false;
     m_isLost = true;
     std::fprintf(stderr, "The lock %u is lost: the daemon that gave it has left the bus.\n", m_id);
 }
 
 bool HeldLock::release() {
-    if (isLost() || !m_isHeld) {
+    noticeLoss();
+    if (!m_isHeld) {
         return !m_isLost;
     }
     m_isHeld = false;
@@ -62,7 +62,7 @@ bool HeldLock::release() {
         m_manager->releaseExternalLock(m_clientName, m_id);
     } catch (...) {
         if (m_daemon.askWhetherItHasGone()) {
-            noteLoss();
+            lose();
         } else {
             m_isLost = true;
             std::fprintf(stderr, "The lock %u could not be released: %s\n", m_id,

@@ -21,15 +21,19 @@ public:
 
     DAX::Service::ExternalLockId id() const { return m_id; }
 
-    // Whether the lock is gone before its time. The first time that it is, says so on standard error. Does not wait.
-    bool isLost();
+    // Finds out whether the daemon, and the lock with it, has gone meanwhile, and tells that once on standard error.
+    // Does not wait.
+    void noticeLoss();
+
+    // Whether the lock went before its time, as far as noticeLoss() and release() have found out.
+    bool isLost() const { return m_isLost; }
 
     // False when the lock was lost before, or the daemon did not release it, which standard error tells. At the second
     // call nothing happens.
     bool release();
 
 private:
-    void noteLoss();
+    void lose();
 
     DaemonWatch m_daemon;
     std::unique_ptr<DAX::Service::IServiceManager> m_manager;

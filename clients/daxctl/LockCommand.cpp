@@ -60,7 +60,7 @@ int hold(const Request& request, const std::vector<std::string>& commandLine, bo
     const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
     try {
         HeldLock lock(request);
-        const int status = runChild(commandLine, output, interruption, [&lock] { lock.isLost(); });
+        const int status = runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
         const bool held = lock.release();
         if (json) {
             clients_common::printJson({{"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}});

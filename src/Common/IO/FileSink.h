@@ -52,7 +52,7 @@ public:
 private:
     const char* mode() const;
     void finishFile();
-    bool isMovedTo(streamsize_t position); // if not, errno says why
+    bool tryMoveTo(streamsize_t position); // false: errno says why
     void noteFailure(int errnoValue);
     FileSinkIOException failure(int errnoValue) const;
 

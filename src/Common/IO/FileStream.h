@@ -43,7 +43,7 @@ public:
 
 private:
     streamsize_t measure();
-    bool isMovedTo(streamsize_t position); // if not, errno says why
+    bool tryMoveTo(streamsize_t position); // false: errno says why
     FileStreamIOException failure(int errnoValue) const;
 
     std::string m_path;

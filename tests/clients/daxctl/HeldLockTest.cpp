@@ -98,9 +98,13 @@ TEST_F(HeldLockTest, IsOfTheNextDaemonWhenOneLeavesBeforeItAnswers) {
     second.giveLock(6);
     const auto lock = future.get();
     EXPECT_EQ(lock->id(), 6U);
+    lock->noticeLoss();
     EXPECT_FALSE(lock->isLost());
     second.leave();
-    EXPECT_TRUE(waitUntil([&lock] { return lock->isLost(); }));
+    EXPECT_TRUE(waitUntil([&lock] {
+        lock->noticeLoss();
+        return lock->isLost();
+    }));
     EXPECT_FALSE(lock->release());
     EXPECT_EQ(errors.text(), "The lock 6 is lost: the daemon that gave it has left the bus.\n");
 }

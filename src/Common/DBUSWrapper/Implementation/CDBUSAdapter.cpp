@@ -42,7 +42,7 @@ CDBUSAdapter::~CDBUSAdapter() {
     m_handler.reset();
 }
 
-// A negative interval is no more one than 0.
+// A negative interval is refused like 0.
 void CDBUSAdapter::activate(int stopConditionIntervalInSeconds, const std::string& connectionName) {
     std::unique_lock<std::mutex> lock(m_mutex);
     DAX_LOG(INF) << "Activating DBUS adapter for object: {" << m_objectPath << "}";
@@ -94,7 +94,7 @@ void CDBUSAdapter::abandonThread(std::atomic<Start>& start) {
     }
 }
 
-bool CDBUSAdapter::ThreadParams::mayBegin() const {
+bool CDBUSAdapter::ThreadParams::begin() const {
     Start expected = Start::CONNECTING;
     return start == nullptr || start->compare_exchange_strong(expected, Start::BEGUN) || expected == Start::BEGUN;
 }
@@ -138,7 +138,7 @@ void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSReques
     std::unique_ptr<Loop> loop;
     try {
         DBUSConnectionHandle connection = openPrivateConnection(params.type);
-        if (!params.mayBegin()) {
+        if (!params.begin()) {
             return;
         }
         adapter.openConnection(std::move(connection), params);
@@ -148,7 +148,7 @@ void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSReques
             params.promise->set_value(true);
         }
     } catch (...) {
-        if (params.mayBegin()) {
+        if (params.begin()) {
             adapter.releaseConnection();
         }
         if (params.promise) {

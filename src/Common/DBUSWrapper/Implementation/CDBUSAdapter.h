@@ -59,8 +59,8 @@ private:
         std::string connectionName;
         std::shared_ptr<std::atomic<Start>> start; // empty on the path of listenDBUS
 
-        // Whether the adapter may be used: true once and for all, unless the activation has been given up before.
-        bool mayBegin() const;
+        // Claims the adapter for this thread; false when the activation has been given up.
+        bool begin() const;
     };
 
     // The run of the adapter.
@@ -87,6 +87,7 @@ private:
 
     // The callbacks of libdbus, which let no exception out.
     static DBusHandlerResult handleMessage(DBusConnection* connection, DBusMessage* message, void* adapter);
+    // The connection's filter: sees every message first.
     static DBusHandlerResult handleSignal(DBusConnection* connection, DBusMessage* message, void* adapter);
     void logFailure() const;
 

@@ -87,7 +87,8 @@ bool CDBUSAdapter::Loop::pass() {
             return false;
         }
     }
-    if (isNameGone()) {
+    if (m_adapter.m_name->isGone()) {
+        finishIdleEnd();
         return false;
     }
     if (m_adapter.m_name->isHeld() && isIdleForTooLong()) {
@@ -145,14 +146,10 @@ bool CDBUSAdapter::Loop::isIdleForTooLong() const {
 
 // The name is given back first, and the loop goes on until that is done: what has been called under the name by then is
 // served, and what comes later is for the next daemon.
-bool CDBUSAdapter::Loop::isNameGone() const {
-    if (!m_adapter.m_name->isGone()) {
-        return false;
-    }
+void CDBUSAdapter::Loop::finishIdleEnd() const {
     dbus_connection_flush(m_connection);
     DAX_LOG(INF) << "Stopping adapter object " << m_adapter.m_objectPath << " due to it being idle for "
                  << m_idleTimeoutInSeconds << " seconds.";
-    return true;
 }
 
 } // namespace DBUSWrapper

@@ -41,7 +41,7 @@ private:
     void pingIfDue();
     bool isStopWanted() const;
     bool isIdleForTooLong() const;
-    bool isNameGone() const;
+    void finishIdleEnd() const;
 
     CDBUSAdapter& m_adapter;
     DBusConnection* m_connection;

@@ -71,7 +71,7 @@ void FileSink::writeChunk(const std::uint8_t* data, std::size_t size) {
     openIfNotOpened();
     throwIfEndOfDataMarked();
     boost::this_thread::interruption_point();
-    if (m_astray && !isMovedTo(m_position)) {
+    if (m_astray && !tryMoveTo(m_position)) {
         DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
     if (size == 0 || std::fwrite(data, 1, size, m_file) == size) { // there may be no data at all
@@ -142,12 +142,12 @@ void FileSink::seek(streamsize_t position) {
     if (position == m_position && !m_astray) {
         return;
     }
-    if (!isMovedTo(position)) {
+    if (!tryMoveTo(position)) {
         DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
 }
 
-bool FileSink::isMovedTo(streamsize_t position) {
+bool FileSink::tryMoveTo(streamsize_t position) {
     if (::fseeko64(m_file, static_cast<off64_t>(position), SEEK_SET) != 0) {
         const int errnoValue = errno;
         noteFailure(errnoValue);

@@ -63,7 +63,7 @@ streamsize_t FileStream::measure() {
 std::size_t FileStream::readChunk(std::uint8_t* data, std::size_t size) {
     openIfNotOpened();
     boost::this_thread::interruption_point();
-    if (m_astray && !isMovedTo(m_position)) {
+    if (m_astray && !tryMoveTo(m_position)) {
         DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
     m_astray = true; // until the read has turned out well
@@ -103,12 +103,12 @@ void FileStream::seek(streamsize_t position) {
         DAX_THROW(OutOfRangeException(), errinfo_subject(debugName()) << "Position " << position
                                                                       << " is past end of file. File size: " << m_size);
     }
-    if (!isMovedTo(position)) {
+    if (!tryMoveTo(position)) {
         DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
 }
 
-bool FileStream::isMovedTo(streamsize_t position) {
+bool FileStream::tryMoveTo(streamsize_t position) {
     m_astray = ::fseeko64(m_file, static_cast<off64_t>(position), SEEK_SET) != 0;
     if (m_astray) {
         return false;
