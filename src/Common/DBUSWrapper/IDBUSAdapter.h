@@ -26,12 +26,13 @@ public:
                                                      std::shared_ptr<IDBUSRequestsHandler> handler, bool flag) = 0;
     };
 
-    // Runs the loop on a thread of its own and returns when the name is had. Throws what stood in the way, also without
-    // memory or threads. The interval is greater than 0. When the caller is interrupted, it returns without a loop, and
-    // the adapter can be activated again.
+    // Runs the loop on a thread of its own and returns when the name is had. Throws what stood in the way, such as a
+    // lack of memory or of threads. The interval is greater than 0. When the caller is interrupted, it returns without
+    // a loop, and the adapter can be activated again.
     virtual void activate(int stopConditionIntervalInSeconds, const std::string& connectionName) = 0;
 
     // Ends the thread of `activate`, if there is one, and waits for it: an interruption of the caller has to wait too.
+    // It fails on that thread itself, and so in the handler's calls.
     virtual void deactivate() = 0;
 
     // Runs the loop on the calling thread until the connection is closed, `stopCondition` gives true, the adapter has

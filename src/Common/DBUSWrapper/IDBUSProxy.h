@@ -15,8 +15,9 @@ namespace DBUSWrapper {
 // The client end: one remote object over a bus connection of its own, and so with a unique bus name of its own. One
 // thread at a time.
 //
-// Nothing is offered there. Whatever else others send to that name is read and dropped and holds no call up; between
-// the calls a thread does so that all proxies of the process share, and that runs while there is one.
+// The connection offers no object. What others send to it is read and dropped, and delays no call. Between the calls
+// one thread, shared by all proxies of the process, does that; it lives as long as a proxy does. A proxy made before
+// fork() has no reader in the child.
 class IDBUSProxy {
 public:
     class IDBUSProxyFactory {

@@ -11,10 +11,12 @@ namespace IO {
 
 // A new content for a file, in one step: readers, and whoever comes after a power cut, find the whole old content or
 // the whole new one. The new file is written beside the old one as PATH.new, and takes its place, mode and owner; what
-// a power cut left under that name goes. Nothing is written through a link, into a pipe or to a device: that goes for
-// the new file. Failures throw FileSinkIOException, FileSinkNotEnoughSpaceException when the disk is full, or
-// GenericException when the medium cannot be reached. Without a commit the old file stays as it is, and no other. One
-// at a time for a file; belongs to one thread.
+// a power cut left under that name goes. The new file is never written through a link, into a pipe or to a device. What
+// stands at PATH itself and is no regular file, such as a link or a pipe, is replaced; a folder is refused. Without a
+// commit the old file stays, and no new one is left.
+//
+// Failures throw FileSinkIOException, FileSinkNotEnoughSpaceException when the disk is full, or GenericException when
+// the medium cannot be reached. One at a time for a file; belongs to one thread.
 class FileReplacement : private boost::noncopyable {
 public:
     // Opens the new file. A file that the process may not write, and a folder, are refused.
@@ -23,7 +25,9 @@ public:
 
     void write(const std::string& text);
 
-    // The new file is on its medium, under its name, when this returns. Nothing comes behind it.
+    // The new file is on its medium, under its name, when this returns. Nothing comes behind it. When it throws, the
+    // old file stays; but when only the folder cannot be synchronized, the new content is in place already, and a power
+    // cut may take it back.
     void commit();
 
 private:

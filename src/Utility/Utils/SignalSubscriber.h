@@ -107,8 +107,8 @@ protected:
         } while (awaitCallbacks(lock)); // which may have subscribed again
     }
 
-    // Behind it, in the destructor of a subclass that has more than the operations below: takes the callback away that
-    // a failure has left registered, as long as all that it uses is there.
+    // For the destructor of a subclass with members that its operations use; call it after unsubscribeFinally(). Takes
+    // away a callback that a failure has left registered, while those members still exist.
     void unregisterFinally(const char* user) noexcept {
         try {
             std::unique_lock<std::mutex> lock(m_mutex);

@@ -117,10 +117,15 @@ INSTANTIATE_TEST_SUITE_P(AtEachStep, FailingReplacement,
                          testing::Values(Step{"write", 1}, Step{"fsync", 1}, Step{"close", 1}, Step{"rename", 1}));
 
 TEST_F(FileReplacementTest, TellsThatTheFolderCannotBeSynced) {
-    FileReplacement replacement(path);
-    replacement.write("text");
-    failNext("fsync", EIO, 2);
-    EXPECT_EQ(thrownText<errinfo_stream_text>([&] { replacement.commit(); }), " errno=5 (Input/output error)");
+    root.write("file", "old");
+    {
+        FileReplacement replacement(path);
+        replacement.write("new");
+        failNext("fsync", EIO, 2);
+        EXPECT_EQ(thrownText<errinfo_stream_text>([&] { replacement.commit(); }), " errno=5 (Input/output error)");
+    }
+    EXPECT_EQ(root.read("file"), "new");
+    EXPECT_FALSE(isNewFileThere());
 }
 
 TEST_F(FileReplacementTest, TakesAFolderThatItsFileSystemCannotSync) {

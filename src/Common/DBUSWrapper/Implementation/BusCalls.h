@@ -18,7 +18,7 @@ class BusCalls {
 public:
     using Answer = std::function<void(DBusMessage& answer)>;
 
-    // A call without its further arguments. Throws DBUSMemoryError.
+    // A call of this method with its first argument; the caller appends the others. Throws DBUSMemoryError.
     static DBUSMessageHandle make(const char* method, const std::string& argument);
 
     // `onAnswer` gets the answer, which may be an error; nothing when the connection ends before. Throws

@@ -71,7 +71,7 @@ private:
 
 CallChannel::CallChannel(DBusConnection& connection)
     : m_connection(connection), m_fd(descriptorOf(connection)), m_idle(m_fd, *this) {
-    const Turn armed(*this);
+    const Turn first(*this); // its end arms
 }
 
 DBUSMessageHandle CallChannel::call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error) {

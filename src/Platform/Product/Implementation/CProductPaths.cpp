@@ -22,7 +22,7 @@ auto cached(Compute compute) {
 
 std::string directory(int number) {
     const char* const text = kvplatform_getenv(number);
-    if (text == nullptr) {
+    if (text == nullptr) { // no DAX_THROW: callers know the exception that the making of a text from null gave
         throw std::logic_error("The platform has no directory " + std::to_string(number));
     }
     return text;

@@ -15,8 +15,7 @@ using ExternalLock = std::pair<std::string, DAXCommon::ServiceClientPriority>; /
 using ExternalLocks = std::map<ExternalLockId, ExternalLock>;
 
 // The holders' names in the order of their locks, each behind a blank, for a line of the log. Clients choose their
-// names and the number of their locks: once the text has more than 64 KiB, the rest of the holders is only counted, as
-// in
+// names and the number of their locks: once the text has more than 64 KiB, the other holders are only counted, as in
 // ", and 7 more".
 std::string describeHolders(const ExternalLocks& locks);
 

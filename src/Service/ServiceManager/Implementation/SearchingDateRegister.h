@@ -22,8 +22,9 @@ public:
     static std::shared_ptr<SearchingDateRegister> getInstance();
 
     // Writes the date of now, in one step: the file has the old date or the new one, whatever happens. Throws
-    // FailToOpenExistingFileException when it cannot be opened for writing; a failure behind that is logged, and the
-    // old date stays.
+    // FailToOpenExistingFileException when it cannot be opened for writing. A later failure is logged, and the old date
+    // stays. When only the folder cannot be synchronized, the new date is in place already, but a power cut may take it
+    // back.
     void registerCurrentDate();
 
     // Empty when there is no date, when it cannot be read, and when it was written before the clock was set. Never

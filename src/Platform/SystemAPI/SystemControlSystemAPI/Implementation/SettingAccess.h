@@ -26,7 +26,7 @@ bool announceAndSet(const char* operation, const char* key, const T& value) {
     }
 }
 
-// The same; a failure is thrown at the site with this description as well.
+// The same, but a failure is also thrown, as from `site`, with this description.
 template <class T>
 void announceAndSet(const char* operation, const char* key, const T& value, const char* failure,
                     const boost::source_location& site) {
