@@ -145,6 +145,16 @@ bool DaemonWatch::askWhetherItHasGone() {
     return m_hasGone;
 }
 
+bool DaemonWatch::askWhetherItHasTheName() {
+    const Message owner = question("GetNameOwner");
+    dbus_message_append_args(owner.get(), DBUS_TYPE_STRING, &DAEMON, DBUS_TYPE_INVALID);
+    try {
+        return ask(*owner) == m_uniqueName;
+    } catch (const RemoteObjectNotAccessible&) {
+        return false;
+    }
+}
+
 // Anybody may send a signal of that name; the bus alone has the sender's.
 bool DaemonWatch::tellsOfTheEnd(DBusMessage& message) const {
     const char* name = nullptr;

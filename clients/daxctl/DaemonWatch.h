@@ -27,6 +27,9 @@ public:
     // The same, but asks the bus, whose signal may be on its way. False when the bus does not say.
     bool askWhetherItHasGone();
 
+    // Asks the bus. Between two daemons nobody has the name; a daemon that gives it back is still on the bus.
+    bool askWhetherItHasTheName();
+
 private:
     struct Close {
         void operator()(DBusConnection* connection) const;

@@ -18,7 +18,8 @@ const int ATTEMPTS = 5;
 
 } // namespace
 
-// A daemon that leaves before it answers has given no lock; another may be asked.
+// A daemon that leaves before it answers, or whose name is gone and with it the permission to call it, has given no
+// lock; another may be asked.
 HeldLock::HeldLock(const Request& request) : m_clientName(request.clientName) {
     for (int left = ATTEMPTS;; --left) {
         const std::string uniqueName = m_daemon.follow();
@@ -29,7 +30,7 @@ HeldLock::HeldLock(const Request& request) : m_clientName(request.clientName) {
             m_id = m_manager->acquireExternalLock(m_clientName, ServiceClientPriority(request.priority));
             return;
         } catch (const RemoteObjectNotAccessible&) {
-            if (left == 0 || !m_daemon.askWhetherItHasGone()) {
+            if (left == 0 || m_daemon.askWhetherItHasTheName()) {
                 throw;
             }
         }

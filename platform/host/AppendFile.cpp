@@ -47,8 +47,9 @@ int openLog(const std::string& path) {
 
 } // namespace
 
+// A pipe that nobody reads cannot be opened then; a regular file does not notice.
 int openForAppending(const std::string& path) {
-    return openOrMake(path, O_WRONLY | O_APPEND);
+    return openOrMake(path, O_WRONLY | O_APPEND | O_NONBLOCK);
 }
 
 bool appendLine(int descriptor, std::string line) {

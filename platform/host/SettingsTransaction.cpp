@@ -109,6 +109,9 @@ int Environment::coverItsPages() const {
     if (error != 0 || fstat(file, &status) != 0) {
         return error != 0 ? error : errno;
     }
+    if (told.me_last_pgno >= MAP_SIZE / pages.ms_psize) {
+        return MDB_CORRUPTED; // more than any store has: a damaged file must not fill the medium
+    }
     const auto size = static_cast<off_t>((told.me_last_pgno + 1) * pages.ms_psize);
     return status.st_size >= size ? 0 : posix_fallocate(file, status.st_size, size - status.st_size);
 }

@@ -6,6 +6,10 @@
 #include <iterator>
 
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include "support/WaitUntil.h"
 #include "system/support/Desk.h"
@@ -267,6 +271,46 @@ TEST_F(Lifecycle, ASecondDaemonDoesNotGetTheName) {
         1);
     EXPECT_EQ(desk.countMessages("Exception caught in DAXService: "), 1);
     EXPECT_EQ(desk.daemon(), first->pid());
+}
+
+TEST_F(Lifecycle, LetsNobodyElseWriteWhatItMakesWhateverItsUmask) {
+    const mode_t before = umask(0);
+    const auto daemon = desk.startDaemon();
+    umask(before);
+    ASSERT_TRUE(desk.waitForDaemon());
+    EXPECT_TRUE(desk.run("daxctl", {"upgrade", "--item", "main"}).end == ProcessEnd::exited(0));
+    int files = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(desk.root / "mnt")) {
+        struct stat status {};
+        ASSERT_EQ(lstat(entry.path().c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & (S_ISREG(status.st_mode) ? S_IWGRP | S_IWOTH : 0U), 0U) << entry.path();
+        files += S_ISREG(status.st_mode) ? 1 : 0;
+    }
+    EXPECT_GE(files, 2); // the lock file and the date
+}
+
+TEST_F(Lifecycle, SaysToItsStarterThatItStopsWhenItHasGivenItsNameBack) {
+    const std::string name = desk.root / "notify";
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    name.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const int starter = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(starter, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    setenv("NOTIFY_SOCKET", name.c_str(), 1);
+    const auto daemon = desk.startDaemon({"--idle-timeout", "1"});
+    unsetenv("NOTIFY_SOCKET");
+    ASSERT_TRUE(desk.waitForDaemon());
+    const timeval bound{20, 0};
+    setsockopt(starter, SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof(bound));
+    std::string message;
+    for (char text[256] = ""; message != "STOPPING=1";) {
+        const ssize_t length = recv(starter, text, sizeof(text), 0);
+        ASSERT_GT(length, 0) << "it does not say so";
+        message.assign(text, static_cast<std::size_t>(length)); // those of the watchdog come before
+    }
+    EXPECT_EQ(desk.daemon(), 0);
+    close(starter);
+    EXPECT_EQ(daemon->waitForEnd(), ProcessEnd::exited(0));
 }
 
 TEST_F(Lifecycle, AnUnknownOptionEndsItWithStatus1) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include <boost/assert/source_location.hpp>
 #include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
 
@@ -33,7 +34,8 @@ public:
 private:
     void open();
     void takeOver(unsigned int mode, unsigned int owner, unsigned int group) const;
-    [[noreturn]] void fail(int errnoValue, const std::string& path, const char* description) const;
+    [[noreturn]] void fail(const boost::source_location& site, int errnoValue, const std::string& path,
+                           const char* description) const;
 
     const std::string m_path;
     const std::string m_newPath;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include <boost/assert/source_location.hpp>
 #include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
 
@@ -27,7 +28,7 @@ public:
 
 private:
     void throwUnlessRegular(unsigned int mode) const;
-    [[noreturn]] void fail(int errnoValue, const std::string& description) const;
+    [[noreturn]] void fail(const boost::source_location& site, int errnoValue, const std::string& description) const;
 
     const std::string m_path;
     int m_descriptor = -1;

@@ -192,6 +192,20 @@ TEST_P(DamagedStore, ThatWasCutIsAFailureAtMost) {
     EXPECT_EQ(WORKED, outcome());
 }
 
+// The number of the last page stands behind the page's own header and the databases' records, in both of the first
+// pages.
+TEST_P(DamagedStore, ThatClaimsMorePagesThanAnyHasTakesNoRoom) {
+    const std::size_t lastPage = 136;
+    std::string bytes = m_good;
+    for (const std::size_t page : {std::size_t(0), std::size_t(PAGE)}) {
+        ASSERT_LT(static_cast<unsigned char>(bytes[page + lastPage]), m_good.size() / PAGE) << "not where it stands";
+        bytes[page + lastPage + 2] = '\x03';
+    }
+    write(dataFile(), bytes);
+    EXPECT_EQ(outcome(), FAILED);
+    EXPECT_EQ(std::filesystem::file_size(dataFile()), m_good.size());
+}
+
 // What a process leaves that dies, or has no more room, while it makes the store.
 TEST_P(DamagedStore, ThatWasNeverMadeWholeIsMadeAnew) {
     const std::string fresh = freshStore();

@@ -11,6 +11,7 @@
 #include "Common/DBUSWrapper/Implementation/CheckTimeout.h"
 #include "Common/Logging/LoggingStream.h"
 #include "DAXProductionConfig.h"
+#include "Platform/OperatingSystem/StopNotification.h"
 #include "Utility/Utils/KeptInterruption.h"
 
 namespace DAX {
@@ -147,6 +148,7 @@ bool CDBUSAdapter::Loop::isIdleForTooLong() const {
 // The name is given back first, and the loop goes on until that is done: what has been called under the name by then is
 // served, and what comes later is for the next daemon.
 void CDBUSAdapter::Loop::finishIdleEnd() const {
+    Platform::tellThatTheProcessStops(); // first: from now on a call has to start a new one
     dbus_connection_flush(m_connection);
     DAX_LOG(INF) << "Stopping adapter object " << m_adapter.m_objectPath << " due to it being idle for "
                  << m_idleTimeoutInSeconds << " seconds.";

@@ -41,14 +41,14 @@ FileReplacement::FileReplacement(const boost::filesystem::path& path)
     struct stat old {};
     const bool exists = ::lstat(m_path.c_str(), &old) == 0;
     if (!exists && errno != ENOENT) {
-        fail(errno, m_path, "Looking at file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, m_path, "Looking at file failed.");
     }
     if (exists && S_ISDIR(old.st_mode)) {
-        fail(EISDIR, m_path, "Opening file failed.");
+        fail(BOOST_CURRENT_LOCATION, EISDIR, m_path, "Opening file failed.");
     }
     const bool isRegular = exists && S_ISREG(old.st_mode);
     if (isRegular && !isWritable(m_path)) {
-        fail(errno, m_path, "Opening file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, m_path, "Opening file failed.");
     }
     open();
     if (isRegular) {
@@ -67,12 +67,12 @@ FileReplacement::~FileReplacement() {
 
 void FileReplacement::open() {
     if (::unlink(m_newPath.c_str()) != 0 && errno != ENOENT) {
-        fail(errno, m_newPath, "Removing an older new file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Removing an older new file failed.");
     }
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     m_descriptor = uninterrupted([&] { return ::open(m_newPath.c_str(), flags, FIRST_MODE); });
     if (m_descriptor < 0) {
-        fail(errno, m_newPath, "Opening file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Opening file failed.");
     }
     m_made = true;
 }
@@ -93,7 +93,7 @@ void FileReplacement::write(const std::string& text) {
                                                                    << errinfo_description("No space left on device."));
         }
         if (count < 0) {
-            fail(errno, m_newPath, "Writing to file failed.");
+            fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Writing to file failed.");
         }
         written += static_cast<std::size_t>(count);
     }
@@ -102,17 +102,18 @@ void FileReplacement::write(const std::string& text) {
 void FileReplacement::commit() {
     PlatformDependent::file_sync(m_descriptor);
     if (::close(std::exchange(m_descriptor, -1)) != 0) {
-        fail(errno, m_newPath, "Closing file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Closing file failed.");
     }
     if (std::rename(m_newPath.c_str(), m_path.c_str()) != 0) {
-        fail(errno, m_path, "Renaming file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, m_path, "Renaming file failed.");
     }
     m_made = false;
     PlatformDependent::folder_sync(boost::filesystem::path(m_path).parent_path().string());
 }
 
-void FileReplacement::fail(int errnoValue, const std::string& path, const char* description) const {
-    DAX_THROW(FileSinkIOException(errnoValue), errinfo_path(path) << errinfo_description(description));
+void FileReplacement::fail(const boost::source_location& site, int errnoValue, const std::string& path,
+                           const char* description) const {
+    DAX_THROW_AT(site, FileSinkIOException(errnoValue), errinfo_path(path) << errinfo_description(description));
 }
 
 } // namespace IO

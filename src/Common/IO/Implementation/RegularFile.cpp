@@ -29,17 +29,17 @@ RegularFile::RegularFile(const boost::filesystem::path& path, Access access, Lin
     const int follow = links == FOLLOWED ? 0 : AT_SYMLINK_NOFOLLOW;
     struct stat status {};
     if (::fstatat(AT_FDCWD, m_path.c_str(), &status, follow) != 0) {
-        fail(errno, "Looking at file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, "Looking at file failed.");
     }
     throwUnlessRegular(status.st_mode);
     const int flags = (access == FOR_READING ? O_RDONLY : O_RDWR) | (links == FOLLOWED ? 0 : O_NOFOLLOW);
     m_descriptor = uninterrupted([&] { return ::open(m_path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); });
     if (m_descriptor < 0) {
-        fail(errno, "Opening file failed.");
+        fail(BOOST_CURRENT_LOCATION, errno, "Opening file failed.");
     }
     try {
         if (::fstat(m_descriptor, &status) != 0) {
-            fail(errno, "Looking at file failed.");
+            fail(BOOST_CURRENT_LOCATION, errno, "Looking at file failed.");
         }
         throwUnlessRegular(status.st_mode);
     } catch (...) {
@@ -60,27 +60,27 @@ std::string RegularFile::readText(std::size_t limit) {
         const std::size_t wanted = std::min(sizeof(chunk), limit - text.size() + 1);
         count = uninterrupted([&] { return ::read(m_descriptor, chunk, wanted); });
         if (count < 0) {
-            fail(errno, "Reading from file failed.");
+            fail(BOOST_CURRENT_LOCATION, errno, "Reading from file failed.");
         }
         text.append(chunk, static_cast<std::size_t>(count));
     }
     if (text.size() > limit) {
-        fail(0, "File is larger than " + std::to_string(limit) + " bytes.");
+        fail(BOOST_CURRENT_LOCATION, 0, "File is larger than " + std::to_string(limit) + " bytes.");
     }
     if (text.size() > m_size) {
-        fail(0, "File is manipulated by someone after file open.");
+        fail(BOOST_CURRENT_LOCATION, 0, "File is manipulated by someone after file open.");
     }
     return text;
 }
 
 void RegularFile::throwUnlessRegular(unsigned int mode) const {
     if (!S_ISREG(mode)) {
-        fail(0, "Not a regular file.");
+        fail(BOOST_CURRENT_LOCATION, 0, "Not a regular file.");
     }
 }
 
-void RegularFile::fail(int errnoValue, const std::string& description) const {
-    DAX_THROW(FileStreamIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
+void RegularFile::fail(const boost::source_location& site, int errnoValue, const std::string& description) const {
+    DAX_THROW_AT(site, FileStreamIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
 }
 
 } // namespace IO

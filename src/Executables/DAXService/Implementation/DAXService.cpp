@@ -3,6 +3,7 @@
 
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/thread/thread.hpp>
+#include <sys/stat.h>
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
 #include "Common/DBUSWrapper/IDBUSProxy.h"
@@ -48,6 +49,11 @@ const int WATCHDOG_LIMIT_IN_SECONDS = 300;
 const unsigned int STOP_CONDITION_INTERVAL_IN_SECONDS = 3;
 const unsigned int NO_IDLE_TIMEOUT = 0;
 
+// What the daemon makes, nobody but its user may write, whatever umask it was started with.
+void keepOthersFromWriting() {
+    umask(umask(0) | S_IWGRP | S_IWOTH);
+}
+
 bool wasSigTermReceived() {
     const std::lock_guard<std::mutex> lock(NiceQuitHelper::s_mutex);
     return NiceQuitHelper::s_sigTermFlag;
@@ -55,6 +61,7 @@ bool wasSigTermReceived() {
 
 // The start, one line a step; what it makes stops in reverse order at its end. Returns whether SIGTERM ended it.
 bool serve(int argc, char** argv) {
+    keepOthersFromWriting();
     LoggingClass::init("DAXService");
     Common::Debug::ThreadDebug::registerMainThreadId(boost::this_thread::get_id());
     const Platform::SignalThread signalThread;
