@@ -168,6 +168,11 @@ TEST_F(InstallationStateTest, AFullMediumIsAFailureAndLeavesTheFileWithoutATrail
     }));
 }
 
+TEST_F(InstallationStateTest, ADeviceThatIsAlwaysFullIsAFailure) {
+    EXPECT_EQ(failureOfSaving<errinfo_description>("/dev/full"), "Flushing file failed.");
+    EXPECT_EQ(failureOfSaving<errinfo_stream_text>("/dev/full"), " errno=28 (No space left on device)");
+}
+
 TEST_F(InstallationStateTest, AMediumThatIsFullInTheMiddleLeavesTheBeginningOfTheRecord) {
     SKIP_WITHOUT_SMALL_DISK();
     const std::string info(100000, 'x');

@@ -5,20 +5,14 @@
 #include <string>
 #include <thread>
 
+#include "support/Prompt.h"
 #include "support/RawPeer.h"
 #include "support/WaitUntil.h"
 
 namespace DAX {
 namespace Tests {
 
-// Within what a call returns that nothing holds up.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::chrono::seconds PROMPT{10};
-#else
-constexpr std::chrono::seconds PROMPT{1};
-#endif
-
-// The same for the call behind the great signals. A busy machine needs longer than a second to copy them four times; an
+// PROMPT for the call behind the great signals. A busy machine needs longer than a second to copy them four times; an
 // idle one does it in a quarter of that.
 constexpr std::chrono::seconds PROMPT_BEHIND_GREAT_SIGNALS = 5 * PROMPT;
 

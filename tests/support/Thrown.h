@@ -35,6 +35,11 @@ std::string thrownDescription(const Statement& statement) {
     return thrownText<Common::Utils::errinfo_description, E>(statement);
 }
 
+template <class E = Common::Utils::GenericException, class Statement>
+std::string thrownStreamText(const Statement& statement) {
+    return thrownText<Common::Utils::errinfo_stream_text, E>(statement);
+}
+
 // What the exception of type E that the statement throws describes, and its error code.
 template <class E = Common::Utils::GenericException, class Statement>
 std::pair<std::string, int> thrownFailure(const Statement& statement) {

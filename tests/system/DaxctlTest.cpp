@@ -318,7 +318,7 @@ TEST_F(DaxctlLockHold, TakesALockForLostThatAnotherReleased) {
 TEST_F(DaxctlLockHold, BelievesNobodyButTheBus) {
     const auto held = hold();
     RawPeer forger;
-    const std::string daemon = desk.uniqueNameOfTheDaemon();
+    const std::string daemon = desk.uniqueNameOfDaemon();
     const char* texts[] = {daemon.c_str(), daemon.c_str(), ""};
     for (const std::string& connection : desk.namelessConnectionsOf(held->pid())) {
         const RawMessage forged(

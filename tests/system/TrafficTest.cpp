@@ -1,11 +1,12 @@
 // What a peer can do to the daemon by sending to the connections on which the daemon calls the core.
 #include <chrono>
-#include <fstream>
 
 #include <gmock/gmock.h>
 
 #include "support/Flood.h"
+#include "support/Sanitizer.h"
 #include "system/support/Desk.h"
+#include "system/support/ProcessMemory.h"
 #include "system/support/Scenarios.h"
 
 namespace DAX {
@@ -15,11 +16,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using testing::SizeIs;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-const long LARGEST_GROWTH = 1024 * 1024; // a sanitizer keeps what the daemon gives back
-#else
-const long LARGEST_GROWTH = 16 * 1024; // kilobytes
-#endif
+// In kilobytes.
+const long LARGEST_GROWTH = (HAS_SANITIZER ? 1024 : 16) * 1024;
+
 class Traffic : public testing::Test {
 protected:
     Traffic() { desk.play(QUICK); }
@@ -37,17 +36,6 @@ protected:
         return Clock::now() - begin;
     }
 
-    // In kilobytes: "VmRSS", what the daemon has in memory now; "VmHWM", the most that it ever had.
-    long memoryOfTheDaemon(const std::string& what) {
-        std::ifstream status("/proc/" + std::to_string(desk.daemon()) + "/status");
-        std::string word;
-        long kilobytes = 0;
-        while (status >> word && word != what + ":") {
-        }
-        status >> kilobytes;
-        return kilobytes;
-    }
-
     Desk desk;
     const std::unique_ptr<Service::IServiceManager> manager = desk.connect();
 };
@@ -55,26 +43,26 @@ protected:
 TEST_F(Traffic, OfGreatSignalsHoldsNoCallToTheCoreUp) {
     const auto connections = coreConnections();
     ASSERT_THAT(connections, SizeIs(1));
-    const long before = memoryOfTheDaemon("VmRSS");
+    const long before = residentKilobytes(desk.daemon());
     RawPeer peer;
     sendGreatSignals(peer, connections[0]);
     EXPECT_LT(timeOfCall(), PROMPT_BEHIND_GREAT_SIGNALS);
     for (int i = 0; i < 3; ++i) {
         EXPECT_LT(timeOfCall(), PROMPT);
     }
-    EXPECT_LT(memoryOfTheDaemon("VmHWM"), before + LARGEST_GROWTH);
+    EXPECT_LT(peakKilobytes(desk.daemon()), before + LARGEST_GROWTH);
 }
 
 TEST_F(Traffic, OfSmallSignalsWithoutEndHoldsNoCallToTheCoreUp) {
     const auto connections = coreConnections();
     ASSERT_THAT(connections, SizeIs(1));
-    const long before = memoryOfTheDaemon("VmRSS");
+    const long before = residentKilobytes(desk.daemon());
     const Flood flood(connections[0]);
     ASSERT_TRUE(flood.waitFor(50000));
     for (int i = 0; i < 20; ++i) {
         EXPECT_LT(timeOfCall(), PROMPT);
     }
-    EXPECT_LT(memoryOfTheDaemon("VmHWM"), before + LARGEST_GROWTH);
+    EXPECT_LT(peakKilobytes(desk.daemon()), before + LARGEST_GROWTH);
 }
 
 TEST_F(Traffic, ToAClientHoldsNoneOfItsCallsUp) {

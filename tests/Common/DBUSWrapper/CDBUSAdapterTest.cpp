@@ -12,6 +12,7 @@
 #include "Utility/Utils/KeptInterruption.h"
 #include "support/Event.h"
 #include "support/ProcessDeath.h"
+#include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
 namespace DAX {
@@ -35,18 +36,6 @@ const char EXIT[] = "INF DBUSAdapter thread method exit. Adapter object:{/org/ko
 
 class CDBUSAdapterTest : public AdapterFixture {
 protected:
-    // The streamed text of the exception, or of its kind as boost prints it.
-    template <class E, class Function>
-    static std::string textOf(const Function& function) {
-        try {
-            function();
-        } catch (const E& exception) {
-            const std::string* text = boost::get_error_info<Common::Utils::errinfo_stream_text>(exception);
-            return text != nullptr ? *text : "no text";
-        }
-        return "no exception";
-    }
-
     void activate() { adapter->activate(1, CONNECTION_NAME); }
     void listenForGood() { listen(Run()); }
 };
@@ -116,7 +105,7 @@ TEST_F(CDBUSAdapterTest, ThrowsWithoutABusAndSaysWhereItPassed) {
 TEST_F(CDBUSAdapterTest, ThrowsWhenAnotherHoldsTheName) {
     RawPeer other;
     other.requestName(CONNECTION_NAME);
-    EXPECT_EQ(textOf<ERRORRegisteringObject>([this] { listenForGood(); }), "Name is already registered");
+    EXPECT_EQ(thrownStreamText<ERRORRegisteringObject>([this] { listenForGood(); }), "Name is already registered");
     EXPECT_THAT(messages(),
                 ElementsAre(StartsWith("INF Registering new unique name on DBUS: {org.kovan.test.object}"),
                             "ERR Error Registering new unique name on DBUS: {org.kovan.test.object}. Name is already "
@@ -131,8 +120,8 @@ TEST_F(CDBUSAdapterTest, TakesTheNameFromAHolderThatAllowsIt) {
 }
 
 TEST_F(CDBUSAdapterTest, ThrowsTheErrorOfTheBusForANameThatNobodyCanHave) {
-    const std::string text =
-        textOf<ERRORRegisteringObject>([this] { adapter->listenDBUS(1, 0, 0, boost::none, boost::none, ":1.77"); });
+    const std::string text = thrownStreamText<ERRORRegisteringObject>(
+        [this] { adapter->listenDBUS(1, 0, 0, boost::none, boost::none, ":1.77"); });
     EXPECT_THAT(text, HasSubstr(":1.77"));
     EXPECT_EQ(FakeKovan::count("FTL", "Error Registering new unique name on DBUS: {:1.77}"), 1);
 }
@@ -180,13 +169,14 @@ TEST_F(CDBUSAdapterTest, CannotBeActivatedTwice) {
 TEST_F(CDBUSAdapterTest, ThrowsOutOfActivationWhatStoodInTheWayOfTheName) {
     RawPeer other;
     other.requestName(CONNECTION_NAME);
-    EXPECT_EQ(textOf<ERRORRegisteringObject>([this] { activate(); }), "Name is already registered");
+    EXPECT_EQ(thrownStreamText<ERRORRegisteringObject>([this] { activate(); }), "Name is already registered");
     EXPECT_EQ(FakeKovan::countContaining("INF", "Thread cannot be started."), 0);
 }
 
 TEST_F(CDBUSAdapterTest, ThrowsOutOfActivationThatThereIsNoBus) {
     bus.stop();
-    EXPECT_THAT(textOf<ErrorConnectingToDBUS>([this] { activate(); }), HasSubstr("Failed to connect to socket"));
+    EXPECT_THAT(thrownStreamText<ErrorConnectingToDBUS>([this] { activate(); }),
+                HasSubstr("Failed to connect to socket"));
 }
 
 TEST_F(CDBUSAdapterTest, CanBeActivatedAfterAFailedActivation) {
@@ -224,7 +214,7 @@ TEST_F(CDBUSAdapterTest, SaysWhenThereIsNoMemoryForTheThread) {
     adapter = createAdapter(handler);
     FakeKovan::forgetRecords();
     failAllocationOf(threadSize);
-    EXPECT_EQ(textOf<DBUSWrapperException>([this] { activate(); }), "std::bad_alloc");
+    EXPECT_EQ(thrownStreamText<DBUSWrapperException>([this] { activate(); }), "std::bad_alloc");
     EXPECT_THAT(messages(), ElementsAre("INF Activating DBUS adapter for object: {/org/kovan/test/object}",
                                         "INF Error activating DBUS adapter for object: {/org/kovan/test/object}. "
                                         "Thread cannot be started."));

@@ -92,11 +92,12 @@ TEST_F(CDBUSProxyTest, ThreadsThatMakeProxiesAtOnceShareTheSequenceOfIds) {
 
 TEST_F(CDBUSProxyTest, ThrowsWithoutABus) {
     bus.stop();
-    EXPECT_THAT(textOf<ErrorConnectingToDBUS>([] { createProxy(); }), HasSubstr("Failed to connect to socket"));
+    EXPECT_THAT(thrownStreamText<ErrorConnectingToDBUS>([] { createProxy(); }),
+                HasSubstr("Failed to connect to socket"));
 }
 
 TEST_F(CDBUSProxyTest, UsesTheSessionBusForTheTypeZero) {
-    EXPECT_THAT(textOf<ErrorConnectingToDBUS>([] { createProxy(boost::none, IDBUSWrapper::SESSION); }),
+    EXPECT_THAT(thrownStreamText<ErrorConnectingToDBUS>([] { createProxy(boost::none, IDBUSWrapper::SESSION); }),
                 HasSubstr("/session"));
 }
 
@@ -251,7 +252,8 @@ TEST_P(OddReplyTest, IsRefusedAndChangesNothing) {
     proxy->init(NAME);
     std::stringstream output;
     std::string function = "before";
-    EXPECT_EQ(textOf<RemoteObjectNotAccessible>([&] { proxy->call("method", std::stringstream(), output, function); }),
+    EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>(
+                  [&] { proxy->call("method", std::stringstream(), output, function); }),
               "The reply is not made of byte arrays.");
     EXPECT_EQ(function, "before");
     EXPECT_EQ(output.str(), "");
@@ -294,7 +296,7 @@ INSTANTIATE_TEST_SUITE_P(OfEveryKind, OddReplyTest,
 // --- Failures -----------------------------------------------------------------------------------------------------
 
 TEST_F(CDBUSProxyTest, ThrowsWhenNobodyHasTheName) {
-    EXPECT_EQ(textOf<RemoteObjectNotAccessible>([this] { call(); }),
+    EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>([this] { call(); }),
               "The name org.kovan.test.remote was not provided by any .service files");
 }
 
@@ -302,30 +304,31 @@ TEST_F(CDBUSProxyTest, ThrowsATypeOfItsOwnWhenTheRemoteSideDoesNotStartInTime) {
     bus.stop();
     PrivateBus impatient(PrivateBus::Kind::SYSTEM, 100);
     impatient.addService(NAME, "/bin/true"); // it ends well, but without the name
-    EXPECT_THAT(textOf<RemoteObjectActivationTimedOut>([this] { call(); }), HasSubstr("timed out"));
+    EXPECT_THAT(thrownStreamText<RemoteObjectActivationTimedOut>([this] { call(); }), HasSubstr("timed out"));
 }
 
 TEST_F(CDBUSProxyTest, ThrowsWhenTheRemoteSideFailsToStart) {
     bus.addService(NAME, "/bin/false");
-    EXPECT_THAT(textOf<RemoteObjectNotAccessible>([this] { call(); }), HasSubstr("exited with status 1"));
+    EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([this] { call(); }), HasSubstr("exited with status 1"));
 }
 
 TEST_F(CDBUSProxyTest, TellsAnActivationThatTookTooLongByTheErrorsName) {
     RawServer server(NAME, error("org.freedesktop.DBus.Error.TimedOut", "too slow"));
-    EXPECT_EQ(textOf<RemoteObjectActivationTimedOut>([this] { call(); }), "too slow");
+    EXPECT_EQ(thrownStreamText<RemoteObjectActivationTimedOut>([this] { call(); }), "too slow");
 }
 
 TEST_F(CDBUSProxyTest, ThrowsTheTextOfAnyOtherError) {
     for (const char* name : {"org.freedesktop.DBus.Error.Timeout", "org.freedesktop.DBus.Error.NoReply",
                              "org.freedesktop.DBus.Error.UnknownMethod", "org.example.Error"}) {
         RawServer server(NAME, error(name, "some text"));
-        EXPECT_EQ(textOf<RemoteObjectNotAccessible>([this] { call(); }), "some text") << name;
+        EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>([this] { call(); }), "some text") << name;
     }
 }
 
 TEST_F(CDBUSProxyTest, ThrowsWhenThereIsNoReplyInTime) {
     RawServer server(NAME, [](DBusMessage&) { return RawMessage(); });
-    EXPECT_THAT(textOf<RemoteObjectNotAccessible>([this] { call("", 50U); }), HasSubstr("Did not receive a reply"));
+    EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([this] { call("", 50U); }),
+                HasSubstr("Did not receive a reply"));
 }
 
 TEST_F(CDBUSProxyTest, StaysUsableAfterAFailure) {
@@ -341,21 +344,21 @@ TEST_F(CDBUSProxyTest, FailsAtEveryCallWhenTheBusHasGone) {
     proxy->init(NAME);
     bus.stop();
     EXPECT_THROW(callWith(*proxy), RemoteObjectNotAccessible);
-    EXPECT_EQ(textOf<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }), "Connection is closed");
+    EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }), "Connection is closed");
 }
 
 TEST_F(CDBUSProxyTest, RefusesANameThatIsNoBusName) {
     for (const char* name : {"", "name", "org..kovan", "org.kovan test", "\xff"}) {
         const auto proxy = createProxy();
         proxy->init(name);
-        EXPECT_THAT(textOf<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }),
+        EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }),
                     HasSubstr("A name of the call is not valid: "))
             << name;
     }
 }
 
 TEST_F(CDBUSProxyTest, RefusesACallBeforeItKnowsTheName) {
-    EXPECT_THAT(textOf<RemoteObjectNotAccessible>([] { callWith(*createProxy()); }),
+    EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([] { callWith(*createProxy()); }),
                 HasSubstr("A name of the call is not valid: "));
 }
 
@@ -366,16 +369,16 @@ TEST_F(CDBUSProxyTest, RefusesAMethodThatIsNoMemberName) {
     for (const char* method : {"", "1method", "me.thod", "me thod", "\xff"}) {
         std::stringstream output;
         std::string function;
-        EXPECT_THAT(
-            textOf<RemoteObjectNotAccessible>([&] { proxy->call(method, std::stringstream(), output, function); }),
-            HasSubstr("A name of the call is not valid: "))
+        EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>(
+                        [&] { proxy->call(method, std::stringstream(), output, function); }),
+                    HasSubstr("A name of the call is not valid: "))
             << method;
     }
     EXPECT_THAT(server.takeCalls(), IsEmpty());
 }
 
 TEST_F(CDBUSProxyTest, RefusesParametersThatAreTooLongForAnArray) {
-    EXPECT_EQ(textOf<DBUSMemoryError>([this] { call(std::string(DBUS_MAXIMUM_ARRAY_LENGTH + 1, 'x')); }),
+    EXPECT_EQ(thrownStreamText<DBUSMemoryError>([this] { call(std::string(DBUS_MAXIMUM_ARRAY_LENGTH + 1, 'x')); }),
               "A byte array of 67108865 bytes cannot be appended.");
 }
 

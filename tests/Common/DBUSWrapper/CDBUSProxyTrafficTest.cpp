@@ -123,7 +123,7 @@ protected:
         return call;
     }
 
-    // One that others have begun and wait for.
+    // Begins a call on a thread of its own.
     static std::future<Result> beginCall(IDBUSProxy& proxy) {
         return std::async(std::launch::async, [&proxy] { return callWith(proxy); });
     }
@@ -158,7 +158,7 @@ TEST_F(CDBUSProxyTrafficTest, ACallGivesUpInTimeWhileSignalsComeWithoutEnd) {
     const Flood flood(proxy->getDBUSDebugConnectionId());
     ASSERT_TRUE(flood.waitFor(10000));
     const auto begin = Clock::now();
-    EXPECT_THAT(textOf<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }),
+    EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }),
                 StartsWith("Did not receive a reply. Possible causes include: the remote application did not send a "
                            "reply, the message bus security policy blocked the reply, the reply timeout expired, or "
                            "the network connection was broken."));
@@ -245,7 +245,7 @@ TEST_F(CDBUSProxyTrafficTest, OnlyAReplyOrAnErrorIsTakenForTheReply) {
         appendBytes(*odd, "REPLY");
         appendBytes(*odd, "method");
         server.send(*odd);
-        EXPECT_THAT(textOf<RemoteObjectNotAccessible>([&result] { result.get(); }),
+        EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([&result] { result.get(); }),
                     StartsWith("Did not receive a reply."));
     }
 }
@@ -328,9 +328,9 @@ TEST_F(CDBUSProxyTrafficTest, TellsThatTheConnectionBrokeDuringTheCall) {
     auto result = beginCall(*proxy);
     nextCall(server);
     bus.stop();
-    EXPECT_EQ(textOf<RemoteObjectNotAccessible>([&result] { result.get(); }),
+    EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>([&result] { result.get(); }),
               "Connection was disconnected before a reply was received");
-    EXPECT_EQ(textOf<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }), "Connection is closed");
+    EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>([&proxy] { callWith(*proxy); }), "Connection is closed");
 }
 
 TEST_F(CDBUSProxyTrafficTest, AProxyWhoseConnectionBrokeLeavesTheOthersAlone) {
@@ -362,7 +362,8 @@ TEST_F(CDBUSProxyTrafficTest, ProxiesComeAndGoUnderAFlood) {
 
 TEST_F(CDBUSProxyTrafficTest, CannotBeMadeWithoutAThreadThatReadsBetweenCalls) {
     failNext("pthread_create");
-    EXPECT_THAT(textOf<ErrorConnectingToDBUS>([] { createProxy(); }), HasSubstr("Connections cannot be read: "));
+    EXPECT_THAT(thrownStreamText<ErrorConnectingToDBUS>([] { createProxy(); }),
+                HasSubstr("Connections cannot be read: "));
     EXPECT_EQ(createProxy()->getDBUSDebugConnectionId(), ":1.1");
 }
 

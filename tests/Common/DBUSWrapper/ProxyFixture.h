@@ -10,9 +10,9 @@
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Common/DBUSWrapper/IDBUSProxy.h"
-#include "Utility/Utils/ErrInfoStream.h"
 #include "support/PrivateBus.h"
 #include "support/RawPeer.h"
+#include "support/Thrown.h"
 
 namespace DAX {
 namespace Tests {
@@ -68,17 +68,6 @@ protected:
         Result result;
         result.normal = proxy.call("method", std::stringstream(parameters), result.output, result.function);
         return result;
-    }
-
-    template <class E, class Function>
-    static std::string textOf(const Function& function) {
-        try {
-            function();
-        } catch (const E& exception) {
-            const std::string* text = boost::get_error_info<Common::Utils::errinfo_stream_text>(exception);
-            return text != nullptr ? *text : "no text";
-        }
-        return "no exception";
     }
 
     PrivateBus bus;

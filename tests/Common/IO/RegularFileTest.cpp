@@ -78,7 +78,7 @@ TEST_F(RegularFileTest, DoesNotGrowWhileItIsRead) {
               "File is manipulated by someone after file open.");
 }
 
-TEST_F(RegularFileTest, IsNoPipeAndNobodyWaitsForItsWriter) {
+TEST_F(RegularFileTest, RefusesAPipeAndWaitsForNoWriter) {
     ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
     EXPECT_EQ(refusalOf(path), "Not a regular file. errno=0 (Success)");
     EXPECT_EQ(refusalOf(path, RegularFile::FOR_READING_AND_WRITING), "Not a regular file. errno=0 (Success)");
@@ -87,12 +87,12 @@ TEST_F(RegularFileTest, IsNoPipeAndNobodyWaitsForItsWriter) {
               "Not a regular file. errno=0 (Success)");
 }
 
-TEST_F(RegularFileTest, IsNoDeviceAndNoFolder) {
+TEST_F(RegularFileTest, RefusesADeviceAndAFolder) {
     EXPECT_EQ(refusalOf("/dev/zero"), "Not a regular file. errno=0 (Success)");
     EXPECT_EQ(refusalOf(root.path().string()), "Not a regular file. errno=0 (Success)");
 }
 
-TEST_F(RegularFileTest, IsBehindNoLinkUnlessThatIsWanted) {
+TEST_F(RegularFileTest, RefusesALinkUnlessItIsToBeFollowed) {
     root.write("file", "text");
     const std::string link = (root / "link").string();
     std::filesystem::create_symlink(path, link);
@@ -100,7 +100,7 @@ TEST_F(RegularFileTest, IsBehindNoLinkUnlessThatIsWanted) {
     EXPECT_EQ(RegularFile(link, RegularFile::FOR_READING, RegularFile::FOLLOWED).readText(LIMIT), "text");
 }
 
-TEST_F(RegularFileTest, IsThere) {
+TEST_F(RegularFileTest, RefusesAFileThatIsNotThere) {
     EXPECT_EQ(refusalOf(path), "Looking at file failed. errno=2 (No such file or directory)");
 }
 

@@ -9,6 +9,7 @@
 #include "FileFaults.h"
 #include "MemoryStreams.h"
 #include "support/TemporaryRoot.h"
+#include "support/Thrown.h"
 
 // Each failure says where it was thrown: in the operation that met it, on a line of its own.
 namespace DAX {
@@ -25,18 +26,10 @@ protected:
 
     // Expects the statement to throw in this function of this file, and nowhere that another one did.
     void expectSite(const char* function, const char* file, const std::function<void()>& statement) {
-        try {
-            statement();
-            ADD_FAILURE() << "nothing was thrown in " << function;
-        } catch (const boost::exception& exception) {
-            const auto* const thrownIn = boost::get_error_info<boost::throw_function>(exception);
-            const auto* const thrownFile = boost::get_error_info<boost::throw_file>(exception);
-            const auto* const line = boost::get_error_info<boost::throw_line>(exception);
-            ASSERT_TRUE(thrownIn != nullptr && thrownFile != nullptr && line != nullptr);
-            EXPECT_THAT(*thrownIn, HasSubstr(function));
-            EXPECT_THAT(*thrownFile, EndsWith(file));
-            EXPECT_TRUE(m_sites.emplace(*thrownFile, *line).second) << function << ", line " << *line;
-        }
+        const ThrowSite site = siteThrownBy(statement);
+        EXPECT_THAT(site.function, HasSubstr(function));
+        EXPECT_THAT(site.file, EndsWith(file));
+        EXPECT_TRUE(m_sites.emplace(site.file, site.line).second) << function << ", line " << site.line;
     }
 
     const TemporaryRoot root;

@@ -5,6 +5,9 @@
 
 #include <pthread.h>
 
+namespace DAX {
+namespace Tests {
+
 namespace {
 
 std::atomic<int> begun{0};
@@ -31,3 +34,6 @@ int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mu
     }
     return result;
 }
+
+} // namespace Tests
+} // namespace DAX

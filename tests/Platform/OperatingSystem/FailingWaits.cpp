@@ -6,6 +6,9 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 
+namespace DAX {
+namespace Tests {
+
 namespace {
 
 int signalfdError = 0;
@@ -58,3 +61,6 @@ int __wrap_poll(pollfd* sources, nfds_t count, int timeout) {
     }
     return __real_poll(sources, count, timeout);
 }
+
+} // namespace Tests
+} // namespace DAX

@@ -1,5 +1,8 @@
 #pragma once
 
+namespace DAX {
+namespace Tests {
+
 // Stand before the system in this test program: from now on each signalfd fails with this error, each poll does, or
 // each poll finds all that it looks at broken. For the rest of the process: set it in a child.
 void failSignalfd(int error);
@@ -8,3 +11,6 @@ void findAllBroken();
 
 // How often poll has been called since.
 int polls();
+
+} // namespace Tests
+} // namespace DAX

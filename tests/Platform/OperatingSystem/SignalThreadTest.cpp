@@ -104,8 +104,7 @@ TEST(SignalThread, KeepsAHandlerFromWaitingForTheThreadThatItInterrupts) {
     });
 }
 
-// --- Failures of the system
-// -----------------------------------------------------------------------------------------------
+// --- Failures of the system ----------------------------------------------------------------------------------------
 
 int openDescriptors() {
     const boost::filesystem::directory_iterator descriptors("/proc/self/fd");

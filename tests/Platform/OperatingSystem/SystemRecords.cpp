@@ -7,6 +7,9 @@
 
 #include <pthread.h>
 
+namespace DAX {
+namespace Tests {
+
 namespace {
 
 bool recording = false;
@@ -14,10 +17,17 @@ std::vector<int> changes;
 
 int timesLeft = 0;
 std::function<void()> atTheLast;
-std::vector<std::chrono::nanoseconds> waits;
+std::vector<TimeOut> waits;
+std::chrono::nanoseconds endOfLastWait{0};
 
 std::chrono::nanoseconds sinceBoot(const timespec& time) {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+std::chrono::nanoseconds sinceBoot() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return sinceBoot(now);
 }
 
 } // namespace
@@ -33,9 +43,10 @@ std::vector<int> handlerChanges() {
 void letTimeRunOut(int times, std::function<void()> action) {
     timesLeft = times;
     atTheLast = std::move(action);
+    endOfLastWait = sinceBoot();
 }
 
-std::vector<std::chrono::nanoseconds> timeOuts() {
+std::vector<TimeOut> timeOuts() {
     return waits;
 }
 
@@ -57,11 +68,13 @@ int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mu
     if (timesLeft == 0) {
         return __real_pthread_cond_timedwait(condition, mutex, until);
     }
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    waits.push_back(sinceBoot(*until) - sinceBoot(now));
+    waits.push_back({sinceBoot(*until) - endOfLastWait, sinceBoot(*until) - sinceBoot()});
     if (--timesLeft == 0) {
         atTheLast();
     }
+    endOfLastWait = sinceBoot();
     return ETIMEDOUT;
 }
+
+} // namespace Tests
+} // namespace DAX

@@ -182,11 +182,11 @@ class UnreadableDate : public SearchingDateRegisterTest {
 protected:
     // No date, within a second and a megabyte, and this line alone.
     void expectNoDate(const std::string& line) {
-        const auto begin = std::chrono::system_clock::now();
+        const auto begin = std::chrono::steady_clock::now();
         const AllocationMeter meter;
         EXPECT_EQ(date(), "<none>");
         EXPECT_LT(meter.bytes(), 1024U * 1024U);
-        EXPECT_LT(std::chrono::system_clock::now() - begin, std::chrono::seconds(1));
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
         EXPECT_THAT(journal(), ElementsAre("log ERR " + line));
     }
 
@@ -310,7 +310,7 @@ TEST_F(UnwritableDate, IsNoDateOfTheCalendar) {
     EXPECT_EQ(date(), "99991231T235959");
 }
 
-TEST_F(UnwritableDate, CannotHaveItsFolder) {
+TEST_F(UnwritableDate, ThrowsForAFolderThatCannotBeMade) {
     std::filesystem::remove_all(root / "mnt");
     root.write("mnt", "a file where a folder has to be");
     EXPECT_THROW(SearchingDateRegister::getInstance()->registerCurrentDate(),
@@ -318,7 +318,7 @@ TEST_F(UnwritableDate, CannotHaveItsFolder) {
     EXPECT_EQ(toldFailure(), "Unable to open date register file: " + path() + "\n");
 }
 
-TEST_F(UnwritableDate, IsReadOnly) {
+TEST_F(UnwritableDate, ThrowsForAReadOnlyFile) {
     root.write(DATE_FILE, "20200101T000000");
     std::filesystem::permissions(root / DATE_FILE, std::filesystem::perms(0444));
     openFoldersToAll();

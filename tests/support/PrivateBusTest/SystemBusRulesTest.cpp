@@ -72,7 +72,7 @@ TEST(SystemBusRulesTest, LetNobodyOwnANameThatNoPolicyGives) {
     EXPECT_THROW(peer.requestName("org.kovan.tv.dax.other"), std::runtime_error);
 }
 
-TEST(SystemBusRulesTest, Allow512MatchRulesPerConnectionUnlessRaised) {
+TEST(SystemBusRulesTest, Allow512MatchRulesPerConnectionUnlessTheRulesSayOtherwise) {
     {
         const PrivateBus bus(SystemBusRules::ofDevice());
         RawPeer peer;

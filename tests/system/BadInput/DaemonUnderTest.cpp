@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "support/Sanitizer.h"
 #include "support/WireGoldens.h"
 
 namespace DAX {
@@ -11,11 +12,7 @@ namespace {
 
 const std::size_t GROWTH_KIB = 8 * 1024;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-const bool HAS_MEMORY_OF_ITS_OWN = false; // a sanitizer keeps what the daemon gives back
-#else
-const bool HAS_MEMORY_OF_ITS_OWN = true;
-#endif
+const bool HAS_MEMORY_OF_ITS_OWN = !HAS_SANITIZER; // which would keep what the daemon gives back
 
 std::size_t kibibytes(pid_t pid, const std::string& field) {
     std::ifstream rollup("/proc/" + std::to_string(pid) + "/smaps_rollup");

@@ -147,12 +147,8 @@ std::unique_ptr<Service::IServiceManager> Desk::connect() const {
 }
 
 std::string Desk::uniqueNameOfDaemon() {
-    const RawMessage reply = askBus("GetNameOwner", DAEMON_NAME);
-    const char* name = "";
-    if (reply) {
-        dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
-    }
-    return name;
+    const auto owner = stringsOf(askBus("GetNameOwner", DAEMON_NAME));
+    return owner.empty() ? "" : owner.front();
 }
 
 RawMessage Desk::askBus(const char* method, const std::string& argument) {
@@ -171,11 +167,6 @@ pid_t Desk::ownerOf(const std::string& name) {
         dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_UINT32, &pid, DBUS_TYPE_INVALID);
     }
     return static_cast<pid_t>(pid);
-}
-
-std::string Desk::uniqueNameOfTheDaemon() {
-    const auto owner = stringsOf(askBus("GetNameOwner", DAEMON_NAME));
-    return owner.empty() ? "" : owner.front();
 }
 
 std::vector<std::string> Desk::namelessConnectionsOf(pid_t pid) {

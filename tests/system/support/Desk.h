@@ -65,9 +65,6 @@ public:
     bool waitForMessage(const std::string& part) const;
     int countMessages(const std::string& part) const;
 
-    // Empty when no daemon runs.
-    std::string uniqueNameOfTheDaemon();
-
     // The unique names of a process's connections that own no name besides, oldest first.
     std::vector<std::string> namelessConnectionsOf(pid_t pid);
 

@@ -1,0 +1,15 @@
+#pragma once
+
+namespace DAX {
+namespace Tests {
+
+// Whether the tests and what they measure are built with a sanitizer. It makes all slower, and keeps memory that was
+// given back.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool HAS_SANITIZER = true;
+#else
+constexpr bool HAS_SANITIZER = false;
+#endif
+
+} // namespace Tests
+} // namespace DAX
