@@ -6,6 +6,8 @@
 #include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
 
+#include "Utility/Utils/FileDescriptor.h"
+
 namespace DAX {
 namespace Common {
 namespace IO {
@@ -39,7 +41,7 @@ private:
 
     const std::string m_path;
     const std::string m_newPath;
-    int m_descriptor = -1;
+    Utils::FileDescriptor m_descriptor;
     bool m_made = false; // the new file is there, under its own name
 };
 

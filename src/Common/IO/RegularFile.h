@@ -7,6 +7,8 @@
 #include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
 
+#include "Utility/Utils/FileDescriptor.h"
+
 namespace DAX {
 namespace Common {
 namespace IO {
@@ -21,7 +23,6 @@ public:
 
     // Opens the file. The access is what the caller must have; nothing is written.
     explicit RegularFile(const boost::filesystem::path& path, Access access = FOR_READING, Links links = REFUSED);
-    ~RegularFile();
 
     // All that is left. A file of more than `limit` bytes, and one that grows meanwhile, is refused.
     std::string readText(std::size_t limit);
@@ -31,7 +32,7 @@ private:
     [[noreturn]] void fail(const boost::source_location& site, int errnoValue, const std::string& description) const;
 
     const std::string m_path;
-    int m_descriptor = -1;
+    Utils::FileDescriptor m_descriptor;
     std::size_t m_size = 0; // when it was opened
 };
 

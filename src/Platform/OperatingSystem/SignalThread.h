@@ -1,8 +1,9 @@
 #pragma once
 
-#include <csignal>
-
 #include <boost/thread/thread.hpp>
+
+#include "Utility/Utils/BlockedSignals.h"
+#include "Utility/Utils/FileDescriptor.h"
 
 namespace DAX {
 namespace Platform {
@@ -21,36 +22,9 @@ public:
     ~SignalThread();
 
 private:
-    // The signals are held back from the thread that makes it, while it lives.
-    class HeldBackSignals {
-    public:
-        HeldBackSignals();
-        HeldBackSignals(const HeldBackSignals&) = delete;
-        HeldBackSignals& operator=(const HeldBackSignals&) = delete;
-        ~HeldBackSignals();
-
-    private:
-        sigset_t m_previousMask;
-    };
-
-    // Closed at its end.
-    class Descriptor {
-    public:
-        // Throws GenericException for what the system gives instead of a descriptor.
-        explicit Descriptor(int descriptor);
-        Descriptor(const Descriptor&) = delete;
-        Descriptor& operator=(const Descriptor&) = delete;
-        ~Descriptor();
-
-        int get() const { return m_descriptor; }
-
-    private:
-        int m_descriptor;
-    };
-
-    HeldBackSignals m_heldBack;
-    Descriptor m_stopEvent;
-    Descriptor m_signalSource;
+    Common::Utils::BlockedSignals m_heldBack; // from the thread that makes this
+    Common::Utils::FileDescriptor m_stopEvent;
+    Common::Utils::FileDescriptor m_signalSource;
     boost::thread m_thread;
 };
 

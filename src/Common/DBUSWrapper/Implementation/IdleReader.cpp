@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Utility/Utils/BlockedSignals.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX {
@@ -19,46 +20,35 @@ namespace DBUSWrapper {
 
 namespace {
 
-// A thread that is made meanwhile takes no signals.
-class SignalsBlocked {
-public:
-    SignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_BLOCK, &all, &m_previous);
-    }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_previous, nullptr); }
-
-private:
-    sigset_t m_previous;
-};
+sigset_t allSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    return all;
+}
 
 [[noreturn]] void throwCannotRead(int error) {
     DAX_THROW(DBUSWrapperExceptions::ErrorConnectingToDBUS(),
               "Connections cannot be read: " << Utils::errinfo_errno(error));
 }
 
-} // namespace
-
-IdleReader::Descriptor::Descriptor(int fd) : m_fd(fd) {
-    if (m_fd < 0) {
+// For what the system gives.
+Utils::FileDescriptor owned(int fd) {
+    if (fd < 0) {
         throwCannotRead(errno);
     }
+    return Utils::FileDescriptor(fd);
 }
 
-IdleReader::Descriptor::~Descriptor() {
-    close(m_fd);
-}
+} // namespace
 
-IdleReader::IdleReader() : m_stop(eventfd(0, EFD_CLOEXEC)), m_poll(epoll_create1(EPOLL_CLOEXEC)), m_process(getpid()) {
+IdleReader::IdleReader()
+    : m_stop(owned(eventfd(0, EFD_CLOEXEC))), m_poll(owned(epoll_create1(EPOLL_CLOEXEC))), m_process(getpid()) {
     epoll_event stop{};
     stop.events = EPOLLIN;
     if (epoll_ctl(m_poll.get(), EPOLL_CTL_ADD, m_stop.get(), &stop) != 0) {
         throwCannotRead(errno);
     }
-    const SignalsBlocked blocked;
+    const Utils::BlockedSignals blocked(allSignals()); // for the thread, which takes none
     try {
         m_thread = boost::thread([this] { run(); });
     } catch (const boost::thread_resource_error& error) {

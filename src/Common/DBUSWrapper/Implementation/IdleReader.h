@@ -6,6 +6,8 @@
 
 #include <boost/thread/thread.hpp>
 
+#include "Utility/Utils/FileDescriptor.h"
+
 namespace DAX {
 namespace Common {
 namespace DBUSWrapper {
@@ -54,18 +56,6 @@ public:
     ~IdleReader();
 
 private:
-    class Descriptor {
-    public:
-        explicit Descriptor(int fd);
-        Descriptor(const Descriptor&) = delete;
-        Descriptor& operator=(const Descriptor&) = delete;
-        ~Descriptor();
-        int get() const { return m_fd; }
-
-    private:
-        const int m_fd;
-    };
-
     static std::shared_ptr<IdleReader> shared();
     void add(int fd, Source& source);
     void remove(Source& source);
@@ -73,8 +63,8 @@ private:
     void run();
     void read(void* source);
 
-    const Descriptor m_stop; // an eventfd
-    const Descriptor m_poll; // an epoll instance
+    const Utils::FileDescriptor m_stop; // an eventfd
+    const Utils::FileDescriptor m_poll; // an epoll instance
     const int m_process;
     std::mutex m_mutex;        // held while a source reads
     std::set<void*> m_sources; // guarded by m_mutex

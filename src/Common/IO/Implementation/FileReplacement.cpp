@@ -1,7 +1,6 @@
 #include "Common/IO/FileReplacement.h"
 
 #include <cstdio>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,6 +17,7 @@ namespace IO {
 
 using Utils::errinfo_description;
 using Utils::errinfo_path;
+using Utils::FileDescriptor;
 
 namespace {
 
@@ -26,12 +26,7 @@ const mode_t PERMISSIONS = 0777;
 
 bool isWritable(const std::string& path) {
     const int flags = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    const int descriptor = uninterrupted([&] { return ::open(path.c_str(), flags); });
-    if (descriptor < 0) {
-        return false;
-    }
-    ::close(descriptor);
-    return true;
+    return FileDescriptor(uninterrupted([&] { return ::open(path.c_str(), flags); })).isOpen();
 }
 
 } // namespace
@@ -57,9 +52,6 @@ FileReplacement::FileReplacement(const boost::filesystem::path& path)
 }
 
 FileReplacement::~FileReplacement() {
-    if (m_descriptor >= 0) {
-        ::close(m_descriptor);
-    }
     if (m_made) {
         ::unlink(m_newPath.c_str());
     }
@@ -70,8 +62,8 @@ void FileReplacement::open() {
         fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Removing an older new file failed.");
     }
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    m_descriptor = uninterrupted([&] { return ::open(m_newPath.c_str(), flags, FIRST_MODE); });
-    if (m_descriptor < 0) {
+    m_descriptor = FileDescriptor(uninterrupted([&] { return ::open(m_newPath.c_str(), flags, FIRST_MODE); }));
+    if (!m_descriptor.isOpen()) {
         fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Opening file failed.");
     }
     m_made = true;
@@ -79,15 +71,15 @@ void FileReplacement::open() {
 
 // Only the superuser gives files away; for all others the new file is their own.
 void FileReplacement::takeOver(unsigned int mode, unsigned int owner, unsigned int group) const {
-    const bool isGiven = ::fchown(m_descriptor, owner, group) == 0;
+    const bool isGiven = ::fchown(m_descriptor.get(), owner, group) == 0;
     static_cast<void>(isGiven);
-    static_cast<void>(::fchmod(m_descriptor, mode));
+    static_cast<void>(::fchmod(m_descriptor.get(), mode));
 }
 
 void FileReplacement::write(const std::string& text) {
     for (std::size_t written = 0; written < text.size();) {
         const ssize_t count =
-            uninterrupted([&] { return ::write(m_descriptor, text.data() + written, text.size() - written); });
+            uninterrupted([&] { return ::write(m_descriptor.get(), text.data() + written, text.size() - written); });
         if (count < 0 && errno == ENOSPC) {
             DAX_THROW(FileSinkNotEnoughSpaceException(ENOSPC), errinfo_path(m_newPath)
                                                                    << errinfo_description("No space left on device."));
@@ -100,8 +92,8 @@ void FileReplacement::write(const std::string& text) {
 }
 
 void FileReplacement::commit() {
-    PlatformDependent::file_sync(m_descriptor);
-    if (::close(std::exchange(m_descriptor, -1)) != 0) {
+    PlatformDependent::file_sync(m_descriptor.get());
+    if (::close(m_descriptor.release()) != 0) {
         fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Closing file failed.");
     }
     if (std::rename(m_newPath.c_str(), m_path.c_str()) != 0) {

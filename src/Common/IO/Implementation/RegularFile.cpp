@@ -33,24 +33,16 @@ RegularFile::RegularFile(const boost::filesystem::path& path, Access access, Lin
     }
     throwUnlessRegular(status.st_mode);
     const int flags = (access == FOR_READING ? O_RDONLY : O_RDWR) | (links == FOLLOWED ? 0 : O_NOFOLLOW);
-    m_descriptor = uninterrupted([&] { return ::open(m_path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); });
-    if (m_descriptor < 0) {
+    m_descriptor = Utils::FileDescriptor(
+        uninterrupted([&] { return ::open(m_path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    if (!m_descriptor.isOpen()) {
         fail(BOOST_CURRENT_LOCATION, errno, "Opening file failed.");
     }
-    try {
-        if (::fstat(m_descriptor, &status) != 0) {
-            fail(BOOST_CURRENT_LOCATION, errno, "Looking at file failed.");
-        }
-        throwUnlessRegular(status.st_mode);
-    } catch (...) {
-        ::close(m_descriptor);
-        throw;
+    if (::fstat(m_descriptor.get(), &status) != 0) {
+        fail(BOOST_CURRENT_LOCATION, errno, "Looking at file failed.");
     }
+    throwUnlessRegular(status.st_mode);
     m_size = static_cast<std::size_t>(status.st_size);
-}
-
-RegularFile::~RegularFile() {
-    ::close(m_descriptor);
 }
 
 std::string RegularFile::readText(std::size_t limit) {
@@ -58,7 +50,7 @@ std::string RegularFile::readText(std::size_t limit) {
     char chunk[CHUNK_SIZE];
     for (ssize_t count = 1; count > 0 && text.size() <= limit;) {
         const std::size_t wanted = std::min(sizeof(chunk), limit - text.size() + 1);
-        count = uninterrupted([&] { return ::read(m_descriptor, chunk, wanted); });
+        count = uninterrupted([&] { return ::read(m_descriptor.get(), chunk, wanted); });
         if (count < 0) {
             fail(BOOST_CURRENT_LOCATION, errno, "Reading from file failed.");
         }

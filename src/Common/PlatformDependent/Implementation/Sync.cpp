@@ -7,6 +7,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/FileDescriptor.h"
 #include "Utility/Utils/GenericException.h"
 
 namespace DAX {
@@ -25,14 +26,10 @@ void file_sync(int fd) {
 
 void folder_sync(const std::string& folder) {
     const std::string path = folder.empty() ? "." : folder;
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool synced = descriptor >= 0 && (::fsync(descriptor) == 0 || errno == EINVAL);
-    const int failure = errno;
-    if (descriptor >= 0) {
-        ::close(descriptor);
-    }
+    const Utils::FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const bool synced = descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL);
     if (!synced) {
-        DAX_THROW(GenericException(), errinfo_errno(failure) << errinfo_path(path));
+        DAX_THROW(GenericException(), errinfo_errno(errno) << errinfo_path(path));
     }
 }
 

@@ -20,6 +20,8 @@
 namespace DAX {
 namespace Platform {
 
+using Common::Utils::FileDescriptor;
+
 namespace {
 
 sigset_t handledSignals() {
@@ -30,9 +32,19 @@ sigset_t handledSignals() {
     return signals;
 }
 
-int signalSource() {
+// For what the system gives.
+FileDescriptor owned(int descriptor) {
+    const int error = errno; // before anything else can change it
+    if (descriptor < 0) {
+        DAX_THROW(Common::Utils::GenericException(),
+                  "Cannot wait for signals:" << Common::Utils::get_string_from_errno(error));
+    }
+    return FileDescriptor(descriptor);
+}
+
+FileDescriptor signalSource() {
     const sigset_t signals = handledSignals();
-    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    return owned(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 // What the kernel does with a signal that it delivers, but outside the context of a signal.
@@ -112,28 +124,10 @@ void run(int signalSource, int stopEvent) {
 
 } // namespace
 
-SignalThread::HeldBackSignals::HeldBackSignals() {
-    const sigset_t signals = handledSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, &m_previousMask);
-}
-
-SignalThread::HeldBackSignals::~HeldBackSignals() {
-    pthread_sigmask(SIG_SETMASK, &m_previousMask, nullptr);
-}
-
-SignalThread::Descriptor::Descriptor(int descriptor) : m_descriptor(descriptor) {
-    const int error = errno; // before anything else can change it
-    if (descriptor < 0) {
-        DAX_THROW(Common::Utils::GenericException(),
-                  "Cannot wait for signals:" << Common::Utils::get_string_from_errno(error));
-    }
-}
-
-SignalThread::Descriptor::~Descriptor() {
-    close(m_descriptor);
-}
-
-SignalThread::SignalThread() : m_stopEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_signalSource(signalSource()) {
+SignalThread::SignalThread()
+    : m_heldBack(handledSignals())
+    , m_stopEvent(owned(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)))
+    , m_signalSource(signalSource()) {
     m_thread = boost::thread([source = m_signalSource.get(), event = m_stopEvent.get()] { run(source, event); });
 }
 
