@@ -87,12 +87,12 @@ void printTable(const std::string& title, const Figures& bare, const Figures& da
     printRow("private dirty memory after the warm-up", "kB", bare.memoryAfterWarmUp.privateDirtyKb,
              daemon.memoryAfterWarmUp.privateDirtyKb, NO_AIM);
     printRow("private dirty memory after all calls", "kB", bare.memoryAfterCalls.privateDirtyKb,
-             daemon.memoryAfterCalls.privateDirtyKb, value(1.2 * 1024));
+             daemon.memoryAfterCalls.privateDirtyKb, value(800));
     printRow("its growth since the warm-up", "kB",
              bare.memoryAfterCalls.privateDirtyKb - bare.memoryAfterWarmUp.privateDirtyKb,
              daemon.memoryAfterCalls.privateDirtyKb - daemon.memoryAfterWarmUp.privateDirtyKb, value(0));
     printRow("PSS after all calls", "kB", bare.memoryAfterCalls.pssKb, daemon.memoryAfterCalls.pssKb, value(6 * 1024));
-    printRow("cold activation to the first reply, median", "us", bare.activation, daemon.activation, ratio(2.5));
+    printRow("cold activation to the first reply, median", "us", bare.activation, daemon.activation, ratio(1.6));
     printRow("round trip among the other clients, median", "us", bare.medianAmongOthers, daemon.medianAmongOthers,
              NO_AIM);
     printRow("the same, of the one without them", "%", 100 * bare.growthAmongOthers(), 100 * daemon.growthAmongOthers(),
