@@ -16,8 +16,7 @@
 //   2  the member, an index of busMembers()
 //   3  bits 0-1 the path, bits 2-4 the interface, bits 5-7 the destination
 // A record that is cut short ends with what there is.
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 
 constexpr std::size_t BUS_PEERS = 4;
 
@@ -107,5 +106,4 @@ inline std::string makeBusStep(const BusStep& step) {
     return record + step.body;
 }
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

@@ -3,14 +3,14 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
+
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 namespace {
 
 namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager;
@@ -340,5 +340,4 @@ bool BusPeers::wantedNoReply(const std::string& sender, std::uint32_t serial) co
     return m_unwanted.count({sender, serial}) != 0;
 }
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

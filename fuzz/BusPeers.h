@@ -11,8 +11,7 @@
 #include "BusMessagesInput.h"
 #include "support/RawPeer.h"
 
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 
 // Ends the process with this text: a finding.
 [[noreturn]] void fail(const std::string& what);
@@ -72,5 +71,4 @@ private:
     std::set<std::pair<std::string, std::uint32_t>> m_unwanted;
 };
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

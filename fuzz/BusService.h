@@ -19,8 +19,7 @@
 #include "support/FakePowerMode.h"
 #include "support/LiveService.h"
 
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 
 // The daemon's handler over the real service logic and a fake core, which can be made anew while the adapter that it
 // serves goes on: by a call of RESTORE, by the one connection that may.
@@ -115,5 +114,4 @@ private:
     std::thread m_loop;
 };
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

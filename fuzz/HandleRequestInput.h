@@ -9,8 +9,7 @@
 // An input of the target handle_request: one byte, and behind it the parameter archive of the call. The byte's low five
 // bits choose the method, those behind the table being names that nothing answers; its high three bits choose the
 // connection that calls: 0 the rightful one, 1 to 3 one of the three, whoever's the method is.
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 
 struct RequestInput {
     Tests::ServiceMethod method;
@@ -36,5 +35,4 @@ inline std::string makeRequestInput(std::size_t index, const std::string& parame
     return std::string(1, static_cast<char>(index)) + parameters;
 }
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

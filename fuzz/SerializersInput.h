@@ -9,8 +9,7 @@
 // An input of the target serializers: rows of 17 bytes. The first byte's low two bits choose the type of a value, one
 // of 1, 2, 4 or 8 bytes, and its high four bits the width that it is stored in, 1 to 16 bytes. The others are what is
 // loaded; their first eight are the value that is saved.
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 
 constexpr std::size_t MAX_WIDTH = 16;
 
@@ -41,5 +40,4 @@ inline std::string makeSerializersInput(const std::vector<Step>& steps) {
     return bytes;
 }
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

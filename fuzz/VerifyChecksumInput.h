@@ -8,8 +8,7 @@
 // An input of the target verify_checksum: one byte, whose high bit says whether the rest becomes the payload of a file
 // that is written with its trailer (else it is the whole file), and whose low five bits say how many moves follow; the
 // moves of a reader, four bytes each; the rest.
-namespace DAX {
-namespace Fuzz {
+namespace DAX::Fuzz {
 
 // A seek and a read behind it. The place is taken modulo the number of places that the payload has, and one behind
 // them.
@@ -56,5 +55,4 @@ inline std::string makeVerifyChecksumInput(const VerifyChecksumInput& input) {
     return bytes + input.rest;
 }
 
-} // namespace Fuzz
-} // namespace DAX
+} // namespace DAX::Fuzz

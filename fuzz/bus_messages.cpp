@@ -3,9 +3,10 @@
 // other; and the clients that have left are forgotten.
 #include <chrono>
 #include <cstdlib>
-#include <fcntl.h>
 #include <memory>
 #include <set>
+
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "BusMessagesInput.h"

@@ -12,12 +12,11 @@
 #include <string_view>
 
 #include <fcntl.h>
+#include <plantcfg.h>
 #include <sanitizer/common_interface_defs.h>
 #include <sys/mman.h>
-#include <unistd.h>
-
-#include <plantcfg.h>
 #include <system_info.h>
+#include <unistd.h>
 
 #include "host/DeviceFile.h"
 #include "host/KeyFileLines.h"
@@ -66,13 +65,13 @@ bool isAnswer(int result) {
            result == SYSTEM_INFO_ERROR_INVALID_PARAMETER;
 }
 
-template <typename Value>
+template <class Value>
 struct Answer {
     int result;
     Value value;
 };
 
-template <typename Value, typename Function, typename Key>
+template <class Value, class Function, class Key>
 Answer<Value> ask(Function function, Key key) {
     Answer<Value> answer{0, {}};
     answer.result = function(key, &answer.value);
@@ -80,7 +79,7 @@ Answer<Value> ask(Function function, Key key) {
     return answer;
 }
 
-template <typename Function, typename Key>
+template <class Function, class Key>
 Answer<std::string> askText(Function function, Key key) {
     const Answer<char*> answer = ask<char*>(function, key);
     require((answer.value != nullptr) == (answer.result == 0), "a text without success, or success without a text");
@@ -89,7 +88,7 @@ Answer<std::string> askText(Function function, Key key) {
     return {answer.result, text};
 }
 
-template <typename Value>
+template <class Value>
 void requireSame(const Answer<Value>& first, const Answer<Value>& second) {
     require(first.result == second.result && first.value == second.value, "another answer to the same question");
 }
@@ -101,7 +100,7 @@ struct Results {
     int ofString;
 };
 
-template <typename Int, typename Bool, typename String, typename Key>
+template <class Int, class Bool, class String, class Key>
 Results askAll(Int getInt, Bool getBool, String getString, Key key) {
     const Answer<int> number = ask<int>(getInt, key);
     requireSame(number, ask<int>(getInt, key));

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // What sort of upgrade was found. Two values only.
 enum UpgradeKind : unsigned int { UPGRADE_KIND_REGULAR = 0, UPGRADE_KIND_IMPORTANT = 1 };
@@ -24,5 +23,4 @@ void serializeUpgradeKind(Archive& archive, UpgradeKind& kind) {
     }
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

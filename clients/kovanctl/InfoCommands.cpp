@@ -1,15 +1,16 @@
-#include "clients_common/ExitStatus.h"
-#include "clients_common/Output.h"
-#include "host/DeviceFile.h"
-#include "kovanctl/Commands.h"
-#include "kovanctl/SettingValue.h"
-
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <memory>
 #include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "host/DeviceFile.h"
+#include "kovanctl/Commands.h"
+#include "kovanctl/SettingValue.h"
 
 namespace kovanctl {
 

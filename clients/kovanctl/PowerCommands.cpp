@@ -1,16 +1,16 @@
+#include <climits>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include <CLI/CLI.hpp>
+#include <device_power.h>
+
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/PowerFile.h"
 #include "host/SimulatedPower.h"
 #include "kovanctl/Commands.h"
-
-#include <device_power.h>
-
-#include <CLI/CLI.hpp>
-#include <climits>
-#include <cstdio>
-#include <memory>
-#include <optional>
 
 namespace kovanctl {
 

@@ -1,12 +1,13 @@
+#include <iostream>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/Settings.h"
 #include "kovanctl/Commands.h"
 #include "kovanctl/SettingValue.h"
-
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <memory>
 
 namespace kovanctl {
 

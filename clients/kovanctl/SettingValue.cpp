@@ -1,10 +1,10 @@
 #include "kovanctl/SettingValue.h"
 
-#include "clients_common/CommandLine.h"
-
 #include <charconv>
 #include <cmath>
 #include <optional>
+
+#include "clients_common/CommandLine.h"
 
 namespace kovanctl {
 
@@ -12,7 +12,7 @@ namespace {
 
 using KovanHost::SettingsValue;
 
-template <typename T>
+template <class T>
 std::optional<SettingsValue> parseNumber(const std::string& text) {
     T number{};
     const char* const end = text.data() + text.size();

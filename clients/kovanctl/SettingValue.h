@@ -1,9 +1,10 @@
 #pragma once
 
-#include "host/Settings.h"
+#include <string>
 
 #include <nlohmann/json.hpp>
-#include <string>
+
+#include "host/Settings.h"
 
 namespace kovanctl {
 

@@ -1,15 +1,16 @@
-#include "clients_common/ExitStatus.h"
-#include "clients_common/Output.h"
-#include "host/UsbFile.h"
-#include "kovanctl/Commands.h"
-
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
+#include "host/UsbFile.h"
+#include "kovanctl/Commands.h"
 
 namespace kovanctl {
 

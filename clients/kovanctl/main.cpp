@@ -1,6 +1,6 @@
-#include "kovanctl/Commands.h"
-
 #include <CLI/CLI.hpp>
+
+#include "kovanctl/Commands.h"
 
 int main(int argc, char** argv) {
     CLI::App app("A person's hands on the simulated device, whose root folder KOVAN_ROOT names.", "kovanctl");

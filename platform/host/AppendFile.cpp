@@ -1,14 +1,15 @@
 #include "AppendFile.h"
 
-#include "OwnFiles.h"
-
 #include <cerrno>
 #include <cstdio>
+#include <utility>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
+
+#include "OwnFiles.h"
 
 namespace KovanHost {
 

@@ -4,7 +4,7 @@ namespace KovanHost {
 
 // The border to the system's callers: runs `function` and returns its result, or `failure` when an exception would
 // leave it.
-template <typename Function, typename Result>
+template <class Function, class Result>
 Result atBorder(Result failure, Function&& function) noexcept {
     try {
         return function();

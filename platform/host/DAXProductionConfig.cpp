@@ -3,9 +3,7 @@
 #include "Border.h"
 #include "DeviceFile.h"
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 
 bool isProduction() {
     static const bool production =
@@ -13,6 +11,4 @@ bool isProduction() {
     return production;
 }
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

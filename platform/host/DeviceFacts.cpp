@@ -1,10 +1,10 @@
 #include "DeviceFacts.h"
 
-#include "KeyFile.h"
-#include "system_info.h"
-
 #include <algorithm>
 #include <memory>
+
+#include "KeyFile.h"
+#include "system_info.h"
 
 namespace KovanHost {
 
@@ -70,7 +70,7 @@ std::string written(const FactValue& value) {
     return number != nullptr ? std::to_string(*number) : std::get<std::string>(value);
 }
 
-template <typename Condition>
+template <class Condition>
 const DeviceFact* findWhere(Condition condition) {
     const Facts& facts = deviceFacts();
     const auto found = std::find_if(facts.begin(), facts.end(), condition);

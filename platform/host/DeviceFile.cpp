@@ -1,14 +1,15 @@
 #include "DeviceFile.h"
 
-#include "AppendFile.h"
-#include "KnownFile.h"
-
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
+
 #include <unistd.h>
+
+#include "AppendFile.h"
+#include "KnownFile.h"
 
 namespace KovanHost {
 
@@ -75,7 +76,7 @@ private:
 };
 
 // `consequence` is what is said behind a value of the wrong type.
-template <typename T>
+template <class T>
 std::optional<T> given(const std::string& group, const std::string& name, const char* consequence) {
     const Device device = file().known();
     if (!device) {
@@ -115,7 +116,7 @@ int resultOf(const std::string& group, const std::string& name) {
     return std::get<int>(valueOf(resultFact(group, name)));
 }
 
-template <typename T>
+template <class T>
 std::optional<T> givenValue(const std::string& group, const std::string& name) {
     return given<T>(group, name, "; it cannot be read");
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "DeviceFacts.h"
-#include "KeyFile.h"
-
 #include <functional>
 #include <optional>
 #include <string>
+
+#include "DeviceFacts.h"
+#include "KeyFile.h"
 
 namespace KovanHost {
 
@@ -23,7 +23,7 @@ std::string devicePath();
 FactValue valueOf(const DeviceFact& fact);
 
 // The same, for a fact of deviceFacts() of the type T.
-template <typename T>
+template <class T>
 T factOf(const char* group, const char* name) {
     return std::get<T>(valueOf(*findFact(group, name)));
 }
@@ -33,7 +33,7 @@ int resultOf(const std::string& group, const std::string& name);
 
 // What the file gives as bool, int or std::string; empty when it gives nothing. std::runtime_error, after it was told,
 // when the value is of another type.
-template <typename T>
+template <class T>
 std::optional<T> givenValue(const std::string& group, const std::string& name);
 
 // For tools. A bad file raises std::runtime_error with the path and the reason.

@@ -1,15 +1,16 @@
 #include "DlogSink.h"
 
-#include "AppendFile.h"
-#include "Timestamp.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+
 #include <sys/uio.h>
 #include <syslog.h>
 #include <systemd/sd-journal.h>
 #include <unistd.h>
+
+#include "AppendFile.h"
+#include "Timestamp.h"
 
 namespace KovanHost {
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <glib.h>
 #include <memory>
+
+#include <glib.h>
 
 namespace KovanHost {
 
@@ -13,7 +14,7 @@ struct GLibFree {
 };
 
 // What GLib handed over.
-template <typename T>
+template <class T>
 using GLibOwner = std::unique_ptr<T, GLibFree>;
 
 } // namespace KovanHost

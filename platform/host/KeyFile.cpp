@@ -1,10 +1,10 @@
 #include "KeyFile.h"
 
-#include "GLibOwner.h"
-#include "KeyFileLines.h"
-
 #include <algorithm>
 #include <stdexcept>
+
+#include "GLibOwner.h"
+#include "KeyFileLines.h"
 
 namespace KovanHost {
 
@@ -46,7 +46,7 @@ const std::string& name(const std::string& text) {
 }
 
 // What `get` reads; empty when there is no such value, or `wrong` is thrown.
-template <typename T, typename Get, typename Wrong>
+template <class T, class Get, class Wrong>
 std::optional<T> read(Get&& get, Wrong&& wrong) {
     GError* raised = nullptr;
     std::optional<T> value = get(&raised);

@@ -25,7 +25,7 @@ public:
 
     // A value as bool, int or std::string; empty when there is none. std::runtime_error with the number of the line,
     // the key, and what the value should be, when it is of another type.
-    template <typename T>
+    template <class T>
     std::optional<T> get(const std::string& group, const std::string& key) const;
 
     // A value as it stands in the text; empty when there is none.

@@ -1,11 +1,11 @@
 #include "KeyFileLines.h"
 
-#include "GLibOwner.h"
-
 #include <algorithm>
 #include <optional>
 #include <string_view>
 #include <vector>
+
+#include "GLibOwner.h"
 
 namespace KovanHost {
 

@@ -1,22 +1,23 @@
 #pragma once
 
-#include "AppendFile.h"
-#include "Root.h"
-#include "TextFile.h"
-
 #include <functional>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <unistd.h>
 #include <utility>
+
+#include <unistd.h>
+
+#include "AppendFile.h"
+#include "Root.h"
+#include "TextFile.h"
 
 namespace KovanHost {
 
 // A file of the simulated device that several processes, and people, write, and what this process knows of it.
 // `Content` is what its text means; a `Content()` is what no file means. Any thread may call.
-template <typename Content>
+template <class Content>
 class KnownFile {
 public:
     struct Form {

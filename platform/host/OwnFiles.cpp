@@ -1,8 +1,9 @@
 #include "OwnFiles.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <filesystem>
+
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

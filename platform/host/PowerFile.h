@@ -1,9 +1,9 @@
 #pragma once
 
-#include "PowerRecords.h"
-
 #include <functional>
 #include <string>
+
+#include "PowerRecords.h"
 
 namespace KovanHost {
 

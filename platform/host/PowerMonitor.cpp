@@ -1,16 +1,17 @@
 #include "PowerMonitor.h"
 
-#include "OwnFiles.h"
-#include "PowerFile.h"
-
 #include <array>
 #include <cerrno>
 #include <filesystem>
-#include <glib-unix.h>
 #include <mutex>
-#include <sys/inotify.h>
 #include <system_error>
+
+#include <glib-unix.h>
+#include <sys/inotify.h>
 #include <unistd.h>
+
+#include "OwnFiles.h"
+#include "PowerFile.h"
 
 namespace KovanHost {
 

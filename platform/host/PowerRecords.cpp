@@ -1,13 +1,13 @@
 #include "PowerRecords.h"
 
-#include "KeyFile.h"
-
 #include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
+
+#include "KeyFile.h"
 
 namespace KovanHost {
 
@@ -20,7 +20,7 @@ std::int64_t microsecondsSince1970() {
     return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
 
-template <typename T>
+template <class T>
 bool parseWhole(const std::string& text, T& number) {
     const char* const end = text.data() + text.size();
     const auto [stopped, error] = std::from_chars(text.data(), end, number);

@@ -1,9 +1,9 @@
 #include "PowerSubscriptions.h"
 
+#include <algorithm>
+
 #include "Border.h"
 #include "PowerFile.h"
-
-#include <algorithm>
 
 namespace KovanHost {
 

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "PowerMonitor.h"
-#include "PowerRecords.h"
-
-#include <device_power.h>
-
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <device_power.h>
+
+#include "PowerMonitor.h"
+#include "PowerRecords.h"
 
 namespace KovanHost {
 

@@ -1,13 +1,13 @@
 #include "Settings.h"
 
-#include "OwnFiles.h"
-#include "Root.h"
-#include "SettingsTransaction.h"
-
 #include <cerrno>
 #include <cstring>
 #include <memory>
 #include <type_traits>
+
+#include "OwnFiles.h"
+#include "Root.h"
+#include "SettingsTransaction.h"
 
 namespace KovanHost {
 
@@ -57,7 +57,7 @@ std::string encode(const SettingsValue& value) {
     return record;
 }
 
-template <typename T>
+template <class T>
 int decodeNumber(const char* bytes, std::size_t size, SettingsValue& value) {
     T number;
     if (size != sizeof(number)) {

@@ -1,16 +1,17 @@
 #include "SettingsTransaction.h"
 
-#include "OwnFiles.h"
-
 #include <cerrno>
-#include <fcntl.h>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
+
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
+
+#include "OwnFiles.h"
 
 namespace KovanHost {
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <lmdb.h>
 #include <string>
+
+#include <lmdb.h>
 
 namespace KovanHost {
 

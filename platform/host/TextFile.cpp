@@ -1,22 +1,23 @@
 #include "TextFile.h"
 
-#include "OwnFiles.h"
-
 #include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
+
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
+
+#include "OwnFiles.h"
 
 namespace KovanHost {
 
 namespace {
 
-template <typename Result>
+template <class Result>
 Result checked(Result result, const std::string& path) {
     if (result < 0) {
         throw std::system_error(errno, std::generic_category(), path);

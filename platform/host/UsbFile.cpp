@@ -1,8 +1,8 @@
 #include "UsbFile.h"
 
-#include "KnownFile.h"
-
 #include <memory>
+
+#include "KnownFile.h"
 
 namespace KovanHost {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UsbSticks.h"
-
 #include <functional>
+
+#include "UsbSticks.h"
 
 namespace KovanHost {
 

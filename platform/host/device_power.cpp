@@ -1,11 +1,11 @@
 #include "device_power.h"
 
+#include <cerrno>
+
 #include "Border.h"
 #include "PowerFile.h"
 #include "PowerSubscriptions.h"
 #include "SimulatedPower.h"
-
-#include <cerrno>
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include "dlog.h"
 
-#include "Border.h"
-#include "DlogSink.h"
-
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <string>
+
+#include "Border.h"
+#include "DlogSink.h"
 
 namespace {
 

@@ -1,10 +1,11 @@
 #include "hangguard.h"
 
-#include "Border.h"
-
 #include <cerrno>
 #include <string>
+
 #include <systemd/sd-daemon.h>
+
+#include "Border.h"
 
 namespace {
 

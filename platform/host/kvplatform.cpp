@@ -1,10 +1,10 @@
 #include "kvplatform.h"
 
-#include "Border.h"
-#include "DeviceFile.h"
-
 #include <map>
 #include <string>
+
+#include "Border.h"
+#include "DeviceFile.h"
 
 namespace {
 

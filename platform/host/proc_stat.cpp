@@ -1,6 +1,7 @@
 #include "proc_stat.h"
 
 #include <cerrno>
+
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -1,11 +1,11 @@
 #include "system_info.h"
 
-#include "Border.h"
-#include "DeviceFile.h"
-
 #include <cstdlib>
 #include <cstring>
 #include <new>
+
+#include "Border.h"
+#include "DeviceFile.h"
 
 // A value that the file makes fail gives the result that stands there, and no value. Otherwise:
 //
@@ -35,7 +35,7 @@ void handOver(const std::string& from, char** to) {
     *to = copy;
 }
 
-template <typename T>
+template <class T>
 std::optional<T> valueAs(const DeviceFact* fact, const std::string& group, const std::string& name) {
     if (fact == nullptr) {
         return KovanHost::givenValue<T>(group, name);
@@ -46,7 +46,7 @@ std::optional<T> valueAs(const DeviceFact* fact, const std::string& group, const
     return std::get<T>(KovanHost::valueOf(*fact));
 }
 
-template <typename T, typename Target>
+template <class T, class Target>
 int read(const DeviceFact* fact, const std::string& group, const std::string& name, Target* target) {
     const int result = KovanHost::resultOf(group, fact != nullptr ? fact->name : name);
     if (result != SYSTEM_INFO_ERROR_NONE) {
@@ -60,7 +60,7 @@ int read(const DeviceFact* fact, const std::string& group, const std::string& na
     return static_cast<int>(SYSTEM_INFO_ERROR_NONE);
 }
 
-template <typename T, typename Target>
+template <class T, class Target>
 int readValue(system_info_key_e key, Target* target) {
     if (target == nullptr) {
         return SYSTEM_INFO_ERROR_INVALID_PARAMETER;
@@ -71,7 +71,7 @@ int readValue(system_info_key_e key, Target* target) {
     });
 }
 
-template <typename T, typename Target>
+template <class T, class Target>
 int readCustom(const char* key, Target* target) {
     if (key == nullptr || target == nullptr) {
         return SYSTEM_INFO_ERROR_INVALID_PARAMETER;

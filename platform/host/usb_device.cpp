@@ -1,11 +1,11 @@
 #include "usb_device.h"
 
-#include "Border.h"
-#include "UsbFile.h"
-
 #include <atomic>
 #include <cerrno>
 #include <memory>
+
+#include "Border.h"
+#include "UsbFile.h"
 
 // A list is what was plugged in when it was asked for. It owns its handles: the end of one does nothing.
 

@@ -1,9 +1,9 @@
 #include "vconf.h"
 
+#include <cstring>
+
 #include "Border.h"
 #include "Settings.h"
-
-#include <cstring>
 
 namespace {
 
@@ -11,7 +11,7 @@ using KovanHost::SettingsValue;
 
 constexpr int FAILED = -1;
 
-template <typename T, typename Out>
+template <class T, class Out>
 int get(const char* key, Out* value) {
     return KovanHost::atBorder(FAILED, [&] {
         SettingsValue stored;
@@ -29,7 +29,7 @@ int get(const char* key, Out* value) {
     });
 }
 
-template <typename T, typename In>
+template <class T, class In>
 int set(const char* key, const In& value) {
     return KovanHost::atBorder(
         FAILED, [&] { return key == nullptr ? FAILED : KovanHost::setSetting(key, SettingsValue(T(value))); });

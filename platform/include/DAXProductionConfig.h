@@ -1,12 +1,8 @@
 #pragma once
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 
 // True on production software. Fixed for the life of the process; any thread may ask.
 bool isProduction();
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

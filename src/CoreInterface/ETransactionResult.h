@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 // The state of one step of a transaction, as the core tells it. Any int may arrive from the bus.
 enum ETransactionResult : int {
@@ -11,5 +10,4 @@ enum ETransactionResult : int {
     TRANSACTION_FAILED = 3
 };
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

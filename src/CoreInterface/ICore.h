@@ -8,8 +8,7 @@
 #include "CoreInterface/SearchingTransactionParameters.h"
 #include "DAXCommon/UpgradeType.h"
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 // The update core, which does the real work. One thread at a time. Every operation may throw an exception of
 // UserInterestExceptions that the core raised, or one of the transport.
@@ -34,5 +33,4 @@ public:
     virtual ~ICore() = default;
 };
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

@@ -10,8 +10,7 @@
 #include "CoreInterface/SearchResult.h"
 #include "CoreInterface/TransactionProgress.h"
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 // One search, installation and finalization at the update core. One thread at a time. Every operation may throw an
 // exception of UserInterestExceptions that the core raised, or one of the transport.
@@ -33,5 +32,4 @@ public:
     virtual ~ICoreTransaction() = default;
 };
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

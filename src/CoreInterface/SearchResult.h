@@ -9,8 +9,7 @@
 #include "DAXCommon/UpgradeType.h"
 #include "UpgradeKind.h"
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 // What a search found, as the core tells it. The order on the wire is result, upgradeType, kind, upgradeId, version,
 // updateInfo, scope.
@@ -27,5 +26,4 @@ struct SearchResult {
     void serialize(Archive& archive, unsigned int version);
 };
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

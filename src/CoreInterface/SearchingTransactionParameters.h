@@ -3,8 +3,7 @@
 #include "DAXCommon/ServiceTransactionType.h"
 #include "DAXCommon/UpgradeType.h"
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 // What the core is told when a transaction is created. The order of the fields is the order on the wire.
 struct SearchingTransactionParameters {
@@ -17,5 +16,4 @@ struct SearchingTransactionParameters {
     void serialize(Archive& archive, unsigned int version);
 };
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

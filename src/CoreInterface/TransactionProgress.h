@@ -4,8 +4,7 @@
 
 #include "CoreInterface/ETransactionResult.h"
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 // How far a step has come, as the core tells it. On the wire the percentage comes first and the result second.
 struct TransactionProgress {
@@ -17,5 +16,4 @@ struct TransactionProgress {
     void serialize(Archive& archive, unsigned int version);
 };
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

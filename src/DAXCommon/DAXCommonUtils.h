@@ -7,8 +7,7 @@
 
 #include "DAXCommon/UpgradeType.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // Text functions that the programs of the update stack share. They hold no state: any thread may call any of them.
 namespace DAXCommonUtils {
@@ -42,5 +41,4 @@ std::string getTransactionIdForUpgrade(const std::vector<unsigned char>& bytes);
 
 } // namespace DAXCommonUtils
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

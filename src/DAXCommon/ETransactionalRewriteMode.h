@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Storage {
+namespace DAX::Storage {
 
 // How a transaction replaces what its target held. The debug file holds the number.
 enum ETransactionalRewriteMode : int {
@@ -10,5 +9,4 @@ enum ETransactionalRewriteMode : int {
     REWRITE_ASIDE = 2,
 };
 
-} // namespace Storage
-} // namespace DAX
+} // namespace DAX::Storage

@@ -3,8 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // How bytes are written as text.
 namespace Encoding {
@@ -14,5 +13,4 @@ std::string binToHex(const unsigned char* data, std::size_t size);
 
 } // namespace Encoding
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

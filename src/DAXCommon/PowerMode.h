@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // The device's power state.
 enum PowerMode : int {
@@ -12,5 +11,4 @@ enum PowerMode : int {
     POWER_MODE_RESTART = 4
 };
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // The rank of a client: a greater value outranks a lesser one, compared as signed integers. Clients choose their own;
 // the named values alone have a meaning here.
@@ -10,5 +9,4 @@ enum ServiceClientPriority : int {
     PRIORITY_MAIN_APP = 4     // the rank of the main update application: a lock of this rank or above blocks it
 };
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

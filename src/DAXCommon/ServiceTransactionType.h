@@ -1,10 +1,8 @@
 #pragma once
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // For what purpose a session was requested. Passed through to the core; a search of the named type records its date.
 enum ServiceTransactionType : int { TRANSACTION_TYPE_DATED_SEARCH = 2 };
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

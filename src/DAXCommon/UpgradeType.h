@@ -1,10 +1,8 @@
 #pragma once
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // Where an upgrade comes from. Any int may arrive from the bus; the named values alone have a meaning.
 enum UpgradeType : int { UNDEFINED = 0, OTA = 1, OTN = 2, USB = 3, POSTPONE = 4 };
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -5,12 +5,10 @@
 
 #include "DAXCommon/UpgradeType.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // The upgrade types that have a name, UNDEFINED among them. Any thread may ask; the maps live as long as the process.
 const std::map<UpgradeType, std::string>& upgradeTypeNames();
 const std::map<std::string, UpgradeType>& upgradeTypesByName();
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -4,8 +4,7 @@
 
 #include <boost/exception/exception.hpp>
 
-namespace DAX {
-namespace UserInterestExceptions {
+namespace DAX::UserInterestExceptions {
 
 // The root of the exceptions that a user may have to hear of. They add nothing but their type: what they tell is in
 // their tags, above all the support code.
@@ -34,5 +33,4 @@ class DAXUnknownException : public UserInterestException {};
 // The session is gone or belongs to another client. Has no name on the bus: it goes out as DAXUnknownException.
 class ServiceRevokedException : public UserInterestException {};
 
-} // namespace UserInterestExceptions
-} // namespace DAX
+} // namespace DAX::UserInterestExceptions

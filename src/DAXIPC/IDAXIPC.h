@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace DAXIPC {
+namespace DAX::DAXIPC {
 
 // The process's way to the bus as a whole: what has to be done before any of it is used.
 class IDAXIPC {
@@ -11,5 +10,4 @@ public:
     static void initialize();
 };
 
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // The state of one step of a transaction, as clients see it.
 enum EServiceTransactionResult : int {
@@ -11,5 +10,4 @@ enum EServiceTransactionResult : int {
     SERVICE_TRANSACTION_FAILED = 3
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

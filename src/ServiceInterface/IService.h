@@ -9,8 +9,7 @@
 #include "DAXCommon/UpgradeType.h"
 #include "ServiceInterface/IServiceTransaction.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // One client's session. It holds at most one live transaction.
 class IService : private boost::noncopyable {
@@ -26,5 +25,4 @@ public:
     virtual void invalidate(const std::string& reason) = 0;
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

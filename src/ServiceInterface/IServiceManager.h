@@ -13,8 +13,7 @@
 #include "DAXCommon/UpgradeType.h"
 #include "ServiceInterface/IService.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // Identifies one external lock. The first one issued by a process is 1.
 using ExternalLockId = unsigned int;
@@ -57,5 +56,4 @@ public:
     virtual void scheduleFactoryReset() = 0;
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

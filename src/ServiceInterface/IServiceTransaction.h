@@ -10,8 +10,7 @@
 #include "ServiceInterface/ServiceSearchResult.h"
 #include "ServiceInterface/ServiceTransactionProgress.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // One search, installation and finalization run. The sequence is the client's to drive. One thread at a time, but for
 // cancelServiceTransaction, which may come from another. Exceptions of the core pass through unchanged.
@@ -37,5 +36,4 @@ public:
     virtual void cancelServiceTransaction(const std::string& reason) = 0;
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

@@ -5,8 +5,7 @@
 #include "ServiceInterface/EServiceTransactionResult.h"
 #include "ServiceInterface/SingleUpgradeDescription.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // The answer to a client's request for the search result. The order of the fields is the order on the wire.
 struct ServiceSearchResult {
@@ -17,5 +16,4 @@ struct ServiceSearchResult {
     void serialize(Archive& archive, unsigned int version);
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

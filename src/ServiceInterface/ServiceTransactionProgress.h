@@ -4,8 +4,7 @@
 
 #include "ServiceInterface/EServiceTransactionResult.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // How far a step has come, as clients see it. The order of the fields is the order on the wire.
 struct ServiceTransactionProgress {
@@ -17,5 +16,4 @@ struct ServiceTransactionProgress {
     void serialize(Archive& archive, unsigned int version);
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

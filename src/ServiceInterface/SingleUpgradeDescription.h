@@ -8,8 +8,7 @@
 #include "DAXCommon/UpgradeType.h"
 #include "UpgradeKind.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // One upgrade, as clients see it. The order of the fields is the order on the wire.
 struct SingleUpgradeDescription {
@@ -24,5 +23,4 @@ struct SingleUpgradeDescription {
     void serialize(Archive& archive, unsigned int version);
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

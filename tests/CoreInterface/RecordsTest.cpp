@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
+#include <gtest/gtest.h>
 
 #include "DAXCommon/ServiceClientPriority.h"
 #include "support/RecordEquality.h"

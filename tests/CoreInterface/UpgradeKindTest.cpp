@@ -1,7 +1,8 @@
+#include "UpgradeKind.h"
+
 #include <gtest/gtest.h>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
-#include "UpgradeKind.h"
 #include "support/SampleRecords.h"
 #include "support/Thrown.h"
 #include "support/WireGoldens.h"

@@ -2,9 +2,8 @@
 #include <locale>
 #include <string>
 
-#include <gmock/gmock.h>
-
 #include <boost/optional/optional_io.hpp>
+#include <gmock/gmock.h>
 
 #include "DAXCommon/DAXCommonUtils.h"
 #include "support/FakeKovan.h"

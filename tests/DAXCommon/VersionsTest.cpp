@@ -1,9 +1,8 @@
 #include <string>
 #include <utility>
 
-#include <gmock/gmock.h>
-
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
+#include <gmock/gmock.h>
 
 #include "DAXCommon/DAXCommonUtils.h"
 #include "support/FakeKovan.h"

@@ -17,8 +17,7 @@ dbus_bool_t __wrap_dbus_threads_init_default() {
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 TEST(IDAXIPCTest, MakesTheBusLibraryFitForThreads) {
@@ -28,5 +27,4 @@ TEST(IDAXIPCTest, MakesTheBusLibraryFitForThreads) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

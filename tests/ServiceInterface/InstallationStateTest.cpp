@@ -20,8 +20,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::IO::ChecksumedStream;
@@ -221,5 +220,4 @@ TEST_F(InstallationStateTest, ACutFileIsNotIntact) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,6 +1,5 @@
-#include <gtest/gtest.h>
-
 #include <boost/serialization/optional.hpp>
+#include <gtest/gtest.h>
 
 #include "Utility/Utils/GenericException.h"
 #include "support/RecordEquality.h"

@@ -1,13 +1,14 @@
 // The built programs, as readelf and objdump see them.
-#include "support/Process.h"
-
 #include <fstream>
-#include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "support/Process.h"
 
 using DAX::Tests::FinishedRun;
 using DAX::Tests::ProcessEnd;

@@ -1,12 +1,13 @@
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "support/Process.h"
 #include "support/TemporaryRoot.h"
-
-#include <fstream>
-#include <gmock/gmock.h>
-#include <sstream>
-#include <string>
-#include <unistd.h>
 
 using DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager::CONNECTION_NAME;
 using DAX::Tests::FinishedRun;

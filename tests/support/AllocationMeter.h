@@ -2,8 +2,7 @@
 
 #include <cstddef>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // What operator new gave to the calling thread since the construction. A test program that links the target
 // AllocationMeter and makes one has its operator new replaced. One at a time in a thread.
@@ -18,5 +17,4 @@ public:
     std::size_t largest() const;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // What can become of the bytes of a good message on purpose or by accident. All of it repeats from run to run.
 
@@ -86,5 +85,4 @@ inline std::vector<std::string> noise(std::size_t size) {
             header + std::string(size, '1')};
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

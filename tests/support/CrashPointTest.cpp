@@ -5,8 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 // Touches no object: a sanitizer that looks at one makes calls of its own.
@@ -49,5 +48,4 @@ TEST_F(CrashPointTest, SaysThatTheOperationCameToItsEnd) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A file of tests/golden/debug, which hold what debug files have always looked like: defaults.xml is what a device
 // writes that has changed nothing, changed.xml has another value in every element, version0.xml is of the first class
@@ -37,5 +36,4 @@ inline std::string debugFile(const std::map<std::string, std::string>& values) {
     return text;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

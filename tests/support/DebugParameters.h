@@ -9,8 +9,7 @@
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 #include "support/DebugFile.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The debug and test parameters while the object lives: loaded, as at the start of a program, and afterwards as they
 // were before it. Loading asks for a path, which stays for the life of the process: a root of the test's own comes
@@ -48,5 +47,4 @@ private:
     const Record m_before;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -3,8 +3,7 @@
 #include <chrono>
 #include <future>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Something that happens once, on another thread.
 class Event {
@@ -21,5 +20,4 @@ private:
     std::shared_future<void> m_future = m_promise.get_future().share();
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

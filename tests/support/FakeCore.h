@@ -17,8 +17,7 @@
 #include "CoreInterface/ICore.h"
 #include "CoreInterface/ICoreTransaction.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // An update core in memory. The test holds the script; the factory, the core and the transactions share it.
 //
@@ -234,5 +233,4 @@ private:
     std::shared_ptr<FakeCoreScript> m_script;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

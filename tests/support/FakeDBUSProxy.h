@@ -14,8 +14,7 @@
 
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A bus in memory, on which every proxy answers by one script. The proxies are "Proxy-1", "Proxy-2" in the order in
 // which they are made, with the connections ":1.1", ":1.2".
@@ -160,5 +159,4 @@ private:
     std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "Utility/Utils/SingletonServiceGuard.h"
 #include "Utility/Utils/UserDataRegister.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The device's power events, fired by the test. The test holds the script, which the factory and its subscribers share.
 // `observer` hears "create", "subscribe" and "unsubscribe" of the power-mode subscriber, so that they can be put in
@@ -80,5 +79,4 @@ private:
     std::shared_ptr<FakePowerModeScript> m_script;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "support/RawPeer.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // PROMPT for the call behind the great signals. A busy machine needs longer than a second to copy them four times; an
 // idle one does it in a quarter of that.
@@ -64,5 +63,4 @@ private:
     std::thread m_thread;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

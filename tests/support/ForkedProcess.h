@@ -1,10 +1,10 @@
 #pragma once
 
 #include <functional>
+
 #include <sys/types.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A second process that runs a function of the test itself, for what happens between processes. The function's result
 // is the process's exit code; an exception that leaves it makes that 255. It neither outlives the object nor returns
@@ -26,5 +26,4 @@ private:
     bool m_reaped = false;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

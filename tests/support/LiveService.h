@@ -15,8 +15,7 @@
 #include "support/FakePowerMode.h"
 #include "support/ServiceContract.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The real request handler over the real service logic and a fake core, with a session and a transaction that are open:
 // every method has something behind it that answers. The device's root has to be there before it.
@@ -104,5 +103,4 @@ private:
     bool m_changed = false;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <chrono>
+
 #include <glib.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Iterates GLib's default main context until `condition` holds. False when the bound passes first.
 template <class Condition>
@@ -22,5 +22,4 @@ bool iterateUntil(Condition condition, std::chrono::milliseconds bound = std::ch
     return condition();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

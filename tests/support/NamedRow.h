@@ -3,8 +3,7 @@
 #include <ostream>
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The base of a row of a parameterized suite: its name is what GoogleTest prints of it.
 struct NamedRow {
@@ -18,5 +17,4 @@ inline std::ostream& operator<<(std::ostream& out, const NamedRow& row) {
 // Names each test of a suite after its row: the last argument of INSTANTIATE_TEST_SUITE_P.
 inline const auto rowName = [](const auto& info) { return std::string(info.param.name); };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -3,8 +3,7 @@
 #include <cstddef>
 #include <functional>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // While it lives, the calling thread's operator new fails, but for the first `allocations`. For a test program that
 // links the target AllocationMeter. One at a time in a thread.
@@ -19,5 +18,4 @@ public:
 // Has the calling thread's next operator new call this first.
 void beforeTheNextAllocation(std::function<void()> action);
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

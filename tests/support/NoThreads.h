@@ -4,8 +4,7 @@
 
 #include <pthread.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // While it lives, no thread can be made, since its stack would have to be larger than any memory.
 class NoThreads {
@@ -31,5 +30,4 @@ private:
     pthread_attr_t m_previous;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <stdexcept>
+
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The process has no rights beyond those of an ordinary user while the object lives, so that the modes of files count
 // for it; nothing changes when it is one already.
@@ -27,5 +27,4 @@ private:
     const uid_t m_before;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

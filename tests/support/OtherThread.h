@@ -2,11 +2,11 @@
 
 #include <functional>
 #include <future>
-#include <sys/types.h>
 #include <thread>
 
-namespace DAX {
-namespace Tests {
+#include <sys/types.h>
+
+namespace DAX::Tests {
 
 // A call on a thread of its own. It is waited for at the object's end, so what it waits for has to come before that.
 class OtherThread {
@@ -33,5 +33,4 @@ private:
     pid_t m_id;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,15 +1,14 @@
 #pragma once
 
-#include "support/MainContext.h"
-
-#include <device_power.h>
-
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+#include <device_power.h>
+
+#include "support/MainContext.h"
+
+namespace DAX::Tests {
 
 // Subscribes to all announcements of device_power.h while it lives, and keeps them in order: "state_changed 1",
 // "poweroff 3", "post_wakeup 41". One at a time in a process.
@@ -52,5 +51,4 @@ private:
     std::vector<std::string> m_heard;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 
 #include <sys/types.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // What a system bus allows and how much of it: the distribution's own rules, and the bus daemon's own limits.
 struct SystemBusRules {
@@ -64,5 +63,4 @@ private:
     pid_t m_pid = 0;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

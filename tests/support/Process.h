@@ -7,12 +7,12 @@
 #include <optional>
 #include <ostream>
 #include <string>
-#include <sys/types.h>
 #include <thread>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+#include <sys/types.h>
+
+namespace DAX::Tests {
 
 // How a process ended: by itself with a code, or by a signal; exactly one of the two is set.
 struct ProcessEnd {
@@ -91,5 +91,4 @@ struct FinishedRun {
 // Starts the program, waits for its end and returns what came of it. One that still runs at the bound is killed.
 FinishedRun run(const Command& command, std::chrono::milliseconds bound = Process::DEFAULT_BOUND);
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,6 +1,7 @@
 #include "support/Process.h"
 
 #include <csignal>
+
 #include <gtest/gtest.h>
 
 using namespace DAX::Tests;

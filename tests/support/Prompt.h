@@ -4,11 +4,9 @@
 
 #include "support/Sanitizer.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Within what a call returns that nothing holds up.
 constexpr std::chrono::seconds PROMPT{HAS_SANITIZER ? 10 : 1};
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

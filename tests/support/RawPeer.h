@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -10,12 +11,10 @@
 #include <thread>
 #include <vector>
 
-#include <atomic>
 #include <dbus/dbus.h>
 #include <sys/types.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Peers on the private bus that speak libdbus themselves, for messages that the system's own ends never make.
 
@@ -104,5 +103,4 @@ private:
     std::thread m_thread;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "ServiceInterface/ServiceTransactionProgress.h"
 
 // The records that stand in the golden files.
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 inline const std::vector<unsigned char> SAMPLE_UPGRADE_ID{1, 255};
 inline const std::vector<unsigned char> SAMPLE_UPDATE_INFO{'<', 'u', '/', '>'};
@@ -63,5 +62,4 @@ Progress sampleProgress(int result, int percent, boost::optional<float> detail) 
     return progress;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Whether the tests and what they measure are built with a sanitizer. It makes all slower, and keeps memory that was
 // given back.
@@ -11,5 +10,4 @@ constexpr bool HAS_SANITIZER = true;
 constexpr bool HAS_SANITIZER = false;
 #endif
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // What every caller of the service manager's object may rely on, for tests that loop over all of it.
 
@@ -78,5 +77,4 @@ inline const std::set<std::string>& wireExceptionNames() {
     return names;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

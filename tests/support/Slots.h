@@ -4,8 +4,7 @@
 #include <cstring>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The place of each virtual operation in its table is a promise to programs that were built before. A virtual
 // destructor takes two.
@@ -33,5 +32,4 @@ inline std::vector<std::size_t> slotsBehindTheDestructor(std::size_t operations)
     return slots;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

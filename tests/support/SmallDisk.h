@@ -4,8 +4,7 @@
 #include <functional>
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Whether this process may mount a disk of its own; only the superuser may. Tests that need one skip themselves
 // without.
@@ -19,8 +18,7 @@ bool onSmallDisk(const std::string& folder, std::size_t bytes, const std::functi
 // Takes all the room that is left under the folder by a file of this name in it; without the file there is room again.
 void fillDisk(const std::string& folder, const std::string& name = "filler");
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests
 
 // Ends the test, with a line that says so, where it cannot be run.
 #define SKIP_WITHOUT_SMALL_DISK()                                                                                      \

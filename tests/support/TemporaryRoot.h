@@ -3,8 +3,7 @@
 #include <filesystem>
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A temporary folder that is the device's root while the object lives: KOVAN_ROOT names it, so that the test's own
 // calls of the platform and every program that it starts work under it. It goes with all that is in it, and KOVAN_ROOT
@@ -40,5 +39,4 @@ private:
     std::string m_previousRoot;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

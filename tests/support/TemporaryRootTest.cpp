@@ -1,6 +1,7 @@
 #include "support/TemporaryRoot.h"
 
 #include <cstdlib>
+
 #include <gtest/gtest.h>
 
 using DAX::Tests::TemporaryRoot;

@@ -9,8 +9,7 @@
 #include "Utility/Utils/ErrorTags.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The text that an exception carries under a tag; what stands for its absence is in angle brackets.
 template <class Info, class E>
@@ -76,5 +75,4 @@ ThrowSite siteThrownBy(const Statement& statement) {
     return {"<nowhere>", "<nowhere>", -1};
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

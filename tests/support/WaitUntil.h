@@ -3,8 +3,7 @@
 #include <chrono>
 #include <thread>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Asks until `condition` holds. False when the bound passes first.
 template <class Condition>
@@ -19,5 +18,4 @@ bool waitUntil(Condition condition, std::chrono::milliseconds bound = std::chron
     return true;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

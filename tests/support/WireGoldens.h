@@ -18,8 +18,7 @@
 //   exceptions/<name>                  the third array of an exception reply
 // An empty file stands for no archive. A request is sent while its archive is open and has no line end; all others end
 // in the one with which the library closes an archive.
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 inline std::string golden(const std::string& name) {
     static const std::string header = __FILE__; // tests/support/WireGoldens.h
@@ -63,5 +62,4 @@ void expectGolden(const std::string& name, const Value& value) {
     EXPECT_TRUE(value == std::get<0>(decode<Value>(golden(name))));
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "support/FakeDBUSProxy.h"
 #include "support/WireGoldens.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A fake bus whose messages are held against the golden files of one side, "core" or "service".
 class WireOverFakeDBUS {
@@ -44,5 +43,4 @@ private:
     const std::string m_side;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

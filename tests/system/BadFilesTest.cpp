@@ -1,12 +1,11 @@
 // What stands in the way of the daemon's files.
 #include <filesystem>
 
-#include <sys/stat.h>
-
 #include <boost/date_time/posix_time/posix_time_io.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "DAXCommon/UserInterestExceptions.h"
 #include "support/SmallDisk.h"
@@ -15,8 +14,7 @@
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -163,5 +161,4 @@ TEST(FullMedium, EndsNobodyAndIsForgottenWithRoom) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

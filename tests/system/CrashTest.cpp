@@ -13,8 +13,7 @@
 #include "support/CrashPoint.h"
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace DAXCommon;
@@ -108,5 +107,4 @@ TEST(CrashOfAWriter, LeavesADaemonThatStarts) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

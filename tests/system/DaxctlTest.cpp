@@ -4,16 +4,14 @@
 #include <filesystem>
 #include <fstream>
 
-#include <unistd.h>
-
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "support/WaitUntil.h"
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -429,5 +427,4 @@ TEST_F(Daxctl, ACoreThatStallsHoldsTheCallUpAndNoLonger) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

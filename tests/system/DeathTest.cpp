@@ -10,8 +10,7 @@
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -147,5 +146,4 @@ TEST(DaemonDeath, IsAnErrorToItsClientAndTheNextRunWorks) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

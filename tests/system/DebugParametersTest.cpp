@@ -9,8 +9,7 @@
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -169,5 +168,4 @@ TEST_F(ScenarioOfTheDaemon, IsAnErrorToTheClientWhenItIsNotThere) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

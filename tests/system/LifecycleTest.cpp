@@ -14,8 +14,7 @@
 #include "support/WaitUntil.h"
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -346,5 +345,4 @@ TEST_F(Lifecycle, AValueThatIsNoNumberEndsItWithStatus1) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 const int CLIENTS = 200;
@@ -41,5 +40,4 @@ TEST(ManyClients, AllAreAnsweredAndAllAreForgotten) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 #include "system/support/Desk.h"
 #include "system/support/ProcessMemory.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 // In kilobytes.
@@ -38,5 +37,4 @@ TEST(ManyLocks, WithLongNamesMakeARefusalNeitherSlowNorLarge) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -129,5 +128,4 @@ TEST_F(PowerChange, RacesWithNewTransactions) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

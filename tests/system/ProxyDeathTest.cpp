@@ -6,8 +6,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager;
@@ -102,5 +101,4 @@ TEST(ProxyDeath, WithTheManagerAliveIsNotTheEndThatTheManagersDeathIs) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

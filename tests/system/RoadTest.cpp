@@ -7,8 +7,7 @@
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -141,5 +140,4 @@ TEST_F(Road, AskingForTheResultOfAnUnfinishedSearchEndsTheDaemonAndTheBusStartsI
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "system/support/ProcessMemory.h"
 #include "system/support/Scenarios.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -84,5 +83,4 @@ TEST_F(Traffic, LetsAnUpgradeThrough) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

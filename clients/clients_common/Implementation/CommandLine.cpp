@@ -1,10 +1,11 @@
 #include "clients_common/CommandLine.h"
 
-#include "clients_common/ExitStatus.h"
-#include "clients_common/Output.h"
+#include <iostream>
 
 #include <CLI/CLI.hpp>
-#include <iostream>
+
+#include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
 
 namespace clients_common {
 

@@ -4,10 +4,7 @@
 
 #include <boost/exception/exception.hpp>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
-namespace DBUSWrapperExceptions {
+namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions {
 
 // What goes wrong between this process and the bus. The exceptions stay in the process; what libdbus says of the
 // failure is their streamed text.
@@ -21,7 +18,4 @@ class RemoteObjectActivationTimedOut : public DBUSWrapperException {}; // the bu
 class RemoteObjectNotAccessible : public DBUSWrapperException {};      // any other D-Bus error of a call
 class UnknownMethodException : public DBUSWrapperException {};         // the method is not in the adapter's table
 
-} // namespace DBUSWrapperExceptions
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions

@@ -9,9 +9,7 @@
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "Common/DBUSWrapper/IDBUSWrapper.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // The server end: one object on the bus under a well-known name, with a connection and a loop of its own. Good for one
 // run of the loop.
@@ -49,6 +47,4 @@ public:
     static std::shared_ptr<IDBUSAdapterFactory> createDefaultAdapterFactory();
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // What an adapter offers to its handler: to be told when one connection leaves the bus. Only for the adapter's thread.
 class IDBUSEventsSubscriber {
@@ -15,6 +13,4 @@ public:
     virtual ~IDBUSEventsSubscriber() = default;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -8,9 +8,7 @@
 
 #include "Common/DBUSWrapper/IDBUSWrapper.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // The client end: one remote object over a bus connection of its own, and so with a unique bus name of its own. One
 // thread at a time.
@@ -52,6 +50,4 @@ public:
     static std::unique_ptr<IDBUSProxyFactory> createDefaultProxyFactory();
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -3,9 +3,7 @@
 #include <sstream>
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 class IDBUSEventsSubscriber;
 
@@ -31,6 +29,4 @@ public:
     virtual ~IDBUSRequestsHandler() = default;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

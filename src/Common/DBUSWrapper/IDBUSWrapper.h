@@ -1,8 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // What both ends have in common: the bus that is meant, and what the process does before it uses one.
 class IDBUSWrapper {
@@ -19,6 +17,4 @@ public:
 extern const char REPLY_MESSAGE_TYPE_REPLY_STRING[];     // "REPLY"
 extern const char REPLY_MESSAGE_TYPE_EXCEPTION_STRING[]; // "EXCEPTION"
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

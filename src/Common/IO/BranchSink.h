@@ -8,9 +8,7 @@
 #include "Common/IO/ITransactionalEntity.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Gives the same data to several sinks, in order.
 class BranchSink : public ISink, public ITransactionalEntity, public Utils::IDebugName {
@@ -37,6 +35,4 @@ private:
     std::vector<std::shared_ptr<ISink>> m_branches;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

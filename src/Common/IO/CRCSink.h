@@ -12,9 +12,7 @@
 #include "Utility/Utils/IDebugName.h"
 #include "serializers/binary/little_endian.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // The common CRC-32.
 using Crc32 = boost::crc_optimal<32, 0x04C11DB7, 0xFFFFFFFF, 0xFFFFFFFF, true, true>;
@@ -92,6 +90,4 @@ private:
     static_assert(Crc::final_xor_value == 0xFFFFFFFF, "the remainder is given inverted");
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

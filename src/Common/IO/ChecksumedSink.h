@@ -8,9 +8,7 @@
 #include "Common/IO/ISink.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // What stands behind the data of a checksummed file: this text, without a terminator, and the CRC-32 of the data in
 // four bytes, the low one first.
@@ -56,6 +54,4 @@ private:
     BranchSink m_branchSink;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

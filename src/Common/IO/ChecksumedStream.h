@@ -7,9 +7,7 @@
 #include "Common/IO/ScopedStorageStream.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // The data of a checksummed file, without its trailer. It is checked whole when it is opened.
 class ChecksumedStream : public IStorageStream, public Utils::IDebugName {
@@ -47,6 +45,4 @@ private:
     bool m_closed = false;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

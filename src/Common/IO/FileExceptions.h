@@ -2,9 +2,7 @@
 
 #include "Common/IO/IOExceptions.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // What went wrong with a file: errinfo_path says which, errinfo_description what, and the streamed text holds the errno
 // value.
@@ -24,6 +22,4 @@ public:
     using FileSinkIOException::FileSinkIOException;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -8,9 +8,7 @@
 
 #include "Utility/Utils/FileDescriptor.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A new content for a file, in one step: readers, and whoever comes after a power cut, find the whole old content or
 // the whole new one. The new file is written beside the old one as PATH.new, and takes its place, mode and owner; what
@@ -45,6 +43,4 @@ private:
     bool m_made = false; // the new file is there, under its own name
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -12,9 +12,7 @@
 #include "Common/IO/TransactionalSeekable.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A file to write. The end of data takes it to its medium and closes it, whatever is asked of the object afterwards.
 // Nothing is cut: what stood behind the last position stays. Each chunk is a point of interruption. Failures of the
@@ -68,6 +66,4 @@ private:
     int m_failure = 0;                        // the errno value of the failure that left it so
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

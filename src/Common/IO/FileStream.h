@@ -11,9 +11,7 @@
 #include "Common/IO/TransactionalSeekable.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A file to read. It keeps the length that it found when it opened: a file that grows under the reader can no longer be
 // trusted. Each chunk is a point of interruption. Failures of the system throw FileStreamIOException; the position then
@@ -55,6 +53,4 @@ private:
     bool m_astray = false; // the file may stand elsewhere than at m_position
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -5,9 +5,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Writes a file whose existence is what counts: with these lines for the person who finds it, each in a chunk of its
 // own and ended by a line feed. What stood in it before is gone. It is on its medium, and its folder knows of it, when
@@ -19,6 +17,4 @@ void writeFlagFile(const boost::filesystem::path& path, const std::vector<std::s
 // boost::filesystem::filesystem_error, or GenericException when the folder cannot be synchronized.
 bool removeFlagFile(const boost::filesystem::path& path);
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -3,9 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Sizes and positions, in bytes.
 using streamsize_t = std::uint64_t;
@@ -13,6 +11,4 @@ using streamsize_t = std::uint64_t;
 // In bytes; for reading small files whole.
 inline constexpr std::size_t SMALL_CHUNK_SIZE = 1024;
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

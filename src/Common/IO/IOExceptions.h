@@ -4,10 +4,7 @@
 
 #include <boost/exception/exception.hpp>
 
-namespace DAX {
-namespace Common {
-namespace IO {
-namespace IOExceptions {
+namespace DAX::Common::IO::IOExceptions {
 
 // The root of what streams and sinks throw. Each carries errinfo_subject, the debug name of the object concerned; those
 // of files carry errinfo_path instead.
@@ -23,7 +20,4 @@ class NotSupportedException : public IOStreamsException {};                  // 
 class ChecksumedStreamDataCorrupted : public IOStreamsException {};          // the trailer does not match the data
 class ChecksumedSinkUnderlyingSinkNotRewound : public IOStreamsException {}; // a sum has to start at the beginning
 
-} // namespace IOExceptions
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO::IOExceptions

@@ -3,9 +3,7 @@
 #include "Common/IO/IOCommon.h"
 #include "serializers/binary/ISerializer.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A serializer that counts its bytes.
 class ISerializer : public serializers::binary::ISerializer {
@@ -21,6 +19,4 @@ private:
     streamsize_t m_position = 0;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -7,9 +7,7 @@
 #include "Common/IO/IStream.h"
 #include "Common/IO/StorageHelper.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Where bytes are written. Every sink belongs to one thread at a time, and throws what lies below it throws.
 class ISink {
@@ -77,6 +75,4 @@ streamsize_t appendAllStream(IZeroCopySink* sink, IZeroCopyStream* stream);
 
 } // namespace detail
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -8,9 +8,7 @@
 #include "Common/IO/IOCommon.h"
 #include "Common/IO/StorageHelper.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Bytes to read. Every stream belongs to one thread at a time, and throws what lies below it throws.
 class IStream {
@@ -97,6 +95,4 @@ private:
     friend class StorageHelper<IStorageStream>;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -7,9 +7,7 @@
 
 #include "serializers/binary/ISerializer.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 class ITransactionalEntity;
 
@@ -31,6 +29,4 @@ public:
     virtual serializers::binary::ISerializer& serializer() = 0;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -2,9 +2,7 @@
 
 #include "Common/IO/ITransaction.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // An object that can take part in a transaction: its place in its data is saved, and restored.
 class ITransactionalEntity {
@@ -33,6 +31,4 @@ public:
     }
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -9,9 +9,7 @@
 
 #include "Utility/Utils/FileDescriptor.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A file to read that somebody else may have laid down, as on a stick. Nothing that stands in its place holds the
 // reader up or fills the memory: a pipe, a device, a folder or too long a file is refused. Failures throw
@@ -36,6 +34,4 @@ private:
     std::size_t m_size = 0; // when it was opened
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -2,9 +2,7 @@
 
 #include "Common/IO/ScopedView.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A part of a seekable stream.
 class ScopedSeekableStream : public ScopedView<ISeekableStream> {
@@ -12,6 +10,4 @@ public:
     ScopedSeekableStream(std::shared_ptr<ISeekableStream> stream, streamsize_t start, streamsize_t size);
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

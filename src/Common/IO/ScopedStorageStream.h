@@ -2,9 +2,7 @@
 
 #include "Common/IO/ScopedView.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A part of a storage stream, which it opens and closes.
 class ScopedStorageStream : public ScopedView<IStorageStream> {
@@ -17,6 +15,4 @@ public:
     bool alreadyClosed() override;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -7,9 +7,7 @@
 #include "Common/IO/ITransactionalEntity.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // No more than so many of a stream's next bytes.
 class ScopedStream : public IStream, public ITransactionalEntity, public Utils::IDebugName {
@@ -30,6 +28,4 @@ private:
     streamsize_t m_bytesRemaining;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -7,9 +7,7 @@
 #include "Common/IO/ITransactionalEntity.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // A part of a stream, as a stream of the same Interface with positions of its own. Whether the part lies within the
 // stream is looked at when it is first used: OutOfRangeException where it does not. OutOfRangeException also where
@@ -48,6 +46,4 @@ private:
 extern template class ScopedView<ISeekableStream>;
 extern template class ScopedView<IStorageStream>;
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

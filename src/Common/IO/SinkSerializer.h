@@ -3,9 +3,7 @@
 #include "Common/IO/ISerializer.h"
 #include "Common/IO/ISink.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Saves to a sink, from its position 0 on and at places of its own, wherever the sink stands.
 class SinkSerializer : public ISerializer {
@@ -22,6 +20,4 @@ private:
     ISeekableSink* m_sink;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -4,9 +4,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/getDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // The checks of a storage object's life: not yet opened, opened, closed. T is what it is mixed into, and has open(),
 // isOpened() and alreadyClosed().
@@ -43,6 +41,4 @@ private:
     Utils::errinfo_subject subject() { return Utils::errinfo_subject(Utils::getDebugName(self())); }
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

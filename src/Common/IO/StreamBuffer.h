@@ -8,9 +8,7 @@
 #include "Common/IO/ITransactionalEntity.h"
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Reads ahead from a stream into a buffer of its own, and hands out pointers into it: a copy touches the data once.
 // Nothing is allocated after the construction.
@@ -46,6 +44,4 @@ private:
     std::size_t m_giveBackFloor;
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -8,9 +8,7 @@
 #include "Utility/Utils/DAXAssert.h"
 #include "serializers/binary/little_endian.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Saves and restores the position of the ISeekable that it is mixed into.
 template <class ISeekable>
@@ -49,6 +47,4 @@ private:
     }
 };
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -4,9 +4,7 @@
 
 #include "serializers/binary/ISerializer.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Saves a flag as one byte, or loads it, as the serializer does.
 inline void serializeFlag(serializers::binary::ISerializer& serializer, bool& flag) {
@@ -15,6 +13,4 @@ inline void serializeFlag(serializers::binary::ISerializer& serializer, bool& fl
     flag = byte != 0;
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

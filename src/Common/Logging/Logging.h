@@ -3,9 +3,7 @@
 #include <atomic>
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace Logging {
+namespace DAX::Common::Logging {
 
 // The tag of every line of this system.
 extern const char* const LOG_TAG;
@@ -70,6 +68,4 @@ private:
     static bool m_bSocketInitialized;
 };
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging

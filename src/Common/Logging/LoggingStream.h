@@ -3,9 +3,7 @@
 #include "Common/Logging/Logging.h"
 #include "Common/Logging/SafeOstringStream.h"
 
-namespace DAX {
-namespace Common {
-namespace Logging {
+namespace DAX::Common::Logging {
 
 // One log line in the making; it is printed when the object dies.
 class LoggingStream {
@@ -26,9 +24,7 @@ private:
     SafeOstringStream m_stream;
 };
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging
 
 // DAX_LOG(INF) << "text" << value; the values are not looked at when the level never comes out.
 #define DAX_LOG(LEVEL)                                                                                                 \

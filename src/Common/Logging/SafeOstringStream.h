@@ -4,9 +4,7 @@
 #include <ostream>
 #include <sstream>
 
-namespace DAX {
-namespace Common {
-namespace Logging {
+namespace DAX::Common::Logging {
 
 // A string stream that may be given null pointers: a null pointer comes out as "[nullptr]".
 class SafeOstringStream : private std::ostringstream {
@@ -47,6 +45,4 @@ private:
     std::ostream& stream() { return *this; }
 };
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging

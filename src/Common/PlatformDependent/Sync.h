@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace PlatformDependent {
+namespace DAX::Common::PlatformDependent {
 
 // Returns when the file's data is on its medium. Throws GenericException when the system refuses.
 void file_sync(int fd);
@@ -17,6 +15,4 @@ void folder_sync(const std::string& folder);
 // Starts to bring all file systems' data to their media, and waits for it. Cannot fail.
 void system_sync();
 
-} // namespace PlatformDependent
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::PlatformDependent

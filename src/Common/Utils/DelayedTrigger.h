@@ -10,9 +10,7 @@
 #include <boost/thread/condition_variable.hpp>
 #include <boost/thread/thread.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Runs one stored action on a thread of its own when a deadline passes, unless it is cancelled first. The action runs
 // with the trigger's recursive mutex held: cancelling waits for a running action. One owner arms and cancels; the
@@ -51,6 +49,4 @@ private:
     boost::thread m_thread;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

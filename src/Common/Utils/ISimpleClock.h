@@ -2,9 +2,7 @@
 
 #include <memory>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Measures elapsed time. Any thread may read a clock.
 class ISimpleClock {
@@ -17,6 +15,4 @@ public:
     static std::unique_ptr<ISimpleClock> createClock();
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -6,9 +6,7 @@
 #include "Common/Utils/DelayedTrigger.h"
 #include "Common/Utils/ISimpleClock.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Watches a piece of work: armed before it and disarmed after it. Work that outlives the limit gets one fatal log line
 // and goes on; nothing is killed. May be armed any number of times, by one thread; arming an armed watchdog, or
@@ -35,6 +33,4 @@ private:
     DelayedTrigger m_trigger;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -4,9 +4,7 @@
 
 #include <boost/archive/xml_iarchive.hpp>
 
-namespace DAX {
-namespace Common {
-namespace XML {
+namespace DAX::Common::XML {
 
 // The one door through which a file is read as an XML archive. It reads what boost::archive::xml_oarchive writes, and
 // throws what boost::archive::xml_iarchive throws, at the construction when the header is bad; elements come in their
@@ -32,6 +30,4 @@ private:
     unsigned int m_depth = 0;
 };
 
-} // namespace XML
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::XML

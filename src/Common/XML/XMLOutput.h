@@ -4,9 +4,7 @@
 
 #include <boost/archive/xml_oarchive.hpp>
 
-namespace DAX {
-namespace Common {
-namespace XML {
+namespace DAX::Common::XML {
 
 // Writes what boost::archive::xml_oarchive writes. The library's own archive ends the document in its destructor, where
 // a full disk would end the process; here finish() does. The stream outlives this object.
@@ -23,6 +21,4 @@ private:
     std::ostream& m_file;
 };
 
-} // namespace XML
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::XML

@@ -6,8 +6,7 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 template <class Archive>
 void SearchResult::serialize(Archive& archive, unsigned int) {
@@ -23,5 +22,4 @@ void SearchResult::serialize(Archive& archive, unsigned int) {
 template void SearchResult::serialize(boost::archive::text_oarchive&, unsigned int);
 template void SearchResult::serialize(boost::archive::text_iarchive&, unsigned int);
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

@@ -3,8 +3,7 @@
 #include <boost/archive/text_iarchive.hpp>
 #include <boost/archive/text_oarchive.hpp>
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 template <class Archive>
 void SearchingTransactionParameters::serialize(Archive& archive, unsigned int) {
@@ -17,5 +16,4 @@ void SearchingTransactionParameters::serialize(Archive& archive, unsigned int) {
 template void SearchingTransactionParameters::serialize(boost::archive::text_oarchive&, unsigned int);
 template void SearchingTransactionParameters::serialize(boost::archive::text_iarchive&, unsigned int);
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

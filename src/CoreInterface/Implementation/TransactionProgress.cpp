@@ -4,8 +4,7 @@
 #include <boost/archive/text_oarchive.hpp>
 #include <boost/serialization/optional.hpp>
 
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 template <class Archive>
 void TransactionProgress::serialize(Archive& archive, unsigned int) {
@@ -17,5 +16,4 @@ void TransactionProgress::serialize(Archive& archive, unsigned int) {
 template void TransactionProgress::serialize(boost::archive::text_oarchive&, unsigned int);
 template void TransactionProgress::serialize(boost::archive::text_iarchive&, unsigned int);
 
-} // namespace Core
-} // namespace DAX
+} // namespace DAX::Core

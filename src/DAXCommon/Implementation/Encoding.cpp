@@ -1,7 +1,6 @@
 #include "DAXCommon/Encoding.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 std::string Encoding::binToHex(const unsigned char* data, std::size_t size) {
     static const char digits[] = "0123456789abcdef";
@@ -14,5 +13,4 @@ std::string Encoding::binToHex(const unsigned char* data, std::size_t size) {
     return text;
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -5,8 +5,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/DAXCommonUtils.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 namespace {
 
@@ -61,5 +60,4 @@ bool DAXCommonUtils::unpackStandaloneProgressValue(const std::string& text, int&
     return true;
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

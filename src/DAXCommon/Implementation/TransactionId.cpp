@@ -3,8 +3,7 @@
 #include "DAXCommon/Encoding.h"
 #include "serializers/binary/little_endian.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 std::string DAXCommonUtils::calculateCrcString(const unsigned char* data, unsigned long size) {
     Common::IO::CRCSink<Common::IO::Crc32> sink;
@@ -17,5 +16,4 @@ std::string DAXCommonUtils::getTransactionIdForUpgrade(const std::vector<unsigne
     return calculateCrcString(bytes.data(), bytes.size());
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -6,8 +6,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 template <class OutArchive>
 void saveUpgradeKind(OutArchive& archive, UpgradeKind kind) {
@@ -29,5 +28,4 @@ void loadUpgradeKind(InArchive& archive, UpgradeKind& kind) {
 template void saveUpgradeKind(boost::archive::text_oarchive&, UpgradeKind);
 template void loadUpgradeKind(boost::archive::text_iarchive&, UpgradeKind&);
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -4,8 +4,7 @@
 
 #include "DAXCommon/DAXCommonUtils.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 namespace {
 
@@ -38,5 +37,4 @@ std::string DAXCommonUtils::upgradeTypeToString(UpgradeType type) {
     return named->second;
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

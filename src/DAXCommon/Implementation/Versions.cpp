@@ -6,8 +6,7 @@
 #include "DAXCommon/DAXCommonUtils.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 void DAXCommonUtils::parseVersion(const std::string& version, int& major, int& minor) {
     const std::size_t point = version.find('.');
@@ -48,5 +47,4 @@ std::string DAXCommonUtils::versionStringForUI(const std::string& version) {
     return std::to_string(major);
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -2,12 +2,10 @@
 
 #include "Common/DBUSWrapper/IDBUSWrapper.h"
 
-namespace DAX {
-namespace DAXIPC {
+namespace DAX::DAXIPC {
 
 void IDAXIPC::initialize() {
     Common::DBUSWrapper::IDBUSWrapper::initialize();
 }
 
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC

@@ -2,8 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // The fields of the debug and test parameters for the rest of the system. It has no data: each call goes to the record
 // afresh, and throws GenericException while that is not loaded.
@@ -43,5 +42,4 @@ public:
 
 DAXParameters& getDAXParameters();
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -4,11 +4,9 @@
 
 #include "DAXCommon/ETransactionalRewriteMode.h"
 
-namespace boost {
-namespace serialization {
+namespace boost::serialization {
 class access;
-} // namespace serialization
-} // namespace boost
+} // namespace boost::serialization
 
 namespace DAX {
 namespace DAXCommon {

@@ -2,14 +2,10 @@
 
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 
 // The place of a program's console window on a developer's screen. Neither does anything in this daemon.
 void SaveConsolePosition(const std::string& console);
 void RestoreConsolePosition(const std::string& console);
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

@@ -4,9 +4,7 @@
 
 #include <boost/thread/thread.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 
 // Names threads, so that a log line tells which thread wrote it.
 class ThreadDebug {
@@ -29,6 +27,4 @@ private:
     static boost::thread::id m_mainThreadId;
 };
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

@@ -2,8 +2,7 @@
 
 #include <functional>
 
-namespace DAX {
-namespace DaemonHelpers {
+namespace DAX::DaemonHelpers {
 
 // True when the daemon is to stop.
 std::function<bool()> getExitCheckingFunction();
@@ -18,5 +17,4 @@ int getWatchdogPingInterval();
 // Boost.Program_options for an unknown option and for a value that is no integer.
 int parseIdleTimeout(int argc, char** argv, unsigned int defaultTimeout);
 
-} // namespace DaemonHelpers
-} // namespace DAX
+} // namespace DAX::DaemonHelpers

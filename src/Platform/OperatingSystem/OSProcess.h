@@ -2,8 +2,7 @@
 
 #include <utility>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Whether a key was pressed on the console, and its code. Nothing is ever pressed on this platform.
 std::pair<bool, int> wasAnyKeyPressed();
@@ -11,5 +10,4 @@ std::pair<bool, int> wasAnyKeyPressed();
 // Ends the process at once with status 143, without any destructor.
 [[noreturn]] void callExit();
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include <boost/core/noncopyable.hpp>
 #include <boost/thread/condition_variable.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // A signal handler that is in force while the object lives; the earlier one comes back after it. A signal that the
 // process was started with ignored stays ignored.
@@ -47,5 +46,4 @@ private:
     RegisterSignalHandler m_sigIntHandler;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "Utility/Utils/BlockedSignals.h"
 #include "Utility/Utils/FileDescriptor.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The one thread of the process on which the handlers of SIGTERM and SIGINT run. It waits for the signals and calls the
 // handlers as functions: one that logs and locks interrupts nobody, and is in no signal's context.
@@ -28,5 +27,4 @@ private:
     boost::thread m_thread;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Tells who started this process that it is about to end, so that a new one is started for what comes in from now on:
 // systemd takes a unit for active until its process has gone, and a start of an active unit does nothing. Sends
@@ -9,5 +8,4 @@ namespace Platform {
 // nothing at once. Any thread.
 void tellThatTheProcessStops() noexcept;
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

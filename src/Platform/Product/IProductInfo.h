@@ -5,8 +5,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // What this device is, and the small states that it keeps in files. Nothing is cached: every call asks the platform, or
 // looks at the file, afresh. Any thread may ask. Operations without a word on failure cannot fail, or, where they look
@@ -94,5 +93,4 @@ public:
     static std::string productTypeToString(EProductType type);
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

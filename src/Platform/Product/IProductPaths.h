@@ -5,8 +5,7 @@
 
 #include <boost/filesystem/path.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 class IProductPathsImpl;
 
@@ -111,14 +110,11 @@ public:
     static boost::filesystem::path getWOCDaxInfoApprovedPath();
 };
 
-namespace ProductPaths {
-namespace Details {
+namespace ProductPaths::Details {
 
 // Puts another implementation in place of the device's own.
 void setImplementationSingleton(std::unique_ptr<IProductPathsImpl> implementation);
 
-} // namespace Details
-} // namespace ProductPaths
+} // namespace ProductPaths::Details
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include <boost/core/noncopyable.hpp>
 #include <boost/filesystem/path.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The implementation behind IProductPaths, whose operations say what each is. Any thread may call.
 class IProductPathsImpl : private boost::noncopyable {
@@ -50,5 +49,4 @@ public:
     virtual boost::filesystem::path m_getWOCDaxInfoApprovedPath() = 0;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -4,11 +4,9 @@
 
 #include <boost/exception/exception.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The platform does not tell a fact about the device. Carries which as errinfo_description. No GenericException.
 class SystemInfoAPIInternalProblemException : public virtual std::exception, public virtual boost::exception {};
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -6,8 +6,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/IPowerModeSubscribersFactory.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 // Makes service managers that reach the update core and the device's power events through the two factories, which it
 // shares with them.
@@ -24,5 +23,4 @@ private:
     std::shared_ptr<Platform::IPowerModeSubscribersFactory> m_powerModeFactory;
 };
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

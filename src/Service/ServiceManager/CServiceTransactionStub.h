@@ -6,9 +6,7 @@
 #include "Service/ServiceManager/ProgressHelper.h"
 #include "ServiceInterface/IServiceTransaction.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // Takes the place of a real transaction on a development device: plays a scenario, with no update core, so that a
 // client can be exercised where there is no update. What the start operations are given makes no difference to it.
@@ -46,6 +44,4 @@ private:
     ProgressHelper finalizationProgress;
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

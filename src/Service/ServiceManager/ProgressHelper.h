@@ -7,15 +7,11 @@
 
 #include "ServiceInterface/ServiceTransactionProgress.h"
 
-namespace boost {
-namespace serialization {
+namespace boost::serialization {
 class access;
-} // namespace serialization
-} // namespace boost
+} // namespace boost::serialization
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // One step of a played scenario: it runs for a time, then it is done, unless it fails before. Times are in seconds by
 // the steady clock. One thread at a time.
@@ -51,6 +47,4 @@ private:
     boost::exception_ptr m_exception;
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

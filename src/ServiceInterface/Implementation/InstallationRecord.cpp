@@ -8,9 +8,7 @@
 #include "Common/PlatformDependent/Sync.h"
 #include "serializers/binary/little_endian.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceCommon {
+namespace DAX::Service::ServiceCommon {
 
 using namespace Common::IO;
 using serializers::binary::little_endian;
@@ -35,6 +33,4 @@ void writeInstallationRecord(const std::string& path, std::string_view text) {
     Common::PlatformDependent::folder_sync(boost::filesystem::path(path).parent_path().string());
 }
 
-} // namespace ServiceCommon
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceCommon

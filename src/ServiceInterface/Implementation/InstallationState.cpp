@@ -7,9 +7,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceCommon {
+namespace DAX::Service::ServiceCommon {
 
 using Common::IO::ChecksumedStream;
 using Common::IO::FileStream;
@@ -28,6 +26,4 @@ void saveInstallationState(std::string path, std::string info) {
     DAX_LOG(INF) << "Upgrade info saved in file: " << path;
 }
 
-} // namespace ServiceCommon
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceCommon

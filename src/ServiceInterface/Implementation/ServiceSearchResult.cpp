@@ -4,8 +4,7 @@
 #include <boost/archive/text_oarchive.hpp>
 #include <boost/serialization/optional.hpp>
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 template <class Archive>
 void ServiceSearchResult::serialize(Archive& archive, unsigned int) {
@@ -16,5 +15,4 @@ void ServiceSearchResult::serialize(Archive& archive, unsigned int) {
 template void ServiceSearchResult::serialize(boost::archive::text_oarchive&, unsigned int);
 template void ServiceSearchResult::serialize(boost::archive::text_iarchive&, unsigned int);
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

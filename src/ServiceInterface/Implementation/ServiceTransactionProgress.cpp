@@ -4,8 +4,7 @@
 #include <boost/archive/text_oarchive.hpp>
 #include <boost/serialization/optional.hpp>
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 template <class Archive>
 void ServiceTransactionProgress::serialize(Archive& archive, unsigned int) {
@@ -17,5 +16,4 @@ void ServiceTransactionProgress::serialize(Archive& archive, unsigned int) {
 template void ServiceTransactionProgress::serialize(boost::archive::text_oarchive&, unsigned int);
 template void ServiceTransactionProgress::serialize(boost::archive::text_iarchive&, unsigned int);
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

@@ -6,8 +6,7 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 template <class Archive>
 void SingleUpgradeDescription::serialize(Archive& archive, unsigned int) {
@@ -22,5 +21,4 @@ void SingleUpgradeDescription::serialize(Archive& archive, unsigned int) {
 template void SingleUpgradeDescription::serialize(boost::archive::text_oarchive&, unsigned int);
 template void SingleUpgradeDescription::serialize(boost::archive::text_iarchive&, unsigned int);
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

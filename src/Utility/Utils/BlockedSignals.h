@@ -4,9 +4,7 @@
 
 #include <pthread.h>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // While it lives, these signals are held back from the thread that makes it, and from each thread that this one makes
 // meanwhile, for good. Those that were held back before stay so. It ends on the thread that made it, in the reverse
@@ -22,6 +20,4 @@ private:
     sigset_t m_previous;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -3,9 +3,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 struct CTextDeleter {
     void operator()(char* text) const { std::free(text); }
@@ -14,6 +12,4 @@ struct CTextDeleter {
 // A text that a C function handed over, freed with free() by its last owner. Null when there is none.
 using CText = std::unique_ptr<char, CTextDeleter>;
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

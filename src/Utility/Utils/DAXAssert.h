@@ -2,9 +2,7 @@
 
 #include <boost/assert.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // A failed assertion: sends an error event, writes to the console, logs and aborts. Whatever of these fails, be it for
 // want of memory, the next ones follow. BOOST_ASSERT and BOOST_ASSERT_MSG, here and in library headers, end in the same
@@ -13,6 +11,4 @@ namespace Utils {
 [[noreturn]] void DAXAssertionFailedMsg(const char* expr, const char* msg, const char* function, const char* file,
                                         long line) noexcept;
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

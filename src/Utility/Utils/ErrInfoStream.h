@@ -11,10 +11,7 @@
 
 #include "Utility/Utils/ErrorTags.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
-namespace detail {
+namespace DAX::Common::Utils::detail {
 
 // An exception in the making, held by a throw site for the length of one expression: values are streamed into it as the
 // free text of the throw site, tags are attached to it. Belongs to one thread.
@@ -80,10 +77,7 @@ ErrInfoStream<E> located(ErrInfoStream<E> stream, const boost::source_location& 
     return stream;
 }
 
-} // namespace detail
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils::detail
 
 // The throw site: DAX_THROW(GenericException(), "text " << value << errinfo_path(path)); the location is attached.
 #define DAX_EXCEPTION(EXCEPTION) DAX_EXCEPTION_AT(BOOST_CURRENT_LOCATION, EXCEPTION)

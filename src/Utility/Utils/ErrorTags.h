@@ -6,9 +6,7 @@
 #include <boost/exception/info.hpp>
 #include <boost/filesystem/path.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // What an exception of this system can carry.
 struct tag_errinfo_stream {};      // the free text of the throw site
@@ -45,6 +43,4 @@ errinfo_stream_text errinfo_errno(int number);
 // exception that is no boost::exception goes on up as an exception of this function.
 std::string get_combined_supportcode(boost::exception& exception);
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -4,9 +4,7 @@
 
 #include <unistd.h>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Owns an open descriptor of the system, or none, and closes it at its end. To make one changes no errno: whoever gets
 // a descriptor from the system can look at the failure behind it.
@@ -39,6 +37,4 @@ private:
     int m_descriptor = -1;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -4,13 +4,9 @@
 
 #include <boost/exception/exception.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // The general-purpose exception of the system. The other families stand beside it, each with a root of its own.
 class GenericException : public virtual std::exception, public virtual boost::exception {};
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

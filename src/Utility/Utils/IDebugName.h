@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // What an object is called in messages: its class, and in parentheses what tells it from others.
 class IDebugName {
@@ -14,6 +12,4 @@ public:
     virtual std::string debugName() const = 0;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

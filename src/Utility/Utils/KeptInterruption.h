@@ -1,8 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // An interruption of this thread (boost::thread_interrupted) that was caught where no exception may pass. It is kept
 // there and raised again where the thread can end: otherwise it would be lost, and who waits for the thread would wait
@@ -16,6 +14,4 @@ public:
     static void raise();
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -2,9 +2,7 @@
 
 #include <boost/core/noncopyable.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // The base of every registered singleton. A class T is registerable when it has, besides, the static operations
 // `SingletonsID getID()` and `std::list<SingletonsID> getRequirements()`: what must exist already when it is created.
@@ -16,6 +14,4 @@ protected:
     RegisterableSingleton() = default;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -8,9 +8,7 @@
 #include <boost/exception_ptr.hpp>
 #include <boost/thread/exceptions.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // What a boost::thread_interrupted becomes on its way through a RethrowExceptionStream: it can carry text, and a
 // handler for the Boost type still catches it.
@@ -45,6 +43,4 @@ private:
 [[noreturn]] void rethrowWithText(const boost::exception_ptr& exception,
                                   const std::function<void(std::ostream&)>& describe);
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -13,9 +13,7 @@
 #include "Utility/Utils/RegisterableSingleton.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // An entry of the register: the only strong owner of a singleton, how often it is needed, and who uses it. Any thread
 // may call. Destroyed while it is needed or used, it fails an assertion, before the singleton is touched.
@@ -48,6 +46,4 @@ private:
     std::vector<std::string> m_users;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

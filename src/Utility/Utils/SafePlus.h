@@ -5,9 +5,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // The sum of two unsigned values. Throws GenericException when it does not fit.
 template <class T>
@@ -20,6 +18,4 @@ T safePlus(T a, T b) {
     return sum;
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

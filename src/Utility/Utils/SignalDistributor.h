@@ -10,9 +10,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/SignalSubscriber.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Many listeners behind one subscription to a signal of the device, which takes one only. The listeners are ids of the
 // UserDataRegister. Once made, the one subscription stays for the distributor's life, whatever listeners there are. Any
@@ -74,6 +72,4 @@ private:
     std::mutex m_initializeMutex; // guards the rest
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -21,9 +21,7 @@
 #include "Utility/Utils/SingletonsRegister.h"
 #include "Utility/Utils/UserDataRegister.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // One listener's subscription to a signal of the device. May be subscribed again after it was unsubscribed; both may be
 // called from any thread, also from inside the callback. The UserDataRegister must exist from the first subscription to
@@ -232,6 +230,4 @@ private:
     std::vector<std::weak_ptr<UserDataItem>> m_leaving; // of callbacks that unsubscribed, and may still be running
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -7,9 +7,7 @@
 
 #include <boost/core/noncopyable.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // The process-wide implementation of a facade: made by the factory at the first request, unless another was put in
 // before. Any thread may call. It is not registered anywhere and lives until the process ends.
@@ -43,6 +41,4 @@ private:
     const std::function<std::unique_ptr<T>()> m_factory;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

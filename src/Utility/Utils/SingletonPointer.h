@@ -8,9 +8,7 @@
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/SRegisterItem.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // A named user's way to a registered singleton. It does not keep the singleton alive: a SingletonServiceGuard must, for
 // as long as the pointer is used. A pointer that is alive when its singleton goes ends the process, which names the
@@ -48,6 +46,4 @@ private:
     const std::weak_ptr<SRegisterItem> m_item;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -7,9 +7,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // A base of T that lets at most one T exist at a time: a second creation throws GenericException. Any thread may create
 // and destroy.
@@ -38,6 +36,4 @@ bool SingletonProperty<T>::isCreated = false;
 template <class T>
 std::mutex SingletonProperty<T>::s_mutex;
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

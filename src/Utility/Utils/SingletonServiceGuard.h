@@ -7,9 +7,7 @@
 
 #include "Utility/Utils/SingletonsRegister.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // One need of the registered singleton T, from construction to destruction: while a guard lives, T exists. Guards on
 // what T requires must have been made before.
@@ -33,6 +31,4 @@ private:
     const boost::optional<SingletonsID> m_id;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

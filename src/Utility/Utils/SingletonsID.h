@@ -4,9 +4,7 @@
 #include <ostream>
 #include <string>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // The identities of the registered singletons of the whole stack. This daemon has only some of them.
 enum SingletonsID : std::int32_t {
@@ -40,6 +38,4 @@ std::string singletonsIdToString(SingletonsID id);
 // Writes what singletonsIdToString gives.
 std::ostream& operator<<(std::ostream& stream, SingletonsID id);
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

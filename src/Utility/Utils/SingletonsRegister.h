@@ -14,9 +14,7 @@
 #include "Utility/Utils/SingletonPointer.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Owns the process-wide objects that other code reaches by identity. Each is created when it is first needed and
 // destroyed when the last need is withdrawn, always before what it requires. Needs are best marked by a
@@ -82,6 +80,4 @@ private:
     std::mutex m_mapMutex;                 // guards m_items; not held while foreign code runs
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

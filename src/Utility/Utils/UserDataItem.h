@@ -6,9 +6,7 @@
 #include <boost/optional.hpp>
 #include <boost/thread/thread.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // What an id of the UserDataRegister stands for: borrowed data, and the thread that alone may reach it. Whoever looks
 // at the data, or takes it away, holds the data mutex, and for as long as the data is used.
@@ -30,6 +28,4 @@ private:
     const boost::optional<boost::thread::id> m_expectedExecutor;
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -17,9 +17,7 @@
 #include "Utility/Utils/SingletonsID.h"
 #include "Utility/Utils/UserDataItem.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // Lets C interfaces call back objects that may be gone by then. Such an interface gets a small number as its user data,
 // never a pointer to an object; GenericFunctorCallback turns the number back into the object under a lock. The
@@ -113,6 +111,4 @@ public:
     }
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -7,9 +7,7 @@
 
 #include "Utility/Utils/IDebugName.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 // The object's debugName(); the name of its static type and its address where it has none.
 template <class T>
@@ -22,6 +20,4 @@ std::string getDebugName(const T& object) {
     return text.str();
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -1,5 +1,3 @@
-#include "serializers/binary/ISerializer.h"
-
 #include <algorithm>
 #include <iterator>
 #include <limits>
@@ -9,10 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "serializers/binary/ISerializer.h"
 #include "serializers/binary/little_endian.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using serializers::lossy_conversion;
@@ -139,5 +137,4 @@ TEST(Serializer, HasOneRootForItsExceptions) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 
 #include "Common/Utils/ISimpleClock.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::ISimpleClock;
@@ -37,5 +36,4 @@ std::unique_ptr<ISimpleClock> createAnyClock() {
     return std::make_unique<FastClock>(realCreateClock(), clockSpeed);
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

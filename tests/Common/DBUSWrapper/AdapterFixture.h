@@ -18,8 +18,7 @@
 #include "support/PrivateBus.h"
 #include "support/RawPeer.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 const char OBJECT_PATH[] = "/org/kovan/test/object";
 const char INTERFACE_NAME[] = "org.kovan.test.iobject";
@@ -136,5 +135,4 @@ private:
     std::thread m_loop;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

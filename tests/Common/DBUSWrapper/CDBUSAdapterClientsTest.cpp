@@ -7,8 +7,7 @@
 #include "support/Event.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -497,5 +496,4 @@ TEST_F(CDBUSAdapterClientsTest, HoldsAThousandClients) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 #include "AdapterFixture.h"
 #include "GuardNotes.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::Contains;
@@ -133,5 +132,4 @@ TEST_F(CDBUSAdapterGuardsTest, AreArmedForThePingOnceForEachMessageOrOnceInAPass
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

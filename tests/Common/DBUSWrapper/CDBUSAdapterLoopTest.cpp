@@ -12,8 +12,7 @@
 #include "support/Event.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -491,5 +490,4 @@ TEST_F(CDBUSAdapterLoopTest, ArmsThePingGuardAnewInEveryPassWithoutAPingFunction
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

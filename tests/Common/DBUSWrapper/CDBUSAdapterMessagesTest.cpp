@@ -8,8 +8,7 @@
 #include "LibraryFaults.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -513,5 +512,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& argument) { return argument.param.name; });
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "AdapterFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::IsEmpty;
@@ -28,5 +27,4 @@ TEST_F(CDBUSAdapterSubscriptionTest, IsClearedByTheEmptyName) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

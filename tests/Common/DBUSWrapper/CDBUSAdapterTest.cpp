@@ -15,8 +15,7 @@
 #include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::DBUSWrapper::DBUSWrapperExceptions;
@@ -400,5 +399,4 @@ TEST_F(CDBUSAdapterTest, DropsAnExceptionInTheDestructor) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -12,8 +12,7 @@
 #include "ProxyFixture.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::DBUSWrapper::DBUSWrapperExceptions;
@@ -400,5 +399,4 @@ INSTANTIATE_TEST_SUITE_P(OfAFunction, ProxyLibraryFailureTest,
                          [](const auto& function) { return std::string(function.param); });
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -17,8 +17,7 @@
 #include "support/Flood.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::DBUSWrapper::DBUSWrapperExceptions;
@@ -380,5 +379,4 @@ TEST_F(CDBUSProxyTrafficTest, TheThreadThatReadsBetweenCallsGoesWithTheLastProxy
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

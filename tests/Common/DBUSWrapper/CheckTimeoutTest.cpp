@@ -4,8 +4,7 @@
 
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::DBUSWrapper::checkTimeout;
@@ -79,5 +78,4 @@ TEST_F(CheckTimeoutTest, LeavesTheGuardAloneBeforeTheTime) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -11,8 +11,7 @@
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A handler that answers every request with its own input, or as the test says, and remembers what it was asked.
 // `onRequest` and `onDisconnected` are set before the adapter runs. Each call leaves a note in the journal.
@@ -62,5 +61,4 @@ private:
     std::vector<Request> m_requests;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -72,8 +72,7 @@ dbus_bool_t __wrap_dbus_connection_read_write(DBusConnection* connection, int ti
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 GuardNotes::GuardNotes() {
     areTaken = true;
@@ -83,5 +82,4 @@ GuardNotes::~GuardNotes() {
     areTaken = false;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // While one lives, the journal of FakeKovan gets "loop pass" when an adapter's loop begins to wait, and "loop arm
 // <watchdog>" and "loop disarm <watchdog>" with the first word of the watchdog's name. The functions that stand under
@@ -14,5 +13,4 @@ public:
     GuardNotes& operator=(const GuardNotes&) = delete;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

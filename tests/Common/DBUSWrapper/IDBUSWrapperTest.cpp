@@ -5,8 +5,7 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "LibraryFaults.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::DBUSWrapper;
@@ -35,5 +34,4 @@ TEST(IDBUSWrapperTest, HasOneRootForItsExceptions) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -14,8 +14,7 @@
 #include <poll.h>
 #include <pthread.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 thread_local std::string faultyFunction;
@@ -87,8 +86,7 @@ int threadInitializations() {
     return threadInits;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests
 
 using DAX::Tests::fails;
 using DAX::Tests::recordBusCall;

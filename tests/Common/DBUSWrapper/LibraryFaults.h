@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Makes the C libraries fail where they do so only without memory, and keeps what they are asked where it cannot be
 // seen from outside. The functions that stand under --wrap in the build file of these tests go through here.
@@ -33,5 +32,4 @@ void beforeBusCall(const std::string& method, std::function<void()> hook);
 // How often the library's locks were asked for by this process.
 int threadInitializations();
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

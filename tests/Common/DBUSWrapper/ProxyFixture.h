@@ -14,8 +14,7 @@
 #include "support/RawPeer.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 const char PATH[] = "/org/kovan/test/remote";
 const char INTERFACE[] = "org.kovan.test.iremote";
@@ -73,5 +72,4 @@ protected:
     PrivateBus bus;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,13 +1,13 @@
+#include "Common/DBUSWrapper/Implementation/ReusedStream.h"
+
 #include <iomanip>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
-#include "Common/DBUSWrapper/Implementation/ReusedStream.h"
 #include "support/AllocationMeter.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::DBUSWrapper::ReusedStream;
@@ -101,5 +101,4 @@ TEST_F(ReusedStreamTest, KeepsTheMemoryOfAShortTextAndFreesThatOfALongOne) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

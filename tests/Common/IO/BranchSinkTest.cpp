@@ -9,8 +9,7 @@
 #include "MemoryStreams.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -138,5 +137,4 @@ TEST(BranchSink, IsCalledByItsBranches) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include "FakeTransaction.h"
 #include "MemoryStreams.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -85,5 +84,4 @@ TEST(CRCSink, IsCalledByItsClass) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 #include "support/Thrown.h"
 
 // What a checksummed sink asks of the sink below it, in which order, and what becomes of its failures.
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -220,5 +219,4 @@ TEST(VerifyChecksumOrder, CanBeInterrupted) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -13,8 +13,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -332,5 +331,4 @@ INSTANTIATE_TEST_SUITE_P(Files, ChecksumedGolden,
                                          std::make_pair("digits.checksumed", "123456789")));
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 
 #include "Common/IO/ITransactionalEntity.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Saves to, or loads from, a row of bytes, and processes each dependency at once.
 class FakeTransaction : public Common::IO::IStoreTransaction {
@@ -59,5 +58,4 @@ private:
     Serializer m_serializer{*this, true};
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 
 #include <sys/types.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 thread_local std::string faultyFunction;
@@ -65,8 +64,7 @@ std::vector<std::string> callsOf(const std::function<void()>& statement) {
     return made;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests
 
 using DAX::Tests::bytesBeforeTheFault;
 using DAX::Tests::fails;

@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Makes the C library's files fail. The functions that stand under --wrap in the build file of these tests go through
 // here.
@@ -22,5 +21,4 @@ int takeCalls(const std::string& function);
 // What this thread calls while the statement runs, in order; ferror and clearerr are left out.
 std::vector<std::string> callsOf(const std::function<void()>& statement);
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::IO::FileReplacement;
@@ -221,5 +220,4 @@ TEST_F(FileReplacementTest, RefusesAFolderThatIsNotThere) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,10 +2,9 @@
 
 #include <csignal>
 
-#include <sys/resource.h>
-
 #include <boost/thread/thread.hpp>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include "FakeTransaction.h"
 #include "FileFaults.h"
@@ -17,8 +16,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -597,5 +595,4 @@ TEST_F(FileSinkTest, IsCalledByItsPath) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

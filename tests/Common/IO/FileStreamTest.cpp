@@ -12,8 +12,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -347,5 +346,4 @@ TEST_F(FileStreamTest, HasTheRootOfItsExceptions) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

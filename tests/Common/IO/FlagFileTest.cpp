@@ -8,8 +8,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::IO::removeFlagFile;
@@ -86,5 +85,4 @@ TEST_F(FlagFileTest, SaysThatItCannotBeWritten) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

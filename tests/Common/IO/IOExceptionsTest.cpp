@@ -9,8 +9,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -62,5 +61,4 @@ TEST(FileExceptions, AFullDiskIsAFailureOfASink) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "MemoryStreams.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -96,5 +95,4 @@ TEST(IZeroCopySink, TakesNothingFromAnEmptyStream) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

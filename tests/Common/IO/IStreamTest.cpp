@@ -8,8 +8,7 @@
 #include "MemoryStreams.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -142,5 +141,4 @@ TEST(IZeroCopyStream, ReadsOverItsChunksAndGivesTheRestBack) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 
 #include "FileFaults.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Whether the statement ends as interrupted on a thread that is asked to end before it gets there. Its other exceptions
 // end the test program.
@@ -46,5 +45,4 @@ std::optional<int> callsUntilInterruption(const std::string& function, const Sta
     return calls;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "Common/IO/ISink.h"
 #include "Common/IO/IStream.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 inline const std::uint8_t* bytesOf(const std::string& text) {
     return reinterpret_cast<const std::uint8_t*>(text.data());
@@ -81,5 +80,4 @@ private:
     bool m_marked = false;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

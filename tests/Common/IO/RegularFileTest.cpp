@@ -12,8 +12,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::IO::FileStreamIOException;
@@ -126,5 +125,4 @@ TEST_F(RegularFileTest, LeavesNoDescriptorBehind) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include "Utility/Utils/IDebugName.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -85,5 +84,4 @@ TEST(SlotOrder, TheStorageChecksAreNoPublicBaseAndHoldNoData) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -4,8 +4,7 @@
 
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -64,5 +63,4 @@ TEST_F(StorageHelperTest, OpensWhatIsNotOpened) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

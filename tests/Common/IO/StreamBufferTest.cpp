@@ -12,8 +12,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -307,5 +306,4 @@ TEST_F(StreamBufferTest, AssertsThatTheUnreadDataFitsWhereNoNumberTellsItsEnd) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

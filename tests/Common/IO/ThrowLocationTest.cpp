@@ -12,8 +12,7 @@
 #include "support/Thrown.h"
 
 // Each failure says where it was thrown: in the operation that met it, on a line of its own.
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -122,5 +121,4 @@ TEST_F(ThrowLocation, IsTheReadOfAValue) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "MemoryStreams.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::IO;
@@ -110,5 +109,4 @@ TEST(ITransaction, TakesADependencyWithoutAFunction) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

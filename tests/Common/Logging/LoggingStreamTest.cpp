@@ -1,7 +1,8 @@
+#include "Common/Logging/LoggingStream.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Common/Logging/LoggingStream.h"
 #include "HeapProbe.h"
 #include "support/ProcessDeath.h"
 

@@ -2,12 +2,11 @@
 #include <cstdio>
 #include <thread>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "Common/Logging/Logging.h"
 #include "support/ProcessDeath.h"

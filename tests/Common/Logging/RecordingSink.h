@@ -5,8 +5,7 @@
 
 #include "Common/Logging/Logging.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A sink of LoggingClass::print, which takes no context: what it was called with since `calls` was cleared last.
 struct RecordingSink {
@@ -31,5 +30,4 @@ struct RecordingSink {
     }
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,9 +1,9 @@
+#include "Common/Logging/SafeOstringStream.h"
+
 #include <iomanip>
 #include <string>
 
 #include <gtest/gtest.h>
-
-#include "Common/Logging/SafeOstringStream.h"
 
 using DAX::Common::Logging::SafeOstringStream;
 

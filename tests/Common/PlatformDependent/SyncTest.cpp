@@ -8,8 +8,7 @@
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::PlatformDependent::file_sync;
@@ -43,8 +42,7 @@ TEST(Sync, SaysThatItTakesAllFileSystemsAndDoes) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests
 
 // The machine of the tests is not waited for. NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the linker's
 extern "C" void __wrap_sync() {

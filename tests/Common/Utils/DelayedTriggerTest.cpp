@@ -1,3 +1,5 @@
+#include "Common/Utils/DelayedTrigger.h"
+
 #include <algorithm>
 #include <atomic>
 #include <future>
@@ -6,13 +8,11 @@
 #include <new>
 #include <utility>
 
+#include <boost/exception/get_error_info.hpp>
+#include <boost/filesystem/operations.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <boost/exception/get_error_info.hpp>
-#include <boost/filesystem/operations.hpp>
-
-#include "Common/Utils/DelayedTrigger.h"
 #include "Debug/DebugCommon/DebugThreadName.h"
 #include "TimedWaits.h"
 #include "Utility/Utils/ErrInfoStream.h"

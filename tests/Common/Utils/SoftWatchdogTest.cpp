@@ -1,7 +1,8 @@
+#include "Common/Utils/SoftWatchdog.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Common/Utils/SoftWatchdog.h"
 #include "support/ProcessDeath.h"
 
 using DAX::Common::Utils::SoftWatchdog;

@@ -5,8 +5,7 @@
 
 #include <pthread.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -35,5 +34,4 @@ int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mu
     return result;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -13,8 +13,7 @@
 #include "Common/XML/XMLInput.h"
 #include "Common/XML/XMLOutput.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using boost::archive::archive_exception;
@@ -123,5 +122,4 @@ TEST(XMLInput, ThrowsWhenAnElementIsNotThere) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

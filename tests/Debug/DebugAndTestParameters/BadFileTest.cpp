@@ -8,8 +8,7 @@
 #include "DebugFileFixture.h"
 #include "support/Corruption.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -301,5 +300,4 @@ TEST_F(BadDebugFile, IsNoise) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "DebugFileFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -114,5 +113,4 @@ TEST_F(CustomParams, NumbersAndFlagsAreKeptAsDecimalText) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

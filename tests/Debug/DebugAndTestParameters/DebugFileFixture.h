@@ -17,8 +17,7 @@
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 using DAXCommon::DebugAndTestParameters;
 
@@ -74,5 +73,4 @@ private:
     }
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

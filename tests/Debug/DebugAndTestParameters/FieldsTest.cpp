@@ -1,7 +1,6 @@
 #include "DebugFileFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using DAXCommon::DAXParameters;
@@ -102,5 +101,4 @@ TEST_F(DebugParametersFields, TheRecordHasItsOwnCopyOfTheDefaultTuning) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,8 +1,7 @@
 // What stands in the file, of each class version.
 #include "DebugFileFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -106,5 +105,4 @@ TEST_F(DebugFile, OnAFullMediumCannotBeSaved) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

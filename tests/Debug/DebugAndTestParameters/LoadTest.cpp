@@ -3,8 +3,7 @@
 #include "DebugFileFixture.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -113,5 +112,4 @@ TEST_F(DebugParametersLoad, OfAnObjectIsFalseWithoutAFile) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,8 +1,7 @@
 #include "DebugFileFixture.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -60,5 +59,4 @@ TEST_F(DebugParametersReload, AfterABadFileTheyCanBeLoadedAgain) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

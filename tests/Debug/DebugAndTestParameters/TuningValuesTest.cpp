@@ -1,7 +1,6 @@
 #include "DebugFileFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using DAXCommon::InstallationPerformanceParameters;
@@ -153,5 +152,4 @@ TEST_F(TuningValues, ThoseOfTheDecompressorAreKeptOutOfTheFile) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,6 +1,7 @@
+#include "Debug/DebugCommon/ConsolePosition.h"
+
 #include <gtest/gtest.h>
 
-#include "Debug/DebugCommon/ConsolePosition.h"
 #include "support/FakeKovan.h"
 
 namespace Debug = DAX::Common::Debug;

@@ -1,15 +1,14 @@
+#include "Debug/DebugCommon/DebugThreadName.h"
+
 #include <sstream>
 #include <string>
 
-#include <pthread.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <boost/thread/barrier.hpp>
 #include <boost/thread/thread.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
 
-#include "Debug/DebugCommon/DebugThreadName.h"
 #include "FailingPrctl.h"
 #include "support/ProcessDeath.h"
 

@@ -34,8 +34,7 @@ void __wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBU
     }
 }
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -78,5 +77,4 @@ TEST_F(MainTest, RegistersForThreeHundredSecondsBeforeItListens) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

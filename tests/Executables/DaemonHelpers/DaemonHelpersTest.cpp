@@ -12,8 +12,7 @@
 #include "support/FakeKovan.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -90,5 +89,4 @@ TEST(WatchdogPinging, IsDoneEveryTenSeconds) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -14,8 +14,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using boost::filesystem::path;
@@ -126,5 +125,4 @@ TEST_F(SimulatedDeviceTest, GivesASticksIdAsTheDeskDoes) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

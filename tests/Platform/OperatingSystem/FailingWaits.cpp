@@ -6,8 +6,7 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -62,5 +61,4 @@ int __wrap_poll(pollfd* sources, nfds_t count, int timeout) {
     return __real_poll(sources, count, timeout);
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Stand before the system in this test program: from now on each signalfd fails with this error, each poll does, or
 // each poll finds all that it looks at broken. For the rest of the process: set it in a child.
@@ -12,5 +11,4 @@ void findAllBroken();
 // How often poll has been called since.
 int polls();
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

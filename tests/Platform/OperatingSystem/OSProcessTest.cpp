@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 TEST(OSProcess, NoKeyIsEverPressed) {
@@ -22,5 +21,4 @@ TEST(OSProcess, CallExitEndsTheProcessWithoutItsExitHandlers) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

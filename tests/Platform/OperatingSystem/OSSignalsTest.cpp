@@ -11,7 +11,6 @@
 #include <thread>
 
 #include <boost/chrono/system_clocks.hpp>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,8 +21,7 @@
 #include "support/ProcessDeath.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::NiceQuitHelper;
@@ -306,5 +304,4 @@ TEST(StandardQuitLoop, ThrowsAFailedRegistrationAndPutsTheHandlersBack) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -23,8 +23,7 @@
 #include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::NiceQuitHelper;
@@ -186,5 +185,4 @@ TEST(SignalThread, WaitsOnWithoutAWordWhenPollIsInterrupted) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

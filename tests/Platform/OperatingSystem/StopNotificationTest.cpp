@@ -12,8 +12,7 @@
 
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 // The end of a service manager, at an address as NOTIFY_SOCKET has it.
@@ -95,5 +94,4 @@ TEST(StopNotification, GoesNowhereWithoutAnAddress) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 
 #include <pthread.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -76,5 +75,4 @@ int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mu
     return ETIMEDOUT;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -4,8 +4,7 @@
 #include <functional>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Stand before the system in this test program, for the rest of the process: set them in a child.
 
@@ -24,5 +23,4 @@ struct TimeOut {
 };
 std::vector<TimeOut> timeOuts();
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

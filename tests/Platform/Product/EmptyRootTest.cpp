@@ -14,8 +14,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IProductInfo;
@@ -63,5 +62,4 @@ TEST_F(EmptyRoot, HasItsKeyPrefixAtTheRootOfTheFileSystem) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

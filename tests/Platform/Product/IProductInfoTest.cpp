@@ -10,8 +10,7 @@
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IProductInfo;
@@ -111,5 +110,4 @@ TEST_F(NotGenuineFlag, IsReleasedWhetherItIsThereOrNot) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -14,8 +14,7 @@
 #include "support/Slots.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using boost::filesystem::path;
@@ -308,5 +307,4 @@ TEST(ProductPathsSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

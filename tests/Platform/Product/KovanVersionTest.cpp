@@ -10,8 +10,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IProductInfo;
@@ -123,5 +122,4 @@ TEST_F(KovanVersionTest, HasNoNumbersWhenItIsMissing) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

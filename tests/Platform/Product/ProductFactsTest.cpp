@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <system_info.h>
 
 #include "Platform/Product/IProductInfo.h"
@@ -13,8 +12,7 @@
 #include "support/NamedRow.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IProductInfo;
@@ -299,5 +297,4 @@ TEST(SoftwareVersion, IsRefusedAtTheOperationThatAsksForIt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

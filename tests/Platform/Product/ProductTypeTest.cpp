@@ -6,8 +6,7 @@
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IProductInfo;
@@ -106,5 +105,4 @@ TEST(TBMModel, IsNoneWhenTheBoardCannotBeRead) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::errinfo_description;
@@ -93,5 +92,4 @@ INSTANTIATE_TEST_SUITE_P(Of, SplitSoftwareVersion,
                                          [] { IProductInfo::getMainSoftwareVersionMinor(); }));
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

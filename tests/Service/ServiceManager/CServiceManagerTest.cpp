@@ -1,12 +1,10 @@
-#include "ManagerFixture.h"
-
 #include <boost/date_time/posix_time/time_formatters.hpp>
 
 #include "DAXCommon/UserInterestExceptions.h"
+#include "ManagerFixture.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -294,5 +292,4 @@ TEST_F(CServiceManagerTest, ItsEndWithoutASessionOnlyUnsubscribesAndDropsTheCore
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -4,8 +4,7 @@
 #include "ServiceFixture.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Service::ServiceManager::CService;
@@ -258,5 +257,4 @@ TEST_F(CServiceTest, ItsEndLeavesTheTransactionToWhoeverStillHoldsIt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

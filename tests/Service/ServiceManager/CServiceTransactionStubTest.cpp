@@ -16,8 +16,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace std::chrono_literals;
@@ -214,5 +213,4 @@ TEST_F(StubInASession, AGoodScenarioEndsTheProcess) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,5 +1,3 @@
-#include "TransactionFixture.h"
-
 #include <functional>
 #include <map>
 #include <tuple>
@@ -8,11 +6,11 @@
 
 #include "DAXCommon/UserInterestExceptions.h"
 #include "Service/ServiceManager/Implementation/SearchingDateRegister.h"
+#include "TransactionFixture.h"
 #include "support/ProcessDeath.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Service::IServiceTransaction;
@@ -298,5 +296,4 @@ INSTANTIATE_TEST_SUITE_P(OfEveryOperation, CoreFailure,
                                            "getFinalizationProgress", "cancelCoreTransaction"));
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

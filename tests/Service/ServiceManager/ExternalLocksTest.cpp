@@ -1,12 +1,10 @@
-#include "ManagerFixture.h"
-
 #include "DAXCommon/UserInterestExceptions.h"
+#include "ManagerFixture.h"
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
 #include "support/ProcessDeath.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Service::ExternalLockId;
@@ -177,5 +175,4 @@ TEST_F(ExternalLocksTest, ReleasingOneOfAnotherClientFailsAndKeepsIt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include "Service/ServiceManager/Implementation/ExternalLocks.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Service::ServiceManager::describeHolders;
@@ -47,5 +46,4 @@ TEST(ExternalLocksText, OfManyLongNamesHoldsOne) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -21,12 +21,10 @@ int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 void failNextLock() {
     nextLockFails = true;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

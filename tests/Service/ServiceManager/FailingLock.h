@@ -1,11 +1,9 @@
 #pragma once
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The next lock of a mutex by this thread fails: std::mutex::lock() throws std::system_error. The function of the
 // library that stands under --wrap in the build file of these tests goes through here.
 void failNextLock();
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

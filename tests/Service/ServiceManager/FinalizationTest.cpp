@@ -1,14 +1,12 @@
-#include "TransactionFixture.h"
-
 #include <fstream>
 #include <iterator>
 
 #include "Common/IO/FileExceptions.h"
 #include "Platform/Product/IProductInfo.h"
+#include "TransactionFixture.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::AllOf;
@@ -197,5 +195,4 @@ TEST_F(FinalizationTest, AFailureOfTheCoreLeavesTheLockInForce) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -4,8 +4,7 @@
 #include "ServiceFixture.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A service manager that has been started; its start is forgotten.
 class ManagerFixture : public ServiceFixture {
@@ -36,5 +35,4 @@ protected:
     std::unique_ptr<Service::IServiceManager> manager;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Service::ServiceManager::mapCoreResult;
@@ -24,5 +23,4 @@ TEST(MapCoreResult, TakesInAnyOtherValueAsUndefined) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,11 +1,10 @@
-#include "FailingLock.h"
-#include "ManagerFixture.h"
-
 #include <future>
 #include <thread>
 
-namespace DAX {
-namespace Tests {
+#include "FailingLock.h"
+#include "ManagerFixture.h"
+
+namespace DAX::Tests {
 namespace {
 
 using ::testing::AllOf;
@@ -73,5 +72,4 @@ TEST_F(PowerModeChange, OnAnotherThreadWaitsForTheTransactionBeingStartedAndCanc
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -15,8 +15,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace UserInterestExceptions;
@@ -279,5 +278,4 @@ TEST_F(Progress, FailsInTheWorkingTimeBeforeItFailsInWhatFollows) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

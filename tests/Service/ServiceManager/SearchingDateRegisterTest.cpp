@@ -4,13 +4,12 @@
 #include <future>
 #include <memory>
 
+#include <boost/date_time/posix_time/time_formatters.hpp>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include <boost/date_time/posix_time/time_formatters.hpp>
 
 #include "ServiceFixture.h"
 #include "support/AllocationMeter.h"
@@ -21,8 +20,7 @@
 #include "support/SmallDisk.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Service::ServiceManager::SearchingDateRegister;
@@ -355,5 +353,4 @@ TEST_F(SearchingDateRegisterTest, LeavesNothingBesideTheFile) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -18,8 +18,7 @@
 #include "support/FakePowerMode.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 const char PRIORITY_KEY[] = "memory/menu/support/softwareupdate/currentServiceClientPriority";
 const char LOCK_KEY[] = "memory/menu/support/softwareupdate/isExternalLockAcquired";
@@ -76,5 +75,4 @@ private:
     std::size_t m_forgotten = 0;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -22,8 +22,7 @@ steady_clock::time_point __wrap__ZNSt6chrono3_V212steady_clock3nowEv() {
 }
 }
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 SteadyTime::SteadyTime() {
     standing = steady_clock::now().time_since_epoch().count();
@@ -37,5 +36,4 @@ void SteadyTime::pass(std::chrono::milliseconds time) {
     standing += steady_clock::duration(time).count();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

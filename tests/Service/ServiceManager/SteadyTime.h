@@ -2,8 +2,7 @@
 
 #include <chrono>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The standard library's steady clock stands still while the object lives, but for what `pass` lets go by. One at a
 // time; for a test program that links with --wrap for the clock's now().
@@ -17,5 +16,4 @@ public:
     void pass(std::chrono::milliseconds time);
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -3,8 +3,7 @@
 #include "Service/ServiceManager/Implementation/CServiceTransaction.h"
 #include "ServiceFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A transaction over the fake core, made for what the parameters say; what its making did is forgotten.
 class TransactionFixture : public ServiceFixture {
@@ -35,5 +34,4 @@ protected:
     }
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::BlockedSignals;
@@ -54,5 +53,4 @@ TEST(BlockedSignalsTest, AreHeldBackFromAThreadThatIsMadeMeanwhile) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,3 +1,5 @@
+#include "Utility/Utils/DAXAssert.h"
+
 #include <cstddef>
 #include <exception>
 #include <functional>
@@ -8,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "DlogHook.h"
-#include "Utility/Utils/DAXAssert.h"
 #include "support/FakeConsole.h"
 #include "support/FakeEvents.h"
 #include "support/NoMemory.h"

@@ -1,9 +1,9 @@
+#include "Utility/Utils/ErrInfoStream.h"
+
+#include <boost/exception/get_error_info.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <boost/exception/get_error_info.hpp>
-
-#include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
 namespace Utils = DAX::Common::Utils;

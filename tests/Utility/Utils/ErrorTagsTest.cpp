@@ -1,9 +1,8 @@
 #include <cerrno>
 
-#include <gtest/gtest.h>
-
 #include <boost/exception/enable_current_exception.hpp>
 #include <boost/exception/errinfo_nested_exception.hpp>
+#include <gtest/gtest.h>
 
 #include "FailingStrerror.h"
 #include "Utility/Utils/ErrInfoStream.h"

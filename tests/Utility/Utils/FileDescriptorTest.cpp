@@ -6,8 +6,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::FileDescriptor;
@@ -76,5 +75,4 @@ TEST(FileDescriptorTest, LeavesTheClosingOfWhatItReleasesToTheCaller) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

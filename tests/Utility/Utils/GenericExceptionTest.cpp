@@ -1,8 +1,9 @@
+#include "Utility/Utils/GenericException.h"
+
 #include <type_traits>
 
-#include <gtest/gtest.h>
-
 #include <boost/thread/exceptions.hpp>
+#include <gtest/gtest.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "CoreInterface/CoreExceptions.h"
@@ -10,7 +11,6 @@
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
 #include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
-#include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 
 using DAX::Common::Utils::GenericException;

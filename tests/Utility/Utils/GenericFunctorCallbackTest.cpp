@@ -12,8 +12,7 @@
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ContainsRegex;
@@ -439,5 +438,4 @@ TEST_F(GenericFunctorCallbackTest, IsUsedByManyThreadsWhichRegisterInTheirCallba
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,14 +1,14 @@
+#include "Utility/Utils/RethrowExceptionStream.h"
+
 #include <stdexcept>
 #include <string>
 
+#include <boost/exception/get_error_info.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <boost/exception/get_error_info.hpp>
-
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
-#include "Utility/Utils/RethrowExceptionStream.h"
 #include "support/FakeKovan.h"
 
 using namespace DAX::Common::Utils;

@@ -4,14 +4,12 @@
 #include <utility>
 
 #include <boost/thread/thread.hpp>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -148,5 +146,4 @@ TEST(SRegisterItemTest, MayBeInterruptedAgainWhenItDestroysTheSingleton) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,10 +1,9 @@
+#include "Utility/Utils/SafePlus.h"
+
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include <boost/exception/get_error_info.hpp>
-
-#include "Utility/Utils/SafePlus.h"
+#include <gtest/gtest.h>
 
 using namespace DAX::Common::Utils;
 

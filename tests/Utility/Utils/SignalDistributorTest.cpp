@@ -14,8 +14,7 @@
 #include "support/OtherThread.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::SignalSubscriber;
@@ -385,5 +384,4 @@ TEST(SignalDistributorSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -19,8 +19,7 @@
 #include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -652,5 +651,4 @@ TEST_F(SignalSubscriberTest, IsSubscribedByOneOfManyThreads) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

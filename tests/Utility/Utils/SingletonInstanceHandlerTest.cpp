@@ -8,8 +8,7 @@
 
 #include "support/OtherThread.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 struct Implementation {
@@ -158,5 +157,4 @@ TEST_F(SingletonInstanceHandlerTest, MakesOneImplementationForManyThreads) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

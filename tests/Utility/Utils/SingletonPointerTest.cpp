@@ -8,8 +8,7 @@
 #include "Utility/Utils/SingletonServiceGuard.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -106,5 +105,4 @@ TEST(SingletonPointerTest, MayOutliveOneOfTwoNeeds) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

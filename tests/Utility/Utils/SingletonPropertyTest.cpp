@@ -9,8 +9,7 @@
 #include "support/OtherThread.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::errinfo_stream_text;
@@ -88,5 +87,4 @@ TEST(SingletonPropertyTest, AllowsOneObjectOfManyThreads) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

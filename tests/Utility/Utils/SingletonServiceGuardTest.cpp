@@ -9,8 +9,7 @@
 #include "TestSingletons.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -69,5 +68,4 @@ TEST(SingletonServiceGuardTest, NeedsAGuardOnWhatTheSingletonRequires) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

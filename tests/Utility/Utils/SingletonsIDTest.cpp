@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -68,5 +67,4 @@ INSTANTIATE_TEST_SUITE_P(Unknown, SingletonsIDTest,
                                              "Error: singleton identifier not recognized (-2147483648)"}));
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

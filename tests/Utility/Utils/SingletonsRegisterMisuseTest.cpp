@@ -1,5 +1,3 @@
-#include "Utility/Utils/SingletonsRegister.h"
-
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -10,10 +8,10 @@
 #include "Common/Logging/Logging.h"
 #include "TestSingletons.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
+#include "Utility/Utils/SingletonsRegister.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -199,5 +197,4 @@ TEST(SingletonsRegisterMisuseTest, LetsAProcessEndThatLeaksNothing) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 #include "TestSingletons.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -322,5 +321,4 @@ TEST(SingletonsRegisterTest, LetsAFactoryMarkWhatItsSingletonRequires) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

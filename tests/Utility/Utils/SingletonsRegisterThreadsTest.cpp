@@ -1,5 +1,3 @@
-#include "Utility/Utils/SingletonsRegister.h"
-
 #include <atomic>
 #include <memory>
 #include <stdexcept>
@@ -11,12 +9,12 @@
 
 #include "TestSingletons.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
+#include "Utility/Utils/SingletonsRegister.h"
 #include "support/Event.h"
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -179,5 +177,4 @@ TEST(SingletonsRegisterThreadsTest, ServesManyThreadsWhileItCreatesAndDestroys) 
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include "Utility/Utils/SingletonsRegister.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A registered singleton that notes its life in the journal: "construct DUMMY_SINGLETON", "destroy DUMMY_SINGLETON".
 template <Common::Utils::SingletonsID ID, Common::Utils::SingletonsID... REQUIRED>
@@ -50,5 +49,4 @@ Common::Utils::SingletonPointer<T> service(const std::string& user) {
     return theRegister().getService<T>(user, T::getID());
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

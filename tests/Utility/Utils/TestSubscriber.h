@@ -11,8 +11,7 @@
 #include "Utility/Utils/UserDataRegister.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A subscriber to a signal that the test gives by hand, and which notes what is asked of it in the journal. The knobs
 // belong to the test's thread.
@@ -66,5 +65,4 @@ private:
     std::atomic<void*> m_lastId{nullptr};
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,7 +7,6 @@
 #include <boost/optional.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <boost/thread/thread.hpp>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,8 +15,7 @@
 #include "Utility/Utils/UserDataRegister.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A thread id that no thread of the test has.
 const boost::thread::id NOT_ANY_THREAD;
@@ -47,5 +45,4 @@ private:
     const Common::Utils::SingletonServiceGuard<UserDataRegister> m_register;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

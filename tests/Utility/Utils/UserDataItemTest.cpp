@@ -6,8 +6,7 @@
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::UserDataItem;
@@ -70,5 +69,4 @@ TEST_F(UserDataItemTest, IsReachedByAnyThreadInProduction) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

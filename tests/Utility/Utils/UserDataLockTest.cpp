@@ -6,8 +6,7 @@
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -145,5 +144,4 @@ TEST_F(UserDataLockTest, IsInvalidWhenTheIdIsUnregisteredBetweenItsTwoLocks) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

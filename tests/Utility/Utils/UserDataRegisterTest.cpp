@@ -8,8 +8,7 @@
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAre;
@@ -134,5 +133,4 @@ TEST_F(UserDataRegisterTest, GivesEachThreadIdsOfItsOwn) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::getDebugName;
@@ -37,5 +36,4 @@ TEST(GetDebugName, GivesStaticTypeAndAddressOfWhatHasNone) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,16 +1,14 @@
 #include "daxctl/Failure.h"
 
-#include <gmock/gmock.h>
-
 #include <boost/exception_ptr.hpp>
+#include <gmock/gmock.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -133,5 +131,4 @@ TEST(DescribeCurrentException, TellsWhatAnyOtherExceptionSays) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

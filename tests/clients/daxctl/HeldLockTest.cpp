@@ -1,4 +1,6 @@
 // Which daemon a lock is of.
+#include "daxctl/HeldLock.h"
+
 #include <future>
 
 #include <boost/archive/text_oarchive.hpp>
@@ -6,13 +8,11 @@
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "clients/daxctl/StandardError.h"
-#include "daxctl/HeldLock.h"
 #include "support/PrivateBus.h"
 #include "support/RawPeer.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -131,5 +131,4 @@ TEST_F(HeldLockTest, IsNotHadWithoutADaemon) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

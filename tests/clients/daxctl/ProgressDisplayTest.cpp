@@ -4,8 +4,7 @@
 
 #include "clients/daxctl/StandardError.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -91,5 +90,4 @@ TEST(ProgressDisplayOnAPipe, WritesNothingWhenItIsSilent) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include "daxctl/ChildProcess.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -122,5 +121,4 @@ TEST_F(ChildProcess, WritesToStandardOutputOtherwise) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -76,5 +75,4 @@ std::string StandardError::text() {
     return all;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

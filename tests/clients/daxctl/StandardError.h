@@ -2,8 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Puts a pipe, or a terminal that passes bytes on as they are, in the place of standard error, for less than a pipe can
 // hold. Standard error is back when text() was called, or when the object goes.
@@ -26,5 +25,4 @@ private:
     int m_reading = -1;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -3,7 +3,6 @@
 #include <csignal>
 
 #include <boost/optional/optional_io.hpp>
-
 #include <gmock/gmock.h>
 
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
@@ -11,8 +10,7 @@
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -202,5 +200,4 @@ TEST(Session, TellsOfALockThatBlocksByTheDevicesSetting) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

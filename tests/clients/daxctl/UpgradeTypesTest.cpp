@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace DAXCommon;
@@ -21,5 +20,4 @@ TEST(UpgradeTypes, AreNumbersWhenTheyHaveNoName) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,10 +1,11 @@
-#include "clients/kovanctl/KovanctlTest.h"
-#include "system_info.h"
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
+
+#include "clients/kovanctl/KovanctlTest.h"
+#include "system_info.h"
 
 using namespace DAX::Tests;
 using testing::HasSubstr;

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "support/Process.h"
-#include "support/TemporaryRoot.h"
-
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+#include <gtest/gtest.h>
+
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX::Tests {
 
 inline const ProcessEnd DONE = ProcessEnd::exited(0);
 inline const ProcessEnd REFUSED = ProcessEnd::exited(1);
@@ -32,5 +32,4 @@ inline void expectFailure(const FinishedRun& run, const ProcessEnd& end, const s
     EXPECT_EQ(message, run.errors);
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

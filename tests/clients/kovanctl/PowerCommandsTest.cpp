@@ -1,12 +1,12 @@
-#include "clients/kovanctl/KovanctlTest.h"
-#include "support/PowerListener.h"
-
-#include <device_power.h>
-
-#include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+#include <device_power.h>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "clients/kovanctl/KovanctlTest.h"
+#include "support/PowerListener.h"
 
 using namespace DAX::Tests;
 using testing::ElementsAre;

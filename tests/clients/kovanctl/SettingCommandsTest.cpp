@@ -1,10 +1,11 @@
-#include "clients/kovanctl/KovanctlTest.h"
-#include "vconf.h"
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
+
+#include "clients/kovanctl/KovanctlTest.h"
+#include "vconf.h"
 
 using namespace DAX::Tests;
 using testing::HasSubstr;
@@ -37,7 +38,7 @@ struct Mistaken {
 };
 
 // Names the tests "int4" and so on.
-template <typename Value>
+template <class Value>
 std::string nameByType(const testing::TestParamInfo<Value>& info) {
     return info.param.type + std::to_string(info.index);
 }

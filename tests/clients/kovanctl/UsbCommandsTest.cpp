@@ -1,12 +1,13 @@
-#include "clients/kovanctl/KovanctlTest.h"
-#include "usb_device.h"
-
-#include <gmock/gmock.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "clients/kovanctl/KovanctlTest.h"
+#include "usb_device.h"
 
 using namespace DAX::Tests;
 using testing::HasSubstr;

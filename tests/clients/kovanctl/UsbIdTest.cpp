@@ -1,14 +1,15 @@
+#include <string>
+#include <vector>
+
+#include <boost/optional/optional_io.hpp>
+#include <gtest/gtest.h>
+
 #include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
 #include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
 #include "clients/kovanctl/KovanctlTest.h"
 #include "support/DebugParameters.h"
 #include "support/NamedRow.h"
-
-#include <boost/optional/optional_io.hpp>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 using namespace DAX::Tests;
 using DAX::Platform::IUSBDeviceManager;

@@ -1,14 +1,15 @@
 #include "host/AppendFile.h"
 
-#include "support/ForkedProcess.h"
-#include "support/TemporaryRoot.h"
-
 #include <algorithm>
 #include <filesystem>
-#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+
+#include "support/ForkedProcess.h"
+#include "support/TemporaryRoot.h"
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::TemporaryRoot;

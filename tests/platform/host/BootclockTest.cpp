@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <ctime>
+
 #include <gtest/gtest.h>
 
 namespace {

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "support/TemporaryRoot.h"
-
 #include <functional>
-#include <gtest/gtest.h>
 #include <string>
 
-namespace DAX {
-namespace Tests {
+#include <gtest/gtest.h>
+
+#include "support/TemporaryRoot.h"
+
+namespace DAX::Tests {
 
 // What `action` leaves on standard error.
 inline std::string errorsOf(const std::function<void()>& action) {
@@ -25,5 +25,4 @@ protected:
     const TemporaryRoot m_root;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,10 +1,10 @@
 #include "DiskCalls.h"
 
 #include <cerrno>
+
 #include <sys/stat.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 thread_local std::vector<std::string>* calls = nullptr;
@@ -38,8 +38,7 @@ void failNextDiskCall(const std::string& kind, int errnoValue) {
     failure = errnoValue;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
 extern "C" {

@@ -1,19 +1,20 @@
 #include "dlog.h"
-#include "host/DlogSink.h"
-
-#include "support/ForkedProcess.h"
-#include "support/TemporaryRoot.h"
 
 #include <cerrno>
 #include <cstdlib>
 #include <functional>
-#include <gmock/gmock.h>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
 #include <syslog.h>
 #include <unistd.h>
-#include <vector>
+
+#include "host/DlogSink.h"
+#include "support/ForkedProcess.h"
+#include "support/TemporaryRoot.h"
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::TemporaryRoot;

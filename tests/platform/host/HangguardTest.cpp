@@ -1,15 +1,16 @@
 #include "hangguard.h"
 
-#include "support/TemporaryRoot.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+
+#include "support/TemporaryRoot.h"
 
 using DAX::Tests::TemporaryRoot;
 

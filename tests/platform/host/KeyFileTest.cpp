@@ -1,16 +1,17 @@
 #include "host/KeyFile.h"
 
-#include "host/KeyFileLines.h"
-#include "support/Corruption.h"
-
 #include <chrono>
-#include <glib.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <glib.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/KeyFileLines.h"
+#include "support/Corruption.h"
 
 using KovanHost::KeyFile;
 using testing::ElementsAre;
@@ -41,7 +42,7 @@ std::string reasonAgainst(const std::string& text) {
     return "<none>";
 }
 
-template <typename T>
+template <class T>
 std::string reasonAgainstValue(const std::string& text) {
     const KeyFile file("[group]\nkey=" + text + "\n");
     try {

@@ -1,9 +1,9 @@
 #include "kvplatform.h"
 
+#include <gmock/gmock.h>
+
 #include "platform/host/DeviceTest.h"
 #include "support/ForkedProcess.h"
-
-#include <gmock/gmock.h>
 
 using DAX::Tests::DeviceTest;
 using DAX::Tests::ForkedProcess;

@@ -1,14 +1,15 @@
 #include "MetricLogger.h"
 
-#include "support/ForkedProcess.h"
-#include "support/TemporaryRoot.h"
-
-#include <gmock/gmock.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "support/ForkedProcess.h"
+#include "support/TemporaryRoot.h"
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::TemporaryRoot;

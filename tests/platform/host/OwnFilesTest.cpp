@@ -1,20 +1,20 @@
 #include "host/OwnFiles.h"
 
+#include <cerrno>
+#include <filesystem>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
 #include "MetricLogger.h"
 #include "host/DeviceFile.h"
 #include "host/DlogSink.h"
 #include "host/PowerFile.h"
 #include "host/UsbFile.h"
 #include "plantcfg.h"
-#include "vconf.h"
-
 #include "support/TemporaryRoot.h"
-
-#include <cerrno>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <string>
-#include <sys/stat.h>
+#include "vconf.h"
 
 namespace {
 

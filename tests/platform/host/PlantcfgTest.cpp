@@ -1,10 +1,11 @@
 #include "plantcfg.h"
 
-#include "platform/host/DeviceTest.h"
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
+
+#include "platform/host/DeviceTest.h"
 
 namespace {
 

@@ -1,20 +1,20 @@
-#include "device_power.h"
+#include <atomic>
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <thread>
 
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "device_power.h"
 #include "host/SimulatedPower.h"
 #include "support/ForkedProcess.h"
 #include "support/MainContext.h"
 #include "support/PowerListener.h"
 #include "support/TemporaryRoot.h"
-
-#include <atomic>
-#include <cerrno>
-#include <fcntl.h>
-#include <filesystem>
-#include <functional>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <thread>
-#include <unistd.h>
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::iterateUntil;

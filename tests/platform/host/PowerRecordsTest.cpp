@@ -1,12 +1,13 @@
 #include "host/PowerRecords.h"
 
-#include "support/Corruption.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/Corruption.h"
 
 using KovanHost::parsePower;
 using KovanHost::Power;

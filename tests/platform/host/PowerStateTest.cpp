@@ -1,17 +1,17 @@
-#include "device_power.h"
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <vector>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "device_power.h"
 #include "host/PowerFile.h"
 #include "support/ForkedProcess.h"
 #include "support/OrdinaryUser.h"
 #include "support/TemporaryRoot.h"
-
-#include <cerrno>
-#include <csignal>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <memory>
-#include <vector>
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::OrdinaryUser;

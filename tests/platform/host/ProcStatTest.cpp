@@ -1,11 +1,11 @@
-#include "proc_stat.h"
-
-#include "support/ForkedProcess.h"
-#include "support/OrdinaryUser.h"
-
 #include <cerrno>
 #include <fstream>
+
 #include <gtest/gtest.h>
+
+#include "proc_stat.h"
+#include "support/ForkedProcess.h"
+#include "support/OrdinaryUser.h"
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::OrdinaryUser;

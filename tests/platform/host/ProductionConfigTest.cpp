@@ -1,9 +1,8 @@
-#include "DAXProductionConfig.h"
+#include <gmock/gmock.h>
 
+#include "DAXProductionConfig.h"
 #include "platform/host/DeviceTest.h"
 #include "support/ForkedProcess.h"
-
-#include <gmock/gmock.h>
 
 using DAX::Common::Debug::isProduction;
 using DAX::Tests::DeviceTest;

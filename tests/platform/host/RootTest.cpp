@@ -1,6 +1,7 @@
 #include "host/Root.h"
 
 #include <cstdlib>
+
 #include <gtest/gtest.h>
 
 using KovanHost::underRoot;

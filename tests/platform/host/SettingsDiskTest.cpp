@@ -1,16 +1,16 @@
-#include "host/SettingsTransaction.h"
-#include "vconf.h"
-
-#include "support/ForkedProcess.h"
-#include "support/SmallDisk.h"
-#include "support/TemporaryRoot.h"
-
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 #include <unistd.h>
+
+#include "host/SettingsTransaction.h"
+#include "support/ForkedProcess.h"
+#include "support/SmallDisk.h"
+#include "support/TemporaryRoot.h"
+#include "vconf.h"
 
 using DAX::Tests::fillDisk;
 using DAX::Tests::ForkedProcess;

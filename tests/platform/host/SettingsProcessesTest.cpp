@@ -1,16 +1,16 @@
-#include "host/Root.h"
-#include "host/SettingsTransaction.h"
-#include "vconf.h"
-
-#include "support/ForkedProcess.h"
-#include "support/TemporaryRoot.h"
-
 #include <csignal>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "host/Root.h"
+#include "host/SettingsTransaction.h"
+#include "support/ForkedProcess.h"
+#include "support/TemporaryRoot.h"
+#include "vconf.h"
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::TemporaryRoot;

@@ -1,20 +1,20 @@
-#include "system_info.h"
-
-#include "host/DeviceFile.h"
-#include "platform/host/DeviceTest.h"
-
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <thread>
 #include <utility>
 #include <variant>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/DeviceFile.h"
+#include "platform/host/DeviceTest.h"
+#include "system_info.h"
 
 using DAX::Tests::errorsOf;
 using KovanHost::DeviceFact;
@@ -31,7 +31,7 @@ using Flag = std::pair<int, bool>;
 
 constexpr int UNTOUCHED = -12345;
 
-template <typename Question>
+template <class Question>
 Text askText(Question ask) {
     char* text = nullptr;
     const int result = ask(&text);
@@ -40,7 +40,7 @@ Text askText(Question ask) {
     return {result, value};
 }
 
-template <typename Value, typename Question>
+template <class Value, class Question>
 std::pair<int, Value> askValue(Value before, Question ask) {
     const int result = ask(&before);
     return {result, before};

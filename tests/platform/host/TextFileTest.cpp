@@ -1,15 +1,16 @@
 #include "host/TextFile.h"
 
+#include <cerrno>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
 #include "DiskCalls.h"
 #include "support/SmallDisk.h"
 #include "support/TemporaryRoot.h"
-
-#include <cerrno>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <stdexcept>
-#include <string>
-#include <sys/stat.h>
 
 using DAX::Tests::diskCallsOf;
 using DAX::Tests::failNextDiskCall;
@@ -24,7 +25,7 @@ namespace {
 
 class TextFileTest : public testing::Test {
 protected:
-    template <typename Action>
+    template <class Action>
     static std::string reasonAgainst(Action action) {
         try {
             action();

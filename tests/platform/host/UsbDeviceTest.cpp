@@ -1,19 +1,19 @@
-#include "usb_device.h"
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "host/UsbFile.h"
 #include "platform/host/DeviceTest.h"
 #include "support/CrashPoint.h"
 #include "support/ForkedProcess.h"
-
-#include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <memory>
-#include <set>
-#include <string>
-#include <vector>
+#include "usb_device.h"
 
 using DAX::Tests::errorsOf;
 using DAX::Tests::ForkedProcess;

@@ -1,15 +1,16 @@
 #include "vconf.h"
 
-#include "support/TemporaryRoot.h"
-
 #include <cstdlib>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/TemporaryRoot.h"
 
 using DAX::Tests::TemporaryRoot;
 

@@ -3,14 +3,13 @@
 #include <chrono>
 #include <filesystem>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "support/RecordEquality.h"
 #include "support/SampleRecords.h"

@@ -3,8 +3,7 @@
 #include <cstdio>
 #include <utility>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 thread_local std::function<void()> afterClose;
@@ -15,8 +14,7 @@ void afterNextClose(std::function<void()> function) {
     afterClose = std::move(function);
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
 extern "C" {

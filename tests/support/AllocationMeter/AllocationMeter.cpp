@@ -1,10 +1,11 @@
 #include "support/AllocationMeter.h"
-#include "support/NoMemory.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
+
+#include "support/NoMemory.h"
 
 namespace {
 
@@ -63,8 +64,7 @@ void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 AllocationMeter::AllocationMeter() {
     allAllocated = 0;
@@ -92,5 +92,4 @@ NoMemory::~NoMemory() {
     memoryRunsOut = false;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

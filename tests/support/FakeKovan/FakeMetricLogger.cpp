@@ -1,6 +1,6 @@
-#include <MetricLogger.h>
-
 #include <utility>
+
+#include <MetricLogger.h>
 
 #include "support/FakeEvents.h"
 #include "support/FakeKovan/State.h"

@@ -63,14 +63,10 @@ int proc_stat_set_vip_process() {
     });
 }
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 
 bool isProduction() {
     return locked([](State::Content& content) { return content.production; });
 }
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

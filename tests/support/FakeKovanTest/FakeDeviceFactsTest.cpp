@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <plantcfg.h>
 #include <system_info.h>
 #include <usb_device.h>

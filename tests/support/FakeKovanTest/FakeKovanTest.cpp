@@ -3,11 +3,10 @@
 #include <MetricLogger.h>
 #include <bootclock.h>
 #include <dlog.h>
-#include <hangguard.h>
-#include <vconf.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <hangguard.h>
+#include <vconf.h>
 
 using testing::ElementsAre;
 

@@ -1,9 +1,8 @@
-#include "support/FakeKovan.h"
-
 #include <device_power.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "support/FakeKovan.h"
 
 using FakeKovan::PowerSignal;
 using testing::ElementsAre;

@@ -9,8 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -78,5 +77,4 @@ bool killAtSystemCall(const std::function<void()>& operation, int call) {
     }
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

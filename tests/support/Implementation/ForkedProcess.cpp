@@ -2,12 +2,12 @@
 
 #include <cerrno>
 #include <csignal>
+
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -47,5 +47,4 @@ int ForkedProcess::wait() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 // Locks of the moment, such as those of the allocator, are held for less.
@@ -59,5 +58,4 @@ bool OtherThread::hasReturned() const {
     return !m_returned.valid() || m_returned.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

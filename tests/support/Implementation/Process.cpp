@@ -4,18 +4,18 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <system_error>
+#include <utility>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <system_error>
 #include <unistd.h>
-#include <utility>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -258,5 +258,4 @@ FinishedRun run(const Command& command, std::chrono::milliseconds bound) {
     return {end.value(), process.output(), process.errors()};
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

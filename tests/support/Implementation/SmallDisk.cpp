@@ -12,8 +12,7 @@
 
 #include "support/ForkedProcess.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -59,5 +58,4 @@ void fillDisk(const std::string& folder, const std::string& name) {
     }
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

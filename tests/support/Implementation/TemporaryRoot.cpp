@@ -7,8 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -59,5 +58,4 @@ std::string TemporaryRoot::read(const std::string& relative) const {
     return text.str();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -16,8 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 namespace fs = std::filesystem;
@@ -230,5 +229,4 @@ void PrivateBus::stop() {
     m_pid = 0;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -11,8 +11,7 @@
 
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -190,5 +189,4 @@ void RawServer::run() {
     }
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

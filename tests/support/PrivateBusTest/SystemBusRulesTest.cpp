@@ -1,18 +1,18 @@
 // The private bus with a system bus's rules.
-#include "support/PrivateBus.h"
-#include "support/RawPeer.h"
-
 #include <filesystem>
 #include <fstream>
-#include <gmock/gmock.h>
 #include <regex>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
-namespace DAX {
-namespace Tests {
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "support/PrivateBus.h"
+#include "support/RawPeer.h"
+
+namespace DAX::Tests {
 namespace {
 
 using testing::ElementsAreArray;
@@ -103,5 +103,4 @@ TEST(SystemBusRulesTest, LetAPeerOfNobodyConnectWithThatUsersRights) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 void append(DBusMessageIter& values, DBusSignatureIter type);
@@ -74,5 +73,4 @@ void appendAnyValue(DBusMessage& message, const std::string& signature) {
     append(values, type);
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 #include "ClientUnderTest.h"
 #include "support/Corruption.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::HasSubstr;
@@ -97,5 +96,4 @@ TEST_F(BadArchives, AreReadWhateverStandsBehindThem) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,8 +1,7 @@
 // Callers that may not call, and callers that do not wait.
 #include "ClientUnderTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::HasSubstr;
@@ -79,5 +78,4 @@ TEST_F(BadCallers, MayVanishOneAfterTheOtherWithoutBeingRemembered) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "support/Corruption.h"
 #include "support/WireGoldens.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::HasSubstr;
@@ -168,5 +167,4 @@ TEST_F(BadCore, ThatNamesAConnectionThatCannotBeIsRefused) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

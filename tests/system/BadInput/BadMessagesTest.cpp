@@ -2,8 +2,7 @@
 #include "AnyValue.h"
 #include "ClientUnderTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::HasSubstr;
@@ -141,5 +140,4 @@ TEST_F(BadMessages, OfTheObjectsOwnIntrospectionNameEveryMethod) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "support/WaitUntil.h"
 #include "support/WireGoldens.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 const std::string SESSION_PROXY = "Proxy-1";
@@ -144,5 +143,4 @@ void ClientUnderTest::TearDown() {
     DaemonUnderTest::TearDown();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

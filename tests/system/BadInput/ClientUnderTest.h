@@ -6,8 +6,7 @@
 #include "DaemonUnderTest.h"
 #include "support/ServiceContract.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A client of the daemon with a session and a transaction that are open, on three raw connections, over a simulated
 // core whose search has ended well. It can send anything, and puts back what that has done.
@@ -55,5 +54,4 @@ private:
     Answer m_priority; // of "getClientPriority"
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "support/Sanitizer.h"
 #include "support/WireGoldens.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 const std::size_t GROWTH_KIB = 8 * 1024;
@@ -77,5 +76,4 @@ void DaemonUnderTest::TearDown() {
     RecordProperty("GrowthKiB", static_cast<int>(after.residentKiB) - static_cast<int>(m_before.residentKiB));
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

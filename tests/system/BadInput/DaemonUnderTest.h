@@ -11,8 +11,7 @@
 #include "support/RawPeer.h"
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace ManagerNames = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager;
 
@@ -72,5 +71,4 @@ private:
     Condition m_before;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -12,8 +12,7 @@
 #include "support/WireGoldens.h"
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -188,5 +187,4 @@ TEST_F(IdleEnds, LoseNoCallAndNoSession) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

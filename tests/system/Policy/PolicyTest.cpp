@@ -15,8 +15,7 @@
 #include "support/RawPeer.h"
 #include "system/support/Desk.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -274,5 +273,4 @@ TEST_F(PolicyForOthers, LetsTheGroupNeitherCallAnotherObjectNorOwnTheName) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -14,8 +14,7 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxyFactory.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 const char* const Desk::DAEMON_NAME = "org.kovan.tv.dax.service.servicemanager";
 const char* const Desk::CORE_NAME = "org.kovan.tv.dax.core.TV";
@@ -256,5 +255,4 @@ std::string Desk::setting(const std::string& key) const {
     return finished.end == ProcessEnd::exited(0) ? finished.output.substr(0, finished.output.find('\n')) : "absent";
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -12,8 +12,7 @@
 #include "support/RawPeer.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A tester's desk: a device's root, a bus of its own, and on it the daemon and the simulated core, which the bus starts
 // at their first call. Both log to files under the root. When the desk goes, so does every process on it.
@@ -99,5 +98,4 @@ private:
 // True when the process is gone, or waits only for its parent to take notice.
 bool hasEnded(pid_t pid);
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -3,8 +3,7 @@
 #include <fstream>
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -38,5 +37,4 @@ bool forgetPeak(pid_t process) {
     return clear.good();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include <sys/types.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // What a process has in memory now, and the most that it has had, in kilobytes. 0 when there is no such process.
 long residentKilobytes(pid_t process);
@@ -12,5 +11,4 @@ long peakKilobytes(pid_t process);
 // From now on the most that the process has had counts anew. False when the system refuses.
 bool forgetPeak(pid_t process);
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

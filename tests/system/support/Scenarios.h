@@ -2,8 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Every step takes next to no time.
 const char* const QUICK = "[search]\nseconds=0.01\n[installation]\nseconds=0.01\n[finalization]\nseconds=0.01\n";
@@ -13,5 +12,4 @@ inline std::string withFault(const std::string& method, const std::string& fault
     return QUICK + ("[fault " + method + "]\n") + fault + "\n";
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 
 #include "serializers/binary/SerializerMixin.h"
 
-namespace serializers {
-namespace binary {
+namespace serializers::binary {
 
 // Writes values, or reads them, through the same calls. Belongs to one thread at a time.
 class ISerializer : public SerializerMixin<ISerializer> {
@@ -20,5 +19,4 @@ public:
     virtual void serializeData(std::uint8_t* data, std::size_t size) = 0;
 };
 
-} // namespace binary
-} // namespace serializers
+} // namespace serializers::binary

@@ -8,8 +8,7 @@
 #include "serializers/binary/detail/type_name.h"
 #include "serializers/exceptions.h"
 
-namespace serializers {
-namespace binary {
+namespace serializers::binary {
 
 // The front of a serializer: Derived has `bool saving()` and `void serializeData(uint8_t* data, size_t size)`. The
 // formatter, such as little_endian<4>, says how many bytes a value takes, and in which order. Whatever the formatter
@@ -78,5 +77,4 @@ private:
     }
 };
 
-} // namespace binary
-} // namespace serializers
+} // namespace serializers::binary

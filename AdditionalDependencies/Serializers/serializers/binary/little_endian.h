@@ -10,8 +10,7 @@
 
 #include "serializers/exceptions.h"
 
-namespace serializers {
-namespace binary {
+namespace serializers::binary {
 
 namespace detail {
 
@@ -68,5 +67,4 @@ private:
     }
 };
 
-} // namespace binary
-} // namespace serializers
+} // namespace serializers::binary

@@ -5,9 +5,7 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 using DBUSWrapperExceptions::DBUSMemoryError;
 
@@ -40,6 +38,4 @@ bool BusCalls::receive(DBusMessage* message) {
     return true;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -8,9 +8,7 @@
 
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // Calls of the bus's own methods that nobody waits for. An answer comes in among the other messages, behind all that
 // the bus sent before it. Only for the thread that dispatches the connection.
@@ -35,6 +33,4 @@ private:
     std::unordered_map<dbus_uint32_t, Answer> m_open; // by the serial of the call
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -4,9 +4,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 namespace {
 
@@ -101,6 +99,4 @@ void BusClients::receiveOwner(const std::string& name, DBusMessage& answer) {
     }
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -9,9 +9,7 @@
 
 #include "Common/DBUSWrapper/Implementation/BusCalls.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // The connections that have called an adapter's object, by their unique names, and what makes the bus tell of their
 // ends. Only for the adapter's loop.
@@ -53,6 +51,4 @@ private:
     bool m_isRefusalLogged = false;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -6,9 +6,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 const unsigned int BUS_NAME_FLAGS = DBUS_NAME_FLAG_REPLACE_EXISTING | DBUS_NAME_FLAG_DO_NOT_QUEUE;
 
@@ -51,6 +49,4 @@ void BusName::receiveClaim(DBusMessage& answer) {
     m_state = State::GONE;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

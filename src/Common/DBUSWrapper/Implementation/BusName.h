@@ -6,9 +6,7 @@
 
 #include "Common/DBUSWrapper/Implementation/BusCalls.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // The well-known name that a connection has, and how it is given back without losing a call: the bus keeps the order,
 // so that whatever it sent here under the name comes in before its answer to the release. Only for the adapter's loop.
@@ -41,6 +39,4 @@ private:
 // How an adapter asks for a name: DBUS_NAME_FLAG_....
 extern const unsigned int BUS_NAME_FLAGS;
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

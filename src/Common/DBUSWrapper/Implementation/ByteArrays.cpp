@@ -3,9 +3,7 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 namespace {
 
 using DBUSWrapperExceptions::DBUSMemoryError;
@@ -49,6 +47,4 @@ boost::optional<std::string_view> readByteArray(DBusMessageIter& argument) {
     return std::string_view(bytes, static_cast<std::size_t>(count));
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -5,9 +5,7 @@
 #include <boost/optional.hpp>
 #include <dbus/dbus.h>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // Appends one argument of type `ay`. Throws DBUSMemoryError.
 void appendByteArray(DBusMessageIter& arguments, std::string_view bytes);
@@ -15,6 +13,4 @@ void appendByteArray(DBusMessageIter& arguments, std::string_view bytes);
 // The bytes of the argument at the iterator, as long as the message lives; empty when it is anything but an `ay`.
 boost::optional<std::string_view> readByteArray(DBusMessageIter& argument);
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -15,9 +15,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 using namespace DBUSWrapperExceptions;
 
@@ -280,6 +278,4 @@ void CDBUSAdapter::unsubscribeForNameOwnerChangedSignal(const std::string& name)
     }
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

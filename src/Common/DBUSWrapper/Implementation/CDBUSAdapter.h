@@ -22,9 +22,7 @@
 #include "Common/DBUSWrapper/Implementation/ReusedStream.h"
 #include "Common/Utils/ISimpleClock.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 class CDBUSAdapter : public IDBUSAdapter, public IDBUSEventsSubscriber {
 public:
@@ -123,6 +121,4 @@ private:
     ReusedStream m_output; // of the call being handled
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

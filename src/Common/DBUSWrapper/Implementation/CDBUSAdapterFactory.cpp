@@ -4,9 +4,7 @@
 
 #include "Common/DBUSWrapper/Implementation/CDBUSAdapter.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 std::shared_ptr<IDBUSAdapter::IDBUSAdapterFactory> IDBUSAdapter::createDefaultAdapterFactory() {
     return std::make_shared<CDBUSAdapterFactory>();
@@ -17,6 +15,4 @@ std::unique_ptr<IDBUSAdapter> CDBUSAdapterFactory::create(IDBUSWrapper::DBUSType
     return std::make_unique<CDBUSAdapter>(type, objectPath, std::move(handler), flag);
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

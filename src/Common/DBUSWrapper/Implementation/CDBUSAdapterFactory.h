@@ -5,9 +5,7 @@
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 class CDBUSAdapterFactory : public IDBUSAdapter::IDBUSAdapterFactory {
 public:
@@ -15,6 +13,4 @@ public:
                                          std::shared_ptr<IDBUSRequestsHandler> handler, bool flag) override;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

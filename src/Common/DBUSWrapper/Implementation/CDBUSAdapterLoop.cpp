@@ -14,9 +14,7 @@
 #include "Platform/OperatingSystem/StopNotification.h"
 #include "Utility/Utils/KeptInterruption.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 namespace {
 
@@ -154,6 +152,4 @@ void CDBUSAdapter::Loop::finishIdleEnd() const {
                  << m_idleTimeoutInSeconds << " seconds.";
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -8,9 +8,7 @@
 #include "Common/DBUSWrapper/Implementation/CDBUSAdapter.h"
 #include "Common/Utils/SoftWatchdog.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // The loop of an adapter over its open connection: waits, dispatches, pings, and finds out when to stop.
 class CDBUSAdapter::Loop {
@@ -54,6 +52,4 @@ private:
     std::unique_ptr<Guards> m_guards; // none in production
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -1,11 +1,10 @@
-#include "Common/DBUSWrapper/Implementation/CDBUSAdapter.h"
-
 #include <boost/assert.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "Common/DBUSWrapper/Implementation/ByteArrays.h"
+#include "Common/DBUSWrapper/Implementation/CDBUSAdapter.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Common/DBUSWrapper/Implementation/PeerCalls.h"
 #include "Common/Logging/LoggingStream.h"
@@ -14,9 +13,7 @@
 
 // What comes in over the connection of an adapter, and what goes out.
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 using namespace DBUSWrapperExceptions;
 
@@ -252,6 +249,4 @@ DBusHandlerResult CDBUSAdapter::handleNameAcquired(DBusMessage* message) {
     return DBUS_HANDLER_RESULT_HANDLED;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -11,9 +11,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 using namespace DBUSWrapperExceptions;
 
@@ -139,6 +137,4 @@ DBUSMessageHandle CDBUSProxy::sendAndWait(DBusMessage& message) const {
     DAX_THROW(RemoteObjectNotAccessible(), error.message());
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

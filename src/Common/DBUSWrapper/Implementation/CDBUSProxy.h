@@ -11,9 +11,7 @@
 #include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 class CDBUSProxy : public IDBUSProxy {
 public:
@@ -43,6 +41,4 @@ private:
     std::unique_ptr<CallChannel> m_channel; // goes before the connection
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -2,9 +2,7 @@
 
 #include "Common/DBUSWrapper/Implementation/CDBUSProxy.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 std::unique_ptr<IDBUSProxy::IDBUSProxyFactory> IDBUSProxy::createDefaultProxyFactory() {
     return std::make_unique<CDBUSProxyFactory>();
@@ -17,6 +15,4 @@ std::unique_ptr<IDBUSProxy> CDBUSProxyFactory::create(IDBUSWrapper::DBUSType typ
     return std::make_unique<CDBUSProxy>(objectPath, interfaceName, type, activationTimeoutMs, callTimeoutMs);
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -5,9 +5,7 @@
 
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 class CDBUSProxyFactory : public IDBUSProxy::IDBUSProxyFactory {
 public:
@@ -17,6 +15,4 @@ public:
                                        boost::optional<unsigned int> callTimeoutMs) override;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

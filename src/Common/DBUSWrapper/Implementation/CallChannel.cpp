@@ -9,9 +9,7 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 namespace {
 
@@ -184,6 +182,4 @@ void CallChannel::transfer() {
     dbus_connection_read_write(&m_connection, 0);
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -10,9 +10,7 @@
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Common/DBUSWrapper/Implementation/IdleReader.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // Carries calls over a connection that is for nothing else. What arrives and is not the reply that a call waits for
 // (signals, calls, late replies) is read and dropped at once: by the caller while a call is under way, by the
@@ -55,6 +53,4 @@ private:
     IdleReader::Registration m_idle; // last: the reader comes through it
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -1,8 +1,6 @@
 #include "Common/DBUSWrapper/Implementation/CheckTimeout.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 bool checkTimeout(float& last, int interval, const boost::optional<std::function<void()>>& function,
                   Utils::ISimpleClock& clock, Utils::SoftWatchdog* guard) {
@@ -23,6 +21,4 @@ bool checkTimeout(float& last, int interval, const boost::optional<std::function
     return true;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

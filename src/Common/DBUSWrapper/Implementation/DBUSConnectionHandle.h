@@ -4,9 +4,7 @@
 
 struct DBusConnection;
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 struct CloseConnection {
     void operator()(DBusConnection* connection) const;
@@ -15,6 +13,4 @@ struct CloseConnection {
 // A private connection; it is closed and released with the handle.
 using DBUSConnectionHandle = std::unique_ptr<DBusConnection, CloseConnection>;
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -3,9 +3,7 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 void CloseConnection::operator()(DBusConnection* connection) const {
     dbus_connection_close(connection);
@@ -26,6 +24,4 @@ DBUSConnectionHandle openPrivateConnection(IDBUSWrapper::DBUSType type) {
     return connection;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -8,9 +8,7 @@
 #include "Common/DBUSWrapper/IDBUSWrapper.h"
 #include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // What libdbus hands out and wants back.
 
@@ -41,6 +39,4 @@ bool wantsReply(DBusMessage* message);
 // Throws ErrorConnectingToDBUS with the message of libdbus.
 DBUSConnectionHandle openPrivateConnection(IDBUSWrapper::DBUSType type);
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -2,9 +2,7 @@
 
 #include <dbus/dbus.h>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 const char REPLY_MESSAGE_TYPE_REPLY_STRING[] = "REPLY";
 const char REPLY_MESSAGE_TYPE_EXCEPTION_STRING[] = "EXCEPTION";
@@ -13,6 +11,4 @@ void IDBUSWrapper::initialize() {
     dbus_threads_init_default();
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -14,9 +14,7 @@
 #include "Utility/Utils/BlockedSignals.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 namespace {
 
@@ -150,6 +148,4 @@ void IdleReader::Registration::change(unsigned int events) {
     epoll_ctl(m_reader->m_poll.get(), EPOLL_CTL_MOD, m_fd, &change);
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

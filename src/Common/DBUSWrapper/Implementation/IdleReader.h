@@ -8,9 +8,7 @@
 
 #include "Utility/Utils/FileDescriptor.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // A thread that reads from connections on which nobody waits for anything. Anybody on a bus may send to a connection.
 // What is not read there stays with the bus, up to its limit, and stands before the next reply, or keeps it out.
@@ -71,6 +69,4 @@ private:
     boost::thread m_thread;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -6,9 +6,7 @@
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 namespace {
 
 const char UNKNOWN_METHOD[] = "Unknown method invoked on org.freedesktop.DBus.Peer interface";
@@ -68,6 +66,4 @@ bool answerPeerCall(DBusConnection* connection, DBusMessage* message) {
     return true;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

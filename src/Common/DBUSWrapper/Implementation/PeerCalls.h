@@ -2,9 +2,7 @@
 
 #include <dbus/dbus.h>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // The calls that every program on a bus understands: "Ping" and "GetMachineId" of org.freedesktop.DBus.Peer. libdbus
 // answers them by itself, but also when the sender wants no answer, which the bus then rejects and logs. After this,
@@ -15,6 +13,4 @@ void takePeerCalls(DBusConnection* connection);
 // Throws DBUSMemoryError.
 bool answerPeerCall(DBusConnection* connection, DBusMessage* message);
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

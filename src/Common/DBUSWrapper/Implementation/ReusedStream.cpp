@@ -1,8 +1,6 @@
 #include "Common/DBUSWrapper/Implementation/ReusedStream.h"
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 namespace {
 
 const std::streamoff LONGEST_KEPT_TEXT = 64 * 1024;
@@ -37,6 +35,4 @@ bool ReusedStream::isAsNew() const {
     return length >= 0 && length <= LONGEST_KEPT_TEXT;
 }
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -3,9 +3,7 @@
 #include <optional>
 #include <sstream>
 
-namespace DAX {
-namespace Common {
-namespace DBUSWrapper {
+namespace DAX::Common::DBUSWrapper {
 
 // A string stream for one message after the other: to make one costs more than most messages, since a new stream looks
 // up every facet of its locale.
@@ -32,6 +30,4 @@ private:
     std::optional<std::stringstream> m_stream;
 };
 
-} // namespace DBUSWrapper
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::DBUSWrapper

@@ -5,9 +5,7 @@
 #include "Common/IO/Implementation/processIfTransactional.h"
 #include "Common/IO/serializeFlag.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 void BranchSink::addBranch(std::shared_ptr<ISink> branch) {
     m_branches.push_back(std::move(branch));
@@ -54,6 +52,4 @@ std::string BranchSink::debugName() const {
     return "BranchSink(" + names + ")";
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -6,9 +6,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 const char CHECKSUMED_STREAM_MAGIC_STRING[] = "CHECKSUMED";
 static_assert(sizeof(CHECKSUMED_STREAM_MAGIC_STRING) == CHECKSUMED_STREAM_MAGIC_SIZE + 1, "the size of the text");
@@ -104,6 +102,4 @@ std::string ChecksumedSink::debugName() const {
     return "ChecksumedSink(" + Utils::getDebugName(*m_sink) + ")";
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -11,9 +11,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 namespace {
 
 using IOExceptions::ChecksumedStreamDataCorrupted;
@@ -125,6 +123,4 @@ std::string ChecksumedStream::debugName() const {
     return "ChecksumedStream(" + Utils::getDebugName(*m_stream) + ")";
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

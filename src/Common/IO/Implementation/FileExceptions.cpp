@@ -2,9 +2,7 @@
 
 #include "Utility/Utils/ErrorTags.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 FileStreamIOException::FileStreamIOException(int errnoValue) {
     *this << Utils::errinfo_errno(errnoValue);
@@ -14,6 +12,4 @@ FileSinkIOException::FileSinkIOException(int errnoValue) {
     *this << Utils::errinfo_errno(errnoValue);
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

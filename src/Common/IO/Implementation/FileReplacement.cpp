@@ -11,9 +11,7 @@
 #include "Common/PlatformDependent/Sync.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 using Utils::errinfo_description;
 using Utils::errinfo_path;
@@ -108,6 +106,4 @@ void FileReplacement::fail(const boost::source_location& site, int errnoValue, c
     DAX_THROW_AT(site, FileSinkIOException(errnoValue), errinfo_path(path) << errinfo_description(description));
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

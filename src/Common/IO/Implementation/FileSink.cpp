@@ -12,9 +12,7 @@
 #include "Common/PlatformDependent/Sync.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 using Utils::errinfo_description;
 using Utils::errinfo_path;
@@ -198,6 +196,4 @@ FileSinkIOException FileSink::failure(int errnoValue) const {
     return exception;
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -7,9 +7,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 using IOExceptions::OutOfRangeException;
 using Utils::errinfo_description;
@@ -139,6 +137,4 @@ FileStreamIOException FileStream::failure(int errnoValue) const {
     return exception;
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

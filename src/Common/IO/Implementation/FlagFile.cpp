@@ -8,9 +8,7 @@
 #include "Common/PlatformDependent/Sync.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 using Utils::errinfo_description;
 using Utils::errinfo_path;
@@ -50,6 +48,4 @@ bool removeFlagFile(const boost::filesystem::path& path) {
     return removed;
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

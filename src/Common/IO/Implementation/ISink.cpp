@@ -5,9 +5,7 @@
 
 #include "Common/IO/StreamBuffer.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 void ISink::throwIfEndOfDataMarked() {
     if (endOfDataMarked()) {
@@ -67,6 +65,4 @@ streamsize_t detail::appendAllStream(IZeroCopySink* sink, IZeroCopyStream* strea
     return sink->appendAllStream(stream);
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

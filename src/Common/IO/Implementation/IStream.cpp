@@ -5,9 +5,7 @@
 
 #include "Utility/Utils/SafePlus.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 std::string IStream::readAllText(std::size_t chunkSize) {
     std::vector<std::uint8_t> text;
@@ -35,6 +33,4 @@ std::size_t IZeroCopyStream::readChunk(std::uint8_t* data, std::size_t size) {
     return bytesRead;
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

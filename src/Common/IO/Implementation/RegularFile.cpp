@@ -10,9 +10,7 @@
 #include "Common/IO/Implementation/Uninterrupted.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 using Utils::errinfo_description;
 using Utils::errinfo_path;
@@ -75,6 +73,4 @@ void RegularFile::fail(const boost::source_location& site, int errnoValue, const
     DAX_THROW_AT(site, FileStreamIOException(errnoValue), errinfo_path(m_path) << errinfo_description(description));
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

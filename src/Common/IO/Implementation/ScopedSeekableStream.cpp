@@ -2,14 +2,10 @@
 
 #include <utility>
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 ScopedSeekableStream::ScopedSeekableStream(std::shared_ptr<ISeekableStream> stream, streamsize_t start,
                                            streamsize_t size)
     : ScopedView(std::move(stream), start, size) {}
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

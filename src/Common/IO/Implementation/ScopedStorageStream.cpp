@@ -2,9 +2,7 @@
 
 #include <utility>
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 ScopedStorageStream::ScopedStorageStream(std::shared_ptr<IStorageStream> stream, streamsize_t start, streamsize_t size)
     : ScopedView(std::move(stream), start, size) {}
@@ -26,6 +24,4 @@ bool ScopedStorageStream::alreadyClosed() {
     return stream().alreadyClosed();
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

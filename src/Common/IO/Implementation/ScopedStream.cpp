@@ -6,9 +6,7 @@
 #include "Common/IO/Implementation/processIfTransactional.h"
 #include "serializers/binary/little_endian.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 ScopedStream::ScopedStream(std::shared_ptr<IStream> stream, streamsize_t size)
     : m_stream(std::move(stream)), m_bytesRemaining(size) {}
@@ -35,6 +33,4 @@ std::string ScopedStream::debugName() const {
            ")";
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

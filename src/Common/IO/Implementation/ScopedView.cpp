@@ -8,9 +8,7 @@
 #include "Utility/Utils/RethrowExceptionStream.h"
 #include "Utility/Utils/SafePlus.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 namespace {
 
 using IOExceptions::OutOfRangeException;
@@ -123,6 +121,4 @@ std::string ScopedView<Interface>::debugName() const {
 template class ScopedView<ISeekableStream>;
 template class ScopedView<IStorageStream>;
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -9,9 +9,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 using serializers::binary::little_endian;
 
@@ -114,6 +112,4 @@ std::string StreamBuffer::debugName() const {
     return "StreamBuffer(" + Utils::getDebugName(*m_stream) + ")";
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -2,9 +2,7 @@
 
 #include <cerrno>
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // What a system call gives that is made again as long as signals interrupt it.
 template <class Call>
@@ -16,6 +14,4 @@ auto uninterrupted(Call call) {
     return result;
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

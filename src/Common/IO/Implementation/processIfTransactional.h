@@ -2,9 +2,7 @@
 
 #include "Common/IO/ITransactionalEntity.h"
 
-namespace DAX {
-namespace Common {
-namespace IO {
+namespace DAX::Common::IO {
 
 // Takes what an object stands on into the transaction, if it can take part in one.
 template <class Subject>
@@ -14,6 +12,4 @@ void processIfTransactional(ITransaction& transaction, Subject& subject) {
     }
 }
 
-} // namespace IO
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::IO

@@ -7,15 +7,12 @@
 #include <memory>
 #include <new>
 
+#include <dlog.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <dlog.h>
-
-namespace DAX {
-namespace Common {
-namespace Logging {
+namespace DAX::Common::Logging {
 
 const char* const LOG_TAG = "org.kovan.tv.dax.DAX";
 
@@ -186,6 +183,4 @@ void LoggingClass::getThreadId(char* buffer, unsigned long size) {
     std::snprintf(buffer, size, "%d %s", static_cast<int>(syscall(SYS_gettid)), name);
 }
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging

@@ -1,12 +1,10 @@
-#include "Common/Logging/Logging.h"
-
 #include <cstdio>
 
 #include <time.h>
 
-namespace DAX {
-namespace Common {
-namespace Logging {
+#include "Common/Logging/Logging.h"
+
+namespace DAX::Common::Logging {
 namespace {
 
 // So that the console can take the line before the process ends.
@@ -30,6 +28,4 @@ void LoggingClass::printDirect(const char* tag, Level level, char* text) {
     letConsoleCatchUp();
 }
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging

@@ -1,8 +1,6 @@
 #include "Common/Logging/Logging.h"
 
-namespace DAX {
-namespace Common {
-namespace Logging {
+namespace DAX::Common::Logging {
 
 // Nothing goes through a socket: the channel is never opened.
 
@@ -18,6 +16,4 @@ int LoggingClass::socketRecvData(char*, int) {
 
 void LoggingClass::sendSocketLog(const char*) {}
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging

@@ -1,8 +1,6 @@
 #include "Common/Logging/LoggingStream.h"
 
-namespace DAX {
-namespace Common {
-namespace Logging {
+namespace DAX::Common::Logging {
 
 const char* const SafeOstringStream::NULLPTR_STR = "[nullptr]";
 
@@ -17,6 +15,4 @@ LoggingStream::~LoggingStream() {
                         m_stream.str().c_str());
 }
 
-} // namespace Logging
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Logging

@@ -10,9 +10,7 @@
 #include "Utility/Utils/FileDescriptor.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Common {
-namespace PlatformDependent {
+namespace DAX::Common::PlatformDependent {
 
 using Utils::errinfo_errno;
 using Utils::errinfo_path;
@@ -38,6 +36,4 @@ void system_sync() {
     ::sync();
 }
 
-} // namespace PlatformDependent
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::PlatformDependent

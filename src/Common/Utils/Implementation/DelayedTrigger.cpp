@@ -8,9 +8,7 @@
 #include "Debug/DebugCommon/DebugThreadName.h"
 #include "Utility/Utils/RethrowExceptionStream.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 namespace {
 
 using Lock = std::unique_lock<std::recursive_mutex>;
@@ -106,6 +104,4 @@ void DelayedTrigger::waitForActions(State& state) {
     }
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -1,8 +1,6 @@
 #include "Common/Utils/Implementation/SimpleClock.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 float SimpleClock::getCurrentTime() {
     const boost::chrono::nanoseconds elapsed = boost::chrono::steady_clock::now() - m_start;
@@ -13,6 +11,4 @@ std::unique_ptr<ISimpleClock> ISimpleClock::createClock() {
     return std::make_unique<SimpleClock>();
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

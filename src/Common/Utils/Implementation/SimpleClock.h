@@ -4,9 +4,7 @@
 
 #include "Common/Utils/ISimpleClock.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 class SimpleClock : public ISimpleClock {
 public:
@@ -16,6 +14,4 @@ private:
     const boost::chrono::steady_clock::time_point m_start = boost::chrono::steady_clock::now();
 };
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -5,9 +5,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/DAXAssert.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 SoftWatchdog::SoftWatchdog(const std::string& name, int warnAfterSeconds, int killAfterSeconds)
     : m_name(name), m_warnAfterSeconds(warnAfterSeconds), m_killAfterSeconds(killAfterSeconds), m_trigger(name) {
@@ -45,6 +43,4 @@ void SoftWatchdog::onKillTimeout() {
                  << " seconds, but do not do this";
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -13,19 +13,15 @@
 #include <boost/archive/impl/xml_iarchive_impl.ipp>
 #include <boost/archive/xml_archive_exception.hpp>
 
-namespace boost {
-namespace archive {
+namespace boost::archive {
 
 template class detail::archive_serializer_map<DAX::Common::XML::XMLInput>;
 template class basic_xml_iarchive<DAX::Common::XML::XMLInput>;
 template class xml_iarchive_impl<DAX::Common::XML::XMLInput>;
 
-} // namespace archive
-} // namespace boost
+} // namespace boost::archive
 
-namespace DAX {
-namespace Common {
-namespace XML {
+namespace DAX::Common::XML {
 
 using boost::archive::archive_exception;
 using boost::archive::xml_archive_exception;
@@ -107,6 +103,4 @@ void XMLInput::load_end(const char* name) {
     }
 }
 
-} // namespace XML
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::XML

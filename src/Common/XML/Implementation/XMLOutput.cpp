@@ -2,9 +2,7 @@
 
 #include <locale>
 
-namespace DAX {
-namespace Common {
-namespace XML {
+namespace DAX::Common::XML {
 namespace {
 
 // No global locale changes how numbers are written.
@@ -27,6 +25,4 @@ void XMLOutput::finish() {
     }
 }
 
-} // namespace XML
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::XML

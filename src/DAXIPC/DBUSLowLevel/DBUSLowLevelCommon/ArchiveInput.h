@@ -4,9 +4,7 @@
 
 #include <boost/archive/text_iarchive.hpp>
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The one door through which the bytes of a message are read as an archive. The stream holds the whole message in its
 // buffer, as a string stream does, and outlives this object.
@@ -30,6 +28,4 @@ private:
     boost::archive::text_iarchive m_archive;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

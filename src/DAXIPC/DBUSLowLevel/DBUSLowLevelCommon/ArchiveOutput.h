@@ -4,9 +4,7 @@
 
 #include <boost/archive/text_oarchive.hpp>
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The archive that a message carries. The stream is one in memory and outlives this object; it holds the archive's
 // header at once, and the line end that closes an archive when this object has gone.
@@ -18,6 +16,4 @@ public:
     explicit ArchiveOutput(std::ostream& message) : text_oarchive(message, boost::archive::no_codecvt) {}
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Every name that the update stack uses on the bus. All objects of one program share one connection name, one object
 // path and one interface; they differ in their methods only.
@@ -34,17 +32,14 @@ inline constexpr char helloMessage[] = "helloMessage";
 } // namespace Methods
 } // namespace DBUSIServiceManager
 
-namespace DBUSIService {
-namespace Methods {
+namespace DBUSIService::Methods {
 inline constexpr char getClientPriority[] = "getClientPriority";
 inline constexpr char startNewTransaction[] = "startNewTransaction";
 inline constexpr char stopTransaction[] = "stopTransaction"; // nothing answers it
 inline constexpr char invalidate[] = "invalidate";
-} // namespace Methods
-} // namespace DBUSIService
+} // namespace DBUSIService::Methods
 
-namespace DBUSIServiceTransaction {
-namespace Methods {
+namespace DBUSIServiceTransaction::Methods {
 inline constexpr char isSearchingPossible[] = "isSearchingPossible";
 inline constexpr char startSearching[] = "startSearching";
 inline constexpr char startModelsSearching[] = "startModelsSearching";
@@ -56,8 +51,7 @@ inline constexpr char getInstallationProgress[] = "getInstallationProgress";
 inline constexpr char startFinalization[] = "startFinalization";
 inline constexpr char getFinalizationProgress[] = "getFinalizationProgress";
 inline constexpr char cancelServiceTransaction[] = "cancelServiceTransaction";
-} // namespace Methods
-} // namespace DBUSIServiceTransaction
+} // namespace DBUSIServiceTransaction::Methods
 
 } // namespace DBUSService
 
@@ -83,8 +77,7 @@ inline constexpr char scheduleFactoryReset[] = "scheduleFactoryReset";
 } // namespace Methods
 } // namespace DBUSICore
 
-namespace DBUSICoreTransaction {
-namespace Methods {
+namespace DBUSICoreTransaction::Methods {
 inline constexpr char isSearchingPossible[] = "isSearchingPossible";
 inline constexpr char startSearching[] = "startSearching";
 inline constexpr char startModelsSearching[] = "startModelsSearching";
@@ -96,8 +89,7 @@ inline constexpr char getInstallationProgress[] = "getInstallationProgress";
 inline constexpr char startFinalization[] = "startFinalization";
 inline constexpr char getFinalizationProgress[] = "getFinalizationProgress";
 inline constexpr char cancelCoreTransaction[] = "cancelCoreTransaction";
-} // namespace Methods
-} // namespace DBUSICoreTransaction
+} // namespace DBUSICoreTransaction::Methods
 
 } // namespace DBUSCore
 
@@ -119,6 +111,4 @@ inline constexpr char removeAllSchedules[] = "removeAllSchedules";
 } // namespace DBUSIOTAScheduler
 
 } // namespace DBUSNames
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -11,9 +11,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // What every method goes through, on either side of the bus. Archives that cannot be read or written end in the
 // library's archive_exception.
@@ -77,6 +75,4 @@ void handleProxyMethod(const std::string& methodName, std::function<void(boost::
 }
 
 } // namespace DBUSHelper
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

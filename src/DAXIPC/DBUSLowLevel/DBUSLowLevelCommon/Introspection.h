@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Writes the introspection document of an object all of whose methods take one byte array and give three, the methods
 // in the order given.
@@ -22,6 +20,4 @@ std::vector<std::string> methodNames(const Table& table) {
     return names;
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

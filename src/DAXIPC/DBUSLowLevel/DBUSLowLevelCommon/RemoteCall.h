@@ -6,9 +6,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // callRemote<R>(proxy, method, arguments...): calls `method` with the arguments in order and gives its result; a reply
 // that brings none gives R(). Throws what the far side threw, by type, and what stood in the way of the call.
@@ -23,6 +21,4 @@ R callRemote(Common::DBUSWrapper::IDBUSProxy& proxy, const char* method, const A
     }
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -5,9 +5,7 @@
 
 #include "Utility/Utils/KeptInterruption.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The border between an adapter, which takes no exceptions, and the handlers of the methods behind it, which throw.
 namespace RequestBoundary {
@@ -42,6 +40,4 @@ bool answer(std::stringstream& out, std::string& exceptionName, Handle handle) {
 }
 
 } // namespace RequestBoundary
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -5,9 +5,7 @@
 
 #include <boost/exception_ptr.hpp>
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Carries an exception over the bus: its type by a name, with its support codes and its diagnostic text. Every
 // exception without a name of its own travels as DAXUnknownException.
@@ -24,6 +22,4 @@ public:
                                              std::stringstream& stream);
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -4,8 +4,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 namespace {
 
 void logNoInt(const std::string& name, const std::string& value, const char* problem, const std::exception& exception) {
@@ -68,5 +67,4 @@ void DebugAndTestParameters::setCustomBoolParam(const std::string& name, boost::
     setCustomIntParam(name, value ? boost::make_optional(*value ? 1 : 0) : boost::none);
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -2,8 +2,7 @@
 
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 using Common::getDebugAndTestParameters;
 
@@ -120,5 +119,4 @@ DAXParameters& getDAXParameters() {
     return parameters;
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -5,9 +5,8 @@
 #include <memory>
 #include <sstream>
 
-#include <boost/filesystem/operations.hpp>
-
 #include <DAXProductionConfig.h>
+#include <boost/filesystem/operations.hpp>
 
 #include "Common/IO/FileExceptions.h"
 #include "Common/IO/RegularFile.h"

@@ -13,8 +13,7 @@
 BOOST_CLASS_VERSION(DAX::DAXCommon::DebugAndTestParameters, 1)
 BOOST_CLASS_VERSION(DAX::DAXCommon::InstallationPerformanceParameters, 1)
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 using boost::serialization::make_nvp;
 
@@ -110,5 +109,4 @@ void writeDebugFile(std::ostream& file, const DebugAndTestParameters& parameters
     archive.finish();
 }
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -3,8 +3,7 @@
 #include <istream>
 #include <ostream>
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 class DebugAndTestParameters;
 
@@ -13,5 +12,4 @@ class DebugAndTestParameters;
 void readDebugFile(std::istream& file, DebugAndTestParameters& parameters);
 void writeDebugFile(std::ostream& file, const DebugAndTestParameters& parameters);
 
-} // namespace DAXCommon
-} // namespace DAX
+} // namespace DAX::DAXCommon

@@ -1,13 +1,9 @@
 #include "Debug/DebugCommon/ConsolePosition.h"
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 
 void SaveConsolePosition(const std::string&) {}
 
 void RestoreConsolePosition(const std::string&) {}
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

@@ -1,16 +1,13 @@
 #include "Debug/DebugCommon/DebugThreadName.h"
 
 #include <boost/xpressive/xpressive_static.hpp>
-
 #include <pthread.h>
 #include <sys/prctl.h>
 
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/DAXAssert.h"
 
-namespace DAX {
-namespace Common {
-namespace Debug {
+namespace DAX::Common::Debug {
 namespace {
 
 void logChangedName(boost::thread::id id, const std::string& name) {
@@ -72,6 +69,4 @@ std::string ThreadDebug::sanitizeThreadName(const char* name) {
     return regex_replace(std::string(name), unusable, std::string("_"));
 }
 
-} // namespace Debug
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Debug

@@ -9,8 +9,7 @@
 #include "Platform/OperatingSystem/OSSignals.h"
 #include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
 
-namespace DAX {
-namespace DaemonHelpers {
+namespace DAX::DaemonHelpers {
 
 using Platform::NiceQuitHelper;
 
@@ -61,5 +60,4 @@ int parseIdleTimeout(int argc, char** argv, unsigned int defaultTimeout) {
     return timeout;
 }
 
-} // namespace DaemonHelpers
-} // namespace DAX
+} // namespace DAX::DaemonHelpers

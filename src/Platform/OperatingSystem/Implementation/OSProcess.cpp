@@ -2,8 +2,7 @@
 
 #include <unistd.h>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 std::pair<bool, int> wasAnyKeyPressed() {
     return {false, 0};
@@ -13,5 +12,4 @@ void callExit() {
     _exit(143);
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -11,8 +11,7 @@
 #include "Platform/OperatingSystem/OSProcess.h"
 #include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 const int WATCHDOG_LIMIT_IN_SECONDS = 300;
@@ -101,5 +100,4 @@ void NiceQuitHelper::standardQuitLoopWithDaemonWatchdogSupport() {
     sayOnConsole("standardQuitLoop done.");
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -17,8 +17,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 using Common::Utils::FileDescriptor;
 
@@ -139,5 +138,4 @@ SignalThread::~SignalThread() {
     }
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -8,8 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 const char STOPPING[] = "STOPPING=1";
@@ -45,5 +44,4 @@ void tellThatTheProcessStops() noexcept {
     close(socket);
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

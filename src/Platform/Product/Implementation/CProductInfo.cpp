@@ -1,24 +1,21 @@
-#include "Platform/Product/IProductInfo.h"
-
 #include <fstream>
 #include <map>
 #include <vector>
 
 #include <boost/filesystem/operations.hpp>
-
 #include <system_info.h>
 
 #include "Common/IO/FlagFile.h"
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/DAXCommonUtils.h"
+#include "Platform/Product/IProductInfo.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
 #include "Utility/Utils/CText.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -392,5 +389,4 @@ std::string IProductInfo::productTypeToString(EProductType type) {
     return found->second;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

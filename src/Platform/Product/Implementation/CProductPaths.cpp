@@ -4,11 +4,9 @@
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
-
 #include <kvplatform.h>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -210,5 +208,4 @@ path CProductPaths::m_getWOCDaxInfoApprovedPath() {
     return m_getDAXPartitionPath() / "WOCDaxInfoApproved.dat";
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

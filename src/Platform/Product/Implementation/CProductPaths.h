@@ -4,8 +4,7 @@
 
 #include "Platform/Product/IProductPathsImpl.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The device's own paths, composed from the directories that the platform tells.
 class CProductPaths : public IProductPathsImpl {
@@ -68,5 +67,4 @@ private:
     const std::string m_dataSuffix;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

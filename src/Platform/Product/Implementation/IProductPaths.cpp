@@ -5,8 +5,7 @@
 #include "Platform/Product/Implementation/defaultProductPaths.h"
 #include "Utility/Utils/SingletonInstanceHandler.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -159,5 +158,4 @@ void ProductPaths::Details::setImplementationSingleton(std::unique_ptr<IProductP
     singletonHandler.setImplementationSingleton(std::move(implementation));
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -4,11 +4,9 @@
 
 #include "Platform/Product/IProductPathsImpl.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The paths of the platform that is linked.
 std::unique_ptr<IProductPathsImpl> defaultProductPaths();
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -4,8 +4,7 @@
 
 #include <boost/optional.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 class IFactorySettingsAPIImpl;
 
@@ -53,14 +52,11 @@ public:
     static int getLocalsetEnum();
 };
 
-namespace FactorySystemAPI {
-namespace Details {
+namespace FactorySystemAPI::Details {
 
 // Puts another implementation in place of the device's own; null brings that back.
 void setImplementationSingleton(std::unique_ptr<IFactorySettingsAPIImpl> implementation);
 
-} // namespace Details
-} // namespace FactorySystemAPI
+} // namespace FactorySystemAPI::Details
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -3,8 +3,7 @@
 #include <boost/core/noncopyable.hpp>
 #include <boost/optional.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The implementation behind IFactorySettings, whose operations say what each is. Any thread may call.
 class IFactorySettingsAPIImpl : private boost::noncopyable {
@@ -25,5 +24,4 @@ public:
     virtual int getLocalsetEnum() = 0;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

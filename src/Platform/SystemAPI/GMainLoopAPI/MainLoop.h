@@ -2,9 +2,7 @@
 
 #include <boost/thread/thread.hpp>
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 
 // The thread that runs GLib's default main context, and with it all callbacks of the device. A guard on
 // MainLoopSingleton must be held; the questions need initializeMainLoop() before them. Any thread may ask.
@@ -19,6 +17,4 @@ bool isMainLoopInitialized();
 
 boost::thread::id getMainLoopTheadId();
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

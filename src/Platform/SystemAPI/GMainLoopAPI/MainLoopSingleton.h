@@ -9,9 +9,7 @@
 #include "Utility/Utils/RegisterableSingleton.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 
 // The registered singleton behind the functions of MainLoop.h: it holds a replaceable main loop, and each operation is
 // forwarded to that; none set fails an assertion. The implementations derive from it. Any thread may call, except that
@@ -53,6 +51,4 @@ private:
     std::unique_ptr<MainLoopSingleton> m_implementation;
 };
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

@@ -4,9 +4,7 @@
 
 #include <boost/core/noncopyable.hpp>
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 
 // A C function with its argument in the form that dispatchInMainLoop calls: register getCallbackPtr() in the
 // UserDataRegister and dispatch the id. It must outlive that registration. Belongs to one thread at a time.
@@ -24,6 +22,4 @@ private:
     std::function<int()> m_userRegisteredFunc;
 };
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Platform {
-namespace KpiEvent {
+namespace DAX::Platform::KpiEvent {
 
 // One event for the device's reporting service.
 class IKPIEvent {
@@ -26,6 +24,4 @@ private:
 // Sends the event and blocks until it is taken. A failure is logged; nothing is raised. Any thread may call.
 void sendKPIEventToServer(const IKPIEvent& event);
 
-} // namespace KpiEvent
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::KpiEvent

@@ -2,9 +2,7 @@
 
 #include <ostream>
 
-namespace DAX {
-namespace Platform {
-namespace KpiEvent {
+namespace DAX::Platform::KpiEvent {
 
 // What events tell, each value named by the short code that its operator<< writes in lower case. Any other value is
 // written as "f" for a SearchMethod, as "na" for a NotificationType and as "er" for the rest.
@@ -21,6 +19,4 @@ std::ostream& operator<<(std::ostream& stream, NotificationType type);
 std::ostream& operator<<(std::ostream& stream, InputType type);
 std::ostream& operator<<(std::ostream& stream, OsdType type);
 
-} // namespace KpiEvent
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::KpiEvent

@@ -6,9 +6,7 @@
 #include "Platform/SystemAPI/KPIEventSenderAPI/IKPIEvent.h"
 #include "Platform/SystemAPI/KPIEventSenderAPI/KPIEventCodes.h"
 
-namespace DAX {
-namespace Platform {
-namespace KpiEvent {
+namespace DAX::Platform::KpiEvent {
 
 class CInfoEvent : public IKPIEvent {
 public:
@@ -82,6 +80,4 @@ private:
     std::string m_message;
 };
 
-} // namespace KpiEvent
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::KpiEvent

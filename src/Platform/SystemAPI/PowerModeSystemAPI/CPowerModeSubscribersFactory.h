@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/PowerModeSystemAPI/IPowerModeSubscribersFactory.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The device's own subscribers.
 class CPowerModeSubscribersFactory : public IPowerModeSubscribersFactory {
@@ -15,5 +14,4 @@ public:
     std::unique_ptr<Common::Utils::SignalSubscriber<void()>> createPostWakeUpSignalSubscriber() override;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "DAXCommon/PowerMode.h"
 #include "Utility/Utils/SignalSubscriber.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Makes the subscribers to the device's power events, none of which is subscribed yet; the caller owns them. Their
 // callbacks run on the main loop's thread. The guards of UserDataRegister and MainLoopSingleton must outlive each, and
@@ -28,5 +27,4 @@ public:
     virtual std::unique_ptr<Common::Utils::SignalSubscriber<void()>> createPostWakeUpSignalSubscriber() = 0;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

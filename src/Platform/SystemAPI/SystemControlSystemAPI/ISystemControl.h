@@ -11,8 +11,7 @@
 #include "Platform/SystemAPI/SystemControlSystemAPI/ExternalAppVerificationResult.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/ProcessPriority.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 class ISystemControlImpl;
 
@@ -201,14 +200,11 @@ public:
     static std::string getWocOTNModelPrefix();
 };
 
-namespace SystemControl {
-namespace Details {
+namespace SystemControl::Details {
 
 // Puts another implementation in place of the device's own.
 void setImplementationSingleton(std::unique_ptr<ISystemControlImpl> implementation);
 
-} // namespace Details
-} // namespace SystemControl
+} // namespace SystemControl::Details
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

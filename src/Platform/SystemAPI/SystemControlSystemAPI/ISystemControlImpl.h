@@ -11,8 +11,7 @@
 #include "Platform/SystemAPI/SystemControlSystemAPI/ExternalAppVerificationResult.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/ProcessPriority.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The implementation behind ISystemControl, whose operations say what each is. Any thread may call.
 class ISystemControlImpl : private boost::noncopyable {
@@ -89,5 +88,4 @@ public:
     virtual std::string m_getWocOTNModelPrefix() = 0;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -1,10 +1,8 @@
 #pragma once
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Any other value stands for BACKGROUND.
 enum class ProcessPriority : int { BACKGROUND = 0, FOREGROUND = 1 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -3,8 +3,7 @@
 #include <memory>
 #include <string>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 class ISystemInfoImpl;
 
@@ -81,14 +80,11 @@ public:
     static int getAccessibilityActCustomTimeout(int defaultSeconds);
 };
 
-namespace SystemInfo {
-namespace Details {
+namespace SystemInfo::Details {
 
 // Puts another implementation in place of the device's own; null brings that back.
 void setImplementationSingleton(std::unique_ptr<ISystemInfoImpl> implementation);
 
-} // namespace Details
-} // namespace SystemInfo
+} // namespace SystemInfo::Details
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -6,8 +6,7 @@
 
 #include "Platform/SystemAPI/SystemInfoSystemAPI/ISystemInfo.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The implementation behind ISystemInfo, whose operations say what each is. Any thread may call.
 class ISystemInfoImpl : private boost::noncopyable {
@@ -44,5 +43,4 @@ public:
     virtual int m_getAccessibilityActCustomTimeout(int defaultSeconds) = 0;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The heartbeat towards the device's deadlock watchdog. Both throw GenericException when the device refuses: a missed
 // heartbeat must be seen.
@@ -14,5 +13,4 @@ void initWatchdogTimer(int seconds);
 void updateWatchdogTimer();
 
 } // namespace HangGuard
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

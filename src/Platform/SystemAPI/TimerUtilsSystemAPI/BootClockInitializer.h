@@ -5,8 +5,7 @@
 #include "Utility/Utils/RegisterableSingleton.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The registered singleton that starts the device's time library, and ends it with its own end. The library may need
 // the main loop. Its failure to start is logged.
@@ -29,5 +28,4 @@ private:
     int m_weekFlag = 0;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

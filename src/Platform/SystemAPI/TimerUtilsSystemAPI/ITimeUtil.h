@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The device's time, in seconds from 1970-01-01 00:00:00. Needs a BootClockInitializer. Any thread may ask. What is no
 // date of a year up to 9999 throws std::out_of_range where a text of it is wanted.
@@ -20,5 +19,4 @@ public:
     static std::uint64_t getCurrentTime();
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -6,8 +6,7 @@
 #include <boost/filesystem/path.hpp>
 #include <boost/optional.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The mounted USB storage devices. Each has an id that finds it again after it was chosen: a stick keeps it in another
 // port, two partitions of one stick differ in it. A debug parameter, "IUSBDeviceManager::addFakeUsbPath", puts a device
@@ -28,5 +27,4 @@ public:
     static boost::optional<std::string> getMountPathId(const boost::filesystem::path& mountPath);
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

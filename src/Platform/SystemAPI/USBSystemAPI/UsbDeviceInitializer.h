@@ -5,8 +5,7 @@
 #include "Utility/Utils/RegisterableSingleton.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The registered singleton that starts the device's USB library, and ends it with its own end. A program that lists USB
 // devices marks it as needed. Any thread may ask it.
@@ -27,5 +26,4 @@ private:
     const int m_result;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

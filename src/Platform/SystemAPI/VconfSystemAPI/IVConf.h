@@ -12,8 +12,7 @@
 #include "Platform/SystemAPI/VconfSystemAPI/VConfWrappers.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace VConfDetails {
 
 template <class T, int (*function)(const char*, T*)>
@@ -92,5 +91,4 @@ using Setters = SetterMapStruct<Setter<bool, vconf_set_bool_wrapper>, Setter<int
 template <class T>
 using VConfT = VConfDetails::VConfT<VConfDetails::Getters, VConfDetails::Setters, T>;
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The keys that have a name. "db/" keys survive a reboot, "memory/" keys live until power-off.
 
@@ -26,5 +25,4 @@ inline constexpr const char* VCONF_KEY_AUTOUPGRADE_TRIGGER_KEY =
 inline constexpr const char* OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY =
     "memory/menu/support/softwareupdate/oobe_accepted_update_info_data_id";
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

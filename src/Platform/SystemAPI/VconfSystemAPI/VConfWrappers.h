@@ -6,8 +6,7 @@
 
 #include "Utility/Utils/CText.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The store's functions for the two value types that it has no own type for. All return the store's result, 0 for
 // success.
@@ -38,5 +37,4 @@ inline int vconf_set_string_wrapper(const char* key, std::string value) {
     return vconf_set_str(key, value.c_str());
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

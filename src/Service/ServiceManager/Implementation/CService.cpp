@@ -10,9 +10,7 @@
 #include "Service/ServiceManager/CServiceTransactionStub.h"
 #include "Service/ServiceManager/Implementation/CServiceTransaction.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using boost::current_exception_diagnostic_information;
 using Platform::ISystemControl;
@@ -115,6 +113,4 @@ CService::createServiceTransaction(Core::SearchingTransactionParameters paramete
     return std::make_shared<CServiceTransaction>(m_core, parameters);
 }
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

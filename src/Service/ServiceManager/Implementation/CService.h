@@ -8,9 +8,7 @@
 #include "DAXCommon/ServiceTransactionType.h"
 #include "ServiceInterface/IService.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // One client's session. Its holder keeps it alive; anyone with the right may invalidate it, from any thread. The
 // settings store tells other programs the priority of the session: failures of it are logged and go no further.
@@ -42,6 +40,4 @@ private:
     std::mutex m_mutex; // guards m_valid and m_transaction
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

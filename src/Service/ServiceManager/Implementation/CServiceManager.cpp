@@ -11,9 +11,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using Common::Utils::errinfo_description;
 using Common::Utils::GenericException;
@@ -182,6 +180,4 @@ void CServiceManager::onPowerModeChanged(DAXCommon::PowerMode /*mode*/) {
     }
 }
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

@@ -11,9 +11,7 @@
 #include "Service/ServiceManager/Implementation/ExternalLocks.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // The arbitration among clients: at most one valid session at a time, and the table of external locks. Client calls
 // come on one thread; a power-mode change comes on another and touches only the session.
@@ -49,6 +47,4 @@ private:
     std::unique_ptr<PowerModeSubscriber> m_powerModeSubscriber;
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

@@ -4,8 +4,7 @@
 
 #include "Service/ServiceManager/Implementation/CServiceManager.h"
 
-namespace DAX {
-namespace Service {
+namespace DAX::Service {
 
 CServiceManagerFactory::CServiceManagerFactory(std::shared_ptr<Core::ICore::ICoreFactory> coreFactory,
                                                std::shared_ptr<Platform::IPowerModeSubscribersFactory> powerModeFactory)
@@ -15,5 +14,4 @@ std::unique_ptr<IServiceManager> CServiceManagerFactory::create() {
     return std::make_unique<ServiceManager::CServiceManager>(m_coreFactory, m_powerModeFactory);
 }
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

@@ -13,9 +13,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using Common::Utils::errinfo_description;
 using Common::Utils::GenericException;
@@ -213,6 +211,4 @@ ServiceTransactionProgress CServiceTransaction::getServiceTransactionProgress(Co
     return mapped;
 }
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

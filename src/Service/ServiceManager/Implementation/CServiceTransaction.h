@@ -11,9 +11,7 @@
 #include "CoreInterface/SearchingTransactionParameters.h"
 #include "ServiceInterface/IServiceTransaction.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // One run over one core transaction. It does not cancel anything when it dies: its session does that first. Takes no
 // lock.
@@ -52,6 +50,4 @@ private:
     int m_upgradeScope = 0;
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

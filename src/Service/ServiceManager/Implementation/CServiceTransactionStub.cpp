@@ -13,9 +13,7 @@
 #include "Common/XML/XMLOutput.h"
 #include "Utility/Utils/SafePlus.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using boost::serialization::make_nvp;
 using Common::IO::SMALL_CHUNK_SIZE;
@@ -127,6 +125,4 @@ ServiceSearchResult CServiceTransactionStub::prepareSearchResult() {
     return result;
 }
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

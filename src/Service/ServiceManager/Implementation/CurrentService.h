@@ -5,9 +5,7 @@
 
 #include "Service/ServiceManager/Implementation/CService.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // A weak pointer to the session granted last. Client calls replace it while a power-mode change looks at it on another
 // thread.
@@ -30,6 +28,4 @@ private:
     std::weak_ptr<CService> m_service;
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

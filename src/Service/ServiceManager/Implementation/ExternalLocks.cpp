@@ -2,9 +2,7 @@
 
 #include <cstddef>
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 std::string describeHolders(const ExternalLocks& locks) {
     const std::size_t longestText = 64 * 1024;
@@ -20,6 +18,4 @@ std::string describeHolders(const ExternalLocks& locks) {
     return holders;
 }
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

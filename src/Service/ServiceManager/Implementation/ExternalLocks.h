@@ -7,9 +7,7 @@
 #include "DAXCommon/ServiceClientPriority.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using ExternalLock = std::pair<std::string, DAXCommon::ServiceClientPriority>; // the holder and its priority
 using ExternalLocks = std::map<ExternalLockId, ExternalLock>;
@@ -19,6 +17,4 @@ using ExternalLocks = std::map<ExternalLockId, ExternalLock>;
 // ", and 7 more".
 std::string describeHolders(const ExternalLocks& locks);
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

@@ -15,9 +15,7 @@
 #include "DAXCommon/UserInterestExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using boost::serialization::make_nvp;
 using std::chrono::steady_clock;
@@ -140,6 +138,4 @@ void ProgressHelper::load(Archive& archive, unsigned int) {
 template void ProgressHelper::serialize(boost::archive::xml_oarchive& archive, unsigned int version);
 template void ProgressHelper::serialize(Common::XML::XMLInput& archive, unsigned int version);
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

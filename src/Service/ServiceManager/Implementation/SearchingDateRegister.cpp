@@ -21,9 +21,7 @@
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/TimeConversions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 using boost::filesystem::path;
 using boost::posix_time::ptime;
@@ -165,6 +163,4 @@ boost::optional<ptime> SearchingDateRegister::getDate() {
     return date;
 }
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

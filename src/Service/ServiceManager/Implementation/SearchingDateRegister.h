@@ -9,9 +9,7 @@
 
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // Remembers over restarts when the device last searched for an upgrade, in a file of one timestamp in local time. Any
 // thread may call.
@@ -39,6 +37,4 @@ private:
     static std::mutex m_rwMutex; // guards the file
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

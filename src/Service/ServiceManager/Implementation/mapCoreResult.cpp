@@ -1,8 +1,6 @@
 #include "Service/ServiceManager/Implementation/mapCoreResult.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 std::map<Core::ETransactionResult, EServiceTransactionResult> mapCoreResult{
     {Core::TRANSACTION_UNDEFINED, SERVICE_TRANSACTION_UNDEFINED},
@@ -11,6 +9,4 @@ std::map<Core::ETransactionResult, EServiceTransactionResult> mapCoreResult{
     {Core::TRANSACTION_FAILED, SERVICE_TRANSACTION_FAILED},
 };
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

@@ -5,13 +5,9 @@
 #include "CoreInterface/ETransactionResult.h"
 #include "ServiceInterface/EServiceTransactionResult.h"
 
-namespace DAX {
-namespace Service {
-namespace ServiceManager {
+namespace DAX::Service::ServiceManager {
 
 // What clients see of a core's result. Looked up with operator[]: a value that no core should send becomes 0.
 extern std::map<Core::ETransactionResult, EServiceTransactionResult> mapCoreResult;
 
-} // namespace ServiceManager
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service::ServiceManager

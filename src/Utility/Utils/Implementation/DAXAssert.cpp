@@ -113,9 +113,7 @@ void assertion_failed(const char* expr, const char* function, const char* file, 
 
 } // namespace boost
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 void DAXAssertionFailed(const char* expr, const char* function, const char* file, long line) noexcept {
     reportAndAbort(expr, nullptr, function, file, line);
@@ -126,6 +124,4 @@ void DAXAssertionFailedMsg(const char* expr, const char* msg, const char* functi
     reportAndAbort(expr, msg, function, file, line);
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -6,9 +6,7 @@
 #include <boost/exception/get_error_info.hpp>
 #include <boost/exception_ptr.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 namespace {
 
 std::string nestedSupportcode(const boost::exception_ptr& nested) {
@@ -52,6 +50,4 @@ std::string get_combined_supportcode(boost::exception& exception) {
     return combined;
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -4,9 +4,7 @@
 
 #include <boost/thread/exceptions.hpp>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 namespace {
 
 thread_local bool isKept = false;
@@ -28,6 +26,4 @@ void KeptInterruption::raise() {
     }
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -8,9 +8,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 namespace {
 
 void describeAsFarAsPossible(const std::function<void(std::ostream&)>& describe, std::ostream& text) {
@@ -67,6 +65,4 @@ void rethrowWithText(const boost::exception_ptr& exception, const std::function<
     std::abort(); // never reached: the stream has rethrown
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

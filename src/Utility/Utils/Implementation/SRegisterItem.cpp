@@ -8,9 +8,7 @@
 
 #include "Utility/Utils/DAXAssert.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 SRegisterItem::SRegisterItem(std::shared_ptr<RegisterableSingleton> registerable, SingletonsID id,
                              std::list<SingletonsID> requirements)
@@ -60,6 +58,4 @@ std::string SRegisterItem::describe() const {
     return text.str();
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -3,9 +3,7 @@
 #include <map>
 #include <stdexcept>
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 namespace {
 
 const std::map<SingletonsID, std::string>& texts() {
@@ -50,6 +48,4 @@ std::ostream& operator<<(std::ostream& stream, SingletonsID id) {
     return stream << singletonsIdToString(id);
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -4,9 +4,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 SingletonsRegister SingletonsRegister::instance;
 
@@ -92,6 +90,4 @@ const std::shared_ptr<SRegisterItem>& SingletonsRegister::existingItem(Singleton
     return found->second;
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

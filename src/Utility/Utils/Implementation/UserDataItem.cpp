@@ -6,9 +6,7 @@
 
 #include "Utility/Utils/DAXAssert.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 
 UserDataItem::UserDataItem(void* data, const boost::optional<boost::thread::id>& expectedExecutor)
     : m_data(data), m_expectedExecutor(expectedExecutor) {}
@@ -28,6 +26,4 @@ boost::optional<void*> UserDataItem::getData() {
     return m_data;
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -7,9 +7,7 @@
 
 #include "Utility/Utils/SingletonsRegister.h"
 
-namespace DAX {
-namespace Common {
-namespace Utils {
+namespace DAX::Common::Utils {
 namespace {
 
 // The items whose data this thread holds: those of its running callbacks.
@@ -116,6 +114,4 @@ UserDataRegister::UserDataLock::~UserDataLock() {
     }
 }
 
-} // namespace Utils
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common::Utils

@@ -6,8 +6,7 @@
 
 #include "support/AllocationMeter.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // Runs `reading` of a message, which takes no larger piece of memory than the message explains: streams and strings
 // double as they grow.
@@ -24,5 +23,4 @@ inline std::string shown(const std::string& message) {
     return testing::PrintToString(message.substr(0, 200));
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/WireGoldens.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 void PrintTo(const ServiceMethod& method, std::ostream* out) {
     *out << method.name;
@@ -175,5 +174,4 @@ INSTANTIATE_TEST_SUITE_P(Of, DeclaredLength,
                          });
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,9 +2,8 @@
 // makes the process take memory.
 #include <functional>
 
-#include <gmock/gmock.h>
-
 #include <boost/exception/diagnostic_information.hpp>
+#include <gmock/gmock.h>
 
 #include "BoundedMemory.h"
 #include "CoreInterface/ICore.h"
@@ -15,8 +14,7 @@
 #include "support/ServiceContract.h"
 #include "support/WireGoldens.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using DAXIPC::DBUSLowLevel::CCoreProxyFactory;
@@ -151,5 +149,4 @@ INSTANTIATE_TEST_SUITE_P(Operations, HostileCore, testing::ValuesIn(OPERATIONS),
                          [](const auto& operation) { return operation.param.name; });
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

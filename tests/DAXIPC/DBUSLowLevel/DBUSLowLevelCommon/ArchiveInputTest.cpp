@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
+#include <gtest/gtest.h>
 
 #include "DAXCommon/UpgradeType.h"
 #include "support/AllocationMeter.h"

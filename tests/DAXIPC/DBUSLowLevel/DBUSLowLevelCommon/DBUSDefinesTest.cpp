@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+
+#include <gtest/gtest.h>
 
 using namespace DAX::DAXIPC::DBUSLowLevel::DBUSNames;
 

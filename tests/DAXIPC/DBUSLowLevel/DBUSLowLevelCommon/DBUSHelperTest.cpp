@@ -1,13 +1,13 @@
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
+
 #include <stdexcept>
 #include <string>
 
-#include <gtest/gtest.h>
-
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/string.hpp>
+#include <gtest/gtest.h>
 
 #include "DAXCommon/UserInterestExceptions.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "support/FakeDBUSProxy.h"
 #include "support/ProcessDeath.h"

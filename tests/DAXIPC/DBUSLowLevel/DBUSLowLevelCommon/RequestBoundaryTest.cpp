@@ -4,12 +4,11 @@
 #include <stdexcept>
 #include <string>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <boost/exception/all.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/thread/exceptions.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"

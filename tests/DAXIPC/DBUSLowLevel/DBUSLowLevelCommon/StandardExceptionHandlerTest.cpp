@@ -1,16 +1,16 @@
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
+
 #include <stdexcept>
 #include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <boost/core/demangle.hpp>
 #include <boost/exception/all.hpp>
 #include <boost/serialization/string.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "support/FakeKovan.h"
 #include "support/ProcessDeath.h"
 #include "support/Thrown.h"

@@ -4,8 +4,7 @@
 #include "support/NamedRow.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::getIntFromFactory;
@@ -52,5 +51,4 @@ TEST(UnknownFactoryItemTest, FailsAnAssertionAlthoughThePlatformKnowsIt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 #include "support/FakeKovan.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IFactorySettings;
@@ -91,5 +90,4 @@ TEST(FactorySettingsSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -12,8 +12,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The debug parameters are loaded and override nothing; the factory menu tells nothing; nothing is recorded.
 class FactorySettingsFixture : public testing::Test {
@@ -30,5 +29,4 @@ protected:
     DebugParameters parameters;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "FactorySettingsFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IFactorySettings;
@@ -291,5 +290,4 @@ TEST_F(PlantNumbersTest, AreNoneWhenTheLocalSetCannotBeRead) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -15,8 +15,7 @@
 #include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::MainLoop::GLoopService;
@@ -640,5 +639,4 @@ TEST_F(GLoopServiceTest, LogsThatItCannotWaitForItselfWhenItEndsOnItsOwnThread) 
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include <boost/thread/thread.hpp>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,8 +17,7 @@
 #include "Utility/Utils/UserDataRegister.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 inline Common::Utils::SingletonsRegister& theRegister() {
     return Common::Utils::SingletonsRegister::getSingletonsRegister();
@@ -83,5 +81,4 @@ protected:
     const Guard<MainLoopSingleton> mainLoopGuard{MainLoopSingleton::create};
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "support/ProcessDeath.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::MainLoop::UserRegisteredCallback;
@@ -149,5 +148,4 @@ TEST(MainLoopSingletonSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 #include "support/OtherThread.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Platform::MainLoop;
@@ -208,5 +207,4 @@ TEST_F(MainLoopUserTest, GivesItsThreadIdUnderAShorterName) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

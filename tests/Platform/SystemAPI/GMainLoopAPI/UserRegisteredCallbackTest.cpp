@@ -5,8 +5,7 @@
 #include "support/ProcessDeath.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::MainLoop::UserRegisteredCallback;
@@ -61,5 +60,4 @@ TEST(UserRegisteredCallbackSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

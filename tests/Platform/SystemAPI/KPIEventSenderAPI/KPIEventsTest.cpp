@@ -9,8 +9,7 @@
 
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Platform::KpiEvent;
@@ -99,5 +98,4 @@ TEST(KPIEventSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

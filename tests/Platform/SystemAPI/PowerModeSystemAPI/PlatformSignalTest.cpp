@@ -3,8 +3,7 @@
 #include "PowerFixture.h"
 #include "Utility/Utils/ErrorTags.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::errinfo_stream_text;
@@ -73,5 +72,4 @@ INSTANTIATE_TEST_SUITE_P(Signals, PlatformSignalTest,
                          [](const testing::TestParamInfo<Case>& parameter) { return parameter.param.id; });
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -15,8 +15,7 @@
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // A main loop whose thread is the one that made it, so that a test announces power events by itself.
 class LoopHere : public Platform::MainLoop::MainLoopSingleton {
@@ -64,5 +63,4 @@ protected:
     std::vector<int> modes;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

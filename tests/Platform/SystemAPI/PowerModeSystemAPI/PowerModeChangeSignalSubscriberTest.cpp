@@ -3,8 +3,7 @@
 #include "PowerFixture.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using FakeKovan::PowerSignal;
@@ -186,5 +185,4 @@ TEST_F(PowerModeChangeSignalSubscriberTest, TakesACallOfAnyThreadInProduction) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

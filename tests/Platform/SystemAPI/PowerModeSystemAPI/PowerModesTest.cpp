@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::powerModes;
@@ -34,5 +33,4 @@ TEST_F(PowerModesTest, AddAnUnknownStateWithTheModeZero) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 #include "PowerFixture.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::errinfo_stream_text;
@@ -221,5 +220,4 @@ TEST_F(PowerOffSignalSubscriberTest, LetsADistributorGoThatNobodySubscribed) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 #include "support/ProcessDeath.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::SingletonsID;
@@ -115,5 +114,4 @@ TEST(PowerModeSubscribersFactorySlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

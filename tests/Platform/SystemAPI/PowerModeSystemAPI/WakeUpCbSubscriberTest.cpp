@@ -3,8 +3,7 @@
 #include "PowerFixture.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using FakeKovan::PowerSignal;
@@ -56,5 +55,4 @@ TEST_F(WakeUpCbSubscriberTest, IsCalledOnTheMainLoopsThreadAlone) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -19,8 +19,7 @@ void __wrap_sync() {
 }
 }
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 AtSync::AtSync(const std::function<void()>& event) {
     atSync = event;
@@ -30,5 +29,4 @@ AtSync::~AtSync() {
     atSync = nullptr;
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include <functional>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // While it lives, this happens when the program has all file systems written, instead of the system's own sync(), which
 // stands under --wrap in the build file of these tests.
@@ -15,5 +14,4 @@ public:
     AtSync& operator=(const AtSync&) = delete;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

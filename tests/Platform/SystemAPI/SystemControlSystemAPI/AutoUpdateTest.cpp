@@ -2,8 +2,7 @@
 
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using DAXAutoUpdateKey::AUTOUPDATE_SPECIAL_MODE;
@@ -253,5 +252,4 @@ TEST_F(AutoUpdateOptionTest, FailsAtTheOperationThatIsAsked) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -17,8 +17,7 @@ std::string __wrap__ZN3DAX8Platform12IProductInfo12getBoardTypeB5cxx11Ev() {
 }
 }
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 BoardType::BoardType(const std::string& board) {
     otherBoard = board;
@@ -28,5 +27,4 @@ BoardType::~BoardType() {
     otherBoard.reset();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include <string>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // While it lives, the program counts as built for this board. IProductInfo::getBoardType stands under --wrap in the
 // build file of these tests, and goes through here.
@@ -15,5 +14,4 @@ public:
     BoardType& operator=(const BoardType&) = delete;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -5,8 +5,7 @@
 #include "SystemControlTest.h"
 #include "support/OrdinaryUser.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -190,5 +189,4 @@ TEST_F(DeviceModesTest, SayThatThePriorityCannotBeRaised) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

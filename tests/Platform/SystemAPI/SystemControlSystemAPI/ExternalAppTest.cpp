@@ -1,7 +1,6 @@
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ExternalAppVerificationResult;
@@ -102,5 +101,4 @@ TEST_F(ExternalAppTest, TellsThatItsClientCannotBeKept) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -6,8 +6,7 @@
 #include "SystemControlTest.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using boost::filesystem::path;
@@ -190,5 +189,4 @@ TEST(SystemControlSingleton, IsTheDevicesOwnAtFirstAndAgainWithoutAnother) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

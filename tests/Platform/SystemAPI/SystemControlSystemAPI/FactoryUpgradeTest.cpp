@@ -5,8 +5,7 @@
 #include "SystemControlTest.h"
 #include "Utility/Utils/SingletonServiceGuard.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -220,5 +219,4 @@ TEST_F(FactoryUpgradeWithoutInitializer, IsAnAssertionFailure) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -4,8 +4,7 @@
 #include "OtherPartition.h"
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -186,5 +185,4 @@ TEST_F(ModifiedPartitionsTest, AreMarkedThoughAnotherSlotCannotBeLookedAt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include "Platform/Product/IProductPaths.h"
 #include "Platform/Product/Implementation/CProductPaths.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // While it lives, the product's data is said to be in another directory, the persistent and the temporary.
 class OtherPartition {
@@ -32,5 +31,4 @@ private:
     };
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

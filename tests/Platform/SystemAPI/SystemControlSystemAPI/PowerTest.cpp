@@ -8,8 +8,7 @@
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -283,5 +282,4 @@ TEST_F(PowerTest, TellsWhereTheDeviceFailed) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -65,5 +64,4 @@ TEST_F(PreUpdateConsentTest, IsNeitherReadNorRequiredOnADeviceThatUpdatesByItsel
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

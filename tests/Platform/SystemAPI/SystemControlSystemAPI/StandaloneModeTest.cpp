@@ -1,16 +1,14 @@
 #include <cerrno>
 #include <csignal>
 
-#include <sys/resource.h>
-
 #include <boost/exception/errinfo_errno.hpp>
+#include <sys/resource.h>
 
 #include "AtSync.h"
 #include "OtherPartition.h"
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -124,5 +122,4 @@ TEST_F(StandaloneModeTest, CannotBeTakenBackWhenNobodyAsked) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

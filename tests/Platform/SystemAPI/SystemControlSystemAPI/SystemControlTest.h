@@ -15,8 +15,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 inline const std::string PARTITION = "mnt/systemrw/org.kovan.tv.dax/data/tv/";
 inline const std::string BIG_TEMP = "bigtemp/org.kovan.tv.dax/data/tv/";
@@ -76,5 +75,4 @@ protected:
     const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

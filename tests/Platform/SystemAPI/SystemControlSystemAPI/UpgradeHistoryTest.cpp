@@ -1,7 +1,6 @@
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -84,5 +83,4 @@ TEST_F(UpgradeHistoryTest, SaysThatASuccessCannotBeKept) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -148,5 +147,4 @@ TEST_F(UpgradeStatusTest, HasNoVersion) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "SystemControlTest.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemControl;
@@ -41,5 +40,4 @@ TEST_F(WocPrefixTest, CannotBeReadFromADirectory) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

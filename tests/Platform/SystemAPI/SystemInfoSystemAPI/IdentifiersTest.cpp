@@ -1,8 +1,7 @@
 #include "SystemInfoFixture.h"
 #include "support/NamedRow.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemInfo;
@@ -109,5 +108,4 @@ TEST(RefusedIdentifier, IsRefusedAtTheOperationThatAsksForIt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

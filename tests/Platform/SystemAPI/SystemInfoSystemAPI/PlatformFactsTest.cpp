@@ -7,8 +7,7 @@
 #include "support/NamedRow.h"
 #include "support/ProcessDeath.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::errinfo_description;
@@ -120,5 +119,4 @@ TEST(PlatformFact, IsMissedAtTheOperationThatAsksForIt) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,8 +2,7 @@
 #include "SystemInfoFixture.h"
 #include "support/NamedRow.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::GenericException;
@@ -91,5 +90,4 @@ INSTANTIATE_TEST_SUITE_P(
     rowName);
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

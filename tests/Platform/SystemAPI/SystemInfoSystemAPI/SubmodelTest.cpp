@@ -4,8 +4,7 @@
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
 #include "SystemInfoFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemInfo;
@@ -225,5 +224,4 @@ TEST_F(SubmodelTest, HasItsFlagLoggedWhenItCannotBeSaved) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 #include "support/FakeKovan.h"
 #include "support/Slots.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemInfo;
@@ -166,5 +165,4 @@ TEST(SystemInfoSlots, StandInTheirOrder) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 inline const std::string UPDATE_SETTINGS = "db/menu/support/softwareupdate/";
 inline const std::string VOLATILE_UPDATE_SETTINGS = "memory/menu/support/softwareupdate/";
@@ -33,5 +32,4 @@ inline std::string textSetting(const std::string& key) {
     return value ? std::get<std::string>(*value) : "<no setting>";
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

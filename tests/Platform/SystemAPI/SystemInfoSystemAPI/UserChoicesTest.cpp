@@ -1,7 +1,6 @@
 #include "SystemInfoFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ISystemInfo;
@@ -78,5 +77,4 @@ TEST(AccessibilityTimeout, IsTheDefaultWhenItsKindCannotBeRead) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,13 +1,11 @@
-#include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Common::Utils::errinfo_stream_text;
@@ -59,5 +57,4 @@ TEST(HangGuard, LogsAndThrowsAFailedHeartbeat) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -8,8 +8,7 @@
 #include "Utility/Utils/UserDataRegister.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -67,5 +66,4 @@ TEST_F(BootClockInitializerTest, GoesBeforeTheMainLoopAndTheRegister) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

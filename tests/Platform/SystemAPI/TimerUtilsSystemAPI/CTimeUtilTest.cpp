@@ -1,14 +1,12 @@
-#include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
-
 #include <boost/date_time/posix_time/time_formatters.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/TimeConversions.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::ITimeUtil;
@@ -56,5 +54,4 @@ TEST(TimeConversions, KnowTheFirstAndTheLastSecond) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "USBDeviceFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using boost::filesystem::path;
@@ -166,5 +165,4 @@ TEST_F(IUSBDeviceManagerTest, FreesTheDevicesBeforeItsCallerSeesTheFailure) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -17,8 +17,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The debug parameters are loaded, without a fake device; nothing is recorded.
 class USBDeviceFixture : public testing::Test {
@@ -41,5 +40,4 @@ protected:
     const Common::Utils::SingletonServiceGuard<Platform::UsbDeviceInitializer> started;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

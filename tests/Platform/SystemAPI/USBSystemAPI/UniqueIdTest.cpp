@@ -1,7 +1,6 @@
 #include "USBDeviceFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using Platform::IUSBDeviceManager;
@@ -81,5 +80,4 @@ TEST_F(UniqueIdTest, AssertsEvenForAnIdThatEndedBefore) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -1,7 +1,6 @@
 #include "USBDeviceFixture.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace Common::Utils;
@@ -74,5 +73,4 @@ TEST_F(UnstartedUSBDeviceTest, AddsTheFakeDeviceBeforeItLooksAtTheLibrary) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

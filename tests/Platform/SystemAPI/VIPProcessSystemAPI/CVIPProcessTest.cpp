@@ -1,12 +1,10 @@
-#include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -23,5 +21,4 @@ TEST(VIPProcess, IgnoresARefusal) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

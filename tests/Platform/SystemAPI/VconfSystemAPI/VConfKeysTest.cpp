@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "Platform/SystemAPI/VconfSystemAPI/VConfKeys.h"
+
+#include <gtest/gtest.h>
 
 using namespace DAX::Platform;
 

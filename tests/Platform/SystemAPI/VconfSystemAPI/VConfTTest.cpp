@@ -1,7 +1,6 @@
+#include <boost/exception/get_error_info.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <boost/exception/get_error_info.hpp>
 
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Utility/Utils/GenericException.h"

@@ -1,7 +1,8 @@
+#include "Platform/SystemAPI/VconfSystemAPI/VConfWrappers.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Platform/SystemAPI/VconfSystemAPI/VConfWrappers.h"
 #include "support/FakeKovan.h"
 
 using namespace DAX::Platform;

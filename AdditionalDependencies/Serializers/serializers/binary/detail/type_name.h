@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace serializers {
-namespace binary {
-namespace detail {
+namespace serializers::binary::detail {
 
 template <class T>
 const char* signature() {
@@ -20,6 +18,4 @@ std::string type_name() {
     return text.substr(begin, text.rfind(']') - begin);
 }
 
-} // namespace detail
-} // namespace binary
-} // namespace serializers
+} // namespace serializers::binary::detail

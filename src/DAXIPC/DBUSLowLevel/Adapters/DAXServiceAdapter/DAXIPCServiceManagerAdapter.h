@@ -8,9 +8,7 @@
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Puts the service manager on the bus and serves it. One run of listenDBUS for each object.
 class DAXIPCServiceManagerAdapter {
@@ -35,6 +33,4 @@ private:
     std::unique_ptr<Common::DBUSWrapper::IDBUSAdapter> m_adapter;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

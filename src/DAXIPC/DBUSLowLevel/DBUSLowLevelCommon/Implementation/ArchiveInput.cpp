@@ -5,9 +5,7 @@
 #include <locale>
 #include <type_traits>
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 namespace {
 
 static_assert(std::is_same<std::size_t, unsigned long>::value,
@@ -58,6 +56,4 @@ std::istream& withLengthsChecked(std::istream& message) {
 ArchiveInput::ArchiveInput(std::istream& message)
     : m_archive(withLengthsChecked(message), boost::archive::no_codecvt) {}
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -1,8 +1,6 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 namespace {
 
@@ -46,6 +44,4 @@ void writeIntrospection(std::ostream& out, const std::string& interfaceName, con
     writeEnd(out);
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -6,10 +6,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
-namespace RequestBoundary {
+namespace DAX::DAXIPC::DBUSLowLevel::RequestBoundary {
 
 void throwUnknownMethod(const std::string& method) {
     DAX_THROW(Common::DBUSWrapper::DBUSWrapperExceptions::UnknownMethodException(), "Unknown method: " << method);
@@ -21,7 +18,4 @@ void replaceByException(std::stringstream& out, std::string& exceptionName) {
     out.swap(exception);
 }
 
-} // namespace RequestBoundary
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel::RequestBoundary

@@ -13,9 +13,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace UserInterestExceptions;
 
@@ -139,6 +137,4 @@ void StandardExceptionHandler::unwrapException(const std::string& method, const 
     std::abort();
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -5,9 +5,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "CoreInterface/ICore.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Makes the update core look like a local object: each core and each of its transactions has a bus connection of its
 // own. The core is started by the bus when the first call reaches it. One thread at a time; a call may take 60 seconds.
@@ -25,6 +23,4 @@ private:
     unsigned int m_activationTimeoutSeconds;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -7,9 +7,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The service manager over the bus.
 //
@@ -55,6 +53,4 @@ private:
     std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> m_proxy;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

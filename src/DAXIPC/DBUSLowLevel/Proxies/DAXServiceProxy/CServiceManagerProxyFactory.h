@@ -5,9 +5,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Where a client of the update service begins:
 //
@@ -31,6 +29,4 @@ private:
     std::shared_ptr<Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> m_proxyFactory;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

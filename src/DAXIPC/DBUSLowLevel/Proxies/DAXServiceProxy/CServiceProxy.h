@@ -7,9 +7,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "ServiceInterface/IService.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // A client's session over the bus, as CServiceManagerProxy::getService gives it. See there for connections and errors.
 //
@@ -37,6 +35,4 @@ private:
     bool m_valid = true;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -9,9 +9,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "ServiceInterface/IServiceTransaction.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // A transaction over the bus, as CServiceProxy::startNewTransaction gives it. See CServiceManagerProxy for connections
 // and errors.
@@ -47,6 +45,4 @@ private:
     std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> m_proxy;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -2,12 +2,10 @@
 
 #include "Platform/Product/Implementation/CProductPaths.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 std::unique_ptr<IProductPathsImpl> defaultProductPaths() {
     return std::make_unique<CProductPaths>();
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 
 #include "Platform/Product/Implementation/CProductPaths.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 // The root folder of the simulated device, with no slash at its end; empty for none.
@@ -27,5 +26,4 @@ std::unique_ptr<IProductPathsImpl> defaultProductPaths() {
     return std::make_unique<CSimulatedProductPaths>();
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -11,8 +11,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using DAXCommon::DebugAndTestParameters;
@@ -139,5 +138,4 @@ int CFactorySettingsAPIImpl::getLocalsetEnum() {
     return readEnum(plantcfg_get_localset_enum, "plantcfg_get_localset_enum", BOOST_CURRENT_LOCATION);
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/FactorySystemAPI/IFactorySettingsAPIImpl.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The device's own factory menu.
 class CFactorySettingsAPIImpl : public IFactorySettingsAPIImpl {
@@ -22,5 +21,4 @@ public:
     int getLocalsetEnum() override;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -6,8 +6,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/DAXAssert.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 struct FactoryItem {
@@ -40,5 +39,4 @@ int getIntFromFactory(system_info_key_e key) {
     return item.defaultValue;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -2,12 +2,10 @@
 
 #include <system_info.h>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // A value of the factory menu; its default, with a log line, when it cannot be read. An assertion fails for a key that
 // has no default.
 int getIntFromFactory(system_info_key_e key);
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "Platform/SystemAPI/FactorySystemAPI/Implementation/CFactorySettings.h"
 #include "Utility/Utils/SingletonInstanceHandler.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 Common::Utils::SingletonInstanceHandler<IFactorySettingsAPIImpl> singletonHandler([] {
@@ -67,5 +66,4 @@ void FactorySystemAPI::Details::setImplementationSingleton(std::unique_ptr<IFact
     singletonHandler.setImplementationSingleton(std::move(implementation));
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -8,7 +8,6 @@
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/system/error_code.hpp>
 #include <boost/thread/exceptions.hpp>
-
 #include <glib.h>
 
 #include "Common/Logging/LoggingStream.h"
@@ -17,9 +16,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/UserDataRegister.h"
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 namespace {
 
 using Common::Debug::ThreadDebug;
@@ -196,6 +193,4 @@ std::unique_ptr<UserRegisteredCallback> GLoopService::createUserRegisteredCallba
     return std::make_unique<UserRegisteredCallback>();
 }
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

@@ -9,9 +9,7 @@
 
 using GMainLoop = struct _GMainLoop;
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 
 // A GLib main loop over the default context, on a thread of its own that runs until the object's end. Destroyed on that
 // very thread, the object cannot wait for its end, which is logged; the loop then ends behind it.
@@ -50,6 +48,4 @@ private:
     std::mutex m_joinMutex;          // guards m_thread once it has been started
 };
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

@@ -1,12 +1,9 @@
-#include "Platform/SystemAPI/GMainLoopAPI/MainLoop.h"
-
 #include "Platform/SystemAPI/GMainLoopAPI/Implementation/GLoopService.h"
+#include "Platform/SystemAPI/GMainLoopAPI/MainLoop.h"
 #include "Platform/SystemAPI/GMainLoopAPI/MainLoopSingleton.h"
 #include "Utility/Utils/SingletonsRegister.h"
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 namespace {
 
 using Common::Utils::SingletonPointer;
@@ -36,6 +33,4 @@ boost::thread::id getMainLoopTheadId() {
     return mainLoop("getMainLoopThead")->getMainLoopThreadId();
 }
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

@@ -5,9 +5,7 @@
 #include "Utility/Utils/DAXAssert.h"
 #include "Utility/Utils/SingletonsRegister.h"
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 
 using Common::Utils::RegisterableSingleton;
 using Common::Utils::SingletonsRegister;
@@ -49,6 +47,4 @@ void MainLoopSingleton::checkValidity() const {
     BOOST_ASSERT_MSG(m_implementation != nullptr, "The main loop has no implementation.");
 }
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

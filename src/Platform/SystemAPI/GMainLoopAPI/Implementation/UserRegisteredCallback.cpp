@@ -2,9 +2,7 @@
 
 #include "Utility/Utils/DAXAssert.h"
 
-namespace DAX {
-namespace Platform {
-namespace MainLoop {
+namespace DAX::Platform::MainLoop {
 namespace {
 
 const int RUN_ONCE = 0; // the value that takes a function out of the loop again
@@ -23,6 +21,4 @@ void UserRegisteredCallback::setCallback(void (*function)(void*), void* argument
     };
 }
 
-} // namespace MainLoop
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::MainLoop

@@ -1,12 +1,9 @@
-#include "Platform/SystemAPI/KPIEventSenderAPI/IKPIEvent.h"
-
 #include <MetricLogger.h>
 
 #include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/KPIEventSenderAPI/IKPIEvent.h"
 
-namespace DAX {
-namespace Platform {
-namespace KpiEvent {
+namespace DAX::Platform::KpiEvent {
 namespace {
 
 const char* const APPLICATION_ID = "23_daxinfo";
@@ -29,6 +26,4 @@ void sendKPIEventToServer(const IKPIEvent& event) {
                  << description;
 }
 
-} // namespace KpiEvent
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::KpiEvent

@@ -5,9 +5,7 @@
 
 #include "Platform/SystemAPI/KPIEventSenderAPI/KPIEvents.h"
 
-namespace DAX {
-namespace Platform {
-namespace KpiEvent {
+namespace DAX::Platform::KpiEvent {
 namespace {
 
 // The codes of an enumeration's values from `first` on, and that of any other.
@@ -67,6 +65,4 @@ std::ostream& operator<<(std::ostream& stream, COSUEvent::AllChangesStatus statu
     return stream << ALL_CHANGES_STATUSES.of(status);
 }
 
-} // namespace KpiEvent
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::KpiEvent

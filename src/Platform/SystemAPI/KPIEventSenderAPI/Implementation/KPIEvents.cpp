@@ -3,9 +3,7 @@
 #include <sstream>
 #include <utility>
 
-namespace DAX {
-namespace Platform {
-namespace KpiEvent {
+namespace DAX::Platform::KpiEvent {
 namespace {
 
 template <class... Parts>
@@ -70,6 +68,4 @@ std::string CErrorEvent::getDescription() const {
                   "}");
 }
 
-} // namespace KpiEvent
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::KpiEvent

@@ -4,8 +4,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerOffSignalSubscriber.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/WakeUpCbSubscriber.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 using Common::Utils::SignalSubscriber;
 using DAXCommon::PowerMode;
@@ -25,5 +24,4 @@ std::unique_ptr<SignalSubscriber<void()>> CPowerModeSubscribersFactory::createPo
     return std::make_unique<WakeUpCbSubscriber>();
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/UserDataRegister.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using Common::Utils::GenericException;
@@ -41,5 +40,4 @@ int unsubscribeFrom(const PlatformSignal& signal) {
     return signal.unsubscribe(CALLBACK);
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

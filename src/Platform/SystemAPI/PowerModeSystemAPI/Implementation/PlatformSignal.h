@@ -2,8 +2,7 @@
 
 #include <device_power.h>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // One of the device's announcements of power events, and how it is called in messages.
 struct PlatformSignal {
@@ -24,5 +23,4 @@ void subscribeTo(const PlatformSignal& signal, void* callbackId);
 // The device's result.
 int unsubscribeFrom(const PlatformSignal& signal);
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

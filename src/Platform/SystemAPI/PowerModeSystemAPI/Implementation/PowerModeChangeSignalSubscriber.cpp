@@ -3,8 +3,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PlatformSignal.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerModes.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 const char NAME[] = "PowerModeChangeSignalSubscriber";
@@ -34,5 +33,4 @@ int PowerModeChangeSignalSubscriber::callWrappedCb(int state) {
     return 0;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -3,8 +3,7 @@
 #include "DAXCommon/PowerMode.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Tells of each change of the device's power state.
 class PowerModeChangeSignalSubscriber : public PowerSubscriber<void(DAXCommon::PowerMode)> {
@@ -19,5 +18,4 @@ private:
     int callWrappedCb(int state);
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

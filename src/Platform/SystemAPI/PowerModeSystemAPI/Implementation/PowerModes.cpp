@@ -2,8 +2,7 @@
 
 #include <boost/assign/list_of.hpp>
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 using DAXCommon::PowerMode;
 
@@ -21,5 +20,4 @@ PowerMode toPowerMode(int state) {
     return powerModes()[static_cast<power_state_e>(state)];
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -6,8 +6,7 @@
 
 #include "DAXCommon/PowerMode.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The modes of the device's power states. An unknown state is added when it is first met. For the main loop's thread.
 std::map<power_state_e, DAXCommon::PowerMode>& powerModes();
@@ -15,5 +14,4 @@ std::map<power_state_e, DAXCommon::PowerMode>& powerModes();
 // The mode of the device's number of a power state, 0 for an unknown one. For the main loop's thread.
 DAXCommon::PowerMode toPowerMode(int state);
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerOffCbLowLevelSubscriber.h"
 #include "Utility/Utils/UserDataRegister.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 using Common::Utils::SignalSubscriber;
 using Common::Utils::UserDataRegister;
@@ -37,5 +36,4 @@ int PowerOffCbDistributor::multiCallback(int state) {
     return 0;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -6,8 +6,7 @@
 #include "Utility/Utils/SignalDistributor.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Passes the device's power-off signal on to every PowerOffSignalSubscriber; it is a registered singleton that lives as
 // long as one of them.
@@ -29,5 +28,4 @@ private:
     int multiCallback(int state);
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PlatformSignal.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 PowerOffCbLowLevelSubscriber::~PowerOffCbLowLevelSubscriber() {
     unsubscribeAtEnd("PowerOffCbLowLevelSubscriber");
@@ -17,5 +16,4 @@ int PowerOffCbLowLevelSubscriber::doUnsubscribe() {
     return unsubscribeFrom(POWER_OFF_SIGNAL);
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

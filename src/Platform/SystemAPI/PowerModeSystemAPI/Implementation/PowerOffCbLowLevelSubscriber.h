@@ -3,8 +3,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
 #include "Utility/Utils/SingletonProperty.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The process's one subscription to the device's power-off signal; the distributor owns it. A second one at a time
 // throws GenericException.
@@ -18,5 +17,4 @@ private:
     int doUnsubscribe() override;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -3,8 +3,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerModes.h"
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerOffCbDistributor.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using Common::Utils::SingletonPointer;
@@ -54,5 +53,4 @@ int PowerOffSignalSubscriber::callWrappedCb(int state) {
     return 0;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

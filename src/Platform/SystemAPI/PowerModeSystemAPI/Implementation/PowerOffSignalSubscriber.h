@@ -6,8 +6,7 @@
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
 #include "Utility/Utils/SingletonsID.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Tells that the device is about to power off. Any number may exist: the distributor serves them all.
 class PowerOffSignalSubscriber : public PowerSubscriber<void(DAXCommon::PowerMode)> {
@@ -27,5 +26,4 @@ private:
     boost::optional<Common::Utils::SingletonsID> m_distributorId; // set while the distributor is marked as needed
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -9,8 +9,7 @@
 #include "Platform/SystemAPI/GMainLoopAPI/MainLoop.h"
 #include "Utility/Utils/SignalSubscriber.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // What the subscribers to power events have in common: they are called back on the main loop's thread alone, in the
 // device's form int (int), which a wrapper turns into the user's.
@@ -47,5 +46,4 @@ private:
     std::function<int(int)> m_wrapper;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

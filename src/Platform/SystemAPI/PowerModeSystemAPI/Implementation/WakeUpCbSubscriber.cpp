@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PlatformSignal.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 const char NAME[] = "WakeUpCbSubscriber";
@@ -29,5 +28,4 @@ int WakeUpCbSubscriber::doUnsubscribe() {
     return unsubscribeFrom(WAKE_UP_SIGNAL);
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

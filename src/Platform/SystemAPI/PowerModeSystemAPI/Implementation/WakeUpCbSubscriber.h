@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/PowerModeSystemAPI/Implementation/PowerSubscriber.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // Tells that the device has woken up.
 class WakeUpCbSubscriber : public PowerSubscriber<void()> {
@@ -16,5 +15,4 @@ private:
     int doUnsubscribe() override;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,16 +5,14 @@
 #include <fstream>
 #include <thread>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception/errinfo_errno.hpp>
 #include <boost/exception/errinfo_nested_exception.hpp>
 #include <boost/filesystem/operations.hpp>
-
 #include <device_power.h>
+#include <sys/resource.h>
 #include <system_info.h>
+#include <unistd.h>
 
 #include "Common/Logging/LoggingStream.h"
 #include "Common/PlatformDependent/Sync.h"
@@ -28,8 +26,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -317,5 +314,4 @@ bool CSystemControl::m_isRetailMode() {
     return active;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

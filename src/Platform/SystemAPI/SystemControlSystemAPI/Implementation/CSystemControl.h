@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControlImpl.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The device's own system control. It keeps nothing in memory.
 class CSystemControl : public ISystemControlImpl {
@@ -83,5 +82,4 @@ private:
     void m_reboot(int reason);
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

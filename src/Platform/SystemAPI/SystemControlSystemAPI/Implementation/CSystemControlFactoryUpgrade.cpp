@@ -10,8 +10,7 @@
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/CSystemControl.h"
 #include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -74,5 +73,4 @@ path CSystemControl::m_getSequentialUpgradeDeviceMntPath() {
     }
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

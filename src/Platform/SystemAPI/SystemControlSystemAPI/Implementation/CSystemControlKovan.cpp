@@ -20,8 +20,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -345,5 +344,4 @@ std::string CSystemControl::m_getWocOTNModelPrefix() {
     }
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/CSystemControl.h"
 #include "Utility/Utils/SingletonInstanceHandler.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 Common::Utils::SingletonInstanceHandler<ISystemControlImpl> singletonHandler([] {
@@ -291,5 +290,4 @@ void SystemControl::Details::setImplementationSingleton(std::unique_ptr<ISystemC
     singletonHandler.setImplementationSingleton(std::move(implementation));
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -12,9 +12,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
-namespace ModifiedPartitionsMarkers {
+namespace DAX::Platform::ModifiedPartitionsMarkers {
 namespace {
 
 using boost::filesystem::path;
@@ -105,6 +103,4 @@ void remove() {
     failure.raise();
 }
 
-} // namespace ModifiedPartitionsMarkers
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::ModifiedPartitionsMarkers

@@ -1,8 +1,6 @@
 #pragma once
 
-namespace DAX {
-namespace Platform {
-namespace ModifiedPartitionsMarkers {
+namespace DAX::Platform::ModifiedPartitionsMarkers {
 
 // The marker of modified partitions: an empty file in several places, one of which is enough. The operations are those
 // of ISystemControl.
@@ -11,6 +9,4 @@ void set();
 bool isAnySet();
 void remove();
 
-} // namespace ModifiedPartitionsMarkers
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::ModifiedPartitionsMarkers

@@ -7,9 +7,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
-namespace SettingAccess {
+namespace DAX::Platform::SettingAccess {
 
 // How the settings for the user interface are read and written. Keys are whole.
 
@@ -56,6 +54,4 @@ inline int checked(const char* key, int value, int last, const boost::source_loc
     return value;
 }
 
-} // namespace SettingAccess
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::SettingAccess

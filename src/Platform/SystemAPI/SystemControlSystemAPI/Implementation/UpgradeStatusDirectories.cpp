@@ -6,9 +6,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
-namespace UpgradeStatusDirectories {
+namespace DAX::Platform::UpgradeStatusDirectories {
 namespace {
 
 using boost::system::error_code;
@@ -77,6 +75,4 @@ void remove() {
     }
 }
 
-} // namespace UpgradeStatusDirectories
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::UpgradeStatusDirectories

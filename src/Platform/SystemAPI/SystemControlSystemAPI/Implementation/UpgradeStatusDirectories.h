@@ -2,9 +2,7 @@
 
 #include <boost/optional.hpp>
 
-namespace DAX {
-namespace Platform {
-namespace UpgradeStatusDirectories {
+namespace DAX::Platform::UpgradeStatusDirectories {
 
 // How the last upgrade ended, as one of two directories in the working directory of the process. The operations are
 // those of ISystemControl.
@@ -13,6 +11,4 @@ void set(bool success);
 boost::optional<bool> get();
 void remove();
 
-} // namespace UpgradeStatusDirectories
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::UpgradeStatusDirectories

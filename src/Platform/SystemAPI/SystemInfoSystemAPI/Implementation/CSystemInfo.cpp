@@ -11,8 +11,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using Common::Utils::errinfo_description;
@@ -199,5 +198,4 @@ int CSystemInfo::m_getAccessibilityActCustomTimeout(int defaultSeconds) {
     return found->second;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

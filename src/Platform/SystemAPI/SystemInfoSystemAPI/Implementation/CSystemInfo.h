@@ -2,8 +2,7 @@
 
 #include "Platform/SystemAPI/SystemInfoSystemAPI/ISystemInfoImpl.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 // The device's own information. It keeps nothing in memory.
 class CSystemInfo : public ISystemInfoImpl {
@@ -38,5 +37,4 @@ public:
     int m_getAccessibilityActCustomTimeout(int defaultSeconds) override;
 };
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -8,8 +8,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using Common::Utils::CText;
@@ -77,5 +76,4 @@ std::string CSystemInfo::m_getSystemInfoCustomString(const char* key) {
     return text.get();
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -5,8 +5,7 @@
 #include "Platform/SystemAPI/SystemInfoSystemAPI/Implementation/CSystemInfo.h"
 #include "Utility/Utils/SingletonInstanceHandler.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 Common::Utils::SingletonInstanceHandler<ISystemInfoImpl> singletonHandler([] {
@@ -131,5 +130,4 @@ void SystemInfo::Details::setImplementationSingleton(std::unique_ptr<ISystemInfo
     singletonHandler.setImplementationSingleton(std::move(implementation));
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -1,14 +1,11 @@
-#include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
-
 #include <hangguard.h>
 
 #include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/SystemdSystemAPI/HangGuard.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace Platform {
-namespace HangGuard {
+namespace DAX::Platform::HangGuard {
 
 using Common::Utils::GenericException;
 
@@ -30,6 +27,4 @@ void updateWatchdogTimer() {
     DAX_LOG(DBG) << "Update of Watchdog status successfully sent with result: " << result;
 }
 
-} // namespace HangGuard
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::HangGuard

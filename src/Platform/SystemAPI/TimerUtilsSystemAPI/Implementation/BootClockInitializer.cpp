@@ -4,8 +4,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 BootClockInitializer::BootClockInitializer() {
     if (bootclock_init() != 0) {
@@ -17,5 +16,4 @@ BootClockInitializer::~BootClockInitializer() {
     bootclock_fini();
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

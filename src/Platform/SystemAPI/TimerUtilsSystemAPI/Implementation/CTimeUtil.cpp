@@ -1,16 +1,13 @@
-#include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
-
 #include <ctime>
 
 #include <boost/date_time/posix_time/conversion.hpp>
-
 #include <bootclock.h>
 
 #include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/TimeConversions.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 std::string format(std::uint64_t seconds, const char* form) {
@@ -41,5 +38,4 @@ std::uint64_t ITimeUtil::getCurrentTime() {
     return utc;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

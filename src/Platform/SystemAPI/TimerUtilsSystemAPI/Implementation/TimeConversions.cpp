@@ -2,9 +2,7 @@
 
 #include <stdexcept>
 
-namespace DAX {
-namespace Platform {
-namespace TimeConversions {
+namespace DAX::Platform::TimeConversions {
 
 boost::posix_time::ptime uint64_t_to_ptime(std::uint64_t seconds) {
     const std::uint64_t secondsOfADay = 24 * 60 * 60;
@@ -18,6 +16,4 @@ boost::posix_time::ptime uint64_t_to_ptime(std::uint64_t seconds) {
                                     boost::posix_time::seconds(static_cast<long>(seconds % secondsOfADay)));
 }
 
-} // namespace TimeConversions
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::TimeConversions

@@ -1,5 +1,3 @@
-#include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
-
 #include <algorithm>
 #include <sstream>
 #include <utility>
@@ -9,6 +7,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 #include "Platform/Product/IProductPaths.h"
+#include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
 #include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
 #include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"
 #include "Utility/Utils/DAXAssert.h"
@@ -33,8 +32,7 @@ static std::string generate_unique_id(usb_device_h device) {
     return id.str();
 }
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 namespace {
 
 using boost::filesystem::path;
@@ -155,5 +153,4 @@ boost::optional<std::string> IUSBDeviceManager::getMountPathId(const path& mount
     return found != entries.end() ? boost::make_optional(found->second) : boost::none;
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

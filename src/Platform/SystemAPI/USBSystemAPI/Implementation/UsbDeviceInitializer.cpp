@@ -5,8 +5,7 @@
 #include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace Platform {
+namespace DAX::Platform {
 
 UsbDeviceInitializer::UsbDeviceInitializer() : m_result(usb_device_init()) {}
 
@@ -21,5 +20,4 @@ void UsbDeviceInitializer::throwIfUninitialized() const {
     }
 }
 
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform

@@ -1,18 +1,13 @@
-#include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
-
 #include <proc_stat.h>
 
 #include "Common/Logging/LoggingStream.h"
+#include "Platform/SystemAPI/VIPProcessSystemAPI/VIPProcessSystemAPI.h"
 
-namespace DAX {
-namespace Platform {
-namespace VIPProcessSystemAPI {
+namespace DAX::Platform::VIPProcessSystemAPI {
 
 void registerVIPProcess() {
     DAX_LOG(INF) << "Registering VIP process.";
     proc_stat_set_vip_process();
 }
 
-} // namespace VIPProcessSystemAPI
-} // namespace Platform
-} // namespace DAX
+} // namespace DAX::Platform::VIPProcessSystemAPI

@@ -9,8 +9,7 @@
 
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The parameter archive that holds `values`, in that order.
 template <class... Values>
@@ -81,5 +80,4 @@ private:
     std::string m_name;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 const char* const SERVICE_MANAGER_BUS_NAME = "org.kovan.tv.dax.service.servicemanager";
 
@@ -60,5 +59,4 @@ protected:
     std::unique_ptr<AdapterClient> manager, session, transactions, stranger;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -10,8 +10,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -376,5 +375,4 @@ TEST_F(CServiceManagerAdapterTest, ItsEndWithoutASessionInvalidatesNothing) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

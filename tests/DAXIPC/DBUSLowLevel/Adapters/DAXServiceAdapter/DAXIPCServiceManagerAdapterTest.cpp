@@ -8,8 +8,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -169,5 +168,4 @@ TEST_F(DAXIPCServiceManagerAdapterTest, ItsEndLogsAndIgnoresAFailedDeactivation)
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -15,8 +15,7 @@
 #include "support/DebugParameters.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
@@ -328,5 +327,4 @@ TEST_F(ExhaustiveModelTest, AgreesOverAllSequencesOfThreeClients) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -15,8 +15,7 @@
 #include "support/FakePowerMode.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using testing::Contains;
@@ -80,5 +79,4 @@ TEST_F(FailedVerification, IsNoneWhereTheFileIsIntact) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

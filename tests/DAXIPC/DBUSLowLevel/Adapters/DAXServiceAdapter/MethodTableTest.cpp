@@ -2,18 +2,15 @@
 #include <set>
 
 #include <boost/archive/text_iarchive.hpp>
-
-#include <boost/serialization/optional.hpp>
-
 #include <boost/date_time/posix_time/time_serialize.hpp>
 #include <boost/serialization/list.hpp>
+#include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/vector.hpp>
 
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 using namespace testing;
@@ -211,5 +208,4 @@ INSTANTIATE_TEST_SUITE_P(Methods, WithoutAHeader,
                          [](const auto& method) { return std::string(method.param); });
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -7,8 +7,7 @@
 #include "Common/DBUSWrapper/IDBUSEventsSubscriber.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 class MockServiceTransaction : public Service::IServiceTransaction {
 public:
@@ -66,5 +65,4 @@ private:
     std::unique_ptr<Service::IServiceManager> m_manager;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -9,8 +9,7 @@
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 #ifdef __SANITIZE_THREAD__
@@ -166,5 +165,4 @@ TEST_F(ModelTest, AgreesOverRandomOperations) {
 }
 
 } // namespace
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

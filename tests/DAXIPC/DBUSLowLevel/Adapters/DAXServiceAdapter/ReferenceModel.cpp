@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 namespace {
 
@@ -332,5 +331,4 @@ std::string ReferenceModel::state() const {
     return text.str();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

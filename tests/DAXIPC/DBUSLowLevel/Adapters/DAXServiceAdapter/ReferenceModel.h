@@ -8,8 +8,7 @@
 
 #include <boost/optional.hpp>
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // What a client is expected to get for one call: a value in words, or the name of an exception.
 struct Expected {
@@ -119,5 +118,4 @@ private:
     boost::optional<ServiceEntry> m_service; // the last: the end of a session has effects
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -14,8 +14,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "support/FakeKovan.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 namespace {
 
 const char* const PRIORITY_KEY = "memory/menu/support/softwareupdate/currentServiceClientPriority";
@@ -231,5 +230,4 @@ void ServiceBesideModel::forget() {
     m_model.takeEffects();
 }
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -13,8 +13,7 @@
 #include "support/FakeCore.h"
 #include "support/FakePowerMode.h"
 
-namespace DAX {
-namespace Tests {
+namespace DAX::Tests {
 
 // The real handler over the real service logic, and the reference model beside it: every operation is done to both.
 // The device's root and the debug parameters have to be there before it. One at a time in a process.
@@ -81,5 +80,4 @@ private:
     Expected m_result, m_expected;
 };
 
-} // namespace Tests
-} // namespace DAX
+} // namespace DAX::Tests

@@ -2,13 +2,12 @@
 
 #include <chrono>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <boost/exception/all.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 #include <boost/thread.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "CoreInterface/CoreExceptions.h"

@@ -1,12 +1,11 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreTransactionProxy.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
+#include <gtest/gtest.h>
 
 #include "DAXCommon/UserInterestExceptions.h"
 #include "support/RecordEquality.h"

@@ -1,9 +1,8 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceProxy.h"
 
+#include <boost/serialization/string.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <boost/serialization/string.hpp>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"

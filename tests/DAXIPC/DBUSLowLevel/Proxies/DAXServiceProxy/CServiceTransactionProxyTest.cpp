@@ -1,11 +1,10 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceTransactionProxy.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/string.hpp>
+#include <gtest/gtest.h>
 
 #include "DAXCommon/UserInterestExceptions.h"
 #include "support/RecordEquality.h"

@@ -17,9 +17,7 @@
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/KeptInterruption.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using Common::Logging::SafeOstringStream;
 using Common::Utils::GenericException;
@@ -278,6 +276,4 @@ void CServiceManagerAdapter::handle_cancelServiceTransaction(std::stringstream& 
     m_serviceTransaction.reset();
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

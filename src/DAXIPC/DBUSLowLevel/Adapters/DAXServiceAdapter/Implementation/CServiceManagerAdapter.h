@@ -10,9 +10,7 @@
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "ServiceInterface/IServiceManager.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The request handler behind the daemon's one object: decodes each call, checks who is calling, calls the service logic
 // and encodes the result. The connection that gave a proxy its name by "helloMessage" is from then on the only one that
@@ -73,6 +71,4 @@ private:
     boost::optional<NameAndServiceTransaction> m_serviceTransaction;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -9,9 +9,7 @@
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 namespace Names = DBUSNames::DBUSService::DBUSIServiceManager;
 using Common::DBUSWrapper::IDBUSAdapter;
@@ -51,6 +49,4 @@ void DAXIPCServiceManagerAdapter::deactivate() {
     }
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

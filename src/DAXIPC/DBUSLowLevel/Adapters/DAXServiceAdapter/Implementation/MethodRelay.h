@@ -9,9 +9,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // What a pointer to an operation tells of it: whose it is, what has to be decoded for it, what it gives back.
 template <class Operation>
@@ -59,6 +57,4 @@ void relayCall(typename OperationTraits<Operation>::Interface& target, Operation
     }
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -17,9 +17,7 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreTransactionProxy.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace Common::DBUSWrapper;
 namespace DBUSICore = DBUSNames::DBUSCore::DBUSICore;
@@ -107,6 +105,4 @@ void CCoreProxy::sendHelloMessage(IDBUSProxy& proxy) {
     callRemote(proxy, Methods::helloMessage, proxy.getProxyUniqueId());
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

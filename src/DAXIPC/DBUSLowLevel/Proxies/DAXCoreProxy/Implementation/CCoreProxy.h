@@ -7,9 +7,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "CoreInterface/ICore.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The update core over the bus.
 class CCoreProxy : public Core::ICore {
@@ -37,6 +35,4 @@ private:
     std::shared_ptr<IDBUSProxy> m_proxy;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -4,9 +4,7 @@
 
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreProxy.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using Common::DBUSWrapper::IDBUSProxy;
 
@@ -18,6 +16,4 @@ std::unique_ptr<Core::ICore> CCoreProxyFactory::create() {
     return std::make_unique<CCoreProxy>(m_proxyFactory, m_activationTimeoutSeconds);
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

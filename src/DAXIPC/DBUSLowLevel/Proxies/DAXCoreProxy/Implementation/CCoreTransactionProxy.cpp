@@ -11,9 +11,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 namespace Methods = DBUSNames::DBUSCore::DBUSICoreTransaction::Methods;
 
@@ -66,6 +64,4 @@ void CCoreTransactionProxy::cancelCoreTransaction(const std::string& reason) {
     callRemote(*m_proxy, Methods::cancelCoreTransaction, reason);
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

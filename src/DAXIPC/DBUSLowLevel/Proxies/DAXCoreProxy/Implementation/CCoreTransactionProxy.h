@@ -9,9 +9,7 @@
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "CoreInterface/ICoreTransaction.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // One transaction of the update core, over a connection of its own that has said hello. The core sees the end of the
 // connection when this object goes.
@@ -36,6 +34,4 @@ private:
     std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> m_proxy;
 };
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

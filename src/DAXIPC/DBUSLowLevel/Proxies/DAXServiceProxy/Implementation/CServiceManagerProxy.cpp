@@ -12,9 +12,7 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/Implementation/ServiceConnection.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace Common::DBUSWrapper;
 namespace DBUSIServiceManager = DBUSNames::DBUSService::DBUSIServiceManager;
@@ -81,6 +79,4 @@ void CServiceManagerProxy::scheduleFactoryReset() {
     callRemote(*m_proxy, Methods::scheduleFactoryReset);
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -4,9 +4,7 @@
 
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxy.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 CServiceManagerProxyFactory::CServiceManagerProxyFactory(
     std::shared_ptr<Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> proxyFactory)
@@ -16,6 +14,4 @@ std::unique_ptr<Service::IServiceManager> CServiceManagerProxyFactory::create() 
     return std::make_unique<CServiceManagerProxy>(m_proxyFactory);
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -9,9 +9,7 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceTransactionProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/Implementation/ServiceConnection.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace Common::DBUSWrapper;
 namespace Methods = DBUSNames::DBUSService::DBUSIService::Methods;
@@ -47,6 +45,4 @@ void CServiceProxy::invalidate(const std::string& reason) {
     }
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -10,9 +10,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using Service::ServiceTransactionProgress;
 namespace Methods = DBUSNames::DBUSService::DBUSIServiceTransaction::Methods;
@@ -70,6 +68,4 @@ void CServiceTransactionProxy::cancelServiceTransaction(const std::string& reaso
     call(Methods::cancelServiceTransaction, reason);
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

@@ -6,9 +6,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace Common::DBUSWrapper;
 namespace DBUSIServiceManager = DBUSNames::DBUSService::DBUSIServiceManager;
@@ -23,6 +21,4 @@ void sayHello(IDBUSProxy& proxy, const std::string& busName) {
     callRemote(proxy, DBUSIServiceManager::Methods::helloMessage, proxy.getProxyUniqueId());
 }
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel

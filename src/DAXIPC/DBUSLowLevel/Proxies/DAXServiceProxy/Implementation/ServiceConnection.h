@@ -5,9 +5,7 @@
 
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 
-namespace DAX {
-namespace DAXIPC {
-namespace DBUSLowLevel {
+namespace DAX::DAXIPC::DBUSLowLevel {
 
 // A new connection for one of the service's objects. Throws ErrorConnectingToDBUS.
 std::shared_ptr<Common::DBUSWrapper::IDBUSProxy>
@@ -16,6 +14,4 @@ connectToService(Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory& factory);
 // Says under `busName` that the object which was asked for with this proxy's id belongs to this connection.
 void sayHello(Common::DBUSWrapper::IDBUSProxy& proxy, const std::string& busName);
 
-} // namespace DBUSLowLevel
-} // namespace DAXIPC
-} // namespace DAX
+} // namespace DAX::DAXIPC::DBUSLowLevel
