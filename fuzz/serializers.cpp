@@ -14,10 +14,10 @@
 
 #include "Common/IO/BranchSink.h"
 #include "Common/IO/CRCSink.h"
-#include "Common/IO/FakeTransaction.h"
 #include "Common/IO/SinkSerializer.h"
 #include "SerializersInput.h"
 #include "serializers/binary/little_endian.h"
+#include "src/Common/IO/FakeTransaction.h"
 
 namespace {
 

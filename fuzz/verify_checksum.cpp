@@ -13,8 +13,8 @@
 #include "Common/IO/ChecksumedStream.h"
 #include "Common/IO/FileSink.h"
 #include "Common/IO/FileStream.h"
-#include "Common/IO/MemoryStreams.h"
 #include "VerifyChecksumInput.h"
+#include "src/Common/IO/MemoryStreams.h"
 #include "support/TemporaryRoot.h"
 
 namespace {

@@ -6,10 +6,10 @@
 #include <string>
 #include <utility>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
 #include "support/DebugParameters.h"
 #include "support/FakeCore.h"
 #include "support/FakePowerMode.h"

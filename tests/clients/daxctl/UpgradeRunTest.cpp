@@ -5,8 +5,8 @@
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "clients/daxctl/StandardError.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 

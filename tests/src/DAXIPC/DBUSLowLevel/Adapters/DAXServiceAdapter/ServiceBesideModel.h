@@ -7,9 +7,9 @@
 #include <boost/optional.hpp>
 
 #include "Common/DBUSWrapper/IDBUSEventsSubscriber.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ReferenceModel.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ReferenceModel.h"
 #include "support/FakeCore.h"
 #include "support/FakePowerMode.h"
 

@@ -11,7 +11,7 @@
 #include <memory>
 #include <unordered_map>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
 #include "support/DebugParameters.h"
 #include "support/TemporaryRoot.h"
 

@@ -5,9 +5,9 @@
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 #include "support/FakeKovan.h"
 
 namespace DAX::Tests {

@@ -3,11 +3,11 @@
 
 #include <gmock/gmock.h>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "Platform/Product/IProductPaths.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "support/AfterClose.h"
 #include "support/DebugParameters.h"
 #include "support/FakeCore.h"

@@ -1,4 +1,4 @@
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 
 namespace DAX::Tests {
 namespace {

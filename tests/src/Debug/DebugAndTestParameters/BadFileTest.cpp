@@ -4,8 +4,8 @@
 
 #include <sys/stat.h>
 
-#include "DAXIPC/DBUSLowLevel/BadInput/BoundedMemory.h"
 #include "DebugFileFixture.h"
+#include "src/DAXIPC/DBUSLowLevel/BadInput/BoundedMemory.h"
 #include "support/Corruption.h"
 
 namespace DAX::Tests {

@@ -1,4 +1,4 @@
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
 
 #include <algorithm>
 #include <filesystem>

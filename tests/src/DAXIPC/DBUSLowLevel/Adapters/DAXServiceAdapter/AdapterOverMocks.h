@@ -5,9 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 
 namespace DAX::Tests {
 

@@ -1,4 +1,4 @@
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ReferenceModel.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ReferenceModel.h"
 
 #include <algorithm>
 #include <sstream>

@@ -3,9 +3,9 @@
 
 #include <boost/thread/thread.hpp>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 #include "support/FakeKovan.h"
 
 namespace DAX::Tests {

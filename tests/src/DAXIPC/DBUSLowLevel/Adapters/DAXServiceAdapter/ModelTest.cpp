@@ -4,7 +4,7 @@
 #include <iostream>
 #include <random>
 
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
+#include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
 #include "support/DebugParameters.h"
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
