@@ -89,20 +89,20 @@ private:
 TEST(PackagingTest, BusStartsTheDaemonByItsName) {
     const std::string service = packaged(NAME + ".service");
 
-    EXPECT_EQ(NAME, valueOf("Name", service));
-    EXPECT_EQ("root", valueOf("User", service));
-    EXPECT_EQ("DAXService.service", valueOf("SystemdService", service));
+    EXPECT_EQ(valueOf("Name", service), NAME);
+    EXPECT_EQ(valueOf("User", service), "root");
+    EXPECT_EQ(valueOf("SystemdService", service), "DAXService.service");
     EXPECT_THAT(valueOf("Exec", service), EndsWith("/bin/DAXService --idle-timeout=60"));
 }
 
 TEST(PackagingTest, UnitRunsTheSameCommandUnderTheSameName) {
     const std::string unit = packaged("DAXService.service");
 
-    EXPECT_EQ("exec", valueOf("Type", unit)); // one of "dbus" would be stopped when the name is given back
-    EXPECT_EQ(NAME, valueOf("BusName", unit));
+    EXPECT_EQ(valueOf("Type", unit), "exec"); // one of "dbus" would be stopped when the name is given back
+    EXPECT_EQ(valueOf("BusName", unit), NAME);
     EXPECT_EQ(valueOf("Exec", packaged(NAME + ".service")), valueOf("ExecStart", unit));
-    EXPECT_EQ("main", valueOf("NotifyAccess", unit));
-    EXPECT_EQ("SIGINT", valueOf("KillSignal", unit));
+    EXPECT_EQ(valueOf("NotifyAccess", unit), "main");
+    EXPECT_EQ(valueOf("KillSignal", unit), "SIGINT");
 }
 
 TEST(PackagingTest, NothingIsLeftToFillIn) {
@@ -125,7 +125,7 @@ TEST(PackagingTest, MakesTheGroupOfThePolicy) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "needs root, to make a group under a root folder";
     }
-    EXPECT_EQ(ProcessEnd::exited(0), run.end) << run.errors;
+    EXPECT_EQ(run.end, ProcessEnd::exited(0)) << run.errors;
     EXPECT_THAT(root.read("etc/group"), StartsWith("dax:"));
     EXPECT_THAT(textOf(POLICY), HasSubstr("<policy group=\"dax\">"));
 }
@@ -137,7 +137,7 @@ TEST(PackagingTest, PolicyLetsRootAloneOwnTheName) {
     const FinishedRun run = bus.request(NAME);
 
     if (geteuid() == 0) {
-        EXPECT_EQ(ProcessEnd::exited(0), run.end);
+        EXPECT_EQ(run.end, ProcessEnd::exited(0));
         EXPECT_THAT(run.output, HasSubstr("uint32 1\n"));
     } else {
         EXPECT_THAT(run.errors, HasSubstr("AccessDenied"));

@@ -18,20 +18,20 @@ Command shell(const std::string& script) {
 TEST(ProcessTest, RunReturnsCodeAndBothOutputs) {
     const FinishedRun result = run(shell("echo out; echo err >&2; exit 3"));
 
-    EXPECT_EQ(ProcessEnd::exited(3), result.end);
-    EXPECT_EQ("out\n", result.output);
-    EXPECT_EQ("err\n", result.errors);
+    EXPECT_EQ(result.end, ProcessEnd::exited(3));
+    EXPECT_EQ(result.output, "out\n");
+    EXPECT_EQ(result.errors, "err\n");
 }
 
 TEST(ProcessTest, TellsASignalFromTheCodeThatShellsGiveIt) {
-    EXPECT_EQ(ProcessEnd::killedBy(SIGTERM), run(shell("kill -TERM $$")).end);
-    EXPECT_EQ(ProcessEnd::exited(143), run(shell("exit 143")).end);
+    EXPECT_EQ(run(shell("kill -TERM $$")).end, ProcessEnd::killedBy(SIGTERM));
+    EXPECT_EQ(run(shell("exit 143")).end, ProcessEnd::exited(143));
 }
 
 TEST(ProcessTest, GivesTheProgramItsInput) {
     Command command{{"cat"}, {}, "some\ntext", {}};
 
-    EXPECT_EQ("some\ntext", run(command).output);
+    EXPECT_EQ(run(command).output, "some\ntext");
 }
 
 TEST(ProcessTest, EnvironmentStandsOverTheCallersOwn) {
@@ -40,20 +40,20 @@ TEST(ProcessTest, EnvironmentStandsOverTheCallersOwn) {
     Command command = shell("echo $PROCESS_TEST_CHANGED ${PROCESS_TEST_GONE-none}");
     command.environment = {{"PROCESS_TEST_CHANGED", "new"}, {"PROCESS_TEST_GONE", std::nullopt}};
 
-    EXPECT_EQ("new none\n", run(command).output);
+    EXPECT_EQ(run(command).output, "new none\n");
 }
 
 TEST(ProcessTest, StartsWithTheSignalsIgnoredThatTheCommandNames) {
     Command command = shell("kill -TERM $$; echo lives");
     command.ignoredSignals = {SIGTERM};
 
-    EXPECT_EQ("lives\n", run(command).output);
+    EXPECT_EQ(run(command).output, "lives\n");
 }
 
 TEST(ProcessTest, CollectsMoreThanAPipeHolds) {
     const FinishedRun result = run(shell("head -c 1000000 /dev/zero"));
 
-    EXPECT_EQ(1000000u, result.output.size());
+    EXPECT_EQ(result.output.size(), 1000000u);
 }
 
 TEST(ProcessTest, WaitsForTextAndSignalsTheRunningProgram) {
@@ -62,8 +62,8 @@ TEST(ProcessTest, WaitsForTextAndSignalsTheRunningProgram) {
     ASSERT_TRUE(process.waitForOutput("ready\n"));
     process.send(SIGTERM);
 
-    EXPECT_EQ(ProcessEnd::exited(4), process.waitForEnd());
-    EXPECT_EQ("ready\nbye\n", process.output());
+    EXPECT_EQ(process.waitForEnd(), ProcessEnd::exited(4));
+    EXPECT_EQ(process.output(), "ready\nbye\n");
 }
 
 TEST(ProcessTest, WaitingForTextEndsWithTheProcess) {
@@ -75,7 +75,7 @@ TEST(ProcessTest, WaitingForTextEndsWithTheProcess) {
 TEST(ProcessTest, WaitForEndGivesUpAtItsBound) {
     Process process(shell("exec sleep 1000"));
 
-    EXPECT_EQ(std::nullopt, process.waitForEnd(1ms));
+    EXPECT_EQ(process.waitForEnd(1ms), std::nullopt);
 }
 
 TEST(ProcessTest, DestructorKillsAndReaps) {
@@ -85,19 +85,19 @@ TEST(ProcessTest, DestructorKillsAndReaps) {
         pid = process.pid();
     }
 
-    EXPECT_EQ(-1, kill(pid, 0));
+    EXPECT_EQ(kill(pid, 0), -1);
 }
 
 TEST(ProcessTest, DoesNotWaitForGrandchildrenThatHoldThePipes) {
     const FinishedRun result = run(shell("sleep 1000 & echo $!"));
 
-    EXPECT_EQ(ProcessEnd::exited(0), result.end);
-    EXPECT_EQ(0, kill(std::stoi(result.output), SIGKILL));
+    EXPECT_EQ(result.end, ProcessEnd::exited(0));
+    EXPECT_EQ(kill(std::stoi(result.output), SIGKILL), 0);
 }
 
 TEST(ProcessTest, ProgramThatDoesNotExistEndsWithTheReason) {
     const FinishedRun result = run({{"/nowhere/program"}, {}, {}, {}});
 
-    EXPECT_EQ(ProcessEnd::exited(127), result.end);
-    EXPECT_EQ("No such file or directory", result.errors);
+    EXPECT_EQ(result.end, ProcessEnd::exited(127));
+    EXPECT_EQ(result.errors, "No such file or directory");
 }

@@ -13,7 +13,7 @@ TEST(TemporaryRootTest, IsTheRootWhileItLives) {
         EXPECT_EQ(root.path().string(), std::getenv("KOVAN_ROOT"));
         EXPECT_TRUE(std::filesystem::is_directory(root.path()));
     }
-    EXPECT_STREQ("/before", std::getenv("KOVAN_ROOT"));
+    EXPECT_STREQ(std::getenv("KOVAN_ROOT"), "/before");
 }
 
 TEST(TemporaryRootTest, WritesAndReadsFilesUnderItAndTakesThemAway) {
@@ -22,8 +22,8 @@ TEST(TemporaryRootTest, WritesAndReadsFilesUnderItAndTakesThemAway) {
         const TemporaryRoot root;
         path = root.path();
         root.write("a/b/file", "text");
-        EXPECT_EQ("text", root.read("a/b/file"));
-        EXPECT_EQ("", root.read("absent"));
+        EXPECT_EQ(root.read("a/b/file"), "text");
+        EXPECT_EQ(root.read("absent"), "");
     }
     EXPECT_FALSE(std::filesystem::exists(path));
 }

@@ -58,7 +58,7 @@ std::tuple<Values...> decode(const std::string& bytes) {
 // The value alone in an archive is the file, and the file is the value.
 template <class Value>
 void expectGolden(const std::string& name, const Value& value) {
-    EXPECT_EQ(golden(name), encode(value));
+    EXPECT_EQ(encode(value), golden(name));
     EXPECT_TRUE(value == std::get<0>(decode<Value>(golden(name))));
 }
 

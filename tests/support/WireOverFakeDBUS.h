@@ -33,7 +33,7 @@ public:
     // The last request of `method` is the file, and the file is these values.
     template <class... Values>
     void expectRequest(const std::string& method, const Values&... values) const {
-        EXPECT_EQ(golden(m_side + "/" + method + ".request"), bus.parameters(method)) << method;
+        EXPECT_EQ(bus.parameters(method), golden(m_side + "/" + method + ".request")) << method;
         EXPECT_TRUE(std::make_tuple(values...) == decode<Values...>(bus.parameters(method))) << method;
     }
 

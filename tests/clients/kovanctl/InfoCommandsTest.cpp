@@ -57,20 +57,20 @@ TEST_P(KnownFactTest, HasItsDefaultUntilItIsGiven) {
     const Known& fact = GetParam();
     const FinishedRun run = info({"get", fact.key});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ(std::string(fact.shown) + "\n", run.output);
-    EXPECT_EQ("", run.errors);
-    EXPECT_EQ(Json({{"key", fact.key}, {"type", fact.type}, {"value", fact.value}, {"given", false}}),
-              Json::parse(info({"get", "--json", fact.key}).output));
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, std::string(fact.shown) + "\n");
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(Json::parse(info({"get", "--json", fact.key}).output),
+              Json({{"key", fact.key}, {"type", fact.type}, {"value", fact.value}, {"given", false}}));
 }
 
 TEST_P(KnownFactTest, IsWhatWasSet) {
     const Known& fact = GetParam();
     const FinishedRun run = info({"set", fact.key, "--", fact.other});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("", run.output + run.errors);
-    EXPECT_EQ(std::string(fact.other) + "\n", get(fact.key));
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output + run.errors, "");
+    EXPECT_EQ(get(fact.key), std::string(fact.other) + "\n");
     EXPECT_TRUE(Json::parse(info({"get", "--json", fact.key}).output).at("given").get<bool>());
 }
 
@@ -122,31 +122,31 @@ INSTANTIATE_TEST_SUITE_P(Facts, UnknownFactTest,
 TEST_F(InfoCommandsTest, OtherNumbersAndFeaturesAreTextsThatMayBeGiven) {
     expectFailure(info({"get", "system_info/12345"}), REFUSED,
                   "kovanctl: 'system_info/12345': there is no such fact\n");
-    EXPECT_EQ(DONE, info({"set", "system_info/12345", "7"}).end);
-    EXPECT_EQ(DONE, info({"set", "features/com.velmora/other", "a b"}).end);
+    EXPECT_EQ(info({"set", "system_info/12345", "7"}).end, DONE);
+    EXPECT_EQ(info({"set", "features/com.velmora/other", "a b"}).end, DONE);
 
-    EXPECT_EQ("7\n", get("system_info/12345"));
-    EXPECT_EQ(Json({{"key", "features/com.velmora/other"}, {"type", "string"}, {"value", "a b"}, {"given", true}}),
-              Json::parse(info({"get", "features/com.velmora/other", "--json"}).output));
+    EXPECT_EQ(get("system_info/12345"), "7\n");
+    EXPECT_EQ(Json::parse(info({"get", "features/com.velmora/other", "--json"}).output),
+              Json({{"key", "features/com.velmora/other"}, {"type", "string"}, {"value", "a b"}, {"given", true}}));
 }
 
 TEST_F(InfoCommandsTest, WritesWhatThePlatformReads) {
     int number = 0;
     info({"set", HEIGHT, "540"});
-    EXPECT_EQ(0, system_info_get_custom_int("com.velmora/featureconf/panel_resolution_height", &number));
-    EXPECT_EQ(540, number);
+    EXPECT_EQ(system_info_get_custom_int("com.velmora/featureconf/panel_resolution_height", &number), 0);
+    EXPECT_EQ(number, 540);
     info({"set", "system_info/12345", "7"});
-    EXPECT_EQ(0, system_info_get_value_int(static_cast<system_info_key_e>(12345), &number));
-    EXPECT_EQ(7, number);
+    EXPECT_EQ(system_info_get_value_int(static_cast<system_info_key_e>(12345), &number), 0);
+    EXPECT_EQ(number, 7);
 }
 
 TEST_F(InfoCommandsTest, ResultThatIsSetFailsTheQuestionUntilItIsSuccessAgain) {
     int number = 0;
     info({"set", "results/system_info/otn_onoff", "--", "-5"});
-    EXPECT_EQ(-5, system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number));
-    EXPECT_EQ("results/system_info/otn_onoff int -5\n", info({"list", "results"}).output);
+    EXPECT_EQ(system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number), -5);
+    EXPECT_EQ(info({"list", "results"}).output, "results/system_info/otn_onoff int -5\n");
     info({"set", "results/system_info/otn_onoff", "0"});
-    EXPECT_EQ(0, system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number));
+    EXPECT_EQ(system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number), 0);
 }
 
 TEST_F(InfoCommandsTest, SetKeepsCommentsAndOtherLines) {
@@ -154,18 +154,18 @@ TEST_F(InfoCommandsTest, SetKeepsCommentsAndOtherLines) {
     info({"set", "system_info/localset", "US"});
     info({"set", "system_info/otn_onoff", "0"});
 
-    EXPECT_EQ("# mine\n[system_info]\n# where\nlocalset=US\nodd = 1\notn_onoff=0\n\n# more\n[plantcfg]\nmodel=2\n",
-              device());
+    EXPECT_EQ(device(),
+              "# mine\n[system_info]\n# where\nlocalset=US\nodd = 1\notn_onoff=0\n\n# more\n[plantcfg]\nmodel=2\n");
 }
 
 TEST_F(InfoCommandsTest, SetWithJsonSaysWhatHolds) {
-    EXPECT_EQ(Json({{"key", HEIGHT}, {"type", "int"}, {"value", 540}, {"given", true}}),
-              Json::parse(info({"set", HEIGHT, "540", "--json"}).output));
+    EXPECT_EQ(Json::parse(info({"set", HEIGHT, "540", "--json"}).output),
+              Json({{"key", HEIGHT}, {"type", "int"}, {"value", 540}, {"given", true}}));
 }
 
 TEST_F(InfoCommandsTest, BoolIsWrittenAsAWord) {
     info({"set", "software/production", "1"});
-    EXPECT_EQ("[software]\nproduction=true\n", device());
+    EXPECT_EQ(device(), "[software]\nproduction=true\n");
 }
 
 TEST_F(InfoCommandsTest, SetRefusesWhatTheFileCannotHold) {
@@ -174,7 +174,7 @@ TEST_F(InfoCommandsTest, SetRefusesWhatTheFileCannotHold) {
     expectFailure(info({"set", "features/a", "\fx"}), REFUSED, "kovanctl: '?x' begins with a form feed\n");
     expectFailure(info({"set", "features/a", std::string(70000, 'x')}), REFUSED,
                   "kovanctl: " + path() + ": larger than 65536 bytes\n");
-    EXPECT_EQ("", device());
+    EXPECT_EQ(device(), "");
 }
 
 TEST_F(InfoCommandsTest, FileThatCannotBeWrittenIsRefused) {
@@ -192,19 +192,19 @@ TEST_F(InfoCommandsTest, BadFileIsRefusedByAllAndStays) {
     expectFailure(info({"get", "plantcfg/model"}), REFUSED, "kovanctl: " + reason + "\n");
     expectFailure(info({"list"}), REFUSED, "kovanctl: " + reason + "\n");
     expectFailure(info({"set", "plantcfg/model", "2"}), REFUSED, "kovanctl: " + reason + "\n");
-    EXPECT_EQ(Json({{"error", reason}}), Json::parse(info({"get", "plantcfg/model", "--json"}).output));
-    EXPECT_EQ("[plantcfg]\nmodel\n", device());
+    EXPECT_EQ(Json::parse(info({"get", "plantcfg/model", "--json"}).output), Json({{"error", reason}}));
+    EXPECT_EQ(device(), "[plantcfg]\nmodel\n");
 }
 
 TEST_F(InfoCommandsTest, ValueOfTheWrongTypeIsToldAndTheDefaultHolds) {
     device("[plantcfg]\nmodel=M\n");
     const FinishedRun run = info({"get", "plantcfg/model"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("1\n", run.output);
-    EXPECT_EQ(path() + ": line 2: 'model' in [plantcfg] is no number of 32 bits: 'M'; using the default\n", run.errors);
-    EXPECT_EQ(DONE, info({"set", "plantcfg/model", "2"}).end);
-    EXPECT_EQ("2\n", get("plantcfg/model"));
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, "1\n");
+    EXPECT_EQ(run.errors, path() + ": line 2: 'model' in [plantcfg] is no number of 32 bits: 'M'; using the default\n");
+    EXPECT_EQ(info({"set", "plantcfg/model", "2"}).end, DONE);
+    EXPECT_EQ(get("plantcfg/model"), "2\n");
 }
 
 TEST_F(InfoCommandsTest, ListShowsAllAndWhatElseIsGiven) {
@@ -212,39 +212,39 @@ TEST_F(InfoCommandsTest, ListShowsAllAndWhatElseIsGiven) {
         "[system_info]\nlocalset=US\n12345=7\nnothing=1\n[features]\ncom.velmora/a=two\\nlines\nb=\\q\n[other]\nc=1\n");
     const FinishedRun run = info({"list"});
 
-    EXPECT_EQ(DONE, run.end);
+    EXPECT_EQ(run.end, DONE);
     EXPECT_THAT(run.output, StartsWith("software/production bool false\ndirectories/apps string \"/usr/apps\"\n"));
     EXPECT_THAT(run.output, HasSubstr("\nsystem_info/localset string \"US\"\n"));
     EXPECT_THAT(run.output, testing::EndsWith("\nplantcfg/localset int 1\n"
                                               "system_info/12345 string \"7\"\n"
                                               "features/com.velmora/a string \"two\\nlines\"\n"
                                               "features/b string \"\\\\q\"\n"));
-    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(run.errors, "");
 }
 
 TEST_F(InfoCommandsTest, ListTakesAPrefix) {
-    EXPECT_EQ("plantcfg/model int 1\nplantcfg/localset int 1\n", info({"list", "plantcfg"}).output);
-    EXPECT_EQ(HEIGHT + " int 2160\n", info({"list", HEIGHT}).output);
-    EXPECT_EQ("", info({"list", "nothing"}).output);
+    EXPECT_EQ(info({"list", "plantcfg"}).output, "plantcfg/model int 1\nplantcfg/localset int 1\n");
+    EXPECT_EQ(info({"list", HEIGHT}).output, HEIGHT + " int 2160\n");
+    EXPECT_EQ(info({"list", "nothing"}).output, "");
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
 TEST_F(InfoCommandsTest, ListWithJsonIsAnArrayOfRecords) {
     device("[plantcfg]\nmodel=2\n");
 
-    EXPECT_EQ(Json::array({{{"key", "plantcfg/model"}, {"type", "int"}, {"value", 2}, {"given", true}},
-                           {{"key", "plantcfg/localset"}, {"type", "int"}, {"value", 1}, {"given", false}}}),
-              Json::parse(info({"list", "plantcfg/", "--json"}).output));
-    EXPECT_EQ(Json::array(), Json::parse(info({"list", "nothing", "--json"}).output));
+    EXPECT_EQ(Json::parse(info({"list", "plantcfg/", "--json"}).output),
+              Json::array({{{"key", "plantcfg/model"}, {"type", "int"}, {"value", 2}, {"given", true}},
+                           {{"key", "plantcfg/localset"}, {"type", "int"}, {"value", 1}, {"given", false}}}));
+    EXPECT_EQ(Json::parse(info({"list", "nothing", "--json"}).output), Json::array());
 }
 
 TEST_F(InfoCommandsTest, InitWritesAFileThatSaysTheDefaults) {
     const std::string before = info({"list"}).output;
     const FinishedRun run = kovanctl({"device", "init"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ(path() + "\n", run.output);
-    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, path() + "\n");
+    EXPECT_EQ(run.errors, "");
     EXPECT_EQ(before, info({"list"}).output);
     for (const Json& fact : Json::parse(info({"list", "--json"}).output)) {
         EXPECT_TRUE(fact.at("given").get<bool>()) << fact;
@@ -261,23 +261,23 @@ TEST_F(InfoCommandsTest, InitLeavesAFileThatExists) {
     device("[plantcfg]\nmodel=2\n");
 
     expectFailure(kovanctl({"device", "init"}), REFUSED, "kovanctl: " + path() + ": there is one already\n");
-    EXPECT_EQ("[plantcfg]\nmodel=2\n", device());
+    EXPECT_EQ(device(), "[plantcfg]\nmodel=2\n");
     device("bad");
     expectFailure(kovanctl({"device", "init"}), REFUSED, "kovanctl: " + path() + ": there is one already\n");
-    EXPECT_EQ("bad", device());
+    EXPECT_EQ(device(), "bad");
 }
 
 TEST_F(InfoCommandsTest, InitByForceReplacesAnyFile) {
     kovanctl({"device", "init"});
     const std::string defaults = device();
     device("[plantcfg]\nmodel=2\n");
-    EXPECT_EQ(DONE, kovanctl({"device", "init", "--force"}).end);
+    EXPECT_EQ(kovanctl({"device", "init", "--force"}).end, DONE);
     EXPECT_EQ(defaults, device());
-    EXPECT_EQ(Json({{"path", path()}}), Json::parse(kovanctl({"device", "init", "--force", "--json"}).output));
+    EXPECT_EQ(Json::parse(kovanctl({"device", "init", "--force", "--json"}).output), Json({{"path", path()}}));
     device("bad");
     const FinishedRun run = kovanctl({"device", "init", "--force"});
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.errors, "");
     EXPECT_EQ(defaults, device());
 }
 
@@ -290,9 +290,9 @@ TEST_F(InfoCommandsTest, IncompleteOrUnknownCommandIsWrongUsage) {
                                                       {"device"},
                                                       {"device", "init", "more"}}) {
         const FinishedRun run = kovanctl(arguments);
-        EXPECT_EQ(WRONG_USAGE, run.end) << testing::PrintToString(arguments);
-        EXPECT_EQ("", run.output);
-        EXPECT_NE("", run.errors);
+        EXPECT_EQ(run.end, WRONG_USAGE) << testing::PrintToString(arguments);
+        EXPECT_EQ(run.output, "");
+        EXPECT_NE(run.errors, "");
     }
 }
 
@@ -306,7 +306,7 @@ TEST_F(InfoCommandsTest, HelpIsThereAtEveryPlace) {
         std::vector<std::string> arguments = place;
         arguments.push_back("--help");
         const FinishedRun run = kovanctl(arguments);
-        EXPECT_EQ(DONE, run.end);
+        EXPECT_EQ(run.end, DONE);
         EXPECT_THAT(run.output, HasSubstr("Usage: kovanctl"));
         EXPECT_THAT(run.output, HasSubstr("--json"));
     }

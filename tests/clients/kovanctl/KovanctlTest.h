@@ -28,7 +28,7 @@ protected:
 // Calls that leave nothing on standard output.
 inline void expectFailure(const FinishedRun& run, const ProcessEnd& end, const std::string& message) {
     EXPECT_EQ(end, run.end);
-    EXPECT_EQ("", run.output);
+    EXPECT_EQ(run.output, "");
     EXPECT_EQ(message, run.errors);
 }
 

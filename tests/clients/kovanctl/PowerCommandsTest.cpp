@@ -18,9 +18,9 @@ namespace {
 class PowerCommandsTest : public KovanctlTest {
 protected:
     static void expectSilence(const FinishedRun& run) {
-        EXPECT_EQ(DONE, run.end);
-        EXPECT_EQ("", run.output);
-        EXPECT_EQ("", run.errors);
+        EXPECT_EQ(run.end, DONE);
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.errors, "");
     }
 
     std::string path() const { return (m_root / "run/kovan/power.ini").string(); }
@@ -47,8 +47,8 @@ TEST_P(PowerModeTest, IsTakenAndShownByItsName) {
 
     expectSilence(kovanctl({"power-mode", number}));
     EXPECT_EQ(GetParam().number, device_power_get_state());
-    EXPECT_EQ("state           " + number + " (" + GetParam().name + ")\nwake-up reason  0\nrequests        none\n",
-              kovanctl({"power"}).output);
+    EXPECT_EQ(kovanctl({"power"}).output,
+              "state           " + number + " (" + GetParam().name + ")\nwake-up reason  0\nrequests        none\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, PowerModeTest,
@@ -73,17 +73,17 @@ TEST_F(PowerCommandsTest, PowerOffSignalIsHeardByAnotherProcessAndLeavesTheState
     expectSilence(kovanctl({"power-off-signal", "-7"}));
 
     EXPECT_THAT(listener.hearUntil("poweroff -7"), ElementsAre("poweroff 3", "poweroff 3", "poweroff -7"));
-    EXPECT_EQ(0, device_power_get_state());
+    EXPECT_EQ(device_power_get_state(), 0);
 }
 
 TEST_F(PowerCommandsTest, WakeUpIsHeardByAnotherProcessWithTheReasonThatIsStored) {
     PowerListener listener;
-    ASSERT_EQ(0, device_power_set_wakeup_reason(5));
+    ASSERT_EQ(device_power_set_wakeup_reason(5), 0);
     expectSilence(kovanctl({"wake-up"}));
     expectSilence(kovanctl({"wake-up", "--reason", "41"}));
 
     EXPECT_THAT(listener.hearUntil("post_wakeup 41"), ElementsAre("post_wakeup 5", "post_wakeup 41"));
-    EXPECT_EQ(41, device_power_get_wakeup_reason());
+    EXPECT_EQ(device_power_get_wakeup_reason(), 41);
 }
 
 TEST_F(PowerCommandsTest, ReasonIsStoredBeforeTheWakeUpIsAnnounced) {
@@ -92,7 +92,7 @@ TEST_F(PowerCommandsTest, ReasonIsStoredBeforeTheWakeUpIsAnnounced) {
         *static_cast<int*>(answer) = device_power_get_wakeup_reason();
         return 0;
     };
-    ASSERT_EQ(0, device_power_subscribe_post_wakeup(ask, &reason));
+    ASSERT_EQ(device_power_subscribe_post_wakeup(ask, &reason), 0);
     kovanctl({"wake-up", "--reason", "41"});
 
     EXPECT_TRUE(iterateUntil([&] { return reason == 41; }));
@@ -104,13 +104,12 @@ TEST_F(PowerCommandsTest, PowerShowsTheRequestsInTheirOrder) {
     device_power_request_poweroff(12);
 
     const FinishedRun run = kovanctl({"power"});
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("state           0 (normal)\n"
-              "wake-up reason  0\n"
-              "requests        reboot 536870924\n"
-              "                poweroff 12\n",
-              run.output);
-    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, "state           0 (normal)\n"
+                          "wake-up reason  0\n"
+                          "requests        reboot 536870924\n"
+                          "                poweroff 12\n");
+    EXPECT_EQ(run.errors, "");
 }
 
 TEST_F(PowerCommandsTest, PowerWithJsonIsOneDocument) {
@@ -118,15 +117,15 @@ TEST_F(PowerCommandsTest, PowerWithJsonIsOneDocument) {
     kovanctl({"wake-up", "--reason", "41"});
     device_power_request_reboot(14);
 
-    EXPECT_EQ(
-        Json(
-            {{"state", 1}, {"wakeUpReason", 41}, {"requests", Json::array({{{"request", "reboot"}, {"reason", 14}}})}}),
-        Json::parse(kovanctl({"power", "--json"}).output));
+    EXPECT_EQ(Json::parse(kovanctl({"power", "--json"}).output),
+              Json({{"state", 1},
+                    {"wakeUpReason", 41},
+                    {"requests", Json::array({{{"request", "reboot"}, {"reason", 14}}})}}));
 }
 
 TEST_F(PowerCommandsTest, PowerOfADeviceWithoutAFileMakesNothing) {
-    EXPECT_EQ(Json({{"state", 0}, {"wakeUpReason", 0}, {"requests", Json::array()}}),
-              Json::parse(kovanctl({"power", "--json"}).output));
+    EXPECT_EQ(Json::parse(kovanctl({"power", "--json"}).output),
+              Json({{"state", 0}, {"wakeUpReason", 0}, {"requests", Json::array()}}));
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
@@ -137,26 +136,26 @@ TEST_F(PowerCommandsTest, StateThatHasNoNameIsUnknown) {
 }
 
 TEST_F(PowerCommandsTest, ChangesWithJsonSayWhatHolds) {
-    EXPECT_EQ(Json({{"state", 2}}), Json::parse(kovanctl({"power-mode", "2", "--json"}).output));
-    EXPECT_EQ(Json({{"number", 3}}), Json::parse(kovanctl({"--json", "power-off-signal", "3"}).output));
-    EXPECT_EQ(Json({{"wakeUpReason", 41}}), Json::parse(kovanctl({"wake-up", "--reason", "41", "--json"}).output));
-    EXPECT_EQ(Json({{"wakeUpReason", 41}}), Json::parse(kovanctl({"wake-up", "--json"}).output));
+    EXPECT_EQ(Json::parse(kovanctl({"power-mode", "2", "--json"}).output), Json({{"state", 2}}));
+    EXPECT_EQ(Json::parse(kovanctl({"--json", "power-off-signal", "3"}).output), Json({{"number", 3}}));
+    EXPECT_EQ(Json::parse(kovanctl({"wake-up", "--reason", "41", "--json"}).output), Json({{"wakeUpReason", 41}}));
+    EXPECT_EQ(Json::parse(kovanctl({"wake-up", "--json"}).output), Json({{"wakeUpReason", 41}}));
 }
 
 TEST_F(PowerCommandsTest, BadFileIsRefusedWithPathAndReason) {
     m_root.write("run/kovan/power.ini", "");
 
     expectFailure(kovanctl({"power"}), REFUSED, "kovanctl: " + path() + ": the file is empty\n");
-    EXPECT_EQ(Json({{"error", path() + ": the file is empty"}}), Json::parse(kovanctl({"power", "--json"}).output));
+    EXPECT_EQ(Json::parse(kovanctl({"power", "--json"}).output), Json({{"error", path() + ": the file is empty"}}));
 }
 
 TEST_F(PowerCommandsTest, ChangeMakesABadFileWhole) {
     m_root.write("run/kovan/power.ini", "[pow");
     const FinishedRun run = kovanctl({"power-mode", "2"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ(path() + ": the last line has no end; keeping what was known\n", run.errors);
-    EXPECT_EQ(2, device_power_get_state());
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.errors, path() + ": the last line has no end; keeping what was known\n");
+    EXPECT_EQ(device_power_get_state(), 2);
 }
 
 TEST_F(PowerCommandsTest, FileThatCannotBeWrittenIsRefused) {
@@ -195,9 +194,9 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(PowerCommandsTest, HelpIsThereForEachCommand) {
     for (const char* command : {"power", "power-mode", "power-off-signal", "wake-up"}) {
         const FinishedRun run = kovanctl({command, "--help"});
-        EXPECT_EQ(DONE, run.end);
+        EXPECT_EQ(run.end, DONE);
         EXPECT_THAT(run.output, HasSubstr(std::string("Usage: kovanctl ") + command));
         EXPECT_THAT(run.output, HasSubstr("--json"));
-        EXPECT_EQ("", run.errors);
+        EXPECT_EQ(run.errors, "");
     }
 }

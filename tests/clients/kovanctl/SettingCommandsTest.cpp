@@ -50,20 +50,20 @@ class KovanctlWrongValueTest : public SettingCommandsTest, public testing::WithP
 TEST_P(KovanctlValueTest, GetPrintsWhatSetWrote) {
     const Written& value = GetParam();
 
-    EXPECT_EQ(DONE, setting({"set", "db/key", value.type, "--", value.text}).end);
+    EXPECT_EQ(setting({"set", "db/key", value.type, "--", value.text}).end, DONE);
 
     const FinishedRun run = setting({"get", "db/key"});
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ(std::string(value.shown) + "\n", run.output);
-    EXPECT_EQ("", run.errors);
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, std::string(value.shown) + "\n");
+    EXPECT_EQ(run.errors, "");
 }
 
 TEST_P(KovanctlValueTest, JsonOfSetAndGetIsTheSameRecord) {
     const Written& value = GetParam();
     const Json expected = {{"key", "db/key"}, {"type", value.type}, {"value", value.json}};
 
-    EXPECT_EQ(expected, Json::parse(setting({"set", "--json", "db/key", value.type, "--", value.text}).output));
-    EXPECT_EQ(expected, Json::parse(setting({"get", "--json", "db/key"}).output));
+    EXPECT_EQ(Json::parse(setting({"set", "--json", "db/key", value.type, "--", value.text}).output), expected);
+    EXPECT_EQ(Json::parse(setting({"get", "--json", "db/key"}).output), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, KovanctlValueTest,
@@ -94,16 +94,16 @@ INSTANTIATE_TEST_SUITE_P(WrongValues, KovanctlWrongValueTest,
                          nameByType<Mistaken>);
 
 TEST_F(SettingCommandsTest, NegativeNumberNeedsNoDashes) {
-    EXPECT_EQ(DONE, setting({"set", "db/key", "int", "-1"}).end);
+    EXPECT_EQ(setting({"set", "db/key", "int", "-1"}).end, DONE);
 
-    EXPECT_EQ("-1\n", setting({"get", "db/key"}).output);
+    EXPECT_EQ(setting({"get", "db/key"}).output, "-1\n");
 }
 
 TEST_F(SettingCommandsTest, UnknownTypeIsWrongUsage) {
     const FinishedRun run = setting({"set", "db/key", "float", "1"});
 
-    EXPECT_EQ(WRONG_USAGE, run.end);
-    EXPECT_EQ("", run.output);
+    EXPECT_EQ(run.end, WRONG_USAGE);
+    EXPECT_EQ(run.output, "");
     EXPECT_THAT(run.errors, HasSubstr("float not in {bool,int,double,string}"));
 }
 
@@ -114,15 +114,15 @@ TEST_F(SettingCommandsTest, GetOfAnAbsentKeyIsRefused) {
 TEST_F(SettingCommandsTest, FailureWithJsonIsADocumentToo) {
     const FinishedRun run = setting({"get", "db/key", "--json"});
 
-    EXPECT_EQ(REFUSED, run.end);
-    EXPECT_EQ(Json({{"error", "'db/key': there is no such setting"}}), Json::parse(run.output));
-    EXPECT_EQ("kovanctl: 'db/key': there is no such setting\n", run.errors);
+    EXPECT_EQ(run.end, REFUSED);
+    EXPECT_EQ(Json::parse(run.output), Json({{"error", "'db/key': there is no such setting"}}));
+    EXPECT_EQ(run.errors, "kovanctl: 'db/key': there is no such setting\n");
 }
 
 TEST_F(SettingCommandsTest, JsonIsTakenAtEveryPlace) {
-    EXPECT_EQ("[]\n", kovanctl({"--json", "setting", "list"}).output);
-    EXPECT_EQ("[]\n", kovanctl({"setting", "--json", "list"}).output);
-    EXPECT_EQ("[]\n", kovanctl({"setting", "list", "--json"}).output);
+    EXPECT_EQ(kovanctl({"--json", "setting", "list"}).output, "[]\n");
+    EXPECT_EQ(kovanctl({"setting", "--json", "list"}).output, "[]\n");
+    EXPECT_EQ(kovanctl({"setting", "list", "--json"}).output, "[]\n");
 }
 
 TEST_F(SettingCommandsTest, KeyThatNoStoreTakesIsRefused) {
@@ -141,7 +141,7 @@ TEST_F(SettingCommandsTest, StoreThatCannotBeReachedIsRefused) {
 TEST_F(SettingCommandsTest, UnsetRemovesASettingOnce) {
     setting({"set", "db/key", "int", "1"});
 
-    EXPECT_EQ(DONE, setting({"unset", "db/key"}).end);
+    EXPECT_EQ(setting({"unset", "db/key"}).end, DONE);
     expectFailure(setting({"get", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
     expectFailure(setting({"unset", "db/key"}), REFUSED, "kovanctl: 'db/key': there is no such setting\n");
 }
@@ -149,7 +149,7 @@ TEST_F(SettingCommandsTest, UnsetRemovesASettingOnce) {
 TEST_F(SettingCommandsTest, UnsetWithJsonNamesTheKey) {
     setting({"set", "memory/key", "int", "1"});
 
-    EXPECT_EQ(Json({{"key", "memory/key"}}), Json::parse(setting({"unset", "--json", "memory/key"}).output));
+    EXPECT_EQ(Json::parse(setting({"unset", "--json", "memory/key"}).output), Json({{"key", "memory/key"}}));
 }
 
 TEST_F(SettingCommandsTest, ListPrintsBothStoresInTheOrderOfTheirKeys) {
@@ -159,8 +159,8 @@ TEST_F(SettingCommandsTest, ListPrintsBothStoresInTheOrderOfTheirKeys) {
 
     const FinishedRun run = setting({"list"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("db/c bool true\nmemory/a string \"two\\nlines\"\nrtc/b double 0.5\n", run.output);
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, "db/c bool true\nmemory/a string \"two\\nlines\"\nrtc/b double 0.5\n");
 }
 
 TEST_F(SettingCommandsTest, ListTakesAPrefix) {
@@ -168,37 +168,37 @@ TEST_F(SettingCommandsTest, ListTakesAPrefix) {
         setting({"set", key, "int", "1"});
     }
 
-    EXPECT_EQ("db/a int 1\ndb/a/x int 1\ndb/ab int 1\n", setting({"list", "db/a"}).output);
-    EXPECT_EQ("memory/a int 1\n", setting({"list", "m"}).output);
+    EXPECT_EQ(setting({"list", "db/a"}).output, "db/a int 1\ndb/a/x int 1\ndb/ab int 1\n");
+    EXPECT_EQ(setting({"list", "m"}).output, "memory/a int 1\n");
 }
 
 TEST_F(SettingCommandsTest, ListOfNothingIsEmptyAndMakesNothing) {
     const FinishedRun run = setting({"list"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("", run.output);
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, "");
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
 TEST_F(SettingCommandsTest, ListWithJsonIsAnArrayOfRecords) {
     setting({"set", "db/key", "int", "1"});
 
-    EXPECT_EQ(Json::array({{{"key", "db/key"}, {"type", "int"}, {"value", 1}}}),
-              Json::parse(setting({"list", "--json"}).output));
+    EXPECT_EQ(Json::parse(setting({"list", "--json"}).output),
+              Json::array({{{"key", "db/key"}, {"type", "int"}, {"value", 1}}}));
 }
 
 TEST_F(SettingCommandsTest, WritesWhatThePlatformReads) {
     int value = 0;
     setting({"set", "db/key", "int", "7"});
 
-    EXPECT_EQ(0, vconf_get_int("db/key", &value));
-    EXPECT_EQ(7, value);
+    EXPECT_EQ(vconf_get_int("db/key", &value), 0);
+    EXPECT_EQ(value, 7);
 }
 
 TEST_F(SettingCommandsTest, ReadsWhatThePlatformWrote) {
-    ASSERT_EQ(0, vconf_set_str("memory/key", "text"));
+    ASSERT_EQ(vconf_set_str("memory/key", "text"), 0);
 
-    EXPECT_EQ("text\n", setting({"get", "memory/key"}).output);
+    EXPECT_EQ(setting({"get", "memory/key"}).output, "text\n");
 }
 
 TEST_F(SettingCommandsTest, IncompleteOrUnknownCommandIsWrongUsage) {
@@ -210,9 +210,9 @@ TEST_F(SettingCommandsTest, IncompleteOrUnknownCommandIsWrongUsage) {
                                                       {"setting", "get", "db/key", "more"},
                                                       {"setting", "get", "--nothing", "db/key"}}) {
         const FinishedRun run = kovanctl(arguments);
-        EXPECT_EQ(WRONG_USAGE, run.end) << testing::PrintToString(arguments);
-        EXPECT_EQ("", run.output);
-        EXPECT_NE("", run.errors);
+        EXPECT_EQ(run.end, WRONG_USAGE) << testing::PrintToString(arguments);
+        EXPECT_EQ(run.output, "");
+        EXPECT_NE(run.errors, "");
     }
 }
 
@@ -226,9 +226,9 @@ TEST_F(SettingCommandsTest, HelpIsThereAtEveryPlace) {
         std::vector<std::string> arguments = place;
         arguments.push_back("--help");
         const FinishedRun run = kovanctl(arguments);
-        EXPECT_EQ(DONE, run.end);
+        EXPECT_EQ(run.end, DONE);
         EXPECT_THAT(run.output, HasSubstr("Usage: kovanctl"));
         EXPECT_THAT(run.output, HasSubstr("--json"));
-        EXPECT_EQ("", run.errors);
+        EXPECT_EQ(run.errors, "");
     }
 }

@@ -50,43 +50,42 @@ const Json PLAUSIBLE = {{"id", "SN-sda:Marlow:Stick:4660:22136:1"},
 TEST_F(UsbCommandsTest, PlugMakesAPlausibleStickAndPrintsItsId) {
     const FinishedRun run = usb({"plug", "/mnt/usb/a"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("SN-sda:Marlow:Stick:4660:22136:1\n", run.output);
-    EXPECT_EQ("", run.errors);
-    EXPECT_EQ(Json::array({PLAUSIBLE}), Json::parse(usb({"list", "--json"}).output));
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output, "SN-sda:Marlow:Stick:4660:22136:1\n");
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(Json::parse(usb({"list", "--json"}).output), Json::array({PLAUSIBLE}));
 }
 
 TEST_F(UsbCommandsTest, PlugTakesEveryField) {
     const FinishedRun run = usb({"plug", "/a b", "--serial", "S 1", "--manufacturer", "M", "--product", "P",
                                  "--vendor-id", "0x0781", "--product-id", "65535", "--device-name", "mmc0", "--json"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ(Json({{"id", "S 1:M:P:1921:65535:0"},
-                    {"deviceName", "mmc0"},
-                    {"mountPath", "/a b"},
-                    {"serial", "S 1"},
-                    {"manufacturer", "M"},
-                    {"product", "P"},
-                    {"vendorId", 1921},
-                    {"productId", 65535}}),
-              Json::parse(run.output));
-    EXPECT_EQ("[mmc0]\nmount_path=/a b\nserial=S 1\nmanufacturer=M\nproduct=P\nvendor_id=1921\nproduct_id=65535\n",
-              m_root.read(FILE_NAME));
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(Json::parse(run.output), Json({{"id", "S 1:M:P:1921:65535:0"},
+                                             {"deviceName", "mmc0"},
+                                             {"mountPath", "/a b"},
+                                             {"serial", "S 1"},
+                                             {"manufacturer", "M"},
+                                             {"product", "P"},
+                                             {"vendorId", 1921},
+                                             {"productId", 65535}}));
+    EXPECT_EQ(m_root.read(FILE_NAME),
+              "[mmc0]\nmount_path=/a b\nserial=S 1\nmanufacturer=M\nproduct=P\nvendor_id=1921\nproduct_id=65535\n");
 }
 
 TEST_F(UsbCommandsTest, PluggedStickIsSeenByThePlatformAndGoneAfterwards) {
     usb({"plug", "/mnt/usb/a"});
-    ASSERT_EQ(0, usb_device_init());
+    ASSERT_EQ(usb_device_init(), 0);
     const auto count = [] {
         usb_device_list_h list = nullptr;
-        EXPECT_EQ(0, usb_device_get_device_list(&list));
+        EXPECT_EQ(usb_device_get_device_list(&list), 0);
         const int number = usb_device_list_get_count(list);
         usb_device_free_device_list(list);
         return number;
     };
-    EXPECT_EQ(1, count());
+    EXPECT_EQ(count(), 1);
     usb({"unplug", "SN-sda:Marlow:Stick:4660:22136:1"});
-    EXPECT_EQ(0, count());
+    EXPECT_EQ(count(), 0);
     usb_device_fini();
 }
 
@@ -98,11 +97,10 @@ TEST_F(UsbCommandsTest, DevicesAreNamedInTheirTurn) {
     usb({"unplug", "SN-sda:Marlow:Stick:4660:22136:1"});
     usb({"plug", "/e"});
 
-    EXPECT_EQ("sdb1 SN-sdb:Marlow:Stick:4660:22136:1 /b\n"
-              "sdc2 SN-sdc:Marlow:Stick:4660:22136:2 /c\n"
-              "sdd1 SN-sdd:Marlow:Stick:4660:22136:1 /d\n"
-              "sda1 SN-sda:Marlow:Stick:4660:22136:1 /e\n",
-              list());
+    EXPECT_EQ(list(), "sdb1 SN-sdb:Marlow:Stick:4660:22136:1 /b\n"
+                      "sdc2 SN-sdc:Marlow:Stick:4660:22136:2 /c\n"
+                      "sdd1 SN-sdd:Marlow:Stick:4660:22136:1 /d\n"
+                      "sda1 SN-sda:Marlow:Stick:4660:22136:1 /e\n");
 }
 
 TEST_F(UsbCommandsTest, NamesGoOnBehindTheAlphabet) {
@@ -112,8 +110,8 @@ TEST_F(UsbCommandsTest, NamesGoOnBehindTheAlphabet) {
     }
     m_root.write(FILE_NAME, text);
 
-    EXPECT_EQ("SN-sdaa:Marlow:Stick:4660:22136:1\n", usb({"plug", "/a"}).output);
-    EXPECT_EQ("SN-sdab:Marlow:Stick:4660:22136:1\n", usb({"plug", "/b"}).output);
+    EXPECT_EQ(usb({"plug", "/a"}).output, "SN-sdaa:Marlow:Stick:4660:22136:1\n");
+    EXPECT_EQ(usb({"plug", "/b"}).output, "SN-sdab:Marlow:Stick:4660:22136:1\n");
 }
 
 TEST_F(UsbCommandsTest, MountPathIsMadeAbsolute) {
@@ -121,19 +119,19 @@ TEST_F(UsbCommandsTest, MountPathIsMadeAbsolute) {
     usb({"plug", "x/../stick/"});
     usb({"plug", "/"});
 
-    EXPECT_EQ("sda1 SN-sda:Marlow:Stick:4660:22136:1 " + here + "/stick\nsdb1 SN-sdb:Marlow:Stick:4660:22136:1 /\n",
-              list());
+    EXPECT_EQ(list(),
+              "sda1 SN-sda:Marlow:Stick:4660:22136:1 " + here + "/stick\nsdb1 SN-sdb:Marlow:Stick:4660:22136:1 /\n");
 }
 
 TEST_F(UsbCommandsTest, EmptyFieldIsOneThatTheStickDoesNotTell) {
-    EXPECT_EQ("\n", usb({"plug", "/a", "--serial", ""}).output);
-    EXPECT_EQ("SN-sdb:\n", usb({"plug", "/b", "--manufacturer", ""}).output);
-    EXPECT_EQ("SN-sdc:Marlow:\n", usb({"plug", "/c", "--product", ""}).output);
+    EXPECT_EQ(usb({"plug", "/a", "--serial", ""}).output, "\n");
+    EXPECT_EQ(usb({"plug", "/b", "--manufacturer", ""}).output, "SN-sdb:\n");
+    EXPECT_EQ(usb({"plug", "/c", "--product", ""}).output, "SN-sdc:Marlow:\n");
     const FinishedRun run = usb({"unplug", "", "--json"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ(Json(), Json::parse(run.output).at("serial"));
-    EXPECT_EQ("sdb1 SN-sdb: /b\nsdc1 SN-sdc:Marlow: /c\n", list());
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(Json::parse(run.output).at("serial"), Json());
+    EXPECT_EQ(list(), "sdb1 SN-sdb: /b\nsdc1 SN-sdc:Marlow: /c\n");
 }
 
 TEST_F(UsbCommandsTest, SameDeviceNameOrMountPathIsRefused) {
@@ -151,28 +149,28 @@ TEST_F(UsbCommandsTest, UnplugTakesTheFirstOfTwoWithOneId) {
     usb({"plug", "/b", "--serial", "S"});
     const FinishedRun run = usb({"unplug", "S:Marlow:Stick:4660:22136:1"});
 
-    EXPECT_EQ(DONE, run.end);
-    EXPECT_EQ("", run.output + run.errors);
-    EXPECT_EQ("sdb1 S:Marlow:Stick:4660:22136:1 /b\n", list());
+    EXPECT_EQ(run.end, DONE);
+    EXPECT_EQ(run.output + run.errors, "");
+    EXPECT_EQ(list(), "sdb1 S:Marlow:Stick:4660:22136:1 /b\n");
 }
 
 TEST_F(UsbCommandsTest, UnplugWithJsonSaysWhatIsGone) {
     usb({"plug", "/mnt/usb/a"});
 
-    EXPECT_EQ(PLAUSIBLE, Json::parse(usb({"unplug", "--json", PLAUSIBLE.at("id").get<std::string>()}).output));
+    EXPECT_EQ(Json::parse(usb({"unplug", "--json", PLAUSIBLE.at("id").get<std::string>()}).output), PLAUSIBLE);
 }
 
 TEST_F(UsbCommandsTest, UnplugOfAnUnknownIdIsRefused) {
     usb({"plug", "/a"});
 
     expectFailure(usb({"unplug", "sda1"}), REFUSED, "kovanctl: 'sda1': there is no such stick\n");
-    EXPECT_EQ(Json({{"error", "'x': there is no such stick"}}), Json::parse(usb({"unplug", "x", "--json"}).output));
-    EXPECT_EQ("sda1 SN-sda:Marlow:Stick:4660:22136:1 /a\n", list());
+    EXPECT_EQ(Json::parse(usb({"unplug", "x", "--json"}).output), Json({{"error", "'x': there is no such stick"}}));
+    EXPECT_EQ(list(), "sda1 SN-sda:Marlow:Stick:4660:22136:1 /a\n");
 }
 
 TEST_F(UsbCommandsTest, ListOfNothingIsEmptyAndMakesNothing) {
-    EXPECT_EQ("", list());
-    EXPECT_EQ(Json::array(), Json::parse(usb({"list", "--json"}).output));
+    EXPECT_EQ(list(), "");
+    EXPECT_EQ(Json::parse(usb({"list", "--json"}).output), Json::array());
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
@@ -184,7 +182,7 @@ TEST_F(UsbCommandsTest, BadFileIsRefusedByAllAndStays) {
     expectFailure(usb({"list"}), REFUSED, message);
     expectFailure(usb({"plug", "/a"}), REFUSED, message);
     expectFailure(usb({"unplug", "x"}), REFUSED, message);
-    EXPECT_EQ("[sda1]\nvendor_id=x\n", m_root.read(FILE_NAME));
+    EXPECT_EQ(m_root.read(FILE_NAME), "[sda1]\nvendor_id=x\n");
 }
 
 TEST_F(UsbCommandsTest, FileThatCannotBeWrittenIsRefused) {
@@ -195,7 +193,7 @@ TEST_F(UsbCommandsTest, FileThatCannotBeWrittenIsRefused) {
 
 TEST_F(UsbCommandsTest, TextThatTheFileCannotHoldIsRefused) {
     expectFailure(usb({"plug", "/a", "--serial", "\xff"}), REFUSED, "kovanctl: '\xef\xbf\xbd' is no UTF-8 text\n");
-    EXPECT_EQ("", list());
+    EXPECT_EQ(list(), "");
 }
 
 TEST_F(UsbCommandsTest, ManyAtOnceLoseNothing) {
@@ -206,18 +204,18 @@ TEST_F(UsbCommandsTest, ManyAtOnceLoseNothing) {
     }
     std::set<std::string> ids;
     for (const auto& run : runs) {
-        EXPECT_EQ(DONE, run->waitForEnd());
+        EXPECT_EQ(run->waitForEnd(), DONE);
         ids.insert(run->output());
     }
-    EXPECT_EQ(10u, ids.size());
-    EXPECT_EQ(10u, Json::parse(usb({"list", "--json"}).output).size());
+    EXPECT_EQ(ids.size(), 10u);
+    EXPECT_EQ(Json::parse(usb({"list", "--json"}).output).size(), 10u);
 }
 
 TEST_P(UsbMistakeTest, IsWrongUsageAndChangesNothing) {
     const FinishedRun run = usb(GetParam().arguments);
 
-    EXPECT_EQ(WRONG_USAGE, run.end);
-    EXPECT_EQ("", run.output);
+    EXPECT_EQ(run.end, WRONG_USAGE);
+    EXPECT_EQ(run.output, "");
     EXPECT_THAT(run.errors, testing::StartsWith(GetParam().message));
     EXPECT_FALSE(std::filesystem::exists(path()));
 }
@@ -245,9 +243,9 @@ TEST_F(UsbCommandsTest, HelpIsThereAtEveryPlace) {
         std::vector<std::string> arguments = place;
         arguments.push_back("--help");
         const FinishedRun run = usb(arguments);
-        EXPECT_EQ(DONE, run.end);
+        EXPECT_EQ(run.end, DONE);
         EXPECT_THAT(run.output, HasSubstr("Usage: kovanctl usb"));
         EXPECT_THAT(run.output, HasSubstr("--json"));
-        EXPECT_EQ("", run.errors);
+        EXPECT_EQ(run.errors, "");
     }
 }

@@ -39,14 +39,14 @@ protected:
 } // namespace
 
 TEST_P(UsbIdTest, IsPrintedAsTheSystemMakesIt) {
-    EXPECT_EQ(GetParam().id + "\n", plug("/mnt/usb/a"));
+    EXPECT_EQ(plug("/mnt/usb/a"), GetParam().id + "\n");
     EXPECT_EQ(IUSBDeviceManager::getMountPathId("/mnt/usb/a"), GetParam().id);
 }
 
 TEST_P(UsbIdTest, FindsTheStickUntilItIsUnplugged) {
     plug("/mnt/usb/a");
     EXPECT_EQ(IUSBDeviceManager::getMountPathById(GetParam().id), boost::filesystem::path("/mnt/usb/a"));
-    EXPECT_EQ(DONE, kovanctl({"usb", "unplug", GetParam().id}).end);
+    EXPECT_EQ(kovanctl({"usb", "unplug", GetParam().id}).end, DONE);
     EXPECT_EQ(IUSBDeviceManager::getMountPathById(GetParam().id), boost::none);
 }
 

@@ -48,8 +48,8 @@ TEST_F(AppendFileTest, FullLogIsSetAsideInPlaceOfAnOlderOne) {
     EXPECT_TRUE(appendToLog(m_path, "line"));
     EXPECT_TRUE(appendToLog(m_path, "another"));
 
-    EXPECT_EQ("line\nanother\n", m_root.read("log"));
-    EXPECT_EQ(static_cast<std::uintmax_t>(MOST_LOG_BYTES), std::filesystem::file_size(m_path + ".1"));
+    EXPECT_EQ(m_root.read("log"), "line\nanother\n");
+    EXPECT_EQ(std::filesystem::file_size(m_path + ".1"), static_cast<std::uintmax_t>(MOST_LOG_BYTES));
     EXPECT_FALSE(std::filesystem::exists(m_path + ".2"));
 }
 
@@ -77,9 +77,9 @@ TEST_F(AppendFileTest, ProcessesThatFindItFullSetItAsideOnceAndLoseNoLine) {
             }));
         }
         for (const auto& writer : writers) {
-            EXPECT_EQ(LINES, writer->wait());
+            EXPECT_EQ(writer->wait(), LINES);
         }
-        EXPECT_EQ(WRITERS * LINES, lines(m_root.read("log")) + lines(m_root.read("log.1")));
+        EXPECT_EQ(lines(m_root.read("log")) + lines(m_root.read("log.1")), WRITERS * LINES);
         EXPECT_LE(10, lines(m_root.read("log.1")));
         EXPECT_GE(10 + WRITERS, lines(m_root.read("log.1")));
     }

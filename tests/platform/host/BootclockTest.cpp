@@ -30,8 +30,8 @@ protected:
 } // namespace
 
 TEST_F(BootclockTest, InitAndFiniSucceed) {
-    EXPECT_EQ(0, bootclock_init());
-    EXPECT_EQ(0, bootclock_fini());
+    EXPECT_EQ(bootclock_init(), 0);
+    EXPECT_EQ(bootclock_fini(), 0);
 }
 
 TEST_F(BootclockTest, CurrentTimeIsUtcPlusTheZonesOffset) {
@@ -62,18 +62,18 @@ TEST_F(BootclockTest, CurrentTimeLeadsBackToUtc) {
 TEST_F(BootclockTest, LocalTimeWestOfUtcBecomesLater) {
     inZone("WEST+8");
 
-    EXPECT_EQ(NOON_IN_JANUARY + 8 * HOUR, BC_ConvertToUTCTime(NOON_IN_JANUARY));
+    EXPECT_EQ(BC_ConvertToUTCTime(NOON_IN_JANUARY), NOON_IN_JANUARY + 8 * HOUR);
 }
 
 TEST_F(BootclockTest, SummerTimeHasAnOffsetOfItsOwn) {
     inZone("CET-1CEST,M3.5.0,M10.5.0/3");
 
-    EXPECT_EQ(NOON_IN_JANUARY - HOUR, BC_ConvertToUTCTime(NOON_IN_JANUARY));
-    EXPECT_EQ(NOON_IN_JULY - 2 * HOUR, BC_ConvertToUTCTime(NOON_IN_JULY));
+    EXPECT_EQ(BC_ConvertToUTCTime(NOON_IN_JANUARY), NOON_IN_JANUARY - HOUR);
+    EXPECT_EQ(BC_ConvertToUTCTime(NOON_IN_JULY), NOON_IN_JULY - 2 * HOUR);
 }
 
 TEST_F(BootclockTest, UtcStaysAsItIs) {
     inZone("UTC0");
 
-    EXPECT_EQ(NOON_IN_JULY, BC_ConvertToUTCTime(NOON_IN_JULY));
+    EXPECT_EQ(BC_ConvertToUTCTime(NOON_IN_JULY), NOON_IN_JULY);
 }

@@ -72,27 +72,27 @@ TEST_F(DlogTest, FileGetsTimePriorityTagAndText) {
 }
 
 TEST_F(DlogTest, ResultIsTheLengthOfTheText) {
-    EXPECT_EQ(8, logTo((m_root / "log").string(), logOne));
+    EXPECT_EQ(logTo((m_root / "log").string(), logOne), 8);
 }
 
 TEST_F(DlogTest, EveryPriorityHasItsLetter) {
-    EXPECT_EQ("V t: x", KovanHost::dlogLine(2, "t", "x"));
-    EXPECT_EQ("D t: x", KovanHost::dlogLine(3, "t", "x"));
-    EXPECT_EQ("I t: x", KovanHost::dlogLine(4, "t", "x"));
-    EXPECT_EQ("W t: x", KovanHost::dlogLine(5, "t", "x"));
-    EXPECT_EQ("E t: x", KovanHost::dlogLine(6, "t", "x"));
-    EXPECT_EQ("F t: x", KovanHost::dlogLine(7, "t", "x"));
-    EXPECT_EQ("? t: x", KovanHost::dlogLine(8, "t", "x"));
-    EXPECT_EQ("? t: x", KovanHost::dlogLine(-1, "t", "x"));
+    EXPECT_EQ(KovanHost::dlogLine(2, "t", "x"), "V t: x");
+    EXPECT_EQ(KovanHost::dlogLine(3, "t", "x"), "D t: x");
+    EXPECT_EQ(KovanHost::dlogLine(4, "t", "x"), "I t: x");
+    EXPECT_EQ(KovanHost::dlogLine(5, "t", "x"), "W t: x");
+    EXPECT_EQ(KovanHost::dlogLine(6, "t", "x"), "E t: x");
+    EXPECT_EQ(KovanHost::dlogLine(7, "t", "x"), "F t: x");
+    EXPECT_EQ(KovanHost::dlogLine(8, "t", "x"), "? t: x");
+    EXPECT_EQ(KovanHost::dlogLine(-1, "t", "x"), "? t: x");
 }
 
 TEST_F(DlogTest, JournalGetsSyslogsLevels) {
-    EXPECT_EQ(LOG_DEBUG, KovanHost::journalPriority(2));
-    EXPECT_EQ(LOG_DEBUG, KovanHost::journalPriority(3));
-    EXPECT_EQ(LOG_INFO, KovanHost::journalPriority(4));
-    EXPECT_EQ(LOG_WARNING, KovanHost::journalPriority(5));
-    EXPECT_EQ(LOG_ERR, KovanHost::journalPriority(6));
-    EXPECT_EQ(LOG_CRIT, KovanHost::journalPriority(7));
+    EXPECT_EQ(KovanHost::journalPriority(2), LOG_DEBUG);
+    EXPECT_EQ(KovanHost::journalPriority(3), LOG_DEBUG);
+    EXPECT_EQ(KovanHost::journalPriority(4), LOG_INFO);
+    EXPECT_EQ(KovanHost::journalPriority(5), LOG_WARNING);
+    EXPECT_EQ(KovanHost::journalPriority(6), LOG_ERR);
+    EXPECT_EQ(KovanHost::journalPriority(7), LOG_CRIT);
 }
 
 TEST_F(DlogTest, LineEndsInTheTextDoNotEndTheLine) {
@@ -139,11 +139,11 @@ TEST_F(DlogTest, LinesOfConcurrentWritersStayWhole) {
         }));
     }
     for (const auto& writer : writers) {
-        ASSERT_EQ(0, writer->wait());
+        ASSERT_EQ(writer->wait(), 0);
     }
 
     const auto lines = linesOf(m_root.read("log"));
-    EXPECT_EQ(static_cast<std::size_t>(WRITERS * MESSAGES), lines.size());
+    EXPECT_EQ(lines.size(), static_cast<std::size_t>(WRITERS * MESSAGES));
     EXPECT_THAT(lines, testing::Each(MatchesRegex(std::string(TIME) + "I tag: <x{700}>")));
 }
 
@@ -154,8 +154,8 @@ TEST_F(DlogTest, StderrGetsTheSameLine) {
 TEST_F(DlogTest, NoneWritesNothingAndDoesNotLookAtTheValues) {
     const char* const unreadable = reinterpret_cast<const char*>(1);
 
-    EXPECT_EQ("", errorsAfter("none", [&] { return __dlog_print(0, 4, "tag", "%s", unreadable); }));
-    EXPECT_EQ(0, logTo("none", [&] { return __dlog_print(0, 4, "tag", "%s", unreadable); }));
+    EXPECT_EQ(errorsAfter("none", [&] { return __dlog_print(0, 4, "tag", "%s", unreadable); }), "");
+    EXPECT_EQ(logTo("none", [&] { return __dlog_print(0, 4, "tag", "%s", unreadable); }), 0);
 }
 
 TEST_F(DlogTest, FileThatCannotBeOpenedIsToldOnceAndStandardErrorTakesItsPlace) {
@@ -171,27 +171,27 @@ TEST_F(DlogTest, FileThatCannotBeOpenedIsToldOnceAndStandardErrorTakesItsPlace) 
 TEST_F(DlogTest, WithoutAChoiceTheJournalIsTakenWhenItsSocketIsThere) {
     m_root.write("socket", "");
 
-    EXPECT_EQ(DlogSink::Kind::JOURNAL, DlogSink::choose(nullptr, (m_root / "socket").c_str()).kind());
-    EXPECT_EQ(DlogSink::Kind::JOURNAL, DlogSink::choose("", (m_root / "socket").c_str()).kind());
-    EXPECT_EQ(DlogSink::Kind::JOURNAL, DlogSink::choose("journal", (m_root / "socket").c_str()).kind());
+    EXPECT_EQ(DlogSink::choose(nullptr, (m_root / "socket").c_str()).kind(), DlogSink::Kind::JOURNAL);
+    EXPECT_EQ(DlogSink::choose("", (m_root / "socket").c_str()).kind(), DlogSink::Kind::JOURNAL);
+    EXPECT_EQ(DlogSink::choose("journal", (m_root / "socket").c_str()).kind(), DlogSink::Kind::JOURNAL);
 }
 
 TEST_F(DlogTest, WithoutAChoiceAndAJournalStandardErrorIsTakenSilently) {
     testing::internal::CaptureStderr();
     const DlogSink sink = DlogSink::choose(nullptr, (m_root / "socket").c_str());
 
-    EXPECT_EQ("", testing::internal::GetCapturedStderr());
-    EXPECT_EQ(DlogSink::Kind::DESCRIPTOR, sink.kind());
-    EXPECT_EQ(STDERR_FILENO, sink.descriptor());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(sink.kind(), DlogSink::Kind::DESCRIPTOR);
+    EXPECT_EQ(sink.descriptor(), STDERR_FILENO);
 }
 
 TEST_F(DlogTest, JournalThatIsAskedForAndAbsentIsTold) {
     testing::internal::CaptureStderr();
     const DlogSink sink = DlogSink::choose("journal", (m_root / "socket").c_str());
 
-    EXPECT_EQ("KOVAN_DLOG: cannot write to the journal: No such file or directory; writing to standard error\n",
-              testing::internal::GetCapturedStderr());
-    EXPECT_EQ(STDERR_FILENO, sink.descriptor());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "KOVAN_DLOG: cannot write to the journal: No such file or directory; writing to standard error\n");
+    EXPECT_EQ(sink.descriptor(), STDERR_FILENO);
 }
 
 TEST_F(DlogTest, CallersErrorNumberIsKept) {
@@ -201,5 +201,5 @@ TEST_F(DlogTest, CallersErrorNumberIsKept) {
         return errno;
     };
 
-    EXPECT_EQ(ENOENT, logTo((m_root / "absent/log").string(), logging));
+    EXPECT_EQ(logTo((m_root / "absent/log").string(), logging), ENOENT);
 }

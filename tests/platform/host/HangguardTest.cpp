@@ -24,7 +24,7 @@ protected:
         address.sun_family = AF_UNIX;
         const std::string path = (m_root / "notify").string();
         std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-        EXPECT_EQ(0, bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)));
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
         setenv("NOTIFY_SOCKET", path.c_str(), 1);
     }
     ~HangguardTest() override {
@@ -49,36 +49,36 @@ private:
 TEST_F(HangguardTest, RegistrationTellsTheLimitInMicroseconds) {
     EXPECT_GT(hangguard_register_watchdog_service(300), 0);
 
-    EXPECT_EQ("WATCHDOG_USEC=300000000", received());
-    EXPECT_EQ("", received());
+    EXPECT_EQ(received(), "WATCHDOG_USEC=300000000");
+    EXPECT_EQ(received(), "");
 }
 
 TEST_F(HangguardTest, LimitsBeyondAnHourDoNotOverflow) {
     EXPECT_GT(hangguard_register_watchdog_service(2147483647), 0);
 
-    EXPECT_EQ("WATCHDOG_USEC=2147483647000000", received());
+    EXPECT_EQ(received(), "WATCHDOG_USEC=2147483647000000");
 }
 
 TEST_F(HangguardTest, HeartbeatIsOneMessage) {
     EXPECT_GT(hangguard_watchdog_notify(), 0);
 
-    EXPECT_EQ("WATCHDOG=1", received());
-    EXPECT_EQ("", received());
+    EXPECT_EQ(received(), "WATCHDOG=1");
+    EXPECT_EQ(received(), "");
 }
 
 TEST_F(HangguardTest, LimitThatIsNoTimeIsRefused) {
-    EXPECT_EQ(-EINVAL, hangguard_register_watchdog_service(0));
-    EXPECT_EQ(-EINVAL, hangguard_register_watchdog_service(-1));
+    EXPECT_EQ(hangguard_register_watchdog_service(0), -EINVAL);
+    EXPECT_EQ(hangguard_register_watchdog_service(-1), -EINVAL);
 
-    EXPECT_EQ("", received());
+    EXPECT_EQ(received(), "");
 }
 
 TEST_F(HangguardTest, WithoutAServiceManagerBothSucceedWithoutEffect) {
     unsetenv("NOTIFY_SOCKET");
 
-    EXPECT_EQ(0, hangguard_register_watchdog_service(300));
-    EXPECT_EQ(0, hangguard_watchdog_notify());
-    EXPECT_EQ("", received());
+    EXPECT_EQ(hangguard_register_watchdog_service(300), 0);
+    EXPECT_EQ(hangguard_watchdog_notify(), 0);
+    EXPECT_EQ(received(), "");
 }
 
 TEST_F(HangguardTest, ServiceManagerThatIsGoneFails) {

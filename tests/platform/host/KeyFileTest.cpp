@@ -72,20 +72,20 @@ std::size_t firstBadLineByTrial(const std::string& text) {
 TEST(KeyFileTest, GivesValuesByTheirTypes) {
     const KeyFile file(GOOD);
 
-    EXPECT_EQ(true, file.get<bool>("one", "flag"));
-    EXPECT_EQ(4, file.get<int>("one", "number"));
-    EXPECT_EQ("a b", file.get<std::string>("two", "text"));
-    EXPECT_EQ("a\\sb", file.raw("two", "text"));
-    EXPECT_EQ("x", file.get<std::string>("one", "last"));
+    EXPECT_EQ(file.get<bool>("one", "flag"), true);
+    EXPECT_EQ(file.get<int>("one", "number"), 4);
+    EXPECT_EQ(file.get<std::string>("two", "text"), "a b");
+    EXPECT_EQ(file.raw("two", "text"), "a\\sb");
+    EXPECT_EQ(file.get<std::string>("one", "last"), "x");
 }
 
 TEST(KeyFileTest, GivesNothingForWhatIsAbsent) {
     const KeyFile file(GOOD);
 
-    EXPECT_EQ(std::nullopt, file.get<bool>("one", "text"));
-    EXPECT_EQ(std::nullopt, file.get<int>("three", "number"));
-    EXPECT_EQ(std::nullopt, file.get<std::string>("", ""));
-    EXPECT_EQ(std::nullopt, file.raw("one", "text"));
+    EXPECT_EQ(file.get<bool>("one", "text"), std::nullopt);
+    EXPECT_EQ(file.get<int>("three", "number"), std::nullopt);
+    EXPECT_EQ(file.get<std::string>("", ""), std::nullopt);
+    EXPECT_EQ(file.raw("one", "text"), std::nullopt);
     EXPECT_THAT(KeyFile().groups(), ElementsAre());
     EXPECT_THAT(file.keys("three"), ElementsAre());
 }
@@ -102,23 +102,23 @@ TEST(KeyFileTest, EmptyTextHoldsNothing) {
 }
 
 TEST(KeyFileTest, BadLineIsToldByItsNumber) {
-    EXPECT_EQ("line 1: Key file does not start with a group", reasonAgainst("a=b\n"));
-    EXPECT_EQ("line 3: Key file contains line “x” which is not a key-value pair, group, or comment",
-              reasonAgainst("[a]\n\nx\ny\n"));
-    EXPECT_EQ("line 2: Key file contains line “x” which is not a key-value pair, group, or comment",
-              reasonAgainst("[a]\nx"));
-    EXPECT_EQ("line 2: Invalid key name: a]", reasonAgainst("[a]\na]=b\n"));
-    EXPECT_EQ("line 2: Key file contains unsupported encoding “x”", reasonAgainst("[a]\nEncoding=x\n"));
-    EXPECT_EQ("line 2: a byte that is zero", reasonAgainst(std::string("[a]\na=b\0\n", 9)));
+    EXPECT_EQ(reasonAgainst("a=b\n"), "line 1: Key file does not start with a group");
+    EXPECT_EQ(reasonAgainst("[a]\n\nx\ny\n"),
+              "line 3: Key file contains line “x” which is not a key-value pair, group, or comment");
+    EXPECT_EQ(reasonAgainst("[a]\nx"),
+              "line 2: Key file contains line “x” which is not a key-value pair, group, or comment");
+    EXPECT_EQ(reasonAgainst("[a]\na]=b\n"), "line 2: Invalid key name: a]");
+    EXPECT_EQ(reasonAgainst("[a]\nEncoding=x\n"), "line 2: Key file contains unsupported encoding “x”");
+    EXPECT_EQ(reasonAgainst(std::string("[a]\na=b\0\n", 9)), "line 2: a byte that is zero");
 }
 
 TEST(KeyFileTest, FirstOfSeveralBadLinesIsTold) {
     EXPECT_THAT(reasonAgainst(std::string("[a]\nx\n\0\n", 8)), StartsWith("line 2: Key file contains line “x”"));
-    EXPECT_EQ("line 2: a byte that is zero", reasonAgainst(std::string("[a]\n\0\nx\n", 8)));
+    EXPECT_EQ(reasonAgainst(std::string("[a]\n\0\nx\n", 8)), "line 2: a byte that is zero");
 }
 
 TEST(KeyFileTest, EncodingIsReadInTheFirstGroupAlone) {
-    EXPECT_EQ("<none>", reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n"));
+    EXPECT_EQ(reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n"), "<none>");
     EXPECT_THAT(reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n[a]\nEncoding=x\n"), StartsWith("line 6: "));
 }
 
@@ -146,25 +146,25 @@ TEST(KeyFileTest, LongReasonIsShortenedAndHarmless) {
 }
 
 TEST(KeyFileTest, ValueOfAnotherTypeIsToldByLineAndKey) {
-    EXPECT_EQ("line 2: 'key' in [group] is no boolean (true or false): 'yes'", reasonAgainstValue<bool>("yes"));
-    EXPECT_EQ("line 2: 'key' in [group] is no boolean (true or false): ''", reasonAgainstValue<bool>(""));
-    EXPECT_EQ("line 2: 'key' in [group] is no number of 32 bits: '1.5'", reasonAgainstValue<int>("1.5"));
-    EXPECT_EQ("line 2: 'key' in [group] is no number of 32 bits: '2147483648'", reasonAgainstValue<int>("2147483648"));
-    EXPECT_EQ("line 2: 'key' in [group] is no number of 32 bits: ''", reasonAgainstValue<int>(""));
+    EXPECT_EQ(reasonAgainstValue<bool>("yes"), "line 2: 'key' in [group] is no boolean (true or false): 'yes'");
+    EXPECT_EQ(reasonAgainstValue<bool>(""), "line 2: 'key' in [group] is no boolean (true or false): ''");
+    EXPECT_EQ(reasonAgainstValue<int>("1.5"), "line 2: 'key' in [group] is no number of 32 bits: '1.5'");
+    EXPECT_EQ(reasonAgainstValue<int>("2147483648"), "line 2: 'key' in [group] is no number of 32 bits: '2147483648'");
+    EXPECT_EQ(reasonAgainstValue<int>(""), "line 2: 'key' in [group] is no number of 32 bits: ''");
     const std::string text = "line 2: 'key' in [group] is no UTF-8 text with \\s, \\n, \\t, \\r and \\\\ for escapes: ";
-    EXPECT_EQ(text + "'a\\q'", reasonAgainstValue<std::string>("a\\q"));
-    EXPECT_EQ(text + "'\xef\xbf\xbd'", reasonAgainstValue<std::string>("\xff"));
+    EXPECT_EQ(reasonAgainstValue<std::string>("a\\q"), text + "'a\\q'");
+    EXPECT_EQ(reasonAgainstValue<std::string>("\xff"), text + "'\xef\xbf\xbd'");
 }
 
 TEST(KeyFileTest, LineOfAKeyIsTheLastThatSaysIt) {
     const std::string text = "#[b]\n[a]\nx=1\n#x=2\n[b]\n x = 3\ny=x=4\n[a]\nx=5\n";
 
-    EXPECT_EQ(9u, KovanHost::lineOfKey(text, "a", "x"));
-    EXPECT_EQ(6u, KovanHost::lineOfKey(text, "b", "x"));
-    EXPECT_EQ(7u, KovanHost::lineOfKey(text, "b", "y"));
-    EXPECT_EQ(0u, KovanHost::lineOfKey(text, "a", "y"));
-    EXPECT_EQ(2u, KovanHost::lineOfKey("[a]\n\t\f x\t=1\n\vx=2\n", "a", "x"));
-    EXPECT_EQ(3u, KovanHost::lineOfKey("[a]\n\t\f x\t=1\n\vx=2\n", "a", "\vx"));
+    EXPECT_EQ(KovanHost::lineOfKey(text, "a", "x"), 9u);
+    EXPECT_EQ(KovanHost::lineOfKey(text, "b", "x"), 6u);
+    EXPECT_EQ(KovanHost::lineOfKey(text, "b", "y"), 7u);
+    EXPECT_EQ(KovanHost::lineOfKey(text, "a", "y"), 0u);
+    EXPECT_EQ(KovanHost::lineOfKey("[a]\n\t\f x\t=1\n\vx=2\n", "a", "x"), 2u);
+    EXPECT_EQ(KovanHost::lineOfKey("[a]\n\t\f x\t=1\n\vx=2\n", "a", "\vx"), 3u);
 }
 
 TEST(KeyFileTest, SetLeavesAllOtherLinesAsTheyAre) {
@@ -173,10 +173,10 @@ TEST(KeyFileTest, SetLeavesAllOtherLinesAsTheyAre) {
     file.set("a", "new", " padded ");
     file.set("c", "w", "4");
 
-    EXPECT_EQ("# top\n\n[a]\n# of x\nx=one\n# of y\ny=2\nnew=\\spadded \n\n# of b\n[b]\nz=3\r\nz[de]=drei\n\n# "
-              "end\n\n[c]\nw=4\n",
-              file.text());
-    EXPECT_EQ("one", file.get<std::string>("a", "x"));
+    EXPECT_EQ(file.text(),
+              "# top\n\n[a]\n# of x\nx=one\n# of y\ny=2\nnew=\\spadded \n\n# of b\n[b]\nz=3\r\nz[de]=drei\n\n# "
+              "end\n\n[c]\nw=4\n");
+    EXPECT_EQ(file.get<std::string>("a", "x"), "one");
 }
 
 TEST(KeyFileTest, SetWritesTheLineThatHolds) {
@@ -184,8 +184,8 @@ TEST(KeyFileTest, SetWritesTheLineThatHolds) {
     file.set("a", "x", "3");
     file.set("b", "y", "4");
 
-    EXPECT_EQ("[a]\nx=1\n[b]\n[a]\nx=3\n[b]\ny=4\n", file.text());
-    EXPECT_EQ(3, file.get<int>("a", "x"));
+    EXPECT_EQ(file.text(), "[a]\nx=1\n[b]\n[a]\nx=3\n[b]\ny=4\n");
+    EXPECT_EQ(file.get<int>("a", "x"), 3);
 }
 
 TEST(KeyFileTest, WhatIsSetIsReadAgain) {
@@ -204,5 +204,5 @@ TEST(KeyFileTest, SetRefusesWhatCannotBeWritten) {
     }
     EXPECT_THROW(file.set("group", "key", "\xff"), std::runtime_error);
     EXPECT_THROW(file.set("group", "key", "\f"), std::runtime_error);
-    EXPECT_EQ("", file.text());
+    EXPECT_EQ(file.text(), "");
 }

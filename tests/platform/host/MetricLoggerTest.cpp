@@ -39,28 +39,27 @@ protected:
 } // namespace
 
 TEST_F(MetricLoggerTest, EventIsOneLineWithItsFieldsInOrder) {
-    EXPECT_EQ(1, send("{au=1;cp=5}"));
+    EXPECT_EQ(send("{au=1;cp=5}"), 1);
 
-    ASSERT_EQ(1u, events().size());
+    ASSERT_EQ(events().size(), 1u);
     Json event = events().front();
     EXPECT_THAT(event.at("time").get<std::string>(), testing::MatchesRegex("[-0-9]{10}T[:0-9]{8}\\.[0-9]{3}Z"));
     event["time"] = "now";
-    EXPECT_EQ("{\"time\":\"now\",\"application\":\"application\",\"name\":\"NAME\",\"code\":\"EV001\","
-              "\"description\":\"{au=1;cp=5}\"}",
-              event.dump());
+    EXPECT_EQ(event.dump(), "{\"time\":\"now\",\"application\":\"application\",\"name\":\"NAME\",\"code\":\"EV001\","
+                            "\"description\":\"{au=1;cp=5}\"}");
 }
 
 TEST_F(MetricLoggerTest, LineEndsInTextsDoNotEndTheLine) {
-    EXPECT_EQ(1, send("one\ntwo"));
+    EXPECT_EQ(send("one\ntwo"), 1);
 
-    ASSERT_EQ(1u, events().size());
-    EXPECT_EQ("one\ntwo", events().front().at("description"));
+    ASSERT_EQ(events().size(), 1u);
+    EXPECT_EQ(events().front().at("description"), "one\ntwo");
 }
 
 TEST_F(MetricLoggerTest, BytesThatAreNoUtf8AreReplaced) {
-    EXPECT_EQ(1, send("a\xFFz"));
+    EXPECT_EQ(send("a\xFFz"), 1);
 
-    EXPECT_EQ("a\xEF\xBF\xBDz", events().front().at("description"));
+    EXPECT_EQ(events().front().at("description"), "a\xEF\xBF\xBDz");
 }
 
 TEST_F(MetricLoggerTest, EventsOfSeveralProcessesAreAllThere) {
@@ -75,29 +74,29 @@ TEST_F(MetricLoggerTest, EventsOfSeveralProcessesAreAllThere) {
         }));
     }
     for (const auto& sender : senders) {
-        EXPECT_EQ(50, sender->wait());
+        EXPECT_EQ(sender->wait(), 50);
     }
 
-    EXPECT_EQ(200u, events().size());
+    EXPECT_EQ(events().size(), 200u);
 }
 
 TEST_F(MetricLoggerTest, FolderThatCannotBeMadeLosesTheEvent) {
     m_root.write("var", "a file where a folder has to be");
 
-    EXPECT_EQ(0, send("text"));
+    EXPECT_EQ(send("text"), 0);
 }
 
 TEST_F(MetricLoggerTest, FileThatCannotBeOpenedLosesTheEvent) {
     std::filesystem::create_directories(m_root / "var/log/kovan/events.jsonl");
 
-    EXPECT_EQ(0, send("text"));
+    EXPECT_EQ(send("text"), 0);
 }
 
 TEST_F(MetricLoggerTest, FullFileIsSetAside) {
     m_root.write("var/log/kovan/events.jsonl", "");
     std::filesystem::resize_file(m_root / "var/log/kovan/events.jsonl", std::uintmax_t{16} << 20U);
-    EXPECT_EQ(1, send("text"));
+    EXPECT_EQ(send("text"), 1);
 
-    EXPECT_EQ(1u, events().size());
+    EXPECT_EQ(events().size(), 1u);
     EXPECT_EQ(std::uintmax_t{16} << 20U, std::filesystem::file_size(m_root / "var/log/kovan/events.jsonl.1"));
 }

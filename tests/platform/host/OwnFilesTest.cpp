@@ -37,7 +37,7 @@ class OwnFilesTest : public testing::Test {
 protected:
     static unsigned int modeOf(const std::filesystem::path& path) {
         struct stat status {};
-        EXPECT_EQ(0, stat(path.c_str(), &status)) << path;
+        EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
         return status.st_mode & 07777;
     }
 
@@ -51,10 +51,10 @@ class OwnFilesUnderAnyUmask : public OwnFilesTest, public testing::WithParamInte
 TEST_P(OwnFilesUnderAnyUmask, AreTheirOwnersAndTheirGroupsToRead) {
     {
         const Umask mask(GetParam());
-        ASSERT_EQ(0, vconf_set_int("db/key", 1));
-        ASSERT_EQ(0, vconf_set_int("memory/key", 1));
-        ASSERT_EQ(1, MetricLogFramework::CLogger::GetInstance()->AddEventLogSync("a", "b", "c", "d"));
-        ASSERT_EQ(1, plantcfg_reset(0));
+        ASSERT_EQ(vconf_set_int("db/key", 1), 0);
+        ASSERT_EQ(vconf_set_int("memory/key", 1), 0);
+        ASSERT_EQ(MetricLogFramework::CLogger::GetInstance()->AddEventLogSync("a", "b", "c", "d"), 1);
+        ASSERT_EQ(plantcfg_reset(0), 1);
         KovanHost::changePower([](auto&) {});
         KovanHost::changeUsbSticks([](auto&) {});
         KovanHost::writeDefaultDevice(false);
@@ -84,19 +84,19 @@ TEST_F(OwnFilesTest, WhatWasThereKeepsItsMode) {
     chmod((m_root / "folder").c_str(), 0700);
 
     KovanHost::DlogSink::choose((m_root / "log").c_str(), "");
-    EXPECT_EQ(0, makeFolders(m_root / "folder/below"));
+    EXPECT_EQ(makeFolders(m_root / "folder/below"), 0);
 
-    EXPECT_EQ(0600U, modeOf(m_root / "log"));
-    EXPECT_EQ(0700U, modeOf(m_root / "folder"));
-    EXPECT_EQ(0750U, modeOf(m_root / "folder/below"));
+    EXPECT_EQ(modeOf(m_root / "log"), 0600U);
+    EXPECT_EQ(modeOf(m_root / "folder"), 0700U);
+    EXPECT_EQ(modeOf(m_root / "folder/below"), 0750U);
 }
 
 TEST_F(OwnFilesTest, FoldersAreMadeOnceAndNotThroughAFile) {
-    EXPECT_EQ(0, makeFolders(m_root / "a/b//c/"));
-    EXPECT_EQ(0, makeFolders(m_root / "a/b/c"));
+    EXPECT_EQ(makeFolders(m_root / "a/b//c/"), 0);
+    EXPECT_EQ(makeFolders(m_root / "a/b/c"), 0);
     EXPECT_TRUE(std::filesystem::is_directory(m_root / "a/b/c"));
-    EXPECT_EQ(0, makeFolders(""));
+    EXPECT_EQ(makeFolders(""), 0);
     m_root.write("file", "");
-    EXPECT_EQ(ENOTDIR, makeFolders(m_root / "file"));
-    EXPECT_EQ(ENOTDIR, makeFolders(m_root / "file/below"));
+    EXPECT_EQ(makeFolders(m_root / "file"), ENOTDIR);
+    EXPECT_EQ(makeFolders(m_root / "file/below"), ENOTDIR);
 }

@@ -120,8 +120,8 @@ protected:
 } // namespace
 
 TEST_P(PowerPairTest, CallsEverySubscriberInTheOrderOfSubscription) {
-    EXPECT_EQ(0, subscribe(appendToo));
-    EXPECT_EQ(0, subscribe(append));
+    EXPECT_EQ(subscribe(appendToo), 0);
+    EXPECT_EQ(subscribe(append), 0);
     GetParam().announce(2);
 
     EXPECT_THAT(hear(2), ElementsAre(-2, 2));
@@ -129,8 +129,8 @@ TEST_P(PowerPairTest, CallsEverySubscriberInTheOrderOfSubscription) {
 
 TEST_P(PowerPairTest, RefusesASecondSubscriptionOfOneCallback) {
     std::vector<int> others;
-    EXPECT_EQ(0, subscribe(append));
-    EXPECT_EQ(-17, GetParam().subscribe(append, &others));
+    EXPECT_EQ(subscribe(append), 0);
+    EXPECT_EQ(GetParam().subscribe(append, &others), -17);
     GetParam().announce(2);
 
     EXPECT_THAT(hear(1), ElementsAre(2));
@@ -138,11 +138,11 @@ TEST_P(PowerPairTest, RefusesASecondSubscriptionOfOneCallback) {
 }
 
 TEST_P(PowerPairTest, TakesACallbackAgainAfterItsUnsubscription) {
-    EXPECT_EQ(0, subscribe(append));
-    EXPECT_EQ(0, GetParam().unsubscribe(append));
-    EXPECT_EQ(-ENOENT, GetParam().unsubscribe(append));
+    EXPECT_EQ(subscribe(append), 0);
+    EXPECT_EQ(GetParam().unsubscribe(append), 0);
+    EXPECT_EQ(GetParam().unsubscribe(append), -ENOENT);
     GetParam().announce(1);
-    EXPECT_EQ(0, subscribe(append));
+    EXPECT_EQ(subscribe(append), 0);
     GetParam().announce(2);
 
     EXPECT_THAT(hear(1), ElementsAre(2));
@@ -152,23 +152,23 @@ TEST_P(PowerPairTest, CallsTheUnsubscribedNoMore) {
     subscribe(append);
     subscribe(appendToo);
     GetParam().announce(1);
-    EXPECT_EQ(0, GetParam().unsubscribe(append));
+    EXPECT_EQ(GetParam().unsubscribe(append), 0);
     GetParam().announce(2);
 
     EXPECT_THAT(hear(2), ElementsAre(-1, -2));
 }
 
 TEST_P(PowerPairTest, RefusesNoCallback) {
-    EXPECT_EQ(-EINVAL, subscribe(nullptr));
-    EXPECT_EQ(-ENOENT, GetParam().unsubscribe(nullptr));
+    EXPECT_EQ(subscribe(nullptr), -EINVAL);
+    EXPECT_EQ(GetParam().unsubscribe(nullptr), -ENOENT);
 }
 
 TEST_P(PowerPairTest, OneCallbackMayBeInEveryPair) {
     for (const PairCase& pair : PAIRS) {
-        EXPECT_EQ(0, pair.subscribe(append, &m_numbers));
+        EXPECT_EQ(pair.subscribe(append, &m_numbers), 0);
     }
     for (const PairCase& pair : PAIRS) {
-        EXPECT_EQ(0, pair.unsubscribe(append));
+        EXPECT_EQ(pair.unsubscribe(append), 0);
     }
 }
 
@@ -201,7 +201,7 @@ TEST_P(PowerPairTest, HearsSeveralInARow) {
 TEST_P(PowerPairTest, HearsAnotherProcess) {
     Other other([] { GetParam().announce(2); });
     subscribe(append);
-    ASSERT_EQ(0, other.change());
+    ASSERT_EQ(other.change(), 0);
 
     EXPECT_THAT(hear(1), ElementsAre(2));
 }
@@ -209,8 +209,8 @@ TEST_P(PowerPairTest, HearsAnotherProcess) {
 TEST_P(PowerPairTest, FailsWithoutAFolder) {
     m_root.write("run", "a file where a folder has to be");
 
-    EXPECT_EQ(-1, subscribe(append));
-    EXPECT_EQ(-ENOENT, GetParam().unsubscribe(append));
+    EXPECT_EQ(subscribe(append), -1);
+    EXPECT_EQ(GetParam().unsubscribe(append), -ENOENT);
 }
 
 INSTANTIATE_TEST_SUITE_P(Pairs, PowerPairTest, testing::ValuesIn(PAIRS),
@@ -303,9 +303,9 @@ TEST_F(PowerAnnouncementsTest, MoreThanTheFileHoldsEndsInTheRightState) {
     }
 
     const std::vector<std::string>& heard = listener.hearUntil("state_changed 1");
-    EXPECT_EQ(101u, heard.size());
-    EXPECT_EQ("poweroff 1", heard.front());
-    EXPECT_EQ("state_changed 1", heard.back());
+    EXPECT_EQ(heard.size(), 101u);
+    EXPECT_EQ(heard.front(), "poweroff 1");
+    EXPECT_EQ(heard.back(), "state_changed 1");
 }
 
 namespace {
@@ -339,7 +339,7 @@ TEST_P(PowerBadFileTest, IsToldOnceAndAnnouncesNothing) {
     write(GetParam());
     EXPECT_TRUE(iterateUntil([&] { return m_root.read("errors") != ""; }));
     write(GetParam());
-    EXPECT_EQ(2, device_power_get_state());
+    EXPECT_EQ(device_power_get_state(), 2);
     KovanHost::announcePowerOff(3);
 
     EXPECT_THAT(listener.hearUntil("poweroff 3"), ElementsAre("poweroff 3"));
@@ -379,7 +379,7 @@ int subscribeAppend(int, void* numbers) {
 
 TEST_F(PowerAnnouncementsTest, CallbackMayUnsubscribeItself) {
     std::vector<int> numbers;
-    ASSERT_EQ(0, device_power_subscribe_poweroff(unsubscribeYourself, &numbers));
+    ASSERT_EQ(device_power_subscribe_poweroff(unsubscribeYourself, &numbers), 0);
     KovanHost::announcePowerOff(1);
     KovanHost::announcePowerOff(2);
     EXPECT_TRUE(iterateUntil([&] { return !numbers.empty(); }));
@@ -463,7 +463,7 @@ TEST_F(PowerAnnouncementsTest, CallsOnTheDefaultContextWhoeverSubscribed) {
     GMainContext* const own = g_main_context_new();
     std::thread subscriber([&] {
         g_main_context_push_thread_default(own);
-        EXPECT_EQ(0, device_power_subscribe_poweroff(keepThread, &called));
+        EXPECT_EQ(device_power_subscribe_poweroff(keepThread, &called), 0);
         g_main_context_pop_thread_default(own);
     });
     subscriber.join();
@@ -471,6 +471,6 @@ TEST_F(PowerAnnouncementsTest, CallsOnTheDefaultContextWhoeverSubscribed) {
 
     EXPECT_TRUE(iterateUntil([&] { return called.load() != std::thread::id(); }));
     EXPECT_EQ(std::this_thread::get_id(), called.load());
-    EXPECT_EQ(0, device_power_unsubscribe_poweroff(keepThread));
+    EXPECT_EQ(device_power_unsubscribe_poweroff(keepThread), 0);
     g_main_context_unref(own);
 }

@@ -55,32 +55,32 @@ class PowerRecordsBadTextTest : public testing::TestWithParam<BadText> {};
 } // namespace
 
 TEST(PowerRecordsTest, NothingIsStateAndReasonZeroWithoutRecords) {
-    EXPECT_EQ("[announcements]\n\n[requests]\n\n[power]\nstate=0\nwakeup_reason=0\n", textOf(Power()));
+    EXPECT_EQ(textOf(Power()), "[announcements]\n\n[requests]\n\n[power]\nstate=0\nwakeup_reason=0\n");
 }
 
 TEST(PowerRecordsTest, ReadsEverything) {
     const Power power = parsePower(GOOD);
 
-    EXPECT_EQ(1, power.state);
-    EXPECT_EQ(41, power.wakeUpReason);
-    ASSERT_EQ(2u, power.announcements.size());
-    EXPECT_EQ(1795250000123457, power.announcements[1].sequence);
-    EXPECT_EQ("poweroff", power.announcements[1].name);
-    EXPECT_EQ(-3, power.announcements[1].number);
-    ASSERT_EQ(1u, power.requests.size());
-    EXPECT_EQ("reboot", power.requests[0].name);
-    EXPECT_EQ(536870924, power.requests[0].number);
+    EXPECT_EQ(power.state, 1);
+    EXPECT_EQ(power.wakeUpReason, 41);
+    ASSERT_EQ(power.announcements.size(), 2u);
+    EXPECT_EQ(power.announcements[1].sequence, 1795250000123457);
+    EXPECT_EQ(power.announcements[1].name, "poweroff");
+    EXPECT_EQ(power.announcements[1].number, -3);
+    ASSERT_EQ(power.requests.size(), 1u);
+    EXPECT_EQ(power.requests[0].name, "reboot");
+    EXPECT_EQ(power.requests[0].number, 536870924);
 }
 
 TEST(PowerRecordsTest, WritesWhatItRead) {
-    EXPECT_EQ(GOOD, textOf(parsePower(GOOD)));
+    EXPECT_EQ(textOf(parsePower(GOOD)), GOOD);
 }
 
 TEST(PowerRecordsTest, GroupsOfRecordsMayBeAbsentAndTheOthersInAnyOrder) {
     const Power power = parsePower("[power]\nwakeup_reason=5\nstate=7\n[requests]\n1=poweroff 2\n");
 
-    EXPECT_EQ(7, power.state);
-    EXPECT_EQ(5, power.wakeUpReason);
+    EXPECT_EQ(power.state, 7);
+    EXPECT_EQ(power.wakeUpReason, 5);
     EXPECT_TRUE(power.announcements.empty());
     EXPECT_THAT(numbersOf(power.requests), ElementsAre(2));
 }
@@ -89,12 +89,12 @@ TEST(PowerRecordsTest, PutsRecordsInOrder) {
     const Power power = parsePower("[announcements]\n12=poweroff 2\n9=poweroff 1\n[power]\nstate=0\nwakeup_reason=0\n");
 
     EXPECT_THAT(numbersOf(power.announcements), ElementsAre(1, 2));
-    EXPECT_EQ(12, lastSequence(power.announcements));
+    EXPECT_EQ(lastSequence(power.announcements), 12);
 }
 
 TEST(PowerRecordsTest, RefusesEveryTextThatIsCutOff) {
     for (const std::string& cut : DAX::Tests::cutsOf(GOOD)) {
-        EXPECT_NE("<none>", reasonAgainst(cut)) << cut;
+        EXPECT_NE(reasonAgainst(cut), "<none>") << cut;
     }
 }
 
@@ -141,7 +141,7 @@ TEST(PowerRecordsTest, RecordComesAfterOneFromALaterTime) {
     std::vector<PowerRecord> records = {{4000000000000000000, "poweroff", 1}};
     addRecord(records, "poweroff", 2);
 
-    EXPECT_EQ(4000000000000000001, lastSequence(records));
+    EXPECT_EQ(lastSequence(records), 4000000000000000001);
 }
 
 TEST(PowerRecordsTest, ForgetsTheOldestOfTooMany) {
@@ -150,7 +150,7 @@ TEST(PowerRecordsTest, ForgetsTheOldestOfTooMany) {
         addRecord(records, "poweroff", number);
     }
 
-    EXPECT_EQ(100u, records.size());
-    EXPECT_EQ(3, records.front().number);
-    EXPECT_EQ(102, records.back().number);
+    EXPECT_EQ(records.size(), 100u);
+    EXPECT_EQ(records.front().number, 3);
+    EXPECT_EQ(records.back().number, 102);
 }

@@ -59,49 +59,49 @@ protected:
 } // namespace
 
 TEST_F(PowerStateTest, WithoutAFileStateAndReasonAreZero) {
-    EXPECT_EQ(0, device_power_get_state());
-    EXPECT_EQ(0, device_power_get_wakeup_reason());
-    EXPECT_EQ("", errorsOfTwoQuestions(0));
+    EXPECT_EQ(device_power_get_state(), 0);
+    EXPECT_EQ(device_power_get_wakeup_reason(), 0);
+    EXPECT_EQ(errorsOfTwoQuestions(0), "");
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
 TEST_F(PowerStateTest, TakesEveryStateBelowPowerOff) {
     for (const int state : {1, 2, 0}) {
-        EXPECT_EQ(0, device_power_set_state(state, state % 2));
+        EXPECT_EQ(device_power_set_state(state, state % 2), 0);
         EXPECT_EQ(state, device_power_get_state());
     }
 }
 
 TEST_F(PowerStateTest, RefusesEveryOtherState) {
-    ASSERT_EQ(0, device_power_set_state(2, 0));
+    ASSERT_EQ(device_power_set_state(2, 0), 0);
 
     for (const int state : {-1, 3, 4, 5}) {
-        EXPECT_EQ(-EINVAL, device_power_set_state(state, 1));
+        EXPECT_EQ(device_power_set_state(state, 1), -EINVAL);
     }
-    EXPECT_EQ(2, device_power_get_state());
+    EXPECT_EQ(device_power_get_state(), 2);
 }
 
 TEST_F(PowerStateTest, KeepsTheWakeUpReason) {
-    EXPECT_EQ(0, device_power_set_wakeup_reason(41));
-    EXPECT_EQ(41, device_power_get_wakeup_reason());
-    EXPECT_EQ(0, device_power_get_state());
+    EXPECT_EQ(device_power_set_wakeup_reason(41), 0);
+    EXPECT_EQ(device_power_get_wakeup_reason(), 41);
+    EXPECT_EQ(device_power_get_state(), 0);
     EXPECT_EQ(fileWith(0, 41), m_root.read(FILE_NAME));
 }
 
 TEST_F(PowerStateTest, RefusesANegativeReason) {
-    EXPECT_EQ(-EINVAL, device_power_set_wakeup_reason(-1));
-    EXPECT_EQ(0, device_power_get_wakeup_reason());
+    EXPECT_EQ(device_power_set_wakeup_reason(-1), -EINVAL);
+    EXPECT_EQ(device_power_get_wakeup_reason(), 0);
 }
 
 TEST_F(PowerStateTest, RecordsRequestsInTheirOrderAndDoesNothingElse) {
-    EXPECT_EQ(0, device_power_request_reboot(0x2000000c));
-    EXPECT_EQ(0, device_power_request_poweroff(12));
-    EXPECT_EQ(0, device_power_request_poweroff(12));
+    EXPECT_EQ(device_power_request_reboot(0x2000000c), 0);
+    EXPECT_EQ(device_power_request_poweroff(12), 0);
+    EXPECT_EQ(device_power_request_poweroff(12), 0);
 
     EXPECT_THAT(textsOf(KovanHost::loadPower().requests),
                 ElementsAre("reboot 536870924", "poweroff 12", "poweroff 12"));
     EXPECT_THAT(textsOf(KovanHost::loadPower().announcements), ElementsAre());
-    EXPECT_EQ(0, device_power_get_state());
+    EXPECT_EQ(device_power_get_state(), 0);
 }
 
 TEST_F(PowerStateTest, RecordsAnAnnouncementOnlyForAnotherState) {
@@ -115,29 +115,29 @@ TEST_F(PowerStateTest, RecordsAnAnnouncementOnlyForAnotherState) {
 TEST_F(PowerStateTest, ReadsWhatAPersonWrote) {
     write("[power]\nstate=7\nwakeup_reason=5\n");
 
-    EXPECT_EQ(7, device_power_get_state());
-    EXPECT_EQ(5, device_power_get_wakeup_reason());
+    EXPECT_EQ(device_power_get_state(), 7);
+    EXPECT_EQ(device_power_get_wakeup_reason(), 5);
 }
 
 TEST_F(PowerStateTest, FileThatIsGoneIsZeroAgain) {
     device_power_set_state(2, 0);
     std::filesystem::remove(path());
 
-    EXPECT_EQ(0, device_power_get_state());
+    EXPECT_EQ(device_power_get_state(), 0);
 }
 
 TEST_F(PowerStateTest, EmptyFileLeavesTheLastKnownStateAndIsToldOnce) {
     device_power_set_state(2, 0);
     write("");
 
-    EXPECT_EQ(path() + ": the file is empty; keeping what was known\n", errorsOfTwoQuestions(2));
+    EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": the file is empty; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, TornFileLeavesTheLastKnownStateAndIsToldOnce) {
     device_power_set_state(2, 0);
     write("[power]\nstate=1\nwakeup_rea");
 
-    EXPECT_EQ(path() + ": the last line has no end; keeping what was known\n", errorsOfTwoQuestions(2));
+    EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": the last line has no end; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, GarbageLeavesTheLastKnownStateAndIsToldOnce) {
@@ -155,7 +155,7 @@ TEST_F(PowerStateTest, FolderInItsPlaceLeavesTheLastKnownStateAndIsToldOnce) {
     std::filesystem::remove(path());
     std::filesystem::create_directory(path());
 
-    EXPECT_EQ(path() + ": Is a directory; keeping what was known\n", errorsOfTwoQuestions(2));
+    EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": Is a directory; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, FileThatMayNotBeReadLeavesTheLastKnownStateAndIsToldOnce) {
@@ -164,13 +164,13 @@ TEST_F(PowerStateTest, FileThatMayNotBeReadLeavesTheLastKnownStateAndIsToldOnce)
     std::filesystem::permissions(path(), std::filesystem::perms::none);
     const OrdinaryUser user;
 
-    EXPECT_EQ(path() + ": Permission denied; keeping what was known\n", errorsOfTwoQuestions(2));
+    EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": Permission denied; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, BadFileMeansZeroToAProcessThatKnowsNothing) {
     write("");
 
-    EXPECT_EQ(path() + ": the file is empty; keeping what was known\n", errorsOfTwoQuestions(0));
+    EXPECT_EQ(errorsOfTwoQuestions(0), path() + ": the file is empty; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, AnotherBadFileIsToldAnew) {
@@ -178,67 +178,67 @@ TEST_F(PowerStateTest, AnotherBadFileIsToldAnew) {
     errorsOfTwoQuestions(0);
     write("x");
 
-    EXPECT_EQ(path() + ": the last line has no end; keeping what was known\n", errorsOfTwoQuestions(0));
+    EXPECT_EQ(errorsOfTwoQuestions(0), path() + ": the last line has no end; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, FileThatIsBadAgainIsToldAgain) {
     write("");
     errorsOfTwoQuestions(0);
     write(fileWith(1, 0));
-    EXPECT_EQ("", errorsOfTwoQuestions(1));
+    EXPECT_EQ(errorsOfTwoQuestions(1), "");
     write("");
 
-    EXPECT_EQ(path() + ": the file is empty; keeping what was known\n", errorsOfTwoQuestions(1));
+    EXPECT_EQ(errorsOfTwoQuestions(1), path() + ": the file is empty; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, ChangeMakesABadFileWholeFromWhatWasKnown) {
     device_power_set_wakeup_reason(5);
     write("[power]\nstate");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(0, device_power_set_wakeup_reason(41));
+    EXPECT_EQ(device_power_set_wakeup_reason(41), 0);
 
-    EXPECT_EQ(path() + ": the last line has no end; keeping what was known\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), path() + ": the last line has no end; keeping what was known\n");
     EXPECT_EQ(fileWith(0, 41), m_root.read(FILE_NAME));
 }
 
 TEST_F(PowerStateTest, FolderThatCannotBeMadeFailsEveryChange) {
     m_root.write("run", "a file where a folder has to be");
 
-    EXPECT_EQ(-1, device_power_set_state(1, 0));
-    EXPECT_EQ(-1, device_power_set_wakeup_reason(1));
-    EXPECT_EQ(-1, device_power_request_reboot(1));
-    EXPECT_EQ(-1, device_power_request_poweroff(1));
-    EXPECT_EQ(0, device_power_get_state());
+    EXPECT_EQ(device_power_set_state(1, 0), -1);
+    EXPECT_EQ(device_power_set_wakeup_reason(1), -1);
+    EXPECT_EQ(device_power_request_reboot(1), -1);
+    EXPECT_EQ(device_power_request_poweroff(1), -1);
+    EXPECT_EQ(device_power_get_state(), 0);
 }
 
 TEST_F(PowerStateTest, FileThatCannotBeReplacedFailsTheChangeAndStays) {
     std::filesystem::create_directories(m_root / FILE_NAME / "in the way");
     testing::internal::CaptureStderr();
 
-    EXPECT_EQ(-1, device_power_set_state(1, 0));
-    EXPECT_EQ(0, device_power_get_state());
-    EXPECT_EQ(path() + ": Is a directory; keeping what was known\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(device_power_set_state(1, 0), -1);
+    EXPECT_EQ(device_power_get_state(), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), path() + ": Is a directory; keeping what was known\n");
 }
 
 TEST_F(PowerStateTest, WhatADeadWriterLeftIsInNobodysWay) {
     m_root.write(std::string(FILE_NAME) + ".new", std::string(5000, 'x'));
 
-    EXPECT_EQ(0, device_power_set_wakeup_reason(3));
+    EXPECT_EQ(device_power_set_wakeup_reason(3), 0);
     EXPECT_EQ(fileWith(0, 3), m_root.read(FILE_NAME));
     EXPECT_FALSE(std::filesystem::exists(path() + ".new"));
 }
 
 TEST_F(PowerStateTest, WriterThatDiesInTheMiddleLeavesTheFileAndNoLock) {
-    ASSERT_EQ(0, device_power_set_state(1, 0));
+    ASSERT_EQ(device_power_set_state(1, 0), 0);
     const std::string before = m_root.read(FILE_NAME);
     ForkedProcess writer([] {
         KovanHost::changePower([](KovanHost::Power&) { raise(SIGKILL); });
         return 0;
     });
-    EXPECT_EQ(-1, writer.wait());
+    EXPECT_EQ(writer.wait(), -1);
 
     EXPECT_EQ(before, m_root.read(FILE_NAME));
-    EXPECT_EQ(0, device_power_set_state(2, 0));
+    EXPECT_EQ(device_power_set_state(2, 0), 0);
 }
 
 TEST_F(PowerStateTest, WritersInSeveralProcessesLoseNothing) {
@@ -255,7 +255,7 @@ TEST_F(PowerStateTest, WritersInSeveralProcessesLoseNothing) {
         }));
     }
     for (const auto& writer : writers) {
-        EXPECT_EQ(0, writer->wait());
+        EXPECT_EQ(writer->wait(), 0);
     }
 
     std::vector<int> reasons(WRITERS * WRITES);
@@ -266,7 +266,7 @@ TEST_F(PowerStateTest, WritersInSeveralProcessesLoseNothing) {
 }
 
 TEST_F(PowerStateTest, ReadersSeeWholeFilesWhileOthersWrite) {
-    ASSERT_EQ(0, device_power_set_state(1, 0));
+    ASSERT_EQ(device_power_set_state(1, 0), 0);
     ForkedProcess writer([] {
         for (int number = 0; number < 200; ++number) {
             device_power_set_state(1 + number % 2, 0);
@@ -277,7 +277,7 @@ TEST_F(PowerStateTest, ReadersSeeWholeFilesWhileOthersWrite) {
     for (int i = 0; i < 1000; ++i) {
         ASSERT_THAT(KovanHost::loadPower().state, testing::AnyOf(1, 2));
     }
-    EXPECT_EQ(0, writer.wait());
+    EXPECT_EQ(writer.wait(), 0);
 }
 
 TEST_F(PowerStateTest, NothingStartsAThread) {
@@ -290,5 +290,5 @@ TEST_F(PowerStateTest, NothingStartsAThread) {
         return static_cast<int>(countThreads() - before);
     });
 
-    EXPECT_EQ(0, process.wait());
+    EXPECT_EQ(process.wait(), 0);
 }

@@ -28,7 +28,7 @@ TEST(ProcStatTest, ResultTellsWhetherTheProcessIsProtected) {
         return result == 0 ? adjustment() == -900 : result < 0 && adjustment() == before;
     });
 
-    EXPECT_EQ(1, process.wait());
+    EXPECT_EQ(process.wait(), 1);
 }
 
 TEST(ProcStatTest, OrdinaryUserIsRefusedWithTheReason) {
@@ -39,5 +39,5 @@ TEST(ProcStatTest, OrdinaryUserIsRefusedWithTheReason) {
         return refused && adjustment() == before;
     });
 
-    EXPECT_EQ(1, process.wait());
+    EXPECT_EQ(process.wait(), 1);
 }

@@ -21,7 +21,7 @@ protected:
     static std::string errorsOfTwoQuestions() {
         return DAX::Tests::errorsOf([] {
             ForkedProcess process([] { return isProduction() || isProduction(); });
-            EXPECT_EQ(0, process.wait());
+            EXPECT_EQ(process.wait(), 0);
         });
     }
 };
@@ -30,7 +30,7 @@ protected:
 
 TEST_F(ProductionConfigTest, WithoutAFileTheSoftwareIsNotForProduction) {
     EXPECT_FALSE(askedInAnotherProcess());
-    EXPECT_EQ("", errorsOfTwoQuestions());
+    EXPECT_EQ(errorsOfTwoQuestions(), "");
 }
 
 TEST_F(ProductionConfigTest, FileSaysTrue) {
@@ -45,26 +45,26 @@ TEST_F(ProductionConfigTest, FileSaysFalse) {
 
 TEST_F(ProductionConfigTest, AbsentKeyOrGroupIsSilentlyFalse) {
     device("[software]\nversion=1\n");
-    EXPECT_EQ("", errorsOfTwoQuestions());
+    EXPECT_EQ(errorsOfTwoQuestions(), "");
 
     device("[other]\nproduction=true\n");
-    EXPECT_EQ("", errorsOfTwoQuestions());
+    EXPECT_EQ(errorsOfTwoQuestions(), "");
 }
 
 TEST_F(ProductionConfigTest, BrokenFileIsToldOnceWithPathAndReason) {
     device("no key file");
 
-    EXPECT_EQ(path() + ": line 1: Key file contains line “no key file” which is not a key-value pair, group, or "
-                       "comment; using the defaults\n",
-              errorsOfTwoQuestions());
+    EXPECT_EQ(errorsOfTwoQuestions(),
+              path() + ": line 1: Key file contains line “no key file” which is not a key-value pair, group, or "
+                       "comment; using the defaults\n");
 }
 
 TEST_F(ProductionConfigTest, ValueThatIsNoBooleanIsToldOnce) {
     device("[software]\nproduction=perhaps\n");
 
-    EXPECT_EQ(path() + ": line 2: 'production' in [software] is no boolean (true or false): 'perhaps'; using the "
-                       "default\n",
-              errorsOfTwoQuestions());
+    EXPECT_EQ(errorsOfTwoQuestions(),
+              path() + ": line 2: 'production' in [software] is no boolean (true or false): 'perhaps'; using the "
+                       "default\n");
 }
 
 TEST_F(ProductionConfigTest, AnswerIsFixedForTheLifeOfTheProcess) {
@@ -75,5 +75,5 @@ TEST_F(ProductionConfigTest, AnswerIsFixedForTheLifeOfTheProcess) {
         return before && isProduction() ? 1 : 0;
     });
 
-    EXPECT_EQ(1, process.wait());
+    EXPECT_EQ(process.wait(), 1);
 }

@@ -8,12 +8,12 @@ using KovanHost::underRoot;
 
 TEST(RootTest, PathsStandUnderTheFolderThatTheEnvironmentNames) {
     setenv("KOVAN_ROOT", "/some/root", 1);
-    EXPECT_EQ("/some/root/etc/file", underRoot("etc/file"));
+    EXPECT_EQ(underRoot("etc/file"), "/some/root/etc/file");
 }
 
 TEST(RootTest, EmptyOrUnsetMeansTheMachinesOwnRoot) {
     setenv("KOVAN_ROOT", "", 1);
-    EXPECT_EQ("/etc/file", underRoot("etc/file"));
+    EXPECT_EQ(underRoot("etc/file"), "/etc/file");
     unsetenv("KOVAN_ROOT");
-    EXPECT_EQ("/etc/file", underRoot("etc/file"));
+    EXPECT_EQ(underRoot("etc/file"), "/etc/file");
 }

@@ -60,7 +60,7 @@ protected:
             }
             return failures;
         });
-        EXPECT_EQ(0, writer.wait());
+        EXPECT_EQ(writer.wait(), 0);
         m_good = data();
         EXPECT_GT(m_good.size(), 8u * PAGE);
     }
@@ -76,7 +76,7 @@ protected:
         std::filesystem::remove(lockFile());
         int value = 0;
         ForkedProcess reader([&value] { return vconf_get_int(KEYS[GetParam()], &value) != 0 ? 0 : 1; });
-        EXPECT_EQ(0, reader.wait());
+        EXPECT_EQ(reader.wait(), 0);
         return data();
     }
 
@@ -120,8 +120,8 @@ TEST_F(SettingsDiskTest, FullDiskIsAFailureHoweverLittleRoomItHas) {
                 EXPECT_EQ(failed, vconf_get_int(KEYS[store], &m_value) != 0) << pages;
 
                 std::filesystem::remove(m_root / "filler");
-                EXPECT_EQ(0, vconf_set_int(KEYS[store], pages)) << pages;
-                EXPECT_EQ(0, vconf_get_int(KEYS[store], &m_value)) << pages;
+                EXPECT_EQ(vconf_set_int(KEYS[store], pages), 0) << pages;
+                EXPECT_EQ(vconf_get_int(KEYS[store], &m_value), 0) << pages;
                 EXPECT_EQ(pages, m_value);
             }
             EXPECT_GE(failures, 4); // two pages for locks, two for data
@@ -134,11 +134,11 @@ TEST_F(SettingsDiskTest, FullDiskWithoutAFolderIsAFailureToo) {
     SKIP_WITHOUT_SMALL_DISK();
     EXPECT_TRUE(onSmallDisk(m_root.path(), 64 * 1024, [this] {
         fillDisk(m_root.path());
-        EXPECT_NE(0, vconf_set_int("db/key", 1));
-        EXPECT_NE(0, vconf_set_int("memory/key", 1));
+        EXPECT_NE(vconf_set_int("db/key", 1), 0);
+        EXPECT_NE(vconf_set_int("memory/key", 1), 0);
         std::filesystem::remove(m_root / "filler");
-        EXPECT_EQ(0, vconf_set_int("db/key", 1));
-        EXPECT_EQ(0, vconf_set_int("memory/key", 1));
+        EXPECT_EQ(vconf_set_int("db/key", 1), 0);
+        EXPECT_EQ(vconf_set_int("memory/key", 1), 0);
     }));
 }
 
@@ -149,24 +149,24 @@ TEST_F(SettingsDiskTest, LockFileThatTakesNoRoomYetIsNoTrap) {
         m_root.write(lock, "");
         std::filesystem::resize_file(m_root / lock, 2 * PAGE);
         fillDisk(m_root.path());
-        EXPECT_NE(0, vconf_set_int("db/key", 1));
+        EXPECT_NE(vconf_set_int("db/key", 1), 0);
         std::filesystem::remove(m_root / "filler");
-        EXPECT_EQ(0, vconf_set_int("db/key", 1));
+        EXPECT_EQ(vconf_set_int("db/key", 1), 0);
     }));
 }
 
 TEST_F(SettingsDiskTest, DiskThatFillsUpKeepsWhatIsStored) {
     SKIP_WITHOUT_SMALL_DISK();
     EXPECT_TRUE(onSmallDisk(m_root.path(), 256 * 1024, [this] {
-        ASSERT_EQ(0, vconf_set_int("db/first", 1));
+        ASSERT_EQ(vconf_set_int("db/first", 1), 0);
         int number = 0;
         while (number < 1000 &&
                vconf_set_str(("db/" + std::to_string(number)).c_str(), std::string(1000, 'x').c_str()) == 0) {
             ++number;
         }
         EXPECT_LT(number, 1000);
-        EXPECT_EQ(0, vconf_get_int("db/first", &m_value));
-        EXPECT_EQ(1, m_value);
+        EXPECT_EQ(vconf_get_int("db/first", &m_value), 0);
+        EXPECT_EQ(m_value, 1);
     }));
 }
 
@@ -175,8 +175,8 @@ TEST_F(SettingsDiskTest, LinkInTheLockFilesPlaceIsRefused) {
     std::filesystem::create_directories(m_root / STORES[0]);
     std::filesystem::create_symlink(m_root / "precious", m_root / (std::string(STORES[0]) + "/lock.mdb"));
 
-    EXPECT_EQ(ELOOP, vconf_set_int("db/key", 1));
-    EXPECT_EQ("kept", m_root.read("precious"));
+    EXPECT_EQ(vconf_set_int("db/key", 1), ELOOP);
+    EXPECT_EQ(m_root.read("precious"), "kept");
 }
 
 TEST_P(DamagedStore, ThatWasCutIsAFailureAtMost) {
@@ -189,7 +189,7 @@ TEST_P(DamagedStore, ThatWasCutIsAFailureAtMost) {
     }
     EXPECT_GT(failures, 0);
     write(dataFile(), m_good);
-    EXPECT_EQ(WORKED, outcome());
+    EXPECT_EQ(outcome(), WORKED);
 }
 
 // The number of the last page stands behind the page's own header and the databases' records, in both of the first
@@ -218,7 +218,7 @@ TEST_P(DamagedStore, ThatWasNeverMadeWholeIsMadeAnew) {
             int value = 0;
             return vconf_set_int(KEYS[GetParam()], 7) == 0 && vconf_get_int(KEYS[GetParam()], &value) == 0 ? value : 0;
         });
-        EXPECT_EQ(7, process.wait()) << bytes.size();
+        EXPECT_EQ(process.wait(), 7) << bytes.size();
     }
 }
 
@@ -226,7 +226,7 @@ TEST_P(DamagedStore, ThatIsGarbageIsAFailureAndStays) {
     for (const std::string& bytes :
          {std::string(100000, 'x'), std::string(2 * PAGE, '\xff'), std::string(3 * PAGE, '\0')}) {
         write(dataFile(), bytes);
-        EXPECT_EQ(FAILED, outcome()) << bytes.size();
+        EXPECT_EQ(outcome(), FAILED) << bytes.size();
         EXPECT_EQ(bytes.size(), std::filesystem::file_size(dataFile()));
     }
 }
@@ -235,7 +235,7 @@ TEST_P(DamagedStore, WhoseLocksAreGarbageWorks) {
     for (const std::string& bytes :
          {std::string(), std::string("x"), std::string(PAGE, 'x'), std::string(2 * PAGE, 'x')}) {
         write(lockFile(), bytes);
-        EXPECT_EQ(WORKED, outcome()) << bytes.size();
+        EXPECT_EQ(outcome(), WORKED) << bytes.size();
     }
 }
 

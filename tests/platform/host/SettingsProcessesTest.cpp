@@ -53,12 +53,12 @@ TEST_F(SettingsProcessesTest, ConcurrentWritersLoseNothing) {
         writers.push_back(std::make_unique<ForkedProcess>([writer] { return writeAll(writer); }));
     }
     for (const auto& writer : writers) {
-        ASSERT_EQ(0, writer->wait());
+        ASSERT_EQ(writer->wait(), 0);
     }
 
     for (int writer = 0; writer < WRITERS; ++writer) {
         for (int number = 0; number < WRITES; ++number) {
-            ASSERT_EQ(0, vconf_get_int(keyOf(writer, number).c_str(), &m_value)) << keyOf(writer, number);
+            ASSERT_EQ(vconf_get_int(keyOf(writer, number).c_str(), &m_value), 0) << keyOf(writer, number);
             ASSERT_EQ(number, m_value);
         }
     }
@@ -66,45 +66,45 @@ TEST_F(SettingsProcessesTest, ConcurrentWritersLoseNothing) {
 
 TEST_F(SettingsProcessesTest, SettingsOutliveTheirWriter) {
     ForkedProcess writer([] { return vconf_set_str("db/key", "text") + vconf_set_int("memory/key", 6); });
-    ASSERT_EQ(0, writer.wait());
+    ASSERT_EQ(writer.wait(), 0);
 
     const std::unique_ptr<char, decltype(&std::free)> text(vconf_get_str("db/key"), &std::free);
-    EXPECT_STREQ("text", text.get());
-    EXPECT_EQ(0, vconf_get_int("memory/key", &m_value));
-    EXPECT_EQ(6, m_value);
+    EXPECT_STREQ(text.get(), "text");
+    EXPECT_EQ(vconf_get_int("memory/key", &m_value), 0);
+    EXPECT_EQ(m_value, 6);
 }
 
 TEST_F(SettingsProcessesTest, ChildUsesTheStoreThatItsParentHasOpen) {
-    ASSERT_EQ(0, vconf_set_int("db/parent", 1));
+    ASSERT_EQ(vconf_set_int("db/parent", 1), 0);
     ForkedProcess child([this] {
         return vconf_get_int("db/parent", &m_value) == 0 && vconf_set_int("db/child", 2) == 0 ? m_value : 0;
     });
-    EXPECT_EQ(1, child.wait());
+    EXPECT_EQ(child.wait(), 1);
 
-    EXPECT_EQ(0, vconf_get_int("db/child", &m_value));
-    EXPECT_EQ(2, m_value);
-    EXPECT_EQ(0, vconf_set_int("db/parent", 3));
+    EXPECT_EQ(vconf_get_int("db/child", &m_value), 0);
+    EXPECT_EQ(m_value, 2);
+    EXPECT_EQ(vconf_set_int("db/parent", 3), 0);
 }
 
 TEST_F(SettingsProcessesTest, WriterThatDiesInsideItsTransactionLeavesTheStoreAsItWas) {
-    ASSERT_EQ(0, vconf_set_int("memory/key", 1));
+    ASSERT_EQ(vconf_set_int("memory/key", 1), 0);
     ForkedProcess writer([] {
         return inMemoryStore(0, [](MDB_txn* transaction, MDB_dbi database) {
             mdb_drop(transaction, database, 0);
             return raise(SIGKILL);
         });
     });
-    EXPECT_EQ(-1, writer.wait());
+    EXPECT_EQ(writer.wait(), -1);
 
-    EXPECT_EQ(0, vconf_get_int("memory/key", &m_value));
-    EXPECT_EQ(1, m_value);
-    EXPECT_EQ(0, vconf_set_int("memory/key", 2));
+    EXPECT_EQ(vconf_get_int("memory/key", &m_value), 0);
+    EXPECT_EQ(m_value, 1);
+    EXPECT_EQ(vconf_set_int("memory/key", 2), 0);
 }
 
 TEST_F(SettingsProcessesTest, DeadReadersInEveryPlaceDoNotShutOutTheLiving) {
-    ASSERT_EQ(0, vconf_set_int("memory/key", 1));
+    ASSERT_EQ(vconf_set_int("memory/key", 1), 0);
     int ready[2];
-    ASSERT_EQ(0, pipe(ready));
+    ASSERT_EQ(pipe(ready), 0);
     std::vector<std::unique_ptr<ForkedProcess>> readers;
     for (int place = 0; place < READER_PLACES; ++place) {
         readers.push_back(std::make_unique<ForkedProcess>([&ready] {
@@ -112,14 +112,14 @@ TEST_F(SettingsProcessesTest, DeadReadersInEveryPlaceDoNotShutOutTheLiving) {
                                  [&ready](MDB_txn*, MDB_dbi) { return write(ready[1], "r", 1) == 1 ? pause() : 1; });
         }));
         char byte;
-        ASSERT_EQ(1, read(ready[0], &byte, 1));
+        ASSERT_EQ(read(ready[0], &byte, 1), 1);
     }
-    EXPECT_NE(0, vconf_get_int("memory/key", &m_value));
+    EXPECT_NE(vconf_get_int("memory/key", &m_value), 0);
 
     readers.clear();
 
-    EXPECT_EQ(0, vconf_get_int("memory/key", &m_value));
-    EXPECT_EQ(1, m_value);
+    EXPECT_EQ(vconf_get_int("memory/key", &m_value), 0);
+    EXPECT_EQ(m_value, 1);
     close(ready[0]);
     close(ready[1]);
 }

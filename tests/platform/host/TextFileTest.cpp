@@ -42,10 +42,10 @@ protected:
 } // namespace
 
 TEST_F(TextFileTest, AbsentFileHasNoText) {
-    EXPECT_EQ(std::nullopt, readText(m_path));
+    EXPECT_EQ(readText(m_path), std::nullopt);
     m_root.write("file", "");
-    EXPECT_EQ(std::nullopt, readText(m_path + "/below"));
-    EXPECT_EQ("", readText(m_path));
+    EXPECT_EQ(readText(m_path + "/below"), std::nullopt);
+    EXPECT_EQ(readText(m_path), "");
 }
 
 TEST_F(TextFileTest, ReadsWhatWasWritten) {
@@ -59,30 +59,30 @@ TEST_F(TextFileTest, ReadsWhatWasWritten) {
 
 TEST_F(TextFileTest, TooLargeAFileIsRefusedAndNeverWritten) {
     m_root.write("file", std::string(MOST_BYTES + 1, 'x'));
-    EXPECT_EQ(m_path + ": larger than 65536 bytes", reasonAgainst([&] { readText(m_path); }));
+    EXPECT_EQ(reasonAgainst([&] { readText(m_path); }), m_path + ": larger than 65536 bytes");
 
     m_root.write("file", "before");
-    EXPECT_EQ(m_path + ": larger than 65536 bytes",
-              reasonAgainst([&] { replaceText(m_path, std::string(MOST_BYTES + 1, 'x')); }));
-    EXPECT_EQ("before", readText(m_path));
+    EXPECT_EQ(reasonAgainst([&] { replaceText(m_path, std::string(MOST_BYTES + 1, 'x')); }),
+              m_path + ": larger than 65536 bytes");
+    EXPECT_EQ(readText(m_path), "before");
 }
 
 TEST_F(TextFileTest, HugeFileIsRefusedWithoutBeingRead) {
     m_root.write("file", "");
     std::filesystem::resize_file(m_path, std::uintmax_t{1} << 40U);
 
-    EXPECT_EQ(m_path + ": larger than 65536 bytes", reasonAgainst([&] { readText(m_path); }));
+    EXPECT_EQ(reasonAgainst([&] { readText(m_path); }), m_path + ": larger than 65536 bytes");
 }
 
 TEST_F(TextFileTest, PipesAndDevicesAreRefusedAndHoldNobodyUp) {
-    ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
+    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
 
-    EXPECT_EQ(m_path + ": not a regular file", reasonAgainst([&] { readText(m_path); }));
-    EXPECT_EQ("/dev/zero: not a regular file", reasonAgainst([&] { readText("/dev/zero"); }));
+    EXPECT_EQ(reasonAgainst([&] { readText(m_path); }), m_path + ": not a regular file");
+    EXPECT_EQ(reasonAgainst([&] { readText("/dev/zero"); }), "/dev/zero: not a regular file");
 }
 
 TEST_F(TextFileTest, FolderIsRefused) {
-    EXPECT_EQ(m_root.path().string() + ": Is a directory", reasonAgainst([&] { readText(m_root.path()); }));
+    EXPECT_EQ(reasonAgainst([&] { readText(m_root.path()); }), m_root.path().string() + ": Is a directory");
 }
 
 TEST_F(TextFileTest, NewTextIsOnItsMediumBeforeItHasTheNameAndTheFolderBehindThat) {
@@ -94,12 +94,12 @@ TEST_F(TextFileTest, WriteThatFailsLeavesTheOldTextAlone) {
     replaceText(m_path, "before");
     for (const char* const call : {"fsync file", "rename"}) {
         failNextDiskCall(call, EIO);
-        EXPECT_NE("<none>", reasonAgainst([&] { replaceText(m_path, "after"); })) << call;
-        EXPECT_EQ("before", readText(m_path)) << call;
+        EXPECT_NE(reasonAgainst([&] { replaceText(m_path, "after"); }), "<none>") << call;
+        EXPECT_EQ(readText(m_path), "before") << call;
         EXPECT_FALSE(std::filesystem::exists(m_path + ".new")) << call;
     }
     failNextDiskCall("fsync folder", EIO);
-    EXPECT_EQ(m_root.path().string() + ": Input/output error", reasonAgainst([&] { replaceText(m_path, "after"); }));
+    EXPECT_EQ(reasonAgainst([&] { replaceText(m_path, "after"); }), m_root.path().string() + ": Input/output error");
 }
 
 TEST_F(TextFileTest, FullDiskLeavesTheOldTextAlone) {
@@ -107,8 +107,8 @@ TEST_F(TextFileTest, FullDiskLeavesTheOldTextAlone) {
     EXPECT_TRUE(onSmallDisk(m_root.path(), 64 * 1024, [this] {
         replaceText(m_path, "before");
         fillDisk(m_root.path());
-        EXPECT_EQ(m_path + ".new: No space left on device", reasonAgainst([&] { replaceText(m_path, "after"); }));
-        EXPECT_EQ("before", readText(m_path));
+        EXPECT_EQ(reasonAgainst([&] { replaceText(m_path, "after"); }), m_path + ".new: No space left on device");
+        EXPECT_EQ(readText(m_path), "before");
         EXPECT_FALSE(std::filesystem::exists(m_path + ".new"));
     }));
 }
@@ -118,7 +118,7 @@ TEST_F(TextFileTest, LeftoverOfAPowerCutGoes) {
 
     replaceText(m_path, "text");
 
-    EXPECT_EQ("text", readText(m_path));
+    EXPECT_EQ(readText(m_path), "text");
     EXPECT_FALSE(std::filesystem::exists(m_path + ".new"));
 }
 
@@ -128,17 +128,17 @@ TEST_F(TextFileTest, NothingIsWrittenThroughALinkInTheNewTextsPlace) {
 
     replaceText(m_path, "text");
 
-    EXPECT_EQ("kept", m_root.read("precious"));
-    EXPECT_EQ("text", readText(m_path));
+    EXPECT_EQ(m_root.read("precious"), "kept");
+    EXPECT_EQ(readText(m_path), "text");
     EXPECT_FALSE(std::filesystem::is_symlink(m_path));
 }
 
 TEST_F(TextFileTest, LockIsTakenOnNoLinkAndWaitsForNoPipe) {
     std::filesystem::create_symlink(m_root / "elsewhere", m_path);
-    EXPECT_EQ(m_path + ": Too many levels of symbolic links", reasonAgainst([&] { FileLock lock(m_path); }));
+    EXPECT_EQ(reasonAgainst([&] { FileLock lock(m_path); }), m_path + ": Too many levels of symbolic links");
     EXPECT_FALSE(std::filesystem::exists(m_root / "elsewhere"));
 
     std::filesystem::remove(m_path);
-    ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
+    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
     FileLock lock(m_path);
 }

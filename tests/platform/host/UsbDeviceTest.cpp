@@ -42,16 +42,16 @@ std::string describe(usb_device_h device) {
 
 class UsbDeviceTest : public testing::Test {
 protected:
-    UsbDeviceTest() { EXPECT_EQ(0, usb_device_init()); }
-    ~UsbDeviceTest() override { EXPECT_EQ(0, usb_device_fini()); }
+    UsbDeviceTest() { EXPECT_EQ(usb_device_init(), 0); }
+    ~UsbDeviceTest() override { EXPECT_EQ(usb_device_fini(), 0); }
 
     static std::vector<usb_device_h> walk(usb_device_list_h list) {
         std::vector<usb_device_h> devices;
         usb_device_h device = nullptr;
-        EXPECT_EQ(0, usb_device_list_get_first(list, &device));
+        EXPECT_EQ(usb_device_list_get_first(list, &device), 0);
         while (device != nullptr) {
             devices.push_back(device);
-            EXPECT_EQ(0, usb_device_list_get_next(list, &device));
+            EXPECT_EQ(usb_device_list_get_next(list, &device), 0);
         }
         return devices;
     }
@@ -59,16 +59,16 @@ protected:
     // Lists and frees everything, as a caller does.
     static std::vector<std::string> devices() {
         usb_device_list_h list = nullptr;
-        EXPECT_EQ(0, usb_device_get_device_list(&list));
+        EXPECT_EQ(usb_device_get_device_list(&list), 0);
         std::vector<std::string> texts;
         for (const usb_device_h device : walk(list)) {
             texts.push_back(describe(device));
         }
         EXPECT_EQ(static_cast<int>(texts.size()), usb_device_list_get_count(list));
         for (const usb_device_h device : walk(list)) {
-            EXPECT_EQ(0, free_usb_device_h(device));
+            EXPECT_EQ(free_usb_device_h(device), 0);
         }
-        EXPECT_EQ(0, usb_device_free_device_list(list));
+        EXPECT_EQ(usb_device_free_device_list(list), 0);
         return texts;
     }
 
@@ -104,31 +104,31 @@ TEST_F(UsbDeviceTest, WhatADeviceDoesNotTellIsNull) {
 
 TEST_F(UsbDeviceTest, ChangeIsSeenByTheNextList) {
     plug(STICK);
-    EXPECT_EQ(1u, devices().size());
+    EXPECT_EQ(devices().size(), 1u);
     KovanHost::changeUsbSticks([](UsbSticks& sticks) { sticks.clear(); });
-    EXPECT_EQ(0u, devices().size());
+    EXPECT_EQ(devices().size(), 0u);
 }
 
 TEST_F(UsbDeviceTest, ListStaysAsItWas) {
     plug(STICK);
     usb_device_list_h list = nullptr;
-    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    ASSERT_EQ(usb_device_get_device_list(&list), 0);
     const usb_device_h device = walk(list).front();
     std::filesystem::remove(path());
 
-    EXPECT_EQ(1, usb_device_list_get_count(list));
-    EXPECT_STREQ("/mnt/usb/a b", usb_device_get_mountpath(device));
-    EXPECT_EQ(std::vector<usb_device_h>{device}, walk(list));
+    EXPECT_EQ(usb_device_list_get_count(list), 1);
+    EXPECT_STREQ(usb_device_get_mountpath(device), "/mnt/usb/a b");
+    EXPECT_EQ(walk(list), std::vector<usb_device_h>{device});
     usb_device_free_device_list(list);
 }
 
 TEST_F(UsbDeviceTest, WalkBehindTheEndStaysThere) {
     usb_device_list_h list = nullptr;
-    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    ASSERT_EQ(usb_device_get_device_list(&list), 0);
     for (int time = 0; time < 3; ++time) {
         usb_device_h device = reinterpret_cast<usb_device_h>(list);
-        EXPECT_EQ(0, usb_device_list_get_next(list, &device));
-        EXPECT_EQ(nullptr, device);
+        EXPECT_EQ(usb_device_list_get_next(list, &device), 0);
+        EXPECT_EQ(device, nullptr);
     }
     usb_device_free_device_list(list);
 }
@@ -137,76 +137,76 @@ TEST_F(UsbDeviceTest, HandlesMayBeFreedDuringAWalk) {
     plug(STICK);
     plug({"sdb1", "/b", {}, {}, {}, 0, 0});
     usb_device_list_h list = nullptr;
-    ASSERT_EQ(0, usb_device_get_device_list(&list));
+    ASSERT_EQ(usb_device_get_device_list(&list), 0);
     usb_device_h device = nullptr;
     int freed = 0;
     for (usb_device_list_get_first(list, &device); device != nullptr; usb_device_list_get_next(list, &device)) {
         freed += free_usb_device_h(device) == 0;
     }
-    EXPECT_EQ(2, freed);
-    EXPECT_EQ(0, usb_device_free_device_list(list));
+    EXPECT_EQ(freed, 2);
+    EXPECT_EQ(usb_device_free_device_list(list), 0);
 }
 
 TEST_F(UsbDeviceTest, NothingInThePlaceOfAListOrADeviceFails) {
     usb_device_h device = nullptr;
-    EXPECT_EQ(-EINVAL, usb_device_get_device_list(nullptr));
-    EXPECT_EQ(-EINVAL, usb_device_free_device_list(nullptr));
-    EXPECT_EQ(-EINVAL, usb_device_list_get_count(nullptr));
-    EXPECT_EQ(-EINVAL, usb_device_list_get_first(nullptr, &device));
-    EXPECT_EQ(-EINVAL, usb_device_list_get_next(nullptr, &device));
-    EXPECT_EQ(-EINVAL, free_usb_device_h(nullptr));
-    EXPECT_EQ("<null> <null> <null> <null> <null> -22 -22", describe(nullptr));
+    EXPECT_EQ(usb_device_get_device_list(nullptr), -EINVAL);
+    EXPECT_EQ(usb_device_free_device_list(nullptr), -EINVAL);
+    EXPECT_EQ(usb_device_list_get_count(nullptr), -EINVAL);
+    EXPECT_EQ(usb_device_list_get_first(nullptr, &device), -EINVAL);
+    EXPECT_EQ(usb_device_list_get_next(nullptr, &device), -EINVAL);
+    EXPECT_EQ(free_usb_device_h(nullptr), -EINVAL);
+    EXPECT_EQ(describe(nullptr), "<null> <null> <null> <null> <null> -22 -22");
 }
 
 TEST_F(UsbDeviceTest, NowhereToPutADeviceFails) {
     usb_device_list_h list = nullptr;
-    ASSERT_EQ(0, usb_device_get_device_list(&list));
-    EXPECT_EQ(-EINVAL, usb_device_list_get_first(list, nullptr));
-    EXPECT_EQ(-EINVAL, usb_device_list_get_next(list, nullptr));
+    ASSERT_EQ(usb_device_get_device_list(&list), 0);
+    EXPECT_EQ(usb_device_list_get_first(list, nullptr), -EINVAL);
+    EXPECT_EQ(usb_device_list_get_next(list, nullptr), -EINVAL);
     usb_device_free_device_list(list);
 }
 
 TEST_F(UsbDeviceTest, ListNeedsAnInitializationThatIsNotEnded) {
     usb_device_list_h list = nullptr;
-    ASSERT_EQ(0, usb_device_init());
-    EXPECT_EQ(0, usb_device_fini());
-    EXPECT_EQ(0, usb_device_get_device_list(&list)); // the fixture's own still holds
+    ASSERT_EQ(usb_device_init(), 0);
+    EXPECT_EQ(usb_device_fini(), 0);
+    EXPECT_EQ(usb_device_get_device_list(&list), 0); // the fixture's own still holds
     usb_device_free_device_list(list);
-    EXPECT_EQ(0, usb_device_fini());
-    EXPECT_EQ(-EPERM, usb_device_get_device_list(&list));
-    EXPECT_EQ(-EPERM, usb_device_fini());
-    EXPECT_EQ(0, usb_device_init());
+    EXPECT_EQ(usb_device_fini(), 0);
+    EXPECT_EQ(usb_device_get_device_list(&list), -EPERM);
+    EXPECT_EQ(usb_device_fini(), -EPERM);
+    EXPECT_EQ(usb_device_init(), 0);
 }
 
 TEST_F(UsbDeviceTest, BadFileLeavesWhatWasKnownAndIsToldOnce) {
     plug(STICK);
-    EXPECT_EQ(1u, devices().size());
+    EXPECT_EQ(devices().size(), 1u);
     write(TEXT + "\nserial\n");
 
-    EXPECT_EQ(path() + ": line 9: Key file contains line “serial” which is not a key-value pair, group, or comment; "
-                       "keeping what was known\n",
-              errorsOf([] {
-                  EXPECT_EQ(1u, devices().size());
-                  EXPECT_EQ(1u, devices().size());
-              }));
+    EXPECT_EQ(errorsOf([] {
+                  EXPECT_EQ(devices().size(), 1u);
+                  EXPECT_EQ(devices().size(), 1u);
+              }),
+              path() + ": line 9: Key file contains line “serial” which is not a key-value pair, group, or comment; "
+                       "keeping what was known\n");
 }
 
 TEST_F(UsbDeviceTest, BadFileMeansNoneToAProcessThatKnowsNothing) {
     write("[sda1]\nmount_path=/a\nvendor_id=0x1234\n");
 
-    EXPECT_EQ(path() + ": line 3: 'vendor_id' in [sda1] is no number of 32 bits: '0x1234'; keeping what was known\n",
-              errorsOf([] {
+    EXPECT_EQ(errorsOf([] {
                   EXPECT_THAT(devices(), ElementsAre());
                   EXPECT_THAT(devices(), ElementsAre());
-              }));
+              }),
+              path() + ": line 3: 'vendor_id' in [sda1] is no number of 32 bits: '0x1234'; keeping what was known\n");
 }
 
 TEST_F(UsbDeviceTest, NameThatWouldEndTheSystemIsABadFile) {
     write("[sda1]\nmount_path=/a\n\n[mmcblk0p1]\nmount_path=/b\n[mmcblk0p1]\n");
 
-    EXPECT_EQ(path() + ": line 4: [mmcblk0p1] is no device name: digits alone may follow a digit; keeping what was "
-                       "known\n",
-              errorsOf([] { EXPECT_THAT(devices(), ElementsAre()); }));
+    EXPECT_EQ(errorsOf([] { EXPECT_THAT(devices(), ElementsAre()); }),
+              path() + ": line 4: [mmcblk0p1] is no device name: digits alone may follow a digit; keeping what was "
+                       "known\n");
 }
 
 TEST_F(UsbDeviceTest, DeviceNameHasDigitsAtItsEndOrNone) {
@@ -222,22 +222,22 @@ TEST_F(UsbDeviceTest, FileThatIsBadAgainIsToldAgain) {
     write("x");
     errorsOf([] { devices(); });
     write(TEXT);
-    EXPECT_EQ("", errorsOf([] { EXPECT_EQ(1u, devices().size()); }));
+    EXPECT_EQ(errorsOf([] { EXPECT_EQ(devices().size(), 1u); }), "");
     write("x");
 
-    EXPECT_NE("", errorsOf([] { EXPECT_EQ(1u, devices().size()); }));
+    EXPECT_NE(errorsOf([] { EXPECT_EQ(devices().size(), 1u); }), "");
 }
 
 TEST_F(UsbDeviceTest, ChangeOfABadFileIsRefusedAndLeavesIt) {
     write("x");
 
     EXPECT_THROW(plug(STICK), std::runtime_error);
-    EXPECT_EQ("x", m_root.read(FILE_NAME));
+    EXPECT_EQ(m_root.read(FILE_NAME), "x");
 }
 
 TEST_F(UsbDeviceTest, SticksAreWrittenAndReadAgain) {
     plug(STICK);
-    EXPECT_EQ(TEXT, m_root.read(FILE_NAME));
+    EXPECT_EQ(m_root.read(FILE_NAME), TEXT);
     plug({"sdb", std::nullopt, "", "ä\n", std::nullopt, 65535, 0});
 
     EXPECT_THAT(devices(),
@@ -245,14 +245,13 @@ TEST_F(UsbDeviceTest, SticksAreWrittenAndReadAgain) {
 }
 
 TEST_F(UsbDeviceTest, UniqueIdEndsWhereTheStickTellsNothing) {
-    EXPECT_EQ("S1:Marlow:Stick:4660:22136:1", uniqueIdOf(STICK));
-    EXPECT_EQ("", uniqueIdOf({"sda1", "/a", {}, "m", "p", 1, 2}));
-    EXPECT_EQ("s:", uniqueIdOf({"sda1", "/a", "s", {}, "p", 1, 2}));
-    EXPECT_EQ("s:m:", uniqueIdOf({"sda1", "/a", "s", "m", {}, 1, 2}));
-    EXPECT_EQ("s:m:p:1:2:", uniqueIdOf({"sda", "/a", "s", "m", "p", 1, 2}));
-    EXPECT_EQ("::"
-              ":0:0:12",
-              uniqueIdOf({"sda12", "/a", "", "", "", 0, 0}));
+    EXPECT_EQ(uniqueIdOf(STICK), "S1:Marlow:Stick:4660:22136:1");
+    EXPECT_EQ(uniqueIdOf({"sda1", "/a", {}, "m", "p", 1, 2}), "");
+    EXPECT_EQ(uniqueIdOf({"sda1", "/a", "s", {}, "p", 1, 2}), "s:");
+    EXPECT_EQ(uniqueIdOf({"sda1", "/a", "s", "m", {}, 1, 2}), "s:m:");
+    EXPECT_EQ(uniqueIdOf({"sda", "/a", "s", "m", "p", 1, 2}), "s:m:p:1:2:");
+    EXPECT_EQ(uniqueIdOf({"sda12", "/a", "", "", "", 0, 0}), "::"
+                                                             ":0:0:12");
 }
 
 TEST_F(UsbDeviceTest, WritersInSeveralProcessesLoseNothing) {
@@ -268,10 +267,10 @@ TEST_F(UsbDeviceTest, WritersInSeveralProcessesLoseNothing) {
         }));
     }
     for (const auto& writer : writers) {
-        EXPECT_EQ(0, writer->wait());
+        EXPECT_EQ(writer->wait(), 0);
     }
     const std::vector<std::string> all = devices();
-    EXPECT_EQ(100u, std::set<std::string>(all.begin(), all.end()).size());
+    EXPECT_EQ(std::set<std::string>(all.begin(), all.end()).size(), 100u);
 }
 
 TEST_F(UsbDeviceTest, ReadersSeeWholeFilesWhileOthersWrite) {
@@ -283,9 +282,9 @@ TEST_F(UsbDeviceTest, ReadersSeeWholeFilesWhileOthersWrite) {
         return 0;
     });
     for (int time = 0; time < 500; ++time) {
-        ASSERT_EQ(1u, KovanHost::loadUsbSticks().size());
+        ASSERT_EQ(KovanHost::loadUsbSticks().size(), 1u);
     }
-    EXPECT_EQ(0, writer.wait());
+    EXPECT_EQ(writer.wait(), 0);
 }
 
 TEST_F(UsbDeviceTest, KilledWriterLeavesTheFileAsItWasOrAsItShallBe) {
@@ -301,7 +300,7 @@ TEST_F(UsbDeviceTest, KilledWriterLeavesTheFileAsItWasOrAsItShallBe) {
         seen.insert(m_root.read(FILE_NAME));
     }
     EXPECT_LT(10, point);
-    EXPECT_EQ((std::set<std::string>{before, after}), seen);
+    EXPECT_EQ(seen, (std::set<std::string>{before, after}));
     plug({"sdc1", "/c", {}, {}, {}, 0, 0}); // no lock is left
-    EXPECT_EQ(3u, devices().size());
+    EXPECT_EQ(devices().size(), 3u);
 }

@@ -33,84 +33,84 @@ class VconfBadKeyTest : public VconfTest, public testing::WithParamInterface<std
 } // namespace
 
 TEST_F(VconfTest, ReadsBackABool) {
-    ASSERT_EQ(0, vconf_set_bool("db/key", 5));
+    ASSERT_EQ(vconf_set_bool("db/key", 5), 0);
 
-    EXPECT_EQ(0, vconf_get_bool("db/key", &m_int));
-    EXPECT_EQ(1, m_int);
+    EXPECT_EQ(vconf_get_bool("db/key", &m_int), 0);
+    EXPECT_EQ(m_int, 1);
 
-    ASSERT_EQ(0, vconf_set_bool("db/key", 0));
-    EXPECT_EQ(0, vconf_get_bool("db/key", &m_int));
-    EXPECT_EQ(0, m_int);
+    ASSERT_EQ(vconf_set_bool("db/key", 0), 0);
+    EXPECT_EQ(vconf_get_bool("db/key", &m_int), 0);
+    EXPECT_EQ(m_int, 0);
 }
 
 TEST_F(VconfTest, ReadsBackAnInt) {
-    ASSERT_EQ(0, vconf_set_int("memory/key", -2147483647 - 1));
+    ASSERT_EQ(vconf_set_int("memory/key", -2147483647 - 1), 0);
 
-    EXPECT_EQ(0, vconf_get_int("memory/key", &m_int));
-    EXPECT_EQ(-2147483647 - 1, m_int);
+    EXPECT_EQ(vconf_get_int("memory/key", &m_int), 0);
+    EXPECT_EQ(m_int, -2147483647 - 1);
 }
 
 TEST_F(VconfTest, ReadsBackADouble) {
-    ASSERT_EQ(0, vconf_set_dbl("rtc/key", 0.1));
+    ASSERT_EQ(vconf_set_dbl("rtc/key", 0.1), 0);
 
-    EXPECT_EQ(0, vconf_get_dbl("rtc/key", &m_double));
-    EXPECT_EQ(0.1, m_double);
+    EXPECT_EQ(vconf_get_dbl("rtc/key", &m_double), 0);
+    EXPECT_EQ(m_double, 0.1);
 }
 
 TEST_F(VconfTest, ReadsBackAString) {
-    ASSERT_EQ(0, vconf_set_str("db/key", "some \xC5\x82 text\n"));
+    ASSERT_EQ(vconf_set_str("db/key", "some \xC5\x82 text\n"), 0);
 
-    EXPECT_EQ("some \xC5\x82 text\n", textOf("db/key"));
+    EXPECT_EQ(textOf("db/key"), "some \xC5\x82 text\n");
 }
 
 TEST_F(VconfTest, EmptyStringIsAValue) {
-    ASSERT_EQ(0, vconf_set_str("db/key", ""));
+    ASSERT_EQ(vconf_set_str("db/key", ""), 0);
 
-    EXPECT_EQ("", textOf("db/key"));
+    EXPECT_EQ(textOf("db/key"), "");
 }
 
 TEST_F(VconfTest, MissingKeyFailsAndLeavesTheValueAlone) {
-    ASSERT_EQ(0, vconf_set_int("db/other", 1));
+    ASSERT_EQ(vconf_set_int("db/other", 1), 0);
 
-    EXPECT_NE(0, vconf_get_bool("db/key", &m_int));
-    EXPECT_NE(0, vconf_get_int("db/key", &m_int));
-    EXPECT_NE(0, vconf_get_dbl("db/key", &m_double));
-    EXPECT_EQ(nullptr, vconf_get_str("db/key"));
-    EXPECT_EQ(17, m_int);
-    EXPECT_EQ(1.5, m_double);
+    EXPECT_NE(vconf_get_bool("db/key", &m_int), 0);
+    EXPECT_NE(vconf_get_int("db/key", &m_int), 0);
+    EXPECT_NE(vconf_get_dbl("db/key", &m_double), 0);
+    EXPECT_EQ(vconf_get_str("db/key"), nullptr);
+    EXPECT_EQ(m_int, 17);
+    EXPECT_EQ(m_double, 1.5);
 }
 
 TEST_F(VconfTest, ReadingAsAnotherTypeFailsAndLeavesTheValueAlone) {
-    ASSERT_EQ(0, vconf_set_int("db/int", 1));
-    ASSERT_EQ(0, vconf_set_bool("db/bool", 1));
+    ASSERT_EQ(vconf_set_int("db/int", 1), 0);
+    ASSERT_EQ(vconf_set_bool("db/bool", 1), 0);
 
-    EXPECT_NE(0, vconf_get_bool("db/int", &m_int));
-    EXPECT_NE(0, vconf_get_int("db/bool", &m_int));
-    EXPECT_NE(0, vconf_get_dbl("db/int", &m_double));
-    EXPECT_EQ(nullptr, vconf_get_str("db/int"));
-    EXPECT_EQ(17, m_int);
-    EXPECT_EQ(1.5, m_double);
+    EXPECT_NE(vconf_get_bool("db/int", &m_int), 0);
+    EXPECT_NE(vconf_get_int("db/bool", &m_int), 0);
+    EXPECT_NE(vconf_get_dbl("db/int", &m_double), 0);
+    EXPECT_EQ(vconf_get_str("db/int"), nullptr);
+    EXPECT_EQ(m_int, 17);
+    EXPECT_EQ(m_double, 1.5);
 }
 
 TEST_F(VconfTest, WritingAsAnotherTypeChangesTheType) {
-    ASSERT_EQ(0, vconf_set_int("db/key", 1));
-    ASSERT_EQ(0, vconf_set_str("db/key", "text"));
+    ASSERT_EQ(vconf_set_int("db/key", 1), 0);
+    ASSERT_EQ(vconf_set_str("db/key", "text"), 0);
 
-    EXPECT_NE(0, vconf_get_int("db/key", &m_int));
-    EXPECT_EQ("text", textOf("db/key"));
+    EXPECT_NE(vconf_get_int("db/key", &m_int), 0);
+    EXPECT_EQ(textOf("db/key"), "text");
 }
 
 TEST_P(VconfBadKeyTest, EveryFunctionFails) {
     const char* const key = GetParam().c_str();
 
-    EXPECT_NE(0, vconf_set_bool(key, 1));
-    EXPECT_NE(0, vconf_set_int(key, 1));
-    EXPECT_NE(0, vconf_set_dbl(key, 1));
-    EXPECT_NE(0, vconf_set_str(key, "text"));
-    EXPECT_NE(0, vconf_get_bool(key, &m_int));
-    EXPECT_NE(0, vconf_get_int(key, &m_int));
-    EXPECT_NE(0, vconf_get_dbl(key, &m_double));
-    EXPECT_EQ(nullptr, vconf_get_str(key));
+    EXPECT_NE(vconf_set_bool(key, 1), 0);
+    EXPECT_NE(vconf_set_int(key, 1), 0);
+    EXPECT_NE(vconf_set_dbl(key, 1), 0);
+    EXPECT_NE(vconf_set_str(key, "text"), 0);
+    EXPECT_NE(vconf_get_bool(key, &m_int), 0);
+    EXPECT_NE(vconf_get_int(key, &m_int), 0);
+    EXPECT_NE(vconf_get_dbl(key, &m_double), 0);
+    EXPECT_EQ(vconf_get_str(key), nullptr);
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
@@ -121,68 +121,68 @@ INSTANTIATE_TEST_SUITE_P(BadKeys, VconfBadKeyTest,
 TEST_F(VconfTest, KeyOf511BytesIsTaken) {
     const std::string key = "db/" + std::string(508, 'k');
 
-    EXPECT_EQ(0, vconf_set_int(key.c_str(), 3));
-    EXPECT_EQ(0, vconf_get_int(key.c_str(), &m_int));
-    EXPECT_EQ(3, m_int);
+    EXPECT_EQ(vconf_set_int(key.c_str(), 3), 0);
+    EXPECT_EQ(vconf_get_int(key.c_str(), &m_int), 0);
+    EXPECT_EQ(m_int, 3);
 }
 
 TEST_F(VconfTest, NullKeysAndTextsFail) {
-    EXPECT_NE(0, vconf_set_int(nullptr, 1));
-    EXPECT_NE(0, vconf_get_int(nullptr, &m_int));
-    EXPECT_NE(0, vconf_set_str("db/key", nullptr));
-    EXPECT_EQ(nullptr, vconf_get_str(nullptr));
+    EXPECT_NE(vconf_set_int(nullptr, 1), 0);
+    EXPECT_NE(vconf_get_int(nullptr, &m_int), 0);
+    EXPECT_NE(vconf_set_str("db/key", nullptr), 0);
+    EXPECT_EQ(vconf_get_str(nullptr), nullptr);
 }
 
 TEST_F(VconfTest, ReadingMakesNoFolders) {
-    EXPECT_NE(0, vconf_get_int("db/key", &m_int));
-    EXPECT_NE(0, vconf_get_int("memory/key", &m_int));
+    EXPECT_NE(vconf_get_int("db/key", &m_int), 0);
+    EXPECT_NE(vconf_get_int("memory/key", &m_int), 0);
 
     EXPECT_TRUE(std::filesystem::is_empty(m_root.path()));
 }
 
 TEST_F(VconfTest, DbAndRtcKeysStandUnderVarLib) {
-    ASSERT_EQ(0, vconf_set_int("db/key", 1));
-    ASSERT_EQ(0, vconf_set_int("rtc/db/key", 1));
+    ASSERT_EQ(vconf_set_int("db/key", 1), 0);
+    ASSERT_EQ(vconf_set_int("rtc/db/key", 1), 0);
 
     EXPECT_TRUE(std::filesystem::is_directory(m_root / "var/lib/kovan/settings"));
     EXPECT_FALSE(std::filesystem::exists(m_root / "run"));
 }
 
 TEST_F(VconfTest, MemoryKeysStandUnderRun) {
-    ASSERT_EQ(0, vconf_set_int("memory/key", 1));
+    ASSERT_EQ(vconf_set_int("memory/key", 1), 0);
 
     EXPECT_TRUE(std::filesystem::is_directory(m_root / "run/kovan/settings"));
     EXPECT_FALSE(std::filesystem::exists(m_root / "var"));
 }
 
 TEST_F(VconfTest, StoreThatAppearsAfterAFailedReadIsRead) {
-    EXPECT_NE(0, vconf_get_int("db/key", &m_int));
-    ASSERT_EQ(0, vconf_set_int("db/key", 4));
+    EXPECT_NE(vconf_get_int("db/key", &m_int), 0);
+    ASSERT_EQ(vconf_set_int("db/key", 4), 0);
 
-    EXPECT_EQ(0, vconf_get_int("db/key", &m_int));
-    EXPECT_EQ(4, m_int);
+    EXPECT_EQ(vconf_get_int("db/key", &m_int), 0);
+    EXPECT_EQ(m_int, 4);
 }
 
 TEST_F(VconfTest, RootThatCannotHoldFoldersFailsWrites) {
     m_root.write("file", "");
     setenv("KOVAN_ROOT", (m_root / "file").c_str(), 1);
 
-    EXPECT_NE(0, vconf_set_int("db/key", 1));
-    EXPECT_NE(0, vconf_get_int("db/key", &m_int));
+    EXPECT_NE(vconf_set_int("db/key", 1), 0);
+    EXPECT_NE(vconf_get_int("db/key", &m_int), 0);
 }
 
 TEST_F(VconfTest, ValueThatDoesNotFitFailsAndLeavesTheOldOne) {
-    ASSERT_EQ(0, vconf_set_str("memory/key", "old"));
+    ASSERT_EQ(vconf_set_str("memory/key", "old"), 0);
 
-    EXPECT_NE(0, vconf_set_str("memory/key", std::string(32u * 1024 * 1024, 'x').c_str()));
-    EXPECT_EQ("old", textOf("memory/key"));
+    EXPECT_NE(vconf_set_str("memory/key", std::string(32u * 1024 * 1024, 'x').c_str()), 0);
+    EXPECT_EQ(textOf("memory/key"), "old");
 }
 
 TEST_F(VconfTest, DamagedStoreFails) {
     m_root.write("var/lib/kovan/settings/data.mdb", std::string(8192, 'x'));
 
-    EXPECT_NE(0, vconf_get_int("db/key", &m_int));
-    EXPECT_NE(0, vconf_set_int("db/key", 1));
+    EXPECT_NE(vconf_get_int("db/key", &m_int), 0);
+    EXPECT_NE(vconf_set_int("db/key", 1), 0);
 }
 
 TEST_F(VconfTest, ThreadsShareTheStore) {
@@ -200,7 +200,7 @@ TEST_F(VconfTest, ThreadsShareTheStore) {
     }
 
     for (int thread = 0; thread < 4; ++thread) {
-        EXPECT_EQ(0, vconf_get_int(("memory/thread/" + std::to_string(thread)).c_str(), &m_int));
-        EXPECT_EQ(99, m_int);
+        EXPECT_EQ(vconf_get_int(("memory/thread/" + std::to_string(thread)).c_str(), &m_int), 0);
+        EXPECT_EQ(m_int, 99);
     }
 }

@@ -64,19 +64,19 @@ protected:
     template <class R>
     R resultOf(const std::string& method) {
         const Answer answer = call(method);
-        EXPECT_EQ("", answer.exception);
+        EXPECT_EQ(answer.exception, "");
         return std::get<0>(decode<R>(answer.archive));
     }
 
     void openTransaction() {
-        EXPECT_EQ("", callAsInFile("createTransaction").exception);
-        EXPECT_EQ("", callAsInFile("helloMessage").exception);
+        EXPECT_EQ(callAsInFile("createTransaction").exception, "");
+        EXPECT_EQ(callAsInFile("helloMessage").exception, "");
     }
 
     // What a further transaction, which is granted, puts on standard error.
     std::string complaintOfATransaction() {
         testing::internal::CaptureStderr();
-        EXPECT_EQ("", callAsInFile("createTransaction").exception);
+        EXPECT_EQ(callAsInFile("createTransaction").exception, "");
         return testing::internal::GetCapturedStderr();
     }
 
@@ -118,9 +118,9 @@ TEST_F(CoreAdapterTest, AnnouncesItsSixteenMethodsSortedByName) {
 
 TEST_F(CoreAdapterTest, TellsWhatTheScenarioSaysOfTheCore) {
     play("[core]\nversion=17.037.0\nsupported_types=OTN;POSTPONE\n");
-    EXPECT_EQ(golden("core/getCurrentVersion.reply"), callAsInFile("getCurrentVersion").archive);
-    EXPECT_EQ(golden("core/getSupportedUpgradeTypes.reply"), callAsInFile("getSupportedUpgradeTypes").archive);
-    EXPECT_EQ(golden("core/scheduleFactoryReset.reply"), callAsInFile("scheduleFactoryReset").archive);
+    EXPECT_EQ(callAsInFile("getCurrentVersion").archive, golden("core/getCurrentVersion.reply"));
+    EXPECT_EQ(callAsInFile("getSupportedUpgradeTypes").archive, golden("core/getSupportedUpgradeTypes.reply"));
+    EXPECT_EQ(callAsInFile("scheduleFactoryReset").archive, golden("core/scheduleFactoryReset.reply"));
 }
 
 TEST_F(CoreAdapterTest, CreatesATransactionUnderItsOwnName) {
@@ -130,90 +130,89 @@ TEST_F(CoreAdapterTest, CreatesATransactionUnderItsOwnName) {
 TEST_F(CoreAdapterTest, RefusesATransactionByAnEmptyName) {
     play("[core]\nrefuse_transactions=true\n");
     EXPECT_EQ(encode(std::string()), callAsInFile("createTransaction").archive);
-    EXPECT_EQ("", callAsInFile("helloMessage").exception);
-    EXPECT_EQ(INVALIDATED, call("isSearchingPossible").exception);
+    EXPECT_EQ(callAsInFile("helloMessage").exception, "");
+    EXPECT_EQ(call("isSearchingPossible").exception, INVALIDATED);
 }
 
 TEST_F(CoreAdapterTest, WalksTheWholeRoad) {
     play(QUICK + "[search]\nupgrade_type=OTN\nkind=1\nscope=2\nupgrade_id=01ff\nversion=18.1\nupdate_info=<u/>\n"
                  "models=KV-55;KV 65\n");
     openTransaction();
-    EXPECT_EQ(golden("core/isSearchingPossible.reply"), callAsInFile("isSearchingPossible").archive);
-    EXPECT_EQ(golden("core/startSearching.reply"), callAsInFile("startSearching").archive);
-    EXPECT_EQ(Core::TRANSACTION_SUCCESS, resultOf<Core::TransactionProgress>("getSearchProgress").result);
-    EXPECT_EQ(golden("core/getSearchResult.reply"), callAsInFile("getSearchResult").archive);
-    EXPECT_EQ(golden("core/getModelsSearchResult.reply"), callAsInFile("getModelsSearchResult").archive);
-    EXPECT_EQ(golden("core/startInstallation.reply"), callAsInFile("startInstallation").archive);
-    EXPECT_EQ(golden("core/getInstallationProgress.reply"), callAsInFile("getInstallationProgress").archive);
-    EXPECT_EQ(golden("core/startFinalization.reply"), callAsInFile("startFinalization").archive);
-    EXPECT_EQ(Core::TRANSACTION_SUCCESS, resultOf<Core::TransactionProgress>("getFinalizationProgress").result);
+    EXPECT_EQ(callAsInFile("isSearchingPossible").archive, golden("core/isSearchingPossible.reply"));
+    EXPECT_EQ(callAsInFile("startSearching").archive, golden("core/startSearching.reply"));
+    EXPECT_EQ(resultOf<Core::TransactionProgress>("getSearchProgress").result, Core::TRANSACTION_SUCCESS);
+    EXPECT_EQ(callAsInFile("getSearchResult").archive, golden("core/getSearchResult.reply"));
+    EXPECT_EQ(callAsInFile("getModelsSearchResult").archive, golden("core/getModelsSearchResult.reply"));
+    EXPECT_EQ(callAsInFile("startInstallation").archive, golden("core/startInstallation.reply"));
+    EXPECT_EQ(callAsInFile("getInstallationProgress").archive, golden("core/getInstallationProgress.reply"));
+    EXPECT_EQ(callAsInFile("startFinalization").archive, golden("core/startFinalization.reply"));
+    EXPECT_EQ(resultOf<Core::TransactionProgress>("getFinalizationProgress").result, Core::TRANSACTION_SUCCESS);
 }
 
 TEST_F(CoreAdapterTest, SearchesForModelsAsForAnUpgrade) {
     openTransaction();
-    EXPECT_EQ("", callAsInFile("startModelsSearching").archive);
-    EXPECT_EQ(Core::TRANSACTION_SUCCESS, resultOf<Core::TransactionProgress>("getSearchProgress").result);
+    EXPECT_EQ(callAsInFile("startModelsSearching").archive, "");
+    EXPECT_EQ(resultOf<Core::TransactionProgress>("getSearchProgress").result, Core::TRANSACTION_SUCCESS);
 }
 
 TEST_F(CoreAdapterTest, LetsNobodyUseATransactionBeforeTheHello) {
     callAsInFile("createTransaction");
-    EXPECT_EQ(INVALIDATED, call("startSearching", golden("core/startSearching.request")).exception);
+    EXPECT_EQ(call("startSearching", golden("core/startSearching.request")).exception, INVALIDATED);
 }
 
 TEST_F(CoreAdapterTest, LetsOnlyTheConnectionOfTheHelloUseTheTransaction) {
     openTransaction();
     const Answer refused = call("isSearchingPossible", NO_ARGUMENTS, ":1.3");
-    EXPECT_EQ(INVALIDATED, refused.exception);
+    EXPECT_EQ(refused.exception, INVALIDATED);
     EXPECT_THAT(refused.archive, HasSubstr("There is no transaction of :1.3."));
-    EXPECT_EQ("", call("isSearchingPossible").exception);
+    EXPECT_EQ(call("isSearchingPossible").exception, "");
 }
 
 TEST_F(CoreAdapterTest, IgnoresAHelloForAnotherProxy) {
     callAsInFile("createTransaction");
-    EXPECT_EQ("", call("helloMessage", encode(std::string("Proxy-9"))).exception);
-    EXPECT_EQ(INVALIDATED, call("isSearchingPossible").exception);
+    EXPECT_EQ(call("helloMessage", encode(std::string("Proxy-9"))).exception, "");
+    EXPECT_EQ(call("isSearchingPossible").exception, INVALIDATED);
 }
 
 TEST_F(CoreAdapterTest, EndsTheTransactionThatIsCancelled) {
     openTransaction();
-    EXPECT_EQ("", callAsInFile("cancelCoreTransaction").exception);
-    EXPECT_EQ(INVALIDATED, call("isSearchingPossible").exception);
-    EXPECT_EQ(INVALIDATED, callAsInFile("cancelCoreTransaction").exception);
+    EXPECT_EQ(callAsInFile("cancelCoreTransaction").exception, "");
+    EXPECT_EQ(call("isSearchingPossible").exception, INVALIDATED);
+    EXPECT_EQ(callAsInFile("cancelCoreTransaction").exception, INVALIDATED);
 }
 
 TEST_F(CoreAdapterTest, ForgetsTheEarlierTransactionWithANewOne) {
     openTransaction();
     callAsInFile("createTransaction");
-    EXPECT_EQ(INVALIDATED, call("isSearchingPossible").exception);
+    EXPECT_EQ(call("isSearchingPossible").exception, INVALIDATED);
 }
 
 TEST_F(CoreAdapterTest, AnswersAnUnknownMethodAsTheServiceDoes) {
     const Answer answer = call("getService");
-    EXPECT_EQ(UNKNOWN, answer.exception);
+    EXPECT_EQ(answer.exception, UNKNOWN);
     EXPECT_THAT(answer.archive, HasSubstr("Unknown method: getService"));
 }
 
 TEST_F(CoreAdapterTest, AnswersArgumentsThatCannotBeReadWithAnException) {
-    EXPECT_EQ(UNKNOWN, call("createTransaction", "").exception);
-    EXPECT_EQ(UNKNOWN, call("createTransaction", NO_ARGUMENTS).exception);
+    EXPECT_EQ(call("createTransaction", "").exception, UNKNOWN);
+    EXPECT_EQ(call("createTransaction", NO_ARGUMENTS).exception, UNKNOWN);
 }
 
 TEST_F(CoreAdapterTest, ReadsTheScenarioAnewWithEachTransaction) {
-    EXPECT_EQ("1000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "1000");
     play("[core]\nversion=2000\n");
-    EXPECT_EQ("1000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "1000");
     callAsInFile("createTransaction");
-    EXPECT_EQ("2000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "2000");
 }
 
 TEST_F(CoreAdapterTest, GoesOnWithTheEarlierScenarioWhenANewOneIsBrokenAndSaysSoOnce) {
     openTransaction();
     play("[core]\nversion=2000\nspeed=1\n");
-    EXPECT_EQ("DAXCoreSimulator: " + (m_root / "scenario.ini").string() +
-                  ": [core] speed: there is no such key; the earlier scenario goes on\n",
-              complaintOfATransaction());
-    EXPECT_EQ("", complaintOfATransaction());
-    EXPECT_EQ("1000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(complaintOfATransaction(), "DAXCoreSimulator: " + (m_root / "scenario.ini").string() +
+                                             ": [core] speed: there is no such key; the earlier scenario goes on\n");
+    EXPECT_EQ(complaintOfATransaction(), "");
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "1000");
 }
 
 TEST_F(CoreAdapterTest, SaysAgainWhatIsBrokenWhenItIsAnotherThingOrWasMendedInBetween) {
@@ -223,18 +222,18 @@ TEST_F(CoreAdapterTest, SaysAgainWhatIsBrokenWhenItIsAnotherThingOrWasMendedInBe
     play("[core]\nheight=1\n");
     EXPECT_THAT(complaintOfATransaction(), HasSubstr("[core] height: "));
     play("[core]\nversion=2000\n");
-    EXPECT_EQ("", complaintOfATransaction());
+    EXPECT_EQ(complaintOfATransaction(), "");
     play("[core]\nheight=1\n");
     EXPECT_THAT(complaintOfATransaction(), HasSubstr("[core] height: "));
-    EXPECT_EQ("2000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "2000");
 }
 
 TEST_F(CoreAdapterTest, PlaysWhatIsBuiltInWhenTheScenarioIsGone) {
     play("[core]\nversion=2000\n");
-    EXPECT_EQ("2000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "2000");
     std::filesystem::remove(m_root / "scenario.ini");
-    EXPECT_EQ("", complaintOfATransaction());
-    EXPECT_EQ("1000", resultOf<std::string>("getCurrentVersion"));
+    EXPECT_EQ(complaintOfATransaction(), "");
+    EXPECT_EQ(resultOf<std::string>("getCurrentVersion"), "1000");
 }
 
 TEST_F(CoreAdapterTest, ComplainsOfAScenarioThatCannotBeLookedAt) {
@@ -248,9 +247,9 @@ TEST_F(CoreAdapterTest, ComplainsOfAScenarioThatCannotBeLookedAt) {
 TEST_F(CoreAdapterTest, ThrowsTheExceptionOfAFault) {
     play("[fault getCurrentVersion]\nexception=CNetworkTransferError\nsupport_code=E-42\ntext=No answer.\n");
     const Answer answer = call("getCurrentVersion");
-    EXPECT_EQ("CNetworkTransferError", answer.exception);
+    EXPECT_EQ(answer.exception, "CNetworkTransferError");
     const auto fields = decode<std::string, std::string>(answer.archive);
-    EXPECT_EQ("E-42", std::get<0>(fields));
+    EXPECT_EQ(std::get<0>(fields), "E-42");
     EXPECT_THAT(std::get<1>(fields), HasSubstr("No answer."));
 }
 
@@ -269,35 +268,35 @@ TEST_F(CoreAdapterTest, ThrowsEachExceptionUnderItsOwnName) {
 TEST_F(CoreAdapterTest, HasNoEffectWhenAFaultThrows) {
     play(QUICK + "[fault startSearching]\nexception=CWrongKeys\n");
     openTransaction();
-    EXPECT_EQ("CWrongKeys", callAsInFile("startSearching").exception);
-    EXPECT_EQ(Core::TRANSACTION_UNDEFINED, resultOf<Core::TransactionProgress>("getSearchProgress").result);
+    EXPECT_EQ(callAsInFile("startSearching").exception, "CWrongKeys");
+    EXPECT_EQ(resultOf<Core::TransactionProgress>("getSearchProgress").result, Core::TRANSACTION_UNDEFINED);
 }
 
 TEST_F(CoreAdapterTest, StrikesAtTheNthCallAlone) {
     play("[fault getCurrentVersion]\ncall=2\nexception=CWrongKeys\n");
-    EXPECT_EQ("", call("getCurrentVersion").exception);
-    EXPECT_EQ("CWrongKeys", call("getCurrentVersion").exception);
-    EXPECT_EQ("", call("getCurrentVersion").exception);
+    EXPECT_EQ(call("getCurrentVersion").exception, "");
+    EXPECT_EQ(call("getCurrentVersion").exception, "CWrongKeys");
+    EXPECT_EQ(call("getCurrentVersion").exception, "");
 }
 
 TEST_F(CoreAdapterTest, StallsForTheTimeOfAFault) {
     play("[fault getCurrentVersion]\nstall_seconds=0.2\n");
     adapter();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ("", call("getCurrentVersion").exception);
+    EXPECT_EQ(call("getCurrentVersion").exception, "");
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
 }
 
 TEST_F(CoreAdapterTest, LeavesTheThirdArrayEmptyWhenAFaultSaysSo) {
     play("[fault getCurrentVersion]\nempty_reply=true\n");
-    EXPECT_EQ("", call("getCurrentVersion").archive);
+    EXPECT_EQ(call("getCurrentVersion").archive, "");
 }
 
 TEST_F(CoreAdapterTest, IsToDieBehindTheReplyWhenAFaultSaysSo) {
     play("[fault getCurrentVersion]\ndie=after\ncall=2\n");
     call("getCurrentVersion");
     EXPECT_FALSE(adapter().isToDie());
-    EXPECT_EQ("", call("getCurrentVersion").exception);
+    EXPECT_EQ(call("getCurrentVersion").exception, "");
     EXPECT_TRUE(adapter().isToDie());
 }
 
@@ -307,16 +306,16 @@ TEST_F(CoreAdapterTest, MayStallAndThrowAndDieBehindTheReplyAtOnce) {
     const auto start = std::chrono::steady_clock::now();
     const Answer answer = call("getCurrentVersion");
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
-    EXPECT_EQ("CWrongKeys", answer.exception);
-    EXPECT_NE("", answer.archive);
+    EXPECT_EQ(answer.exception, "CWrongKeys");
+    EXPECT_NE(answer.archive, "");
     EXPECT_TRUE(adapter().isToDie());
 }
 
 TEST_F(CoreAdapterTest, CountsTheCallsOfEachMethodByItself) {
     play("[fault getCurrentVersion]\ncall=2\nexception=CWrongKeys\n");
-    EXPECT_EQ("", call("getCurrentVersion").exception);
-    EXPECT_EQ("", call("getSupportedUpgradeTypes").exception);
-    EXPECT_EQ("CWrongKeys", call("getCurrentVersion").exception);
+    EXPECT_EQ(call("getCurrentVersion").exception, "");
+    EXPECT_EQ(call("getSupportedUpgradeTypes").exception, "");
+    EXPECT_EQ(call("getCurrentVersion").exception, "CWrongKeys");
 }
 
 using CoreAdapterDeathTest = CoreAdapterTest;
@@ -325,8 +324,8 @@ TEST_F(CoreAdapterDeathTest, DiesBeforeTheReplyWithTheCallOnRecord) {
     play("[fault getCurrentVersion]\ndie=before\n");
     adapter();
     EXPECT_EXIT(call("getCurrentVersion"), testing::ExitedWithCode(CoreAdapter::DEATH_STATUS), "");
-    ASSERT_EQ(1U, calls().size());
-    EXPECT_EQ("getCurrentVersion", calls()[0]["method"]);
+    ASSERT_EQ(calls().size(), 1U);
+    EXPECT_EQ(calls()[0]["method"], "getCurrentVersion");
 }
 
 TEST_F(CoreAdapterTest, RecordsMethodSenderAndArguments) {
@@ -337,7 +336,7 @@ TEST_F(CoreAdapterTest, RecordsMethodSenderAndArguments) {
     callAsInFile("cancelCoreTransaction");
     std::vector<std::string> records;
     for (json call : calls()) {
-        EXPECT_EQ(":1.2", call["sender"]);
+        EXPECT_EQ(call["sender"], ":1.2");
         records.push_back(call["method"].get<std::string>() + " " + call["arguments"].dump());
     }
     EXPECT_THAT(
@@ -356,9 +355,9 @@ TEST_F(CoreAdapterTest, RecordsAnEmptyObjectForEachMethodWithoutArguments) {
          {"getCurrentVersion", "getSupportedUpgradeTypes", "scheduleFactoryReset", "isSearchingPossible",
           "startModelsSearching", "getSearchProgress", "getSearchResult", "getModelsSearchResult",
           "getInstallationProgress", "getFinalizationProgress"}) {
-        EXPECT_EQ("", call(method).exception) << method;
+        EXPECT_EQ(call(method).exception, "") << method;
         EXPECT_EQ(method, calls().back()["method"]);
-        EXPECT_EQ("{}", calls().back()["arguments"].dump()) << method;
+        EXPECT_EQ(calls().back()["arguments"].dump(), "{}") << method;
     }
 }
 
@@ -371,29 +370,29 @@ TEST_F(CoreAdapterTest, RecordsTheTimeInUTC) {
 TEST_F(CoreAdapterTest, RecordsTheAbsenceOfAnUpgradeIdentifier) {
     openTransaction();
     call("startFinalization", encode(std::set<std::string>(), boost::optional<std::vector<unsigned char>>(), false));
-    EXPECT_EQ(R"({"flag":false,"items":[],"upgradeId":null})", calls().back()["arguments"].dump());
+    EXPECT_EQ(calls().back()["arguments"].dump(), R"({"flag":false,"items":[],"upgradeId":null})");
 }
 
 TEST_F(CoreAdapterTest, RecordsCallsThatItCannotServe) {
     call("getService");
     call("helloMessage", "");
-    ASSERT_EQ(2U, calls().size());
-    EXPECT_EQ("getService", calls()[0]["method"]);
+    ASSERT_EQ(calls().size(), 2U);
+    EXPECT_EQ(calls()[0]["method"], "getService");
     EXPECT_TRUE(calls()[0]["arguments"].is_null());
-    EXPECT_EQ("helloMessage", calls()[1]["method"]);
+    EXPECT_EQ(calls()[1]["method"], "helloMessage");
     EXPECT_TRUE(calls()[1]["arguments"].is_null());
 }
 
 TEST_F(CoreAdapterTest, RecordsACallOnceWhenItFails) {
     callAsInFile("startInstallation");
-    ASSERT_EQ(1U, calls().size());
-    EXPECT_EQ(R"({"items":["a","b c"]})", calls()[0]["arguments"].dump());
+    ASSERT_EQ(calls().size(), 1U);
+    EXPECT_EQ(calls()[0]["arguments"].dump(), R"({"items":["a","b c"]})");
 }
 
 TEST_F(CoreAdapterTest, RecordsTextsThatAreNoUnicode) {
     openTransaction();
-    EXPECT_EQ("", call("startSearching", encode(std::string("\xFF\n\""))).exception);
-    EXPECT_EQ("\xEF\xBF\xBD\n\"", calls().back()["arguments"]["searchParameter"]);
+    EXPECT_EQ(call("startSearching", encode(std::string("\xFF\n\""))).exception, "");
+    EXPECT_EQ(calls().back()["arguments"]["searchParameter"], "\xEF\xBF\xBD\n\"");
 }
 
 TEST_F(CoreAdapterTest, SetsAFullRecordAside) {
@@ -401,16 +400,16 @@ TEST_F(CoreAdapterTest, SetsAFullRecordAside) {
     m_root.write("var/log/core-calls.jsonl", "");
     std::filesystem::resize_file(record, std::uintmax_t(16) << 20U);
     m_root.write("var/log/core-calls.jsonl.1", "an older one");
-    EXPECT_EQ("", call("getCurrentVersion").exception);
-    ASSERT_EQ(1U, calls().size());
-    EXPECT_EQ("getCurrentVersion", calls()[0]["method"]);
+    EXPECT_EQ(call("getCurrentVersion").exception, "");
+    ASSERT_EQ(calls().size(), 1U);
+    EXPECT_EQ(calls()[0]["method"], "getCurrentVersion");
     EXPECT_EQ(std::uintmax_t(16) << 20U, std::filesystem::file_size(record.string() + ".1"));
 }
 
 TEST_F(CoreAdapterTest, AnswersWithAnExceptionWhenTheRecordCannotBeWritten) {
     std::filesystem::create_directory(m_root / "var/log/core-calls.jsonl");
-    EXPECT_EQ(UNKNOWN, call("getCurrentVersion").exception);
-    EXPECT_EQ(UNKNOWN, call("getService").exception);
+    EXPECT_EQ(call("getCurrentVersion").exception, UNKNOWN);
+    EXPECT_EQ(call("getService").exception, UNKNOWN);
 }
 
 } // namespace

@@ -29,7 +29,7 @@ protected:
             read(text);
         } catch (const ScenarioError& error) {
             const std::string what = error.what();
-            EXPECT_EQ(path() + ": ", what.substr(0, path().size() + 2));
+            EXPECT_EQ(what.substr(0, path().size() + 2), path() + ": ");
             return what.substr(path().size() + 2);
         }
         return "it was read";
@@ -41,21 +41,21 @@ protected:
 };
 
 void expectBuiltIn(const Scenario& scenario) {
-    EXPECT_EQ("1000", scenario.version);
+    EXPECT_EQ(scenario.version, "1000");
     EXPECT_THAT(scenario.supportedTypes, ElementsAre(DAXCommon::OTA, DAXCommon::OTN, DAXCommon::USB));
     EXPECT_FALSE(scenario.refusesTransactions);
     EXPECT_TRUE(scenario.searchingPossible == boost::optional<bool>(true));
-    EXPECT_EQ(1, scenario.search.seconds);
-    EXPECT_EQ(2, scenario.installation.seconds);
-    EXPECT_EQ(1, scenario.finalization.seconds);
+    EXPECT_EQ(scenario.search.seconds, 1);
+    EXPECT_EQ(scenario.installation.seconds, 2);
+    EXPECT_EQ(scenario.finalization.seconds, 1);
     EXPECT_TRUE(scenario.search.succeeds && scenario.installation.succeeds && scenario.finalization.succeeds);
-    EXPECT_EQ(DAXCommon::OTN, scenario.found.upgradeType);
-    EXPECT_EQ(DAXCommon::UPGRADE_KIND_REGULAR, scenario.found.kind);
-    EXPECT_EQ(2, scenario.found.scope);
+    EXPECT_EQ(scenario.found.upgradeType, DAXCommon::OTN);
+    EXPECT_EQ(scenario.found.kind, DAXCommon::UPGRADE_KIND_REGULAR);
+    EXPECT_EQ(scenario.found.scope, 2);
     EXPECT_THAT(scenario.found.upgradeId, ElementsAre(0x0d, 0xa5));
     EXPECT_TRUE(scenario.found.version == std::string("1100"));
-    EXPECT_EQ("<update><version>1100</version></update>",
-              std::string(scenario.found.updateInfo.begin(), scenario.found.updateInfo.end()));
+    EXPECT_EQ(std::string(scenario.found.updateInfo.begin(), scenario.found.updateInfo.end()),
+              "<update><version>1100</version></update>");
     EXPECT_THAT(scenario.models, ElementsAre("KV-55", "KV-65"));
     EXPECT_THAT(scenario.faults, IsEmpty());
 }
@@ -80,18 +80,18 @@ TEST_F(ScenarioTest, OfTheExampleHasAFaultThatCanBeSwitchedOn) {
     }
     const Fault fault = read(text).faults.at("startInstallation");
     EXPECT_TRUE(fault.call == 1);
-    EXPECT_EQ(5, fault.stallSeconds);
-    EXPECT_EQ(Fault::Death::BEFORE_REPLY, fault.death);
-    EXPECT_EQ("CNetworkTransferError", fault.exception);
-    EXPECT_EQ("E-42", fault.supportCode);
-    EXPECT_EQ("The server does not answer.", fault.text);
+    EXPECT_EQ(fault.stallSeconds, 5);
+    EXPECT_EQ(fault.death, Fault::Death::BEFORE_REPLY);
+    EXPECT_EQ(fault.exception, "CNetworkTransferError");
+    EXPECT_EQ(fault.supportCode, "E-42");
+    EXPECT_EQ(fault.text, "The server does not answer.");
     EXPECT_TRUE(fault.emptyReply);
 }
 
 TEST_F(ScenarioTest, ReadsTheCore) {
     const Scenario scenario = read("[core]\nversion=17.037\nsupported_types=POSTPONE;UNDEFINED\n"
                                    "refuse_transactions=true\n");
-    EXPECT_EQ("17.037", scenario.version);
+    EXPECT_EQ(scenario.version, "17.037");
     EXPECT_THAT(scenario.supportedTypes, ElementsAre(DAXCommon::POSTPONE, DAXCommon::UNDEFINED));
     EXPECT_TRUE(scenario.refusesTransactions);
 }
@@ -104,9 +104,9 @@ TEST_F(ScenarioTest, ReadsEveryFieldOfWhatTheSearchFinds) {
     const Core::SearchResult found = read("[search]\nupgrade_type=USB\nkind=1\nscope=3\nupgrade_id=00ff\n"
                                           "version=WOC_ONLY_VERSION\nupdate_info=<u/>\n")
                                          .found;
-    EXPECT_EQ(DAXCommon::USB, found.upgradeType);
-    EXPECT_EQ(DAXCommon::UPGRADE_KIND_IMPORTANT, found.kind);
-    EXPECT_EQ(3, found.scope);
+    EXPECT_EQ(found.upgradeType, DAXCommon::USB);
+    EXPECT_EQ(found.kind, DAXCommon::UPGRADE_KIND_IMPORTANT);
+    EXPECT_EQ(found.scope, 3);
     EXPECT_THAT(found.upgradeId, ElementsAre(0x00, 0xff));
     EXPECT_TRUE(found.version == std::string("WOC_ONLY_VERSION"));
     EXPECT_THAT(found.updateInfo, ElementsAre('<', 'u', '/', '>'));
@@ -119,7 +119,7 @@ TEST_F(ScenarioTest, ReadsAnUpgradeWithoutVersionOrIdentifier) {
 }
 
 TEST_F(ScenarioTest, ReadsAKindThatNoClientCanRead) {
-    EXPECT_EQ(2, static_cast<int>(read("[search]\nkind=2\n").found.kind));
+    EXPECT_EQ(static_cast<int>(read("[search]\nkind=2\n").found.kind), 2);
 }
 
 TEST_F(ScenarioTest, ReadsWhetherASearchIsPossible) {
@@ -130,18 +130,18 @@ TEST_F(ScenarioTest, ReadsWhetherASearchIsPossible) {
 TEST_F(ScenarioTest, ReadsHowLongTheStepsTakeAndHowTheyEnd) {
     const Scenario scenario = read("[search]\nseconds=0.25\nresult=failed\n[installation]\nseconds=0\n"
                                    "[finalization]\nseconds=3\nresult=failed\n");
-    EXPECT_EQ(0.25, scenario.search.seconds);
+    EXPECT_EQ(scenario.search.seconds, 0.25);
     EXPECT_FALSE(scenario.search.succeeds);
-    EXPECT_EQ(0, scenario.installation.seconds);
+    EXPECT_EQ(scenario.installation.seconds, 0);
     EXPECT_TRUE(scenario.installation.succeeds);
-    EXPECT_EQ(3, scenario.finalization.seconds);
+    EXPECT_EQ(scenario.finalization.seconds, 3);
     EXPECT_FALSE(scenario.finalization.succeeds);
 }
 
 TEST_F(ScenarioTest, ReadsAFaultForEachMethod) {
     const auto faults = read("[fault helloMessage]\nempty_reply=true\n[fault getSearchResult]\ndie=after\n").faults;
     EXPECT_TRUE(faults.at("helloMessage").emptyReply);
-    EXPECT_EQ(Fault::Death::AFTER_REPLY, faults.at("getSearchResult").death);
+    EXPECT_EQ(faults.at("getSearchResult").death, Fault::Death::AFTER_REPLY);
 }
 
 TEST(Fault, StrikesAtEveryCallOrAtTheNthAlone) {
@@ -226,13 +226,13 @@ TEST_F(ScenarioTest, RefusesValuesOfAnotherTypeByFileGroupAndKey) {
 }
 
 TEST_F(ScenarioTest, RefusesWhatIsNoKeyFileAndWhatIsNotThere) {
-    EXPECT_NE("it was read", refusalOf("version=1000\n"));
+    EXPECT_NE(refusalOf("version=1000\n"), "it was read");
     const std::string nowhere = (m_root / "nowhere.ini").string();
     try {
         readScenario(nowhere);
         ADD_FAILURE() << "it was read";
     } catch (const ScenarioError& error) {
-        EXPECT_EQ(nowhere + ": No such file or directory", std::string(error.what()));
+        EXPECT_EQ(std::string(error.what()), nowhere + ": No such file or directory");
     }
 }
 

@@ -48,49 +48,49 @@ protected:
 
 TEST_F(SimulatorProcessTest, TellsHowItIsUsed) {
     const auto process = start({"--help"});
-    EXPECT_EQ(ProcessEnd::exited(0), process->waitForEnd());
+    EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(0));
     EXPECT_THAT(process->output(), HasSubstr("--scenario"));
     EXPECT_THAT(process->output(), HasSubstr("--idle-timeout"));
 }
 
 TEST_F(SimulatorProcessTest, RefusesUnknownOptionsWithStatus2) {
-    EXPECT_EQ(ProcessEnd::exited(2), start({"--speed"})->waitForEnd());
+    EXPECT_EQ(start({"--speed"})->waitForEnd(), ProcessEnd::exited(2));
 }
 
 TEST_F(SimulatorProcessTest, EndsWithStatus2WhenTheScenarioIsBroken) {
     play("[search]\nseconds=soon\n");
     const auto process = start();
-    EXPECT_EQ(ProcessEnd::exited(2), process->waitForEnd());
+    EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(2));
     EXPECT_THAT(process->errors(),
                 HasSubstr((m_root / "etc/kovan/core-scenario.ini").string() + ": [search] seconds: "));
 }
 
 TEST_F(SimulatorProcessTest, EndsWithStatus2WhenTheNamedScenarioIsNotThere) {
-    EXPECT_EQ(ProcessEnd::exited(2), start({"--scenario", "/nowhere.ini"})->waitForEnd());
+    EXPECT_EQ(start({"--scenario", "/nowhere.ini"})->waitForEnd(), ProcessEnd::exited(2));
 }
 
 TEST_F(SimulatorProcessTest, PlaysWhatIsBuiltInWithoutAScenario) {
     const auto process = start();
-    EXPECT_EQ("1000", connect()->getCurrentVersion());
+    EXPECT_EQ(connect()->getCurrentVersion(), "1000");
 }
 
 TEST_F(SimulatorProcessTest, PlaysTheScenarioThatIsNamed) {
     m_root.write("another.ini", "[core]\nversion=3000\n");
     const auto process = start({"--scenario", (m_root / "another.ini").string()});
-    EXPECT_EQ("3000", connect()->getCurrentVersion());
+    EXPECT_EQ(connect()->getCurrentVersion(), "3000");
 }
 
 TEST_F(SimulatorProcessTest, EndsWithStatus0OnSigterm) {
     const auto process = start();
     connect();
     process->send(SIGTERM);
-    EXPECT_EQ(ProcessEnd::exited(0), process->waitForEnd());
+    EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(0));
 }
 
 TEST_F(SimulatorProcessTest, EndsWithoutClientsAfterTheIdleTimeOut) {
     const auto process = start({"--idle-timeout", "1"});
     connect();
-    EXPECT_EQ(ProcessEnd::exited(0), process->waitForEnd());
+    EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(0));
 }
 
 TEST_F(SimulatorProcessTest, RecordsACallBeforeItsReply) {
@@ -102,24 +102,24 @@ TEST_F(SimulatorProcessTest, RecordsACallBeforeItsReply) {
 TEST_F(SimulatorProcessTest, RepliesAndDies) {
     play("[fault getCurrentVersion]\ndie=after\n");
     const auto process = start();
-    EXPECT_EQ("1000", connect()->getCurrentVersion());
-    EXPECT_EQ(ProcessEnd::exited(3), process->waitForEnd());
+    EXPECT_EQ(connect()->getCurrentVersion(), "1000");
+    EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(3));
 }
 
 TEST_F(SimulatorProcessTest, DiesWithoutAReply) {
     play("[fault getCurrentVersion]\ndie=before\n");
     const auto process = start();
     EXPECT_THROW(connect()->getCurrentVersion(), RemoteObjectNotAccessible);
-    EXPECT_EQ(ProcessEnd::exited(3), process->waitForEnd());
+    EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(3));
 }
 
 TEST_F(SimulatorProcessTest, ServesATransactionOverItsOwnConnection) {
     play("[search]\nseconds=0\n");
     const auto process = start();
     const auto transaction = connect()->createTransaction({});
-    ASSERT_NE(nullptr, transaction);
+    ASSERT_NE(transaction, nullptr);
     transaction->startSearching("");
-    EXPECT_EQ(Core::TRANSACTION_SUCCESS, transaction->getSearchProgress().result);
+    EXPECT_EQ(transaction->getSearchProgress().result, Core::TRANSACTION_SUCCESS);
     EXPECT_TRUE(transaction->getSearchResult().version == std::string("1100"));
 }
 

@@ -28,8 +28,8 @@ TEST(CoreRecords, SearchResultTravelsWithTheScopeLast) {
 TEST(CoreRecords, ProgressWrittenWithTheResultFirstIsReadAsWrongDataWithoutAnError) {
     const auto swapped = sampleProgress<Service::ServiceTransactionProgress>(1, 50, 2.5F);
     const auto read = std::get<0>(decode<Core::TransactionProgress>(encode(swapped)));
-    EXPECT_EQ(1, read.progressPercent);
-    EXPECT_EQ(50, static_cast<int>(read.result));
+    EXPECT_EQ(read.progressPercent, 1);
+    EXPECT_EQ(static_cast<int>(read.result), 50);
 }
 
 TEST(CoreRecords, NumbersOutsideTheEnumerationsAreKept) {
@@ -39,12 +39,12 @@ TEST(CoreRecords, NumbersOutsideTheEnumerationsAreKept) {
 
 TEST(CoreRecords, EnumerationsTravelAsTheirNumbers) {
     using namespace DAXCommon;
-    EXPECT_EQ("22 serialization::archive 18 0 1 2 3 4\n", encode(UNDEFINED, OTA, OTN, USB, POSTPONE));
-    EXPECT_EQ("22 serialization::archive 18 -1 4 2\n",
-              encode(PRIORITY_NO_SESSION, PRIORITY_MAIN_APP, TRANSACTION_TYPE_DATED_SEARCH));
-    EXPECT_EQ("22 serialization::archive 18 0 1 2 3\n",
-              encode(Core::TRANSACTION_UNDEFINED, Core::TRANSACTION_IN_PROGRESS, Core::TRANSACTION_SUCCESS,
-                     Core::TRANSACTION_FAILED));
+    EXPECT_EQ(encode(UNDEFINED, OTA, OTN, USB, POSTPONE), "22 serialization::archive 18 0 1 2 3 4\n");
+    EXPECT_EQ(encode(PRIORITY_NO_SESSION, PRIORITY_MAIN_APP, TRANSACTION_TYPE_DATED_SEARCH),
+              "22 serialization::archive 18 -1 4 2\n");
+    EXPECT_EQ(encode(Core::TRANSACTION_UNDEFINED, Core::TRANSACTION_IN_PROGRESS, Core::TRANSACTION_SUCCESS,
+                     Core::TRANSACTION_FAILED),
+              "22 serialization::archive 18 0 1 2 3\n");
 }
 
 } // namespace

@@ -36,30 +36,30 @@ std::string refusalOf(Load load) {
 }
 
 TEST(UpgradeKind, TravelsAsABareNumber) {
-    EXPECT_EQ(golden("records/UpgradeKind"), saved(DAXCommon::UPGRADE_KIND_IMPORTANT));
-    EXPECT_EQ(DAXCommon::UPGRADE_KIND_IMPORTANT, loaded("1"));
-    EXPECT_EQ(DAXCommon::UPGRADE_KIND_REGULAR, loaded("0"));
+    EXPECT_EQ(saved(DAXCommon::UPGRADE_KIND_IMPORTANT), golden("records/UpgradeKind"));
+    EXPECT_EQ(loaded("1"), DAXCommon::UPGRADE_KIND_IMPORTANT);
+    EXPECT_EQ(loaded("0"), DAXCommon::UPGRADE_KIND_REGULAR);
 }
 
 TEST(UpgradeKind, IsHeldInThirtyTwoBits) {
-    EXPECT_EQ(4U, sizeof(UpgradeKind));
+    EXPECT_EQ(sizeof(UpgradeKind), 4U);
 }
 
 TEST(UpgradeKind, IsSavedByItsLowEightBits) {
-    EXPECT_EQ("22 serialization::archive 18 2\n", saved(UpgradeKind(0x10002)));
-    EXPECT_EQ("22 serialization::archive 18 255\n", saved(UpgradeKind(0xFFFFFFFF)));
+    EXPECT_EQ(saved(UpgradeKind(0x10002)), "22 serialization::archive 18 2\n");
+    EXPECT_EQ(saved(UpgradeKind(0xFFFFFFFF)), "22 serialization::archive 18 255\n");
 }
 
 TEST(UpgradeKind, IsLoadedByTheLowEightBitsOfAnUnsignedShort) {
-    EXPECT_EQ(DAXCommon::UPGRADE_KIND_IMPORTANT, loaded("257"));
-    EXPECT_EQ(DAXCommon::UPGRADE_KIND_REGULAR, loaded("65280"));
+    EXPECT_EQ(loaded("257"), DAXCommon::UPGRADE_KIND_IMPORTANT);
+    EXPECT_EQ(loaded("65280"), DAXCommon::UPGRADE_KIND_REGULAR);
     EXPECT_THROW(loaded("65536"), boost::archive::archive_exception);
 }
 
 TEST(UpgradeKind, RefusesAnyOtherValueAndNamesItByOneCharacter) {
-    EXPECT_EQ("Invalid UpgradeKind value: \x02", refusalOf([] { loaded("2"); }));
-    EXPECT_EQ("Invalid UpgradeKind value: A", refusalOf([] { loaded("65"); }));
-    EXPECT_EQ("Invalid UpgradeKind value: \xFF", refusalOf([] { loaded("511"); }));
+    EXPECT_EQ(refusalOf([] { loaded("2"); }), "Invalid UpgradeKind value: \x02");
+    EXPECT_EQ(refusalOf([] { loaded("65"); }), "Invalid UpgradeKind value: A");
+    EXPECT_EQ(refusalOf([] { loaded("511"); }), "Invalid UpgradeKind value: \xFF");
 }
 
 TEST(UpgradeKind, OfTwoStopsTheLoadOfASearchResultThere) {
@@ -68,11 +68,11 @@ TEST(UpgradeKind, OfTwoStopsTheLoadOfASearchResultThere) {
     std::istringstream bytes(encode(result));
     DAXIPC::DBUSLowLevel::ArchiveInput input(bytes);
     Core::SearchResult read;
-    EXPECT_EQ("Invalid UpgradeKind value: \x02", refusalOf([&] { input >> read; }));
+    EXPECT_EQ(refusalOf([&] { input >> read; }), "Invalid UpgradeKind value: \x02");
     EXPECT_TRUE(read.upgradeId.empty());
     std::string rest;
     std::getline(bytes, rest);
-    EXPECT_EQ(" 2 0 1 255 0 1 1 4 18.1 4 0 60 117 47 62 2", rest);
+    EXPECT_EQ(rest, " 2 0 1 255 0 1 1 4 18.1 4 0 60 117 47 62 2");
 }
 
 } // namespace

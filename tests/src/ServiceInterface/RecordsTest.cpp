@@ -37,9 +37,9 @@ TEST(ServiceRecords, UpgradeDescriptionOfAnInvalidKindIsRefused) {
 }
 
 TEST(ServiceRecords, ResultsTravelAsTheirNumbers) {
-    EXPECT_EQ("22 serialization::archive 18 0 1 2 3\n",
-              encode(Service::SERVICE_TRANSACTION_UNDEFINED, Service::SERVICE_TRANSACTION_IN_PROGRESS,
-                     Service::SERVICE_TRANSACTION_SUCCESS, Service::SERVICE_TRANSACTION_FAILED));
+    EXPECT_EQ(encode(Service::SERVICE_TRANSACTION_UNDEFINED, Service::SERVICE_TRANSACTION_IN_PROGRESS,
+                     Service::SERVICE_TRANSACTION_SUCCESS, Service::SERVICE_TRANSACTION_FAILED),
+              "22 serialization::archive 18 0 1 2 3\n");
 }
 
 } // namespace

@@ -44,7 +44,7 @@ template <class T>
 void expectRefusedWithoutMemory(const std::string& bytes) {
     refusalOf<T>("");
     const AllocationMeter meter;
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<T>(bytes)) << bytes;
+    EXPECT_EQ(refusalOf<T>(bytes), archive_exception::input_stream_error) << bytes;
     EXPECT_LT(meter.bytes(), 64U * 1024) << bytes;
 }
 
@@ -88,17 +88,17 @@ TEST_P(HugeLength, InsideARecordCostsNoMemory) {
 }
 
 TEST(ArchiveInput, ReadsAStringThatEndsWithTheMessage) {
-    EXPECT_EQ("abc", read<std::string>(HEADER + " 3 abc"));
-    EXPECT_EQ("", read<std::string>(HEADER + " 0 "));
-    EXPECT_EQ("", read<std::string>(HEADER + " 0"));
+    EXPECT_EQ(read<std::string>(HEADER + " 3 abc"), "abc");
+    EXPECT_EQ(read<std::string>(HEADER + " 0 "), "");
+    EXPECT_EQ(read<std::string>(HEADER + " 0"), "");
 }
 
 TEST(ArchiveInput, RefusesAStringThatIsOneByteShort) {
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<std::string>(HEADER + " 4 abc"));
+    EXPECT_EQ(refusalOf<std::string>(HEADER + " 4 abc"), archive_exception::input_stream_error);
 }
 
 TEST(ArchiveInput, RefusesACountThatTheMessageCannotHold) {
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<std::vector<unsigned char>>(HEADER + " 5 0 1"));
+    EXPECT_EQ(refusalOf<std::vector<unsigned char>>(HEADER + " 5 0 1"), archive_exception::input_stream_error);
 }
 
 TEST(ArchiveInput, ReadsEmptyCollections) {
@@ -114,9 +114,9 @@ TEST(ArchiveInput, ReadsLargeValuesThatTheMessageHolds) {
 }
 
 TEST(ArchiveInput, ReadsNumbersThatAreNoLengthsInTheirFullRange) {
-    EXPECT_EQ(4294967295U, read<unsigned int>(HEADER + " 4294967295"));
-    EXPECT_EQ(-2147483647 - 1, read<int>(HEADER + " -2147483648"));
-    EXPECT_EQ(9223372036854775807L, read<long>(HEADER + " 9223372036854775807"));
+    EXPECT_EQ(read<unsigned int>(HEADER + " 4294967295"), 4294967295U);
+    EXPECT_EQ(read<int>(HEADER + " -2147483648"), -2147483647 - 1);
+    EXPECT_EQ(read<long>(HEADER + " 9223372036854775807"), 9223372036854775807L);
 }
 
 TEST(ArchiveInput, ReadsAMessageThatWasStreamedInPieces) {
@@ -139,20 +139,20 @@ TEST(ArchiveInput, IgnoresTheGlobalLocale) {
     int number = 0;
     DAXIPC::DBUSLowLevel::ArchiveInput(message) >> number;
     std::locale::global(before);
-    EXPECT_EQ(1234, number);
+    EXPECT_EQ(number, 1234);
 }
 
 TEST(ArchiveInput, RefusesAnEmptyMessage) {
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<int>(""));
+    EXPECT_EQ(refusalOf<int>(""), archive_exception::input_stream_error);
 }
 
 TEST(ArchiveInput, RefusesAForeignSignature) {
-    EXPECT_EQ(archive_exception::invalid_signature, refusalOf<int>("22 serialization::archivX 18 1"));
+    EXPECT_EQ(refusalOf<int>("22 serialization::archivX 18 1"), archive_exception::invalid_signature);
 }
 
 TEST(ArchiveInput, RefusesANewerArchiveVersion) {
-    EXPECT_EQ(archive_exception::unsupported_version, refusalOf<int>("22 serialization::archive 65535 1"));
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<int>("22 serialization::archive 65536 1"));
+    EXPECT_EQ(refusalOf<int>("22 serialization::archive 65535 1"), archive_exception::unsupported_version);
+    EXPECT_EQ(refusalOf<int>("22 serialization::archive 65536 1"), archive_exception::input_stream_error);
 }
 
 // Whatever the tokens of the library say, reading ends in a value or in an archive_exception, and never in one of the
@@ -180,14 +180,14 @@ TEST(ArchiveInput, SurvivesEveryTokenOfARecordReplacedByAHostileOne) {
 }
 
 TEST(ArchiveInput, RefusesABoolThatIsNeitherOfTheTwo) {
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<bool>(HEADER + " 2"));
-    EXPECT_EQ(archive_exception::input_stream_error, refusalOf<boost::optional<bool>>(HEADER + " 0 1 2 1"));
+    EXPECT_EQ(refusalOf<bool>(HEADER + " 2"), archive_exception::input_stream_error);
+    EXPECT_EQ(refusalOf<boost::optional<bool>>(HEADER + " 0 1 2 1"), archive_exception::input_stream_error);
 }
 
 TEST(ArchiveInput, TakesAClaimOfTrackedObjectsForWhatItIs) {
     // Tracking 1 with an object that the message never brought: the value is read behind the claim, or stays as it was.
-    EXPECT_EQ(2U, read<std::set<std::string>>(HEADER + " 1 0 0 2 0 1 a 1 b").size());
-    EXPECT_EQ(2U, read<std::set<std::string>>(HEADER + " 1 0 4294967295 2 0 1 a 1 b").size());
+    EXPECT_EQ(read<std::set<std::string>>(HEADER + " 1 0 0 2 0 1 a 1 b").size(), 2U);
+    EXPECT_EQ(read<std::set<std::string>>(HEADER + " 1 0 4294967295 2 0 1 a 1 b").size(), 2U);
 }
 
 } // namespace

@@ -15,9 +15,9 @@ TEST(DBUSNames, OfTheServiceManager) {
 
 TEST(DBUSNames, OfTheCoreAreMadeByFunctions) {
     using namespace DBUSCore::DBUSICore;
-    EXPECT_EQ(std::string("org.kovan.tv.dax.core.TV"), CONNECTION_NAME());
-    EXPECT_EQ(std::string("org.kovan.tv.dax.core.icoreTV"), INTERFACE_NAME());
-    EXPECT_EQ(std::string("/org/kovan/tv/dax/core/ccoreTV"), OBJECT_PATH());
+    EXPECT_EQ(CONNECTION_NAME(), std::string("org.kovan.tv.dax.core.TV"));
+    EXPECT_EQ(INTERFACE_NAME(), std::string("org.kovan.tv.dax.core.icoreTV"));
+    EXPECT_EQ(OBJECT_PATH(), std::string("/org/kovan/tv/dax/core/ccoreTV"));
 }
 
 TEST(DBUSNames, OfTheScheduler) {
@@ -28,7 +28,7 @@ TEST(DBUSNames, OfTheScheduler) {
 }
 
 TEST(DBUSNames, OfTheExceptionThatNobodySends) {
-    EXPECT_STREQ("UnknownException", DBUSExceptions::UnknownException);
+    EXPECT_STREQ(DBUSExceptions::UnknownException, "UnknownException");
 }
 
 // A method's constant has the spelling of its value.

@@ -42,22 +42,22 @@ TEST_F(HandleAdapterMethod, DecodesCallsAndEncodes) {
     DBUSHelper::handleAdapterMethod<unsigned int>(
         in, m_out, [&](text_iarchive& archive) { archive >> name >> priority; },
         [&] { return name == "nine char" && priority == 2 ? 1U : 0U; });
-    EXPECT_EQ(golden("service/acquireExternalLock.reply"), m_out.str());
+    EXPECT_EQ(m_out.str(), golden("service/acquireExternalLock.reply"));
 }
 
 TEST_F(HandleAdapterMethod, EncodesARecord) {
     DBUSHelper::handleAdapterMethod<Service::ServiceTransactionProgress>(
         m_in, m_out, readNothing, [] { return sampleProgress<Service::ServiceTransactionProgress>(1, 50, 2.5F); });
-    EXPECT_EQ(golden("service/getSearchProgress.reply"), m_out.str());
+    EXPECT_EQ(m_out.str(), golden("service/getSearchProgress.reply"));
 }
 
 TEST_F(HandleAdapterMethod, WritesTheHeaderBeforeItReadsOrCalls) {
-    const auto expectHeader = [&](text_iarchive&) { EXPECT_EQ(HEADER, m_out.str()); };
+    const auto expectHeader = [&](text_iarchive&) { EXPECT_EQ(m_out.str(), HEADER); };
     DBUSHelper::handleAdapterMethod<unsigned int>(m_in, m_out, expectHeader, [&] {
-        EXPECT_EQ(HEADER, m_out.str());
+        EXPECT_EQ(m_out.str(), HEADER);
         return 7U;
     });
-    EXPECT_EQ(HEADER + " 7\n", m_out.str());
+    EXPECT_EQ(m_out.str(), HEADER + " 7\n");
 }
 
 TEST_F(HandleAdapterMethod, NeitherDecodesNorCallsWithoutAValidHeader) {
@@ -69,7 +69,7 @@ TEST_F(HandleAdapterMethod, NeitherDecodesNorCallsWithoutAValidHeader) {
                                                                    return 0U;
                                                                }),
                  archive_exception);
-    EXPECT_EQ(HEADER, m_out.str());
+    EXPECT_EQ(m_out.str(), HEADER);
 }
 
 TEST_F(HandleAdapterMethod, DoesNotCallWhenAnArgumentIsMissing) {
@@ -97,8 +97,8 @@ TEST_F(HandleAdapterMethod, FailsWithCode13WhenTheResultCannotBeWritten) {
         DBUSHelper::handleAdapterMethod<unsigned int>(m_in, m_out, readNothing, breakTheStream);
         FAIL() << "nothing was thrown";
     } catch (const archive_exception& caught) {
-        EXPECT_EQ(13, static_cast<int>(caught.code));
-        EXPECT_EQ(archive_exception::output_stream_error, caught.code);
+        EXPECT_EQ(static_cast<int>(caught.code), 13);
+        EXPECT_EQ(caught.code, archive_exception::output_stream_error);
     }
 }
 
@@ -123,21 +123,22 @@ TEST_F(HandleProxyMethod, SendsTheArgumentsAndReadsTheResult) {
         const int priority = 2;
         archive << name << priority;
     };
-    EXPECT_EQ(1U, DBUSHelper::handleProxyMethod<unsigned int>("acquireExternalLock", serialize, *m_proxy,
-                                                              StandardExceptionHandler(), 0U));
-    EXPECT_EQ(golden("service/acquireExternalLock.request"), m_bus.parameters("acquireExternalLock"));
+    EXPECT_EQ(DBUSHelper::handleProxyMethod<unsigned int>("acquireExternalLock", serialize, *m_proxy,
+                                                          StandardExceptionHandler(), 0U),
+              1U);
+    EXPECT_EQ(m_bus.parameters("acquireExternalLock"), golden("service/acquireExternalLock.request"));
 }
 
 TEST_F(HandleProxyMethod, SendsTheBareHeaderWhenThereAreNoArguments) {
     m_bus.reply("method");
     callVoid();
-    EXPECT_EQ(HEADER, m_bus.parameters("method"));
+    EXPECT_EQ(m_bus.parameters("method"), HEADER);
 }
 
 TEST_F(HandleProxyMethod, GivesTheDefaultWhenTheReplyHasNoResult) {
     m_bus.reply("method", "");
-    EXPECT_EQ("the default", call(std::string("the default")));
-    EXPECT_EQ(41U, call(41U));
+    EXPECT_EQ(call(std::string("the default")), "the default");
+    EXPECT_EQ(call(41U), 41U);
 }
 
 TEST_F(HandleProxyMethod, OfVoidReadsNothingOfTheReply) {

@@ -35,7 +35,7 @@ TEST(RequestBoundaryFind, GivesWhatTheTableHasForTheMethod) {
 TEST(RequestBoundaryFind, ThrowsForAMethodThatTheTableDoesNotHave) {
     const std::map<std::string, int> table{{"one", 1}};
     const auto findAnother = [&] { RequestBoundary::find(table, "another"); };
-    EXPECT_EQ("Unknown method: another", (thrownText<errinfo_stream_text, UnknownMethodException>(findAnother)));
+    EXPECT_EQ((thrownText<errinfo_stream_text, UnknownMethodException>(findAnother)), "Unknown method: another");
 }
 
 class RequestBoundaryAnswer : public testing::Test {
@@ -51,8 +51,8 @@ protected:
 
 TEST_F(RequestBoundaryAnswer, LeavesWhatTheHandlerWrote) {
     EXPECT_TRUE(answer([&] { m_out << "the result"; }));
-    EXPECT_EQ("the result", m_out.str());
-    EXPECT_EQ("as before", m_exceptionName);
+    EXPECT_EQ(m_out.str(), "the result");
+    EXPECT_EQ(m_exceptionName, "as before");
 }
 
 TEST_F(RequestBoundaryAnswer, PutsTheExceptionInThePlaceOfAllThatWasWritten) {
@@ -60,20 +60,20 @@ TEST_F(RequestBoundaryAnswer, PutsTheExceptionInThePlaceOfAllThatWasWritten) {
         m_out << std::string(2000, 'x');
         DAX_THROW(CUSBReadError(), "pulled" << errinfo_supportcode("U-7"));
     }));
-    EXPECT_EQ("CUSBReadError", m_exceptionName);
+    EXPECT_EQ(m_exceptionName, "CUSBReadError");
     const auto [supportCode, diagnostic, object] = decode<std::string, std::string, CUSBReadError>(m_out.str());
-    EXPECT_EQ("U-7", supportCode);
+    EXPECT_EQ(supportCode, "U-7");
     EXPECT_EQ(encode(supportCode, diagnostic, object), m_out.str());
 }
 
 TEST_F(RequestBoundaryAnswer, TakesWhateverIsThrown) {
     EXPECT_FALSE(answer([] { throw 7; }));
-    EXPECT_EQ("DAXUnknownException", m_exceptionName);
+    EXPECT_EQ(m_exceptionName, "DAXUnknownException");
 }
 
 TEST_F(RequestBoundaryAnswer, KeepsAnInterruptionForWhoCanEndTheThread) {
     EXPECT_FALSE(answer([] { throw boost::thread_interrupted(); }));
-    EXPECT_EQ("DAXUnknownException", m_exceptionName);
+    EXPECT_EQ(m_exceptionName, "DAXUnknownException");
     EXPECT_THROW(KeptInterruption::raise(), boost::thread_interrupted);
     EXPECT_NO_THROW(KeptInterruption::raise());
 }
@@ -95,8 +95,8 @@ TEST_F(RequestBoundaryAnswer, LetsOutWhatKeepsAnExceptionFromBeingWritten) {
         }
     };
     EXPECT_THROW(answer(failWithANestedException), OfAnotherKind);
-    EXPECT_EQ("half", m_out.str());
-    EXPECT_EQ("as before", m_exceptionName);
+    EXPECT_EQ(m_out.str(), "half");
+    EXPECT_EQ(m_exceptionName, "as before");
 }
 
 } // namespace

@@ -80,7 +80,7 @@ TYPED_TEST_SUITE(NamedException, AllNamed);
 TYPED_TEST(NamedException, LeavesUnderTheNameOfItsClass) {
     const Wrapped wrapped = wrapThrown(TypeParam() << errinfo_supportcode("S-1"));
     EXPECT_EQ(ownNameOf<TypeParam>(), wrapped.name);
-    EXPECT_EQ("S-1", wrapped.supportCode());
+    EXPECT_EQ(wrapped.supportCode(), "S-1");
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr(ownNameOf<TypeParam>()));
 }
 
@@ -90,19 +90,19 @@ TYPED_TEST(NamedException, ArrivesAsItsTypeWithCodeAndText) {
         unwrap(sent, "startSearching");
         FAIL() << "nothing was thrown";
     } catch (const TypeParam& caught) {
-        EXPECT_EQ("S-1", textOf<errinfo_supportcode>(caught));
-        EXPECT_EQ("Remote method 'startSearching' raised '" + ownNameOf<TypeParam>() + "' with {\nwhat happened\n}",
-                  textOf<errinfo_string>(caught));
+        EXPECT_EQ(textOf<errinfo_supportcode>(caught), "S-1");
+        EXPECT_EQ(textOf<errinfo_string>(caught),
+                  "Remote method 'startSearching' raised '" + ownNameOf<TypeParam>() + "' with {\nwhat happened\n}");
     }
 }
 
 TEST(StandardExceptionHandler, WritesCodeDiagnosticAndObject) {
     const Wrapped wrapped = wrapThrown(CUSBReadError() << errinfo_supportcode("U-7"));
-    EXPECT_EQ(golden("exceptions/CUSBReadError"), wrapped.archive);
+    EXPECT_EQ(wrapped.archive, golden("exceptions/CUSBReadError"));
 }
 
 TEST(StandardExceptionHandler, WritesAnEmptyCodeWhenThereIsNone) {
-    EXPECT_EQ(golden("exceptions/CUSBReadError.no-supportcode"), wrapThrown(CUSBReadError()).archive);
+    EXPECT_EQ(wrapThrown(CUSBReadError()).archive, golden("exceptions/CUSBReadError.no-supportcode"));
 }
 
 TEST(StandardExceptionHandler, ReadsTheArchiveOfAnException) {
@@ -111,9 +111,9 @@ TEST(StandardExceptionHandler, ReadsTheArchiveOfAnException) {
         unwrap(sent);
         FAIL() << "nothing was thrown";
     } catch (const CUSBReadError& caught) {
-        EXPECT_EQ("U-7", textOf<errinfo_supportcode>(caught));
-        EXPECT_EQ("Remote method 'getSearchResult' raised 'CUSBReadError' with {\n" + sent.diagnostic() + "\n}",
-                  textOf<errinfo_string>(caught));
+        EXPECT_EQ(textOf<errinfo_supportcode>(caught), "U-7");
+        EXPECT_EQ(textOf<errinfo_string>(caught),
+                  "Remote method 'getSearchResult' raised 'CUSBReadError' with {\n" + sent.diagnostic() + "\n}");
     }
 }
 
@@ -122,50 +122,50 @@ TEST(StandardExceptionHandler, AttachesNoCodeWhenTheArchiveHasNone) {
         unwrap({"CUSBReadError", golden("exceptions/CUSBReadError.no-supportcode")});
         FAIL() << "nothing was thrown";
     } catch (const CUSBReadError& caught) {
-        EXPECT_EQ("<no such text>", textOf<errinfo_supportcode>(caught));
+        EXPECT_EQ(textOf<errinfo_supportcode>(caught), "<no such text>");
     }
 }
 
 TEST(StandardExceptionHandler, SendsAnUnknownMethodAsUnknown) {
     const Wrapped wrapped = wrapThrown(UnknownMethodException());
-    EXPECT_EQ("DAXUnknownException", wrapped.name);
+    EXPECT_EQ(wrapped.name, "DAXUnknownException");
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr("DBUSWrapperExceptions::UnknownMethodException"));
 }
 
 TEST(StandardExceptionHandler, SendsARevokedSessionAsUnknown) {
     const Wrapped wrapped = wrapThrown(ServiceRevokedException() << errinfo_supportcode("R"));
-    EXPECT_EQ("DAXUnknownException", wrapped.name);
-    EXPECT_EQ("R", wrapped.supportCode());
+    EXPECT_EQ(wrapped.name, "DAXUnknownException");
+    EXPECT_EQ(wrapped.supportCode(), "R");
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr("UserInterestExceptions::ServiceRevokedException"));
 }
 
 TEST(StandardExceptionHandler, SendsAnUnreadableArchiveAsUnknown) {
     const Wrapped wrapped = wrap([] { decode<int>(""); });
-    EXPECT_EQ("DAXUnknownException", wrapped.name);
-    EXPECT_EQ("", wrapped.supportCode());
+    EXPECT_EQ(wrapped.name, "DAXUnknownException");
+    EXPECT_EQ(wrapped.supportCode(), "");
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr("input stream error"));
 }
 
 TEST(StandardExceptionHandler, SendsAStandardExceptionAsUnknown) {
     const Wrapped wrapped = wrap([] { throw std::runtime_error("no such thing"); });
-    EXPECT_EQ("DAXUnknownException", wrapped.name);
-    EXPECT_EQ("", wrapped.supportCode());
+    EXPECT_EQ(wrapped.name, "DAXUnknownException");
+    EXPECT_EQ(wrapped.supportCode(), "");
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr("no such thing"));
 }
 
 TEST(StandardExceptionHandler, SendsWhatIsNoExceptionClassAsUnknown) {
     const Wrapped wrapped = wrap([] { throw 7; });
-    EXPECT_EQ("DAXUnknownException", wrapped.name);
-    EXPECT_EQ("", wrapped.supportCode());
+    EXPECT_EQ(wrapped.name, "DAXUnknownException");
+    EXPECT_EQ(wrapped.supportCode(), "");
 }
 
 TEST(StandardExceptionHandler, JoinsTheCodesOfNestedExceptions) {
     const auto inner = boost::copy_exception(CWrongKeys() << errinfo_supportcode("B"));
     const Wrapped both =
         wrapThrown(CUpdateFailed() << errinfo_supportcode("A") << boost::errinfo_nested_exception(inner));
-    EXPECT_EQ("A-B", both.supportCode());
-    EXPECT_EQ("CUpdateFailed", both.name);
-    EXPECT_EQ("B", wrapThrown(CUpdateFailed() << boost::errinfo_nested_exception(inner)).supportCode());
+    EXPECT_EQ(both.supportCode(), "A-B");
+    EXPECT_EQ(both.name, "CUpdateFailed");
+    EXPECT_EQ(wrapThrown(CUpdateFailed() << boost::errinfo_nested_exception(inner)).supportCode(), "B");
 }
 
 struct OfAnotherKind {};
@@ -217,15 +217,15 @@ TEST(StandardExceptionHandler, SetsItsOwnThrowLocation) {
 TEST(StandardExceptionHandler, KeepsTypeCodeAndTextOnTheNextHop) {
     const Wrapped first{"CUSBReadError", exceptionArchive("U-7", "the stick was pulled")};
     const Wrapped second = wrap([&] { unwrap(first); });
-    EXPECT_EQ("CUSBReadError", second.name);
-    EXPECT_EQ("U-7", second.supportCode());
+    EXPECT_EQ(second.name, "CUSBReadError");
+    EXPECT_EQ(second.supportCode(), "U-7");
     EXPECT_THAT(second.diagnostic(), HasSubstr("raised 'CUSBReadError' with {\nthe stick was pulled\n}"));
 }
 
 TEST(StandardExceptionHandler, PassesAnUnknownExceptionOnUnderItsName) {
     const Wrapped first = wrap([] { throw std::runtime_error("no such thing"); });
     EXPECT_THROW(unwrap(first), DAXUnknownException);
-    EXPECT_EQ("DAXUnknownException", wrap([&] { unwrap(first); }).name);
+    EXPECT_EQ(wrap([&] { unwrap(first); }).name, "DAXUnknownException");
 }
 
 TEST(StandardExceptionHandlerDeathTest, DiesOfANameThatIsNotInTheTable) {
@@ -250,8 +250,8 @@ TEST(StandardExceptionHandler, LetsTheErrorOfAnUnwritableStreamOut) {
         EXPECT_THROW(StandardExceptionHandler::wrapException(boost::current_exception(), name, broken),
                      boost::archive::archive_exception);
     }
-    EXPECT_EQ("CWrongKeys", name);
-    EXPECT_EQ(1U, FakeKovan::messages("DBG").size());
+    EXPECT_EQ(name, "CWrongKeys");
+    EXPECT_EQ(FakeKovan::messages("DBG").size(), 1U);
 }
 
 } // namespace

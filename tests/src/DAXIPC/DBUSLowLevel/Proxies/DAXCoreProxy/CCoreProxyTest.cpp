@@ -59,10 +59,10 @@ TEST_F(CCoreProxyTest, IsMadeWithoutAMessageToTheCore) {
 TEST_F(CCoreProxyTest, HandsTheActivationTimeOutOnInMilliseconds) {
     bus.forgetEvents();
     createCore(7);
-    EXPECT_EQ("create Proxy-2" + CORE_OBJECT + "7000 none", bus.events().front());
+    EXPECT_EQ(bus.events().front(), "create Proxy-2" + CORE_OBJECT + "7000 none");
     bus.forgetEvents();
     createCore(4294968); // 1000 times this does not fit
-    EXPECT_EQ("create Proxy-3" + CORE_OBJECT + "704 none", bus.events().front());
+    EXPECT_EQ(bus.events().front(), "create Proxy-3" + CORE_OBJECT + "704 none");
 }
 
 // What is thrown carries its cause nested, and no text.
@@ -72,9 +72,9 @@ void expectErrorConnecting(const Call& call) {
         call();
         FAIL() << "nothing was thrown";
     } catch (const ErrorConnectingToCoreException& caught) {
-        EXPECT_EQ("<no such text>", textOf<Common::Utils::errinfo_stream_text>(caught));
+        EXPECT_EQ(textOf<Common::Utils::errinfo_stream_text>(caught), "<no such text>");
         const auto* const cause = boost::get_error_info<boost::errinfo_nested_exception>(caught);
-        ASSERT_NE(nullptr, cause);
+        ASSERT_NE(cause, nullptr);
         EXPECT_THROW(boost::rethrow_exception(*cause), Cause);
     }
 }
@@ -103,7 +103,7 @@ TEST_F(CCoreProxyTest, AsksForTheSupportedUpgradeTypes) {
 
 TEST_F(CCoreProxyTest, AsksForTheCurrentVersion) {
     m_wire.reply("getCurrentVersion", std::string("17.037.0"));
-    EXPECT_EQ("17.037.0", m_core->getCurrentVersion());
+    EXPECT_EQ(m_core->getCurrentVersion(), "17.037.0");
     m_wire.expectRequest("getCurrentVersion");
 }
 
@@ -118,8 +118,8 @@ TEST_F(CCoreProxyTest, GivesDefaultsForRepliesWithoutAResult) {
     bus.reply("getCurrentVersion");
     bus.reply("createTransaction");
     EXPECT_TRUE(m_core->getSupportedUpgradeTypes().empty());
-    EXPECT_EQ("", m_core->getCurrentVersion());
-    EXPECT_EQ(nullptr, createTransaction());
+    EXPECT_EQ(m_core->getCurrentVersion(), "");
+    EXPECT_EQ(createTransaction(), nullptr);
 }
 
 TEST_F(CCoreProxyTest, ThrowsWhatTheCoreThrows) {
@@ -131,7 +131,7 @@ TEST_F(CCoreProxyTest, CreatesATransactionOnAConnectionOfItsOwnThatSaysHello) {
     grantTransactions();
     m_wire.replyNothing("helloMessage");
     bus.forgetEvents();
-    EXPECT_NE(nullptr, createTransaction());
+    EXPECT_NE(createTransaction(), nullptr);
     EXPECT_THAT(bus.events(),
                 ElementsAre("create Proxy-2" + CORE_OBJECT + "10000 none", "call Proxy-1 createTransaction",
                             "init Proxy-2 :1.99", "call Proxy-2 helloMessage", "drop Proxy-2"));
@@ -143,15 +143,15 @@ TEST_F(CCoreProxyTest, KeepsTheConnectionAsLongAsTheTransaction) {
     grantTransactions();
     bus.reply("helloMessage");
     auto transaction = createTransaction();
-    EXPECT_EQ("call Proxy-2 helloMessage", bus.events().back());
+    EXPECT_EQ(bus.events().back(), "call Proxy-2 helloMessage");
     transaction.reset();
-    EXPECT_EQ("drop Proxy-2", bus.events().back());
+    EXPECT_EQ(bus.events().back(), "drop Proxy-2");
 }
 
 TEST_F(CCoreProxyTest, GivesNoTransactionWhenTheCoreRefuses) {
     bus.reply("createTransaction", encode(std::string()));
     bus.forgetEvents();
-    EXPECT_EQ(nullptr, createTransaction());
+    EXPECT_EQ(createTransaction(), nullptr);
     EXPECT_THAT(bus.events(), ElementsAre("create Proxy-2" + CORE_OBJECT + "10000 none",
                                           "call Proxy-1 createTransaction", "drop Proxy-2"));
     EXPECT_TRUE(FakeKovan::messages().empty());
@@ -165,10 +165,10 @@ TEST_F(CCoreProxyTest, CannotCreateATransactionWithoutABus) {
 TEST_F(CCoreProxyTest, GoesOnAfterAFailedTransaction) {
     bus.failNext("createTransaction", RemoteObjectNotAccessible());
     EXPECT_THROW(createTransaction(), RemoteObjectNotAccessible);
-    EXPECT_EQ("drop Proxy-2", bus.events().back());
+    EXPECT_EQ(bus.events().back(), "drop Proxy-2");
     grantTransactions();
     bus.reply("helloMessage");
-    EXPECT_NE(nullptr, createTransaction());
+    EXPECT_NE(createTransaction(), nullptr);
 }
 
 TEST_F(CCoreProxyTest, DoesNotRetryACreationThatTimedOut) {
@@ -200,7 +200,7 @@ TEST_F(CCoreProxyTest, RetriesAHelloWhoseActivationTimedOut) {
     bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
     bus.nextReply("helloMessage");
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_NE(nullptr, createTransaction());
+    EXPECT_NE(createTransaction(), nullptr);
     const auto passed = std::chrono::steady_clock::now() - start;
     EXPECT_GE(passed, std::chrono::seconds(2));
     EXPECT_LT(passed, std::chrono::seconds(3));
@@ -224,8 +224,8 @@ TEST_F(CCoreProxyTest, GivesUpAfterThreeHellosThatTimedOutAndThreeSeconds) {
     grantTransactions();
     bus.fail("helloMessage", RemoteObjectActivationTimedOut());
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(ATTEMPT_FAILED, (thrownText<Common::Utils::errinfo_stream_text, RemoteObjectNotAccessible>(
-                                  [&] { createTransaction(); })));
+    EXPECT_EQ((thrownText<Common::Utils::errinfo_stream_text, RemoteObjectNotAccessible>([&] { createTransaction(); })),
+              ATTEMPT_FAILED);
     const auto passed = std::chrono::steady_clock::now() - start;
     EXPECT_GE(passed, std::chrono::seconds(3));
     EXPECT_LT(passed, std::chrono::seconds(4));

@@ -37,7 +37,7 @@ TEST_F(CCoreTransactionProxyTest, StartsASearch) {
     m_transaction.startSearching("");
     m_wire.expectRequest("startSearching", std::string());
     m_transaction.startSearching("KV 65");
-    EXPECT_EQ("22 serialization::archive 18 5 KV 65", m_wire.bus.parameters("startSearching"));
+    EXPECT_EQ(m_wire.bus.parameters("startSearching"), "22 serialization::archive 18 5 KV 65");
 }
 
 TEST_F(CCoreTransactionProxyTest, StartsASearchForModels) {

@@ -54,7 +54,7 @@ TEST_F(CServiceManagerProxyTest, GetsASessionOnAConnectionOfItsOwnThatSaysHello)
     m_wire.reply("getService", SERVICE_NAME);
     m_wire.reply("helloMessage");
     bus.forgetEvents();
-    EXPECT_NE(nullptr, getService());
+    EXPECT_NE(getService(), nullptr);
     EXPECT_THAT(bus.events(), ElementsAre("create Proxy-2" + SERVICE_OBJECT, "call Proxy-1 getService",
                                           "init Proxy-2 " + SERVICE_NAME, "call Proxy-2 helloMessage", "drop Proxy-2"));
     m_wire.expectRequest("getService", 4, std::string("update app"), 2, std::string("Proxy-2"), std::string(":1.2"));
@@ -64,21 +64,21 @@ TEST_F(CServiceManagerProxyTest, GetsASessionOnAConnectionOfItsOwnThatSaysHello)
 TEST_F(CServiceManagerProxyTest, GetsNoSessionWhenTheServiceRefuses) {
     bus.reply("getService", encode(std::string()));
     bus.forgetEvents();
-    EXPECT_EQ(nullptr, getService());
+    EXPECT_EQ(getService(), nullptr);
     EXPECT_THAT(bus.events(),
                 ElementsAre("create Proxy-2" + SERVICE_OBJECT, "call Proxy-1 getService", "drop Proxy-2"));
 }
 
 TEST_F(CServiceManagerProxyTest, GetsNoSessionFromAReplyWithoutAResult) {
     bus.reply("getService");
-    EXPECT_EQ(nullptr, getService());
+    EXPECT_EQ(getService(), nullptr);
 }
 
 TEST_F(CServiceManagerProxyTest, LetsTheFailureOfAHelloOutAndDropsTheConnection) {
     m_wire.reply("getService", SERVICE_NAME);
     bus.fail("helloMessage", RemoteObjectNotAccessible());
     EXPECT_THROW(getService(), RemoteObjectNotAccessible);
-    EXPECT_EQ("drop Proxy-2", bus.events().back());
+    EXPECT_EQ(bus.events().back(), "drop Proxy-2");
 }
 
 TEST_F(CServiceManagerProxyTest, CannotGetASessionWithoutABus) {
@@ -92,11 +92,11 @@ TEST_F(CServiceManagerProxyTest, AsksForTheOwnerWithoutABody) {
     std::string name;
     auto type = ServiceTransactionType(0);
     EXPECT_TRUE(m_manager->getServiceOwner(priority, name, type));
-    EXPECT_EQ(-3, static_cast<int>(priority));
-    EXPECT_EQ("update app", name);
-    EXPECT_EQ(2, static_cast<int>(type));
-    EXPECT_EQ(golden("service/getServiceOwner.request"), bus.parameters("getServiceOwner"));
-    EXPECT_EQ("", bus.parameters("getServiceOwner"));
+    EXPECT_EQ(static_cast<int>(priority), -3);
+    EXPECT_EQ(name, "update app");
+    EXPECT_EQ(static_cast<int>(type), 2);
+    EXPECT_EQ(bus.parameters("getServiceOwner"), golden("service/getServiceOwner.request"));
+    EXPECT_EQ(bus.parameters("getServiceOwner"), "");
 }
 
 TEST_F(CServiceManagerProxyTest, LeavesTheArgumentsUntouchedWhenThereIsNoOwner) {
@@ -106,9 +106,9 @@ TEST_F(CServiceManagerProxyTest, LeavesTheArgumentsUntouchedWhenThereIsNoOwner) 
     for (const std::string& reply : {encode(false, 1, std::string("x"), 1), std::string()}) {
         bus.reply("getServiceOwner", reply);
         EXPECT_FALSE(m_manager->getServiceOwner(priority, name, type));
-        EXPECT_EQ(9, static_cast<int>(priority));
-        EXPECT_EQ("unchanged", name);
-        EXPECT_EQ(8, static_cast<int>(type));
+        EXPECT_EQ(static_cast<int>(priority), 9);
+        EXPECT_EQ(name, "unchanged");
+        EXPECT_EQ(static_cast<int>(type), 8);
     }
 }
 
@@ -139,13 +139,13 @@ TEST_F(CServiceManagerProxyTest, AsksForTheDateOfTheLastSearch) {
 
 TEST_F(CServiceManagerProxyTest, AsksForTheCurrentVersion) {
     m_wire.reply("getCurrentVersion", std::string("17.037.0"));
-    EXPECT_EQ("17.037.0", m_manager->getCurrentVersion());
+    EXPECT_EQ(m_manager->getCurrentVersion(), "17.037.0");
     m_wire.expectRequest("getCurrentVersion");
 }
 
 TEST_F(CServiceManagerProxyTest, AcquiresAnExternalLock) {
     m_wire.reply("acquireExternalLock", 1U);
-    EXPECT_EQ(1U, m_manager->acquireExternalLock("nine char", ServiceClientPriority(2)));
+    EXPECT_EQ(m_manager->acquireExternalLock("nine char", ServiceClientPriority(2)), 1U);
     m_wire.expectRequest("acquireExternalLock", std::string("nine char"), 2);
 }
 
@@ -171,7 +171,7 @@ TEST_F(CServiceManagerProxyTest, StaysUsableAfterAFailure) {
     bus.failNext("getCurrentVersion", RemoteObjectNotAccessible());
     EXPECT_THROW(m_manager->getCurrentVersion(), RemoteObjectNotAccessible);
     m_wire.reply("getCurrentVersion", std::string("17.037.0"));
-    EXPECT_EQ("17.037.0", m_manager->getCurrentVersion());
+    EXPECT_EQ(m_manager->getCurrentVersion(), "17.037.0");
 }
 
 } // namespace

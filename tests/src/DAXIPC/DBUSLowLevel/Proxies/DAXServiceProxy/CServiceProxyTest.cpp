@@ -28,7 +28,7 @@ protected:
 
 TEST_F(CServiceProxyTest, AsksForThePriorityThatComesByItsBits) {
     m_wire.reply("getClientPriority", 4294967293U);
-    EXPECT_EQ(-3, static_cast<int>(m_session.getClientPriority()));
+    EXPECT_EQ(static_cast<int>(m_session.getClientPriority()), -3);
     m_wire.expectRequest("getClientPriority");
 }
 
@@ -36,7 +36,7 @@ TEST_F(CServiceProxyTest, StartsATransactionOnAConnectionOfItsOwnThatSaysHello) 
     m_wire.reply("startNewTransaction", SERVICE_NAME);
     m_wire.reply("helloMessage");
     bus.forgetEvents();
-    EXPECT_NE(nullptr, m_session.startNewTransaction(DAXCommon::USB));
+    EXPECT_NE(m_session.startNewTransaction(DAXCommon::USB), nullptr);
     EXPECT_THAT(bus.events(), ElementsAre("create Proxy-2" + SERVICE_OBJECT, "call Proxy-1 startNewTransaction",
                                           "init Proxy-2 " + SERVICE_NAME, "call Proxy-2 helloMessage", "drop Proxy-2"));
     m_wire.expectRequest("startNewTransaction", 3, std::string("Proxy-2"), std::string(":1.2"));
@@ -46,7 +46,7 @@ TEST_F(CServiceProxyTest, StartsATransactionOnAConnectionOfItsOwnThatSaysHello) 
 TEST_F(CServiceProxyTest, StartsNoTransactionWhenTheServiceRefuses) {
     for (const std::string& refusal : {encode(std::string()), std::string()}) {
         bus.reply("startNewTransaction", refusal);
-        EXPECT_EQ(nullptr, m_session.startNewTransaction(DAXCommon::USB));
+        EXPECT_EQ(m_session.startNewTransaction(DAXCommon::USB), nullptr);
         EXPECT_THAT(bus.events().back(), testing::StartsWith("drop Proxy-"));
     }
 }
