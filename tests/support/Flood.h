@@ -1,19 +1,13 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <string>
 #include <thread>
 
-#include "support/Prompt.h"
 #include "support/RawPeer.h"
 #include "support/WaitUntil.h"
 
 namespace DAX::Tests {
-
-// PROMPT for the call behind the great signals. A busy machine needs longer than a second to copy them four times; an
-// idle one does it in a quarter of that.
-constexpr std::chrono::seconds PROMPT_BEHIND_GREAT_SIGNALS = 5 * PROMPT;
 
 // A signal to one connection, with `size` bytes.
 inline RawMessage signalTo(const std::string& destination, std::size_t size = 0) {

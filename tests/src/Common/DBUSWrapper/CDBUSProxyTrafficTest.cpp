@@ -15,6 +15,7 @@
 #include "LibraryFaults.h"
 #include "ProxyFixture.h"
 #include "support/Flood.h"
+#include "support/Prompt.h"
 #include "support/WaitUntil.h"
 
 namespace DAX::Tests {
@@ -137,7 +138,8 @@ TEST_F(CDBUSProxyTrafficTest, ACallIsNotHeldUpByABacklogOfGreatSignals) {
     const auto proxy = createImpatientProxy();
     RawPeer other;
     sendGreatSignals(other, proxy->getDBUSDebugConnectionId());
-    EXPECT_LT(timeOfCall(*proxy), PROMPT_BEHIND_GREAT_SIGNALS);
+    // A machine that is busy with other tests copies 134 MB four times before it answers this one.
+    EXPECT_LT(timeOfCall(*proxy), 5 * PROMPT);
     EXPECT_LT(timeOfCall(*proxy), PROMPT);
 }
 
