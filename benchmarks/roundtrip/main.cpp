@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "clients_common/CommandLine.h"
 #include "roundtrip/BareServer.h"
 #include "roundtrip/Measurement.h"
 #include "support/PrivateBus.h"
@@ -126,13 +126,15 @@ int main(int argc, char** argv) {
     Plan plan;
     std::string server = besideThis("DAXService");
     bool bare = false;
-    CLI::App options("Measures DAXService against a bare libdbus server.");
-    options.add_option("--server", server, "the program that serves the service manager")->capture_default_str();
-    options.add_option("--calls", plan.calls, "round trips, those of the warm-up included")->capture_default_str();
-    options.add_option("--activations", plan.activations, "cold starts")->capture_default_str();
-    options.add_option("--clients", plan.otherClients, "other clients connected")->capture_default_str();
-    options.add_flag("--bare", bare, "be the bare server");
-    CLI11_PARSE(options, argc, argv);
+    clients_common::Program options("benchmark_roundtrip", "Measures DAXService against a bare libdbus server.");
+    options.add("--server", server, "the program that serves the service manager").showsDefault();
+    options.add("--calls", plan.calls, "round trips, those of the warm-up included").showsDefault();
+    options.add("--activations", plan.activations, "cold starts").showsDefault();
+    options.add("--clients", plan.otherClients, "other clients connected").showsDefault();
+    options.addFlag("--bare", bare, "be the bare server");
+    if (const auto ended = options.parse(argc, argv)) {
+        return *ended;
+    }
     if (bare) {
         return runBareServer(BARE.connectionName, BARE.objectPath);
     }

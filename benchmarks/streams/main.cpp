@@ -9,12 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Common/IO/ChecksumedSink.h"
 #include "Common/IO/ChecksumedStream.h"
 #include "Common/IO/FileSink.h"
 #include "Common/IO/FileStream.h"
+#include "clients_common/CommandLine.h"
 #include "streams/Plain.h"
 #include "support/AllocationMeter.h"
 
@@ -130,10 +129,12 @@ void run(std::size_t mebibytes, int rounds) {
 int main(int argc, char** argv) {
     std::size_t mebibytes = 64;
     int rounds = 15;
-    CLI::App app("Checksummed files against plain ones", "benchmark_streams");
-    app.add_option("--mebibytes", mebibytes, "The size of the file")->check(CLI::PositiveNumber)->capture_default_str();
-    app.add_option("--rounds", rounds, "How often each is measured")->check(CLI::PositiveNumber)->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    clients_common::Program program("benchmark_streams", "Checksummed files against plain ones");
+    program.add("--mebibytes", mebibytes, "The size of the file").positive().showsDefault();
+    program.add("--rounds", rounds, "How often each is measured").positive().showsDefault();
+    if (const auto ended = program.parse(argc, argv)) {
+        return *ended;
+    }
     try {
         run(mebibytes, rounds);
         return 0;

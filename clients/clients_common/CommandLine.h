@@ -1,13 +1,22 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
+// A program's command line: its commands, groups of commands and options. The library that parses it stays behind this
+// header, since its own costs a compiler some 15 s in each source.
 namespace clients_common {
 
 // What a command throws when it cannot do what it was asked for: ends the program with EXIT_REFUSED.
@@ -22,26 +31,108 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// What the words on the command line chose.
-struct CommandLine {
-    bool json = false;
-    std::function<int()> chosen; // does it and returns the exit status
+// An option or a positional argument of a command, for as long as the command lives.
+class Option {
+public:
+    explicit Option(CLI::Option& option) : m_option(&option) {}
+
+    Option& required();
+    // Shows the variable's value of now as the default in the help.
+    Option& showsDefault();
+    Option& within(int least, int most);
+    Option& positive();
+    Option& oneOf(const std::vector<std::string>& words);
+    Option& existingFile();
+    // `reasonAgainst` returns what is wrong with the text, or nothing.
+    Option& check(const std::function<std::string(const std::string&)>& reasonAgainst);
+
+private:
+    CLI::Option* m_option;
 };
 
-// --json, which the program, its groups and its commands all take. `line` outlives `app`.
-void addJsonFlag(CLI::App& app, CommandLine& line);
+// What the words on the command line chose.
+struct Choice {
+    bool json = false;
+    std::function<int(bool json)> action; // returns the exit status
+};
 
-// Adds a command, with --json; `action` becomes `line.chosen` when it is chosen. `line` outlives `parent`.
-CLI::App& addCommand(CLI::App& parent, CommandLine& line, const std::string& name, const std::string& description,
-                     const std::function<int()>& action);
+// A command, a group of commands or the program itself. It writes each option that is given into a variable of the
+// caller's, which outlives the parsing. A name is "--long" for an option and "UPPER" for a positional argument.
+class Command {
+public:
+    Command(CLI::App& app, Choice& choice) : m_app(&app), m_choice(&choice) {}
 
-// Adds a group of commands, with --json, one of which must be named.
-CLI::App& addGroup(CLI::App& parent, CommandLine& line, const std::string& name, const std::string& description);
+    Option add(const std::string& name, std::string& value, const std::string& description = "");
+    Option add(const std::string& name, std::optional<std::string>& value, const std::string& description = "");
+    Option add(const std::string& name, int& value, const std::string& description = "");
+    Option add(const std::string& name, std::optional<int>& value, const std::string& description = "");
+    Option add(const std::string& name, unsigned int& value, const std::string& description = "");
+    Option add(const std::string& name, std::size_t& value, const std::string& description = "");
+    // Every text that is given.
+    Option add(const std::string& name, std::vector<std::string>& value, const std::string& description = "");
+    Option add(const std::string& name, std::set<std::string>& value, const std::string& description = "");
+    // A name that begins with "!" stands for false.
+    Option addFlag(const std::string& name, bool& value, const std::string& description);
+    // One of the names, in letters of any case, or its number. The help shows `defaultName`.
+    template <class Enum>
+    Option addNamed(const std::string& name, Enum& value, const std::map<std::string, Enum>& byName,
+                    const std::string& defaultName, const std::string& description) {
+        std::map<std::string, int> numbers;
+        for (const auto& [text, number] : byName) {
+            numbers[text] = static_cast<int>(number);
+        }
+        return addNumbered(name, numbers, defaultName, description,
+                           [&value](int number) { value = static_cast<Enum>(number); });
+    }
+    // What the help ends with.
+    void footer(const std::string& text);
 
-// Parses the arguments, runs what they chose and returns the program's exit status: that of the command, EXIT_DONE
-// after help, EXIT_USAGE after a wrong command line or WrongUsage, EXIT_REFUSED after any other exception. The
-// exception's text goes to standard error behind the program's name, and with --json into a document {"error": text} as
-// well.
-int run(CLI::App& app, CommandLine& line, int argc, const char* const* argv);
+    // Adds a command, with --json. `action` is what the program does when the command is chosen.
+    Command addCommand(const std::string& name, const std::string& description,
+                       const std::function<int(bool json)>& action);
+    // Adds a group of commands, with --json, one of which must be named.
+    Command addGroup(const std::string& name, const std::string& description);
+
+protected:
+    void requireCommand();
+
+private:
+    Option addNumbered(const std::string& name, const std::map<std::string, int>& byName,
+                       const std::string& defaultName, const std::string& description,
+                       const std::function<void(int)>& set);
+
+    CLI::App* m_app;
+    Choice* m_choice;
+};
+
+// The program itself. Its options come from its own command line alone.
+class Program : public Command {
+public:
+    Program(const std::string& name, const std::string& description);
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    // From now on one command must be named, and --json is known.
+    using Command::requireCommand;
+
+    // Parses the arguments. Returns nothing when the program is to go on. Otherwise the status with which it is to end:
+    // EXIT_DONE after help, EXIT_USAGE after a wrong command line, told on standard error.
+    std::optional<int> parse(int argc, const char* const* argv);
+
+    // Parses the arguments, runs the command that they chose and returns the program's exit status: that of the
+    // command, EXIT_USAGE after WrongUsage, EXIT_REFUSED after any other exception, or what parse() returned. The
+    // exception's text goes to standard error behind the program's name, and with --json into a document
+    // {"error": text} as well.
+    int run(int argc, const char* const* argv);
+
+private:
+    struct Parser;
+
+    explicit Program(std::unique_ptr<Parser> parser);
+    int reportFailure(const std::string& text, int status) const;
+
+    const std::unique_ptr<Parser> m_parser;
+};
 
 } // namespace clients_common

@@ -4,11 +4,11 @@
 
 namespace daxctl {
 
-// Each adds one command, or one group of them, to `app`; a command that is chosen becomes `line.chosen`.
-void addStatusCommand(CLI::App& app, clients_common::CommandLine& line);
-void addUpgradeCommand(CLI::App& app, clients_common::CommandLine& line);
-void addSearchCommand(CLI::App& app, clients_common::CommandLine& line);
-void addLockCommands(CLI::App& app, clients_common::CommandLine& line);
-void addFactoryResetCommand(CLI::App& app, clients_common::CommandLine& line);
+// Each adds one command, or one group of them, to the program.
+void addStatusCommand(clients_common::Command& program);
+void addUpgradeCommand(clients_common::Command& program);
+void addSearchCommand(clients_common::Command& program);
+void addLockCommands(clients_common::Command& program);
+void addFactoryResetCommand(clients_common::Command& program);
 
 } // namespace daxctl

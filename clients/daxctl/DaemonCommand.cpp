@@ -10,21 +10,21 @@
 
 namespace daxctl {
 
-CLI::App& addDaemonCommand(CLI::App& parent, clients_common::CommandLine& line, const std::string& name,
-                           const std::string& description, const std::function<int()>& action) {
-    const auto reporting = [&line, action]() -> int {
+clients_common::Command addDaemonCommand(clients_common::Command& parent, const std::string& name,
+                                         const std::string& description, const std::function<int(bool json)>& action) {
+    const auto reporting = [action](bool json) -> int {
         try {
-            return action();
+            return action(json);
         } catch (const boost::exception&) {
             const Failure failure = describeCurrentException();
             std::fprintf(stderr, "daxctl: %s\n", failure.toString().c_str());
-            if (line.json) {
+            if (json) {
                 clients_common::printJson({{"error", failure.toJson()}});
             }
             return clients_common::EXIT_REFUSED;
         }
     };
-    return clients_common::addCommand(parent, line, name, description, reporting);
+    return parent.addCommand(name, description, reporting);
 }
 
 } // namespace daxctl

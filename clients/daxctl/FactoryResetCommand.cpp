@@ -8,10 +8,10 @@
 
 namespace daxctl {
 
-void addFactoryResetCommand(CLI::App& app, clients_common::CommandLine& line) {
-    addDaemonCommand(app, line, "factory-reset", "Have the core schedule a factory reset", [&line]() -> int {
+void addFactoryResetCommand(clients_common::Command& program) {
+    addDaemonCommand(program, "factory-reset", "Have the core schedule a factory reset", [](bool json) -> int {
         connectToDaemon()->scheduleFactoryReset();
-        if (line.json) {
+        if (json) {
             clients_common::printJson({{"outcome", "scheduled"}});
         } else {
             std::fprintf(stderr, "A factory reset has been scheduled.\n");

@@ -1,8 +1,6 @@
 #include <cstdio>
 #include <memory>
 
-#include <CLI/CLI.hpp>
-
 #include "DAXCommon/UserInterestExceptions.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
@@ -73,30 +71,29 @@ int hold(const Request& request, const std::vector<std::string>& commandLine, bo
 
 } // namespace
 
-void addLockCommands(CLI::App& app, clients_common::CommandLine& line) {
-    auto& group = clients_common::addGroup(app, line, "lock", "External locks, which hold upgrades back");
+void addLockCommands(clients_common::Command& program) {
+    auto group = program.addGroup("lock", "External locks, which hold upgrades back");
     const auto request = std::make_shared<Request>();
 
-    addRequestOptions(
-        addDaemonCommand(group, line, "acquire",
-                         "Acquire a lock and print its number; it stays until it is released or the daemon ends",
-                         [request, &line] { return acquire(*request, line.json); }),
-        *request);
+    auto acquireCommand = addDaemonCommand(
+        group, "acquire", "Acquire a lock and print its number; it stays until it is released or the daemon ends",
+        [request](bool json) { return acquire(*request, json); });
+    addRequestOptions(acquireCommand, *request);
 
     const auto id = std::make_shared<ExternalLockId>(0);
-    auto& releaseCommand = addDaemonCommand(group, line, "release", "Release a lock",
-                                            [request, id, &line] { return release(*request, *id, line.json); });
+    auto releaseCommand = addDaemonCommand(group, "release", "Release a lock",
+                                           [request, id](bool json) { return release(*request, *id, json); });
     addRequestOptions(releaseCommand, *request);
-    releaseCommand.add_option("ID", *id, "The lock's number")->required();
+    releaseCommand.add("ID", *id, "The lock's number").required();
 
     const auto commandLine = std::make_shared<std::vector<std::string>>();
-    auto& holdCommand = addDaemonCommand(
-        group, line, "hold",
+    auto holdCommand = addDaemonCommand(
+        group, "hold",
         "Hold a lock while COMMAND runs and release it however that ends; the exit status is COMMAND's, or 1 when the "
         "lock was lost meanwhile. Ctrl-C ends COMMAND, the same signal once more kills it",
-        [request, commandLine, &line] { return hold(*request, *commandLine, line.json); });
+        [request, commandLine](bool json) { return hold(*request, *commandLine, json); });
     addRequestOptions(holdCommand, *request);
-    holdCommand.add_option("COMMAND", *commandLine, "What to run, behind --")->required();
+    holdCommand.add("COMMAND", *commandLine, "What to run, behind --").required();
 }
 
 } // namespace daxctl

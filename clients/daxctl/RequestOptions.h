@@ -1,17 +1,15 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
+#include "clients_common/CommandLine.h"
 #include "daxctl/Session.h"
 
 namespace daxctl {
 
 // --name and --priority: who asks.
-inline void addRequestOptions(CLI::App& command, Request& request) {
-    command.add_option("--name", request.clientName, "The name under which the service is asked for")
-        ->capture_default_str();
-    command.add_option("--priority", request.priority, "The rank of this client; a higher one takes the service over")
-        ->capture_default_str();
+inline void addRequestOptions(clients_common::Command& command, Request& request) {
+    command.add("--name", request.clientName, "The name under which the service is asked for").showsDefault();
+    command.add("--priority", request.priority, "The rank of this client; a higher one takes the service over")
+        .showsDefault();
 }
 
 } // namespace daxctl

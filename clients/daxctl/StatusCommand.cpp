@@ -91,10 +91,10 @@ int runStatus(bool json) {
 
 } // namespace
 
-void addStatusCommand(CLI::App& app, clients_common::CommandLine& line) {
-    addDaemonCommand(app, line, "status",
+void addStatusCommand(clients_common::Command& program) {
+    addDaemonCommand(program, "status",
                      "Who holds the service, the device's version, what can be upgraded, the last search, what blocks",
-                     [&line] { return runStatus(line.json); });
+                     runStatus);
 }
 
 } // namespace daxctl

@@ -1,8 +1,6 @@
 #include <cstdio>
 #include <memory>
 
-#include <CLI/CLI.hpp>
-
 #include "DAXCommon/UpgradeType.h"
 #include "DAXCommon/UpgradeTypeNames.h"
 #include "clients_common/ExitStatus.h"
@@ -16,16 +14,15 @@ namespace daxctl {
 
 namespace {
 
-void addPlanOptions(CLI::App& command, UpgradePlan& plan) {
+void addPlanOptions(clients_common::Command& command, UpgradePlan& plan) {
     addRequestOptions(command, plan.request);
     command
-        .add_option("--transaction-type", plan.request.transactionType,
-                    "For what purpose the session is wanted; a search of type 2 records its date")
-        ->capture_default_str();
-    command.add_option("--type", plan.upgradeType, "Where the upgrade comes from")
-        ->transform(CLI::CheckedTransformer(DAX::DAXCommon::upgradeTypesByName(), CLI::ignore_case))
-        ->default_str("OTN");
-    command.add_option("--search-parameter", plan.searchParameter, "Handed to the core as it stands");
+        .add("--transaction-type", plan.request.transactionType,
+             "For what purpose the session is wanted; a search of type 2 records its date")
+        .showsDefault();
+    command.addNamed("--type", plan.upgradeType, DAX::DAXCommon::upgradeTypesByName(), "OTN",
+                     "Where the upgrade comes from");
+    command.add("--search-parameter", plan.searchParameter, "Handed to the core as it stands");
 }
 
 int printFound(const nlohmann::ordered_json& found) {
@@ -50,22 +47,22 @@ int runPlan(const UpgradePlan& plan, bool json) {
 
 } // namespace
 
-void addUpgradeCommand(CLI::App& app, clients_common::CommandLine& line) {
+void addUpgradeCommand(clients_common::Command& program) {
     const auto plan = std::make_shared<UpgradePlan>();
-    auto& command = addDaemonCommand(app, line, "upgrade", "Run a whole upgrade: search, installation, finalization",
-                                     [plan, &line] { return runPlan(*plan, line.json); });
+    auto command = addDaemonCommand(program, "upgrade", "Run a whole upgrade: search, installation, finalization",
+                                    [plan](bool json) { return runPlan(*plan, json); });
     addPlanOptions(command, *plan);
-    command.add_option("--item", plan->items, "What to install; may be given several times; without it, everything");
-    command.add_flag("!--no-finalize", plan->finalize, "Stop after the installation");
-    command.add_flag("--finalization-flag", plan->finalizationFlag, "Handed to the core with the finalization");
+    command.add("--item", plan->items, "What to install; may be given several times; without it, everything");
+    command.addFlag("!--no-finalize", plan->finalize, "Stop after the installation");
+    command.addFlag("--finalization-flag", plan->finalizationFlag, "Handed to the core with the finalization");
 }
 
-void addSearchCommand(CLI::App& app, clients_common::CommandLine& line) {
+void addSearchCommand(clients_common::Command& program) {
     const auto plan = std::make_shared<UpgradePlan>();
     plan->searchOnly = true;
-    addPlanOptions(addDaemonCommand(app, line, "search", "Look for an upgrade and tell what was found",
-                                    [plan, &line] { return runPlan(*plan, line.json); }),
-                   *plan);
+    auto command = addDaemonCommand(program, "search", "Look for an upgrade and tell what was found",
+                                    [plan](bool json) { return runPlan(*plan, json); });
+    addPlanOptions(command, *plan);
 }
 
 } // namespace daxctl

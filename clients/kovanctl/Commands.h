@@ -4,11 +4,11 @@
 
 namespace kovanctl {
 
-// Each adds its commands to `app`; a command that is chosen becomes `line.chosen`.
-void addSettingCommands(CLI::App& app, clients_common::CommandLine& line);
-void addPowerCommands(CLI::App& app, clients_common::CommandLine& line);
-void addInfoCommands(CLI::App& app, clients_common::CommandLine& line);
-void addDeviceCommands(CLI::App& app, clients_common::CommandLine& line);
-void addUsbCommands(CLI::App& app, clients_common::CommandLine& line);
+// Each adds its commands to the program.
+void addSettingCommands(clients_common::Command& program);
+void addPowerCommands(clients_common::Command& program);
+void addInfoCommands(clients_common::Command& program);
+void addDeviceCommands(clients_common::Command& program);
+void addUsbCommands(clients_common::Command& program);
 
 } // namespace kovanctl

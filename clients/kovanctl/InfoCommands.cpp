@@ -4,8 +4,6 @@
 #include <memory>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/DeviceFile.h"
@@ -16,7 +14,7 @@ namespace kovanctl {
 
 namespace {
 
-using clients_common::CommandLine;
+using clients_common::Command;
 using clients_common::EXIT_DONE;
 using KovanHost::DeviceFact;
 using KovanHost::KeyFile;
@@ -196,36 +194,33 @@ int init(bool force, bool json) {
 
 } // namespace
 
-void addInfoCommands(CLI::App& app, CommandLine& line) {
+void addInfoCommands(Command& program) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App& group = clients_common::addGroup(app, line, "info", "The device's facts");
+    Command group = program.addGroup("info", "The device's facts");
 
-    CLI::App& getCommand = clients_common::addCommand(group, line, "get", "Print what holds for a fact",
-                                                      [=, &line] { return get(arguments->key, line.json); });
-    getCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+    Command getCommand =
+        group.addCommand("get", "Print what holds for a fact", [=](bool json) { return get(arguments->key, json); });
+    getCommand.add("KEY", arguments->key, KEY_HELP).required();
 
-    CLI::App& setCommand =
-        clients_common::addCommand(group, line, "set", "Write a fact into the device file; all other lines stay",
-                                   [=, &line] { return set(*arguments, line.json); });
-    setCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
-    setCommand
-        .add_option("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
-        ->required();
+    Command setCommand = group.addCommand("set", "Write a fact into the device file; all other lines stay",
+                                          [=](bool json) { return set(*arguments, json); });
+    setCommand.add("KEY", arguments->key, KEY_HELP).required();
+    setCommand.add("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
+        .required();
 
-    CLI::App& listCommand = clients_common::addCommand(
-        group, line, "list", "Print all facts, one a line: the key, the type and the value, as JSON writes it",
-        [=, &line] { return list(arguments->prefix, line.json); });
-    listCommand.add_option("PREFIX", arguments->prefix, "Only those whose keys begin with it");
+    Command listCommand =
+        group.addCommand("list", "Print all facts, one a line: the key, the type and the value, as JSON writes it",
+                         [=](bool json) { return list(arguments->prefix, json); });
+    listCommand.add("PREFIX", arguments->prefix, "Only those whose keys begin with it");
 }
 
-void addDeviceCommands(CLI::App& app, CommandLine& line) {
+void addDeviceCommands(Command& program) {
     const auto force = std::make_shared<bool>(false);
-    CLI::App& group = clients_common::addGroup(app, line, "device", "The device file, etc/kovan/device.ini");
+    Command group = program.addGroup("device", "The device file, etc/kovan/device.ini");
 
-    CLI::App& initCommand =
-        clients_common::addCommand(group, line, "init", "Write one that says all the defaults, with comments",
-                                   [=, &line] { return init(*force, line.json); });
-    initCommand.add_flag("--force", *force, "Write it over one that exists");
+    Command initCommand = group.addCommand("init", "Write one that says all the defaults, with comments",
+                                           [=](bool json) { return init(*force, json); });
+    initCommand.addFlag("--force", *force, "Write it over one that exists");
 }
 
 } // namespace kovanctl

@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 
-#include <CLI/CLI.hpp>
 #include <device_power.h>
 
 #include "clients_common/ExitStatus.h"
@@ -16,7 +15,7 @@ namespace kovanctl {
 
 namespace {
 
-using clients_common::CommandLine;
+using clients_common::Command;
 using clients_common::EXIT_DONE;
 using KovanHost::Power;
 using KovanHost::PowerRecord;
@@ -85,28 +84,23 @@ int show(bool json) {
 
 } // namespace
 
-void addPowerCommands(CLI::App& app, CommandLine& line) {
+void addPowerCommands(Command& program) {
     const auto arguments = std::make_shared<Arguments>();
 
-    clients_common::addCommand(app, line, "power",
-                               "Print the power state, the wake-up reason, and the requests to restart or power off",
-                               [&line] { return show(line.json); });
+    program.addCommand("power", "Print the power state, the wake-up reason, and the requests to restart or power off",
+                       [](bool json) { return show(json); });
 
-    CLI::App& mode = clients_common::addCommand(app, line, "power-mode", "Change the power state, and announce it",
-                                                [=, &line] { return changeState(arguments->mode, line.json); });
-    mode.add_option("N", arguments->mode, "0 normal, 1 standby, 2 suspend, 3 power off, 4 restart")
-        ->required()
-        ->check(CLI::Range(0, 4));
+    Command mode = program.addCommand("power-mode", "Change the power state, and announce it",
+                                      [=](bool json) { return changeState(arguments->mode, json); });
+    mode.add("N", arguments->mode, "0 normal, 1 standby, 2 suspend, 3 power off, 4 restart").required().within(0, 4);
 
-    CLI::App& powerOff =
-        clients_common::addCommand(app, line, "power-off-signal", "Announce that the device powers off",
-                                   [=, &line] { return announcePowerOff(arguments->number, line.json); });
-    powerOff.add_option("N", arguments->number, "The number that is announced")->required();
+    Command powerOff = program.addCommand("power-off-signal", "Announce that the device powers off",
+                                          [=](bool json) { return announcePowerOff(arguments->number, json); });
+    powerOff.add("N", arguments->number, "The number that is announced").required();
 
-    CLI::App& wakeUpCommand = clients_common::addCommand(app, line, "wake-up", "Announce that the device woke up",
-                                                         [=, &line] { return wakeUp(arguments->reason, line.json); });
-    wakeUpCommand.add_option("--reason", arguments->reason, "Store this wake-up reason first")
-        ->check(CLI::Range(0, INT_MAX));
+    Command wakeUpCommand = program.addCommand("wake-up", "Announce that the device woke up",
+                                               [=](bool json) { return wakeUp(arguments->reason, json); });
+    wakeUpCommand.add("--reason", arguments->reason, "Store this wake-up reason first").within(0, INT_MAX);
 }
 
 } // namespace kovanctl

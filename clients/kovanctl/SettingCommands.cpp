@@ -1,8 +1,6 @@
 #include <iostream>
 #include <memory>
 
-#include <CLI/CLI.hpp>
-
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/Settings.h"
@@ -13,7 +11,7 @@ namespace kovanctl {
 
 namespace {
 
-using clients_common::CommandLine;
+using clients_common::Command;
 using clients_common::EXIT_DONE;
 using KovanHost::SettingsValue;
 using Json = nlohmann::ordered_json;
@@ -89,33 +87,31 @@ int list(const std::string& prefix, bool json) {
 
 } // namespace
 
-void addSettingCommands(CLI::App& app, CommandLine& line) {
+void addSettingCommands(Command& program) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App& group = clients_common::addGroup(app, line, "setting", "The device's settings store");
+    Command group = program.addGroup("setting", "The device's settings store");
 
-    CLI::App& getCommand = clients_common::addCommand(group, line, "get", "Print the value of a setting",
-                                                      [=, &line] { return get(arguments->key, line.json); });
-    getCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+    Command getCommand =
+        group.addCommand("get", "Print the value of a setting", [=](bool json) { return get(arguments->key, json); });
+    getCommand.add("KEY", arguments->key, KEY_HELP).required();
 
-    CLI::App& setCommand =
-        clients_common::addCommand(group, line, "set", "Write a setting; a new type takes the place of an old one",
-                                   [=, &line] { return set(*arguments, line.json); });
-    setCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
-    setCommand.add_option("TYPE", arguments->type, "bool, int, double or string")
-        ->required()
-        ->check(CLI::IsMember({"bool", "int", "double", "string"}));
-    setCommand
-        .add_option("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
-        ->required();
+    Command setCommand = group.addCommand("set", "Write a setting; a new type takes the place of an old one",
+                                          [=](bool json) { return set(*arguments, json); });
+    setCommand.add("KEY", arguments->key, KEY_HELP).required();
+    setCommand.add("TYPE", arguments->type, "bool, int, double or string")
+        .required()
+        .oneOf({"bool", "int", "double", "string"});
+    setCommand.add("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
+        .required();
 
-    CLI::App& listCommand = clients_common::addCommand(
-        group, line, "list", "Print all settings, one a line: the key, the type and the value, as JSON writes it",
-        [=, &line] { return list(arguments->prefix, line.json); });
-    listCommand.add_option("PREFIX", arguments->prefix, "Only those whose keys begin with it");
+    Command listCommand =
+        group.addCommand("list", "Print all settings, one a line: the key, the type and the value, as JSON writes it",
+                         [=](bool json) { return list(arguments->prefix, json); });
+    listCommand.add("PREFIX", arguments->prefix, "Only those whose keys begin with it");
 
-    CLI::App& unsetCommand = clients_common::addCommand(group, line, "unset", "Remove a setting",
-                                                        [=, &line] { return unset(arguments->key, line.json); });
-    unsetCommand.add_option("KEY", arguments->key, KEY_HELP)->required();
+    Command unsetCommand =
+        group.addCommand("unset", "Remove a setting", [=](bool json) { return unset(arguments->key, json); });
+    unsetCommand.add("KEY", arguments->key, KEY_HELP).required();
 }
 
 } // namespace kovanctl

@@ -5,8 +5,6 @@
 #include <memory>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/UsbFile.h"
@@ -16,7 +14,7 @@ namespace kovanctl {
 
 namespace {
 
-using clients_common::CommandLine;
+using clients_common::Command;
 using clients_common::EXIT_DONE;
 using KovanHost::UsbStick;
 using KovanHost::UsbSticks;
@@ -165,23 +163,22 @@ std::string checkNoZeroLeads(const std::string& text) {
     return isLeading ? text + " is neither decimal nor behind 0x" : "";
 }
 
-void addId(CLI::App& command, const char* name, int& id) {
-    command.add_option(name, id, "Decimal, or hexadecimal behind 0x")
-        ->check(checkNoZeroLeads)
-        ->check(CLI::Range(0, MOST_ID))
-        ->capture_default_str();
+void addId(Command& command, const char* name, int& id) {
+    command.add(name, id, "Decimal, or hexadecimal behind 0x")
+        .check(checkNoZeroLeads)
+        .within(0, MOST_ID)
+        .showsDefault();
 }
 
-void addPlugCommand(CLI::App& group, CommandLine& line, const std::shared_ptr<Arguments>& arguments) {
-    CLI::App& command = clients_common::addCommand(group, line, "plug", "Plug a stick in, and print its id",
-                                                   [=, &line] { return plug(*arguments, line.json); });
-    command.add_option("PATH", arguments->path, "Where it is mounted")->required();
-    command
-        .add_option("--device-name", arguments->deviceName, "By default sda1, sdb1 and so on, the first that is free")
-        ->check(checkDeviceName);
-    command.add_option("--serial", arguments->serial, "By default SN- and the device name without its number");
-    command.add_option("--manufacturer", arguments->manufacturer)->capture_default_str();
-    command.add_option("--product", arguments->product)->capture_default_str();
+void addPlugCommand(Command& group, const std::shared_ptr<Arguments>& arguments) {
+    Command command = group.addCommand("plug", "Plug a stick in, and print its id",
+                                       [=](bool json) { return plug(*arguments, json); });
+    command.add("PATH", arguments->path, "Where it is mounted").required();
+    command.add("--device-name", arguments->deviceName, "By default sda1, sdb1 and so on, the first that is free")
+        .check(checkDeviceName);
+    command.add("--serial", arguments->serial, "By default SN- and the device name without its number");
+    command.add("--manufacturer", arguments->manufacturer).showsDefault();
+    command.add("--product", arguments->product).showsDefault();
     addId(command, "--vendor-id", arguments->vendorId);
     addId(command, "--product-id", arguments->productId);
     command.footer("An empty serial, manufacturer or product is one that the stick does not tell; the id ends there.");
@@ -189,18 +186,17 @@ void addPlugCommand(CLI::App& group, CommandLine& line, const std::shared_ptr<Ar
 
 } // namespace
 
-void addUsbCommands(CLI::App& app, CommandLine& line) {
+void addUsbCommands(Command& program) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App& group = clients_common::addGroup(app, line, "usb", "The device's USB sticks");
-    addPlugCommand(group, line, arguments);
+    Command group = program.addGroup("usb", "The device's USB sticks");
+    addPlugCommand(group, arguments);
 
-    CLI::App& unplugCommand = clients_common::addCommand(group, line, "unplug", "Take out the first stick with an id",
-                                                         [=, &line] { return unplug(arguments->id, line.json); });
-    unplugCommand.add_option("ID", arguments->id, "The id, as plug and list print it")->required();
+    Command unplugCommand = group.addCommand("unplug", "Take out the first stick with an id",
+                                             [=](bool json) { return unplug(arguments->id, json); });
+    unplugCommand.add("ID", arguments->id, "The id, as plug and list print it").required();
 
-    clients_common::addCommand(group, line, "list",
-                               "Print the sticks, one a line: the device name, the id and the mount path",
-                               [&line] { return list(line.json); });
+    group.addCommand("list", "Print the sticks, one a line: the device name, the id and the mount path",
+                     [](bool json) { return list(json); });
 }
 
 } // namespace kovanctl

@@ -3,7 +3,6 @@
 #include <iostream>
 #include <memory>
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
@@ -11,6 +10,7 @@
 #include "DAXCoreSimulator/CoreAdapter.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/IDAXIPC.h"
+#include "clients_common/CommandLine.h"
 
 namespace {
 
@@ -51,19 +51,16 @@ void serve(const std::string& scenario, unsigned int idleTimeout) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("A simulated update core: owns the core's name on the system bus and plays a scenario.",
-                 "DAXCoreSimulator");
+    clients_common::Program program(
+        "DAXCoreSimulator", "A simulated update core: owns the core's name on the system bus and plays a scenario.");
     std::string scenario = underRoot("/etc/kovan/core-scenario.ini");
     unsigned int idleTimeout = 0;
-    app.add_option("--scenario", scenario, "The scenario file, read anew at each createTransaction")
-        ->check(CLI::ExistingFile)
-        ->capture_default_str();
-    app.add_option("--idle-timeout", idleTimeout, "End after this many seconds without a client; 0: never")
-        ->capture_default_str();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : WRONG_USAGE;
+    program.add("--scenario", scenario, "The scenario file, read anew at each createTransaction")
+        .existingFile()
+        .showsDefault();
+    program.add("--idle-timeout", idleTimeout, "End after this many seconds without a client; 0: never").showsDefault();
+    if (const auto ended = program.parse(argc, argv)) {
+        return *ended;
     }
     std::signal(SIGTERM, requestStop);
     std::signal(SIGINT, requestStop);

@@ -11,46 +11,153 @@ namespace clients_common {
 
 namespace {
 
-int reportFailure(const CLI::App& app, const CommandLine& line, const std::string& text, ExitStatus status) {
-    std::cerr << app.get_name() << ": " << text << std::endl;
-    if (line.json) {
-        printJson({{"error", text}});
-    }
-    return status;
-}
+const char* const JSON_HELP = "Print one JSON document on standard output";
 
 } // namespace
 
-void addJsonFlag(CLI::App& app, CommandLine& line) {
-    app.add_flag("--json", line.json, "Print one JSON document on standard output");
+Option& Option::required() {
+    m_option->required();
+    return *this;
 }
 
-CLI::App& addCommand(CLI::App& parent, CommandLine& line, const std::string& name, const std::string& description,
-                     const std::function<int()>& action) {
-    CLI::App& command = *parent.add_subcommand(name, description);
-    addJsonFlag(command, line);
-    command.callback([&line, action] { line.chosen = action; });
-    return command;
+Option& Option::showsDefault() {
+    m_option->capture_default_str();
+    return *this;
 }
 
-CLI::App& addGroup(CLI::App& parent, CommandLine& line, const std::string& name, const std::string& description) {
-    CLI::App& group = *parent.add_subcommand(name, description);
-    addJsonFlag(group, line);
-    group.require_subcommand(1);
+Option& Option::within(int least, int most) {
+    m_option->check(CLI::Range(least, most));
+    return *this;
+}
+
+Option& Option::positive() {
+    m_option->check(CLI::PositiveNumber);
+    return *this;
+}
+
+Option& Option::oneOf(const std::vector<std::string>& words) {
+    m_option->check(CLI::IsMember(words));
+    return *this;
+}
+
+Option& Option::existingFile() {
+    m_option->check(CLI::ExistingFile);
+    return *this;
+}
+
+Option& Option::check(const std::function<std::string(const std::string&)>& reasonAgainst) {
+    m_option->check(reasonAgainst);
+    return *this;
+}
+
+Option Command::add(const std::string& name, std::string& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, std::optional<std::string>& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, int& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, std::optional<int>& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, unsigned int& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, std::size_t& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, std::vector<std::string>& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::add(const std::string& name, std::set<std::string>& value, const std::string& description) {
+    return Option(*m_app->add_option(name, value, description));
+}
+
+Option Command::addFlag(const std::string& name, bool& value, const std::string& description) {
+    return Option(*m_app->add_flag(name, value, description));
+}
+
+Option Command::addNumbered(const std::string& name, const std::map<std::string, int>& byName,
+                            const std::string& defaultName, const std::string& description,
+                            const std::function<void(int)>& set) {
+    return Option(*m_app->add_option_function<int>(name, set, description)
+                       ->transform(CLI::CheckedTransformer(byName, CLI::ignore_case))
+                       ->type_name("ENUM")
+                       ->default_str(defaultName));
+}
+
+void Command::footer(const std::string& text) {
+    m_app->footer(text);
+}
+
+Command Command::addCommand(const std::string& name, const std::string& description,
+                            const std::function<int(bool json)>& action) {
+    CLI::App& command = *m_app->add_subcommand(name, description);
+    command.add_flag("--json", m_choice->json, JSON_HELP);
+    command.callback([choice = m_choice, action] { choice->action = action; });
+    return {command, *m_choice};
+}
+
+Command Command::addGroup(const std::string& name, const std::string& description) {
+    Command group(*m_app->add_subcommand(name, description), *m_choice);
+    group.requireCommand();
     return group;
 }
 
-int run(CLI::App& app, CommandLine& line, int argc, const char* const* argv) {
+void Command::requireCommand() {
+    m_app->add_flag("--json", m_choice->json, JSON_HELP);
+    m_app->require_subcommand(1);
+}
+
+struct Program::Parser {
+    Parser(const std::string& name, const std::string& description) : app(description, name) {}
+
+    CLI::App app;
+    Choice choice;
+};
+
+Program::Program(const std::string& name, const std::string& description)
+    : Program(std::make_unique<Parser>(name, description)) {}
+
+Program::Program(std::unique_ptr<Parser> parser) : Command(parser->app, parser->choice), m_parser(std::move(parser)) {}
+
+Program::~Program() = default;
+
+std::optional<int> Program::parse(int argc, const char* const* argv) {
     try {
-        app.parse(argc, argv);
-        return line.chosen();
+        m_parser->app.parse(argc, argv);
+        return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
-    } catch (const WrongUsage& error) {
-        return reportFailure(app, line, error.what(), EXIT_USAGE);
-    } catch (const std::exception& error) {
-        return reportFailure(app, line, error.what(), EXIT_REFUSED);
+        return m_parser->app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
     }
+}
+
+int Program::run(int argc, const char* const* argv) {
+    try {
+        const std::optional<int> ended = parse(argc, argv);
+        return ended ? *ended : m_parser->choice.action(m_parser->choice.json);
+    } catch (const WrongUsage& error) {
+        return reportFailure(error.what(), EXIT_USAGE);
+    } catch (const std::exception& error) {
+        return reportFailure(error.what(), EXIT_REFUSED);
+    }
+}
+
+int Program::reportFailure(const std::string& text, int status) const {
+    std::cerr << m_parser->app.get_name() << ": " << text << std::endl;
+    if (m_parser->choice.json) {
+        printJson({{"error", text}});
+    }
+    return status;
 }
 
 } // namespace clients_common
