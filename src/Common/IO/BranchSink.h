@@ -10,10 +10,11 @@
 
 namespace DAX::Common::IO {
 
-// Gives the same data to several sinks, in order.
+// Gives the same data to several sinks, in the order in which they were added. What a branch throws passes, and the
+// branches after it get nothing.
 class BranchSink : public ISink, public ITransactionalEntity, public Utils::IDebugName {
 public:
-    // Whether the end of data is marked on the branches too.
+    // `passEndOfData`: whether the end of data is marked on the branches, too.
     explicit BranchSink(bool passEndOfData) : m_passEndOfData(passEndOfData) {}
 
     void addBranch(std::shared_ptr<ISink> branch);

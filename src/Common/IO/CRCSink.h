@@ -17,7 +17,8 @@ namespace DAX::Common::IO {
 // The common CRC-32.
 using Crc32 = boost::crc_optimal<32, 0x04C11DB7, 0xFFFFFFFF, 0xFFFFFFFF, true, true>;
 
-// Keeps nothing of what is written but its checksum. Crc gives the constants of a reflected sum of 32 bits.
+// Keeps only the checksum of what is written. Crc gives the constants of a reflected sum of 32 bits. One thread at a
+// time.
 template <class Crc>
 class CRCSink : public ISink, public ITransactionalEntity, public Utils::IDebugName {
 public:
@@ -38,7 +39,7 @@ public:
 
     bool endOfDataMarked() override { return m_endOfDataMarked; }
 
-    // The sum of all data; marks its end.
+    // The sum of all data. Marks the end of data if it is not marked yet.
     std::uint32_t getCRC32() {
         if (!m_endOfDataMarked) {
             markEndOfData();

@@ -10,19 +10,20 @@
 
 namespace DAX::Common::IO {
 
-// What stands behind the data of a checksummed file: this text, without a terminator, and the CRC-32 of the data in
+// The trailer of a checksummed file, after the data: this text, without a terminator, and the CRC-32 of the data in
 // four bytes, the low one first.
 extern const char CHECKSUMED_STREAM_MAGIC_STRING[];
 constexpr std::size_t CHECKSUMED_STREAM_MAGIC_SIZE = 10;
 constexpr std::size_t CHECKSUMED_STREAM_TRAILER_SIZE = CHECKSUMED_STREAM_MAGIC_SIZE + sizeof(std::uint32_t);
 
-// Writes data and, at its end, the trailer. The writing runs strictly forward, from the sink's beginning.
+// Writes data and, at its end, the trailer. It writes strictly forward, from the beginning of the sink below. One
+// thread at a time.
 class ChecksumedSink : public IStorageSink, public Utils::IDebugName {
 public:
-    // Without `appendChecksum` the data stands alone.
+    // Without `appendChecksum` no trailer is written.
     ChecksumedSink(std::shared_ptr<IStorageSink> sink, bool appendChecksum);
 
-    // Data whose end was not marked is left without a trailer.
+    // Data whose end has not been marked gets no trailer. Failures are logged.
     ~ChecksumedSink() override;
 
     void writeChunk(const std::uint8_t* data, std::size_t size) override;
@@ -30,10 +31,10 @@ public:
     bool endOfDataMarked() override { return m_endOfDataMarked; }
     streamsize_t position() override;
 
-    // Throws NotSupportedException for any position but the present one.
+    // Throws NotSupportedException for any position but the current one.
     void seek(streamsize_t position) override;
 
-    // Throws ChecksumedSinkUnderlyingSinkNotRewound when the sink does not stand at its beginning.
+    // Throws ChecksumedSinkUnderlyingSinkNotRewound when the sink below is not at its beginning.
     void open() override;
     void close() override;
     bool isOpened() override { return m_opened; }

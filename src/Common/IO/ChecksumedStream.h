@@ -9,17 +9,18 @@
 
 namespace DAX::Common::IO {
 
-// The data of a checksummed file, without its trailer. It is checked whole when it is opened.
+// The data of a checksummed file, without its trailer. Opening it checks the whole file. One thread at a time.
 class ChecksumedStream : public IStorageStream, public Utils::IDebugName {
 public:
     explicit ChecksumedStream(std::shared_ptr<IStorageStream> stream);
     ~ChecksumedStream() override;
 
-    // Whether the trailer stands at the end of the whole file and matches the data before it; false too when the
-    // stream cannot be brought to its beginning. Other failures throw what the stream throws.
+    // Whether the file ends with a trailer that matches the data before it; false, too, when the stream cannot be
+    // rewound. Other failures throw what the stream throws.
     static bool verifyChecksum(std::shared_ptr<ISeekableStream> stream);
 
-    // What open() looks at, without opening. Throws as open() where that is not about the data.
+    // The check that open() makes, without opening: false where open() throws ChecksumedStreamDataCorrupted. Otherwise
+    // it throws what open() throws.
     bool openCheck();
 
     std::size_t readChunk(std::uint8_t* data, std::size_t size) override;

@@ -4,13 +4,14 @@
 
 namespace DAX::Common::IO {
 
-// What went wrong with a file: errinfo_path says which, errinfo_description what, and the streamed text holds the errno
-// value.
+// A file cannot be opened, read or closed. errinfo_path says which file, errinfo_description (unless it was the
+// opening) what failed, and the streamed text holds the errno value.
 class FileStreamIOException : public IOExceptions::IOStreamsException {
 public:
     explicit FileStreamIOException(int errnoValue);
 };
 
+// The same for a file that is written.
 class FileSinkIOException : public IOExceptions::IOStreamsException {
 public:
     explicit FileSinkIOException(int errnoValue);

@@ -14,18 +14,20 @@
 
 namespace DAX::Common::IO {
 
-// A file to write. The end of data takes it to its medium and closes it, whatever is asked of the object afterwards.
-// Nothing is cut: what stood behind the last position stays. Each chunk is a point of interruption. Failures of the
-// system throw FileSinkIOException, a full disk FileSinkNotEnoughSpaceException; the position then stays, the file
-// holds an unknown part of the chunk, and the same chunk, written again, takes its place. Earlier chunks that were only
-// buffered may be lost with a failure: until they are written again from where the loss begins, the end of data and
-// every flush fail. A file that does not reach its medium throws GenericException.
+// A file to write. Marking the end of data brings the file to its medium and closes it; after that, position() still
+// works and flush() does nothing. The file is never shortened: what stands after the last position stays. Each chunk is
+// a point of interruption. One thread at a time.
+//
+// Failures of the system throw FileSinkIOException, a full disk FileSinkNotEnoughSpaceException. The position then
+// stays, the file holds an unknown part of the chunk, and the same chunk may be written again in its place. A failure
+// may also lose earlier chunks that were only buffered: until they are written again from where the loss begins, the
+// end of data and every flush fail. A file that cannot be brought to its medium throws GenericException.
 class FileSink : public IStorageSink,
                  public TransactionalSeekable<ISeekableSink>,
                  public Utils::IDebugName,
                  private boost::noncopyable {
 public:
-    // The file is emptied when it is opened; without `truncate` writing goes on behind what it holds.
+    // With `truncate` the file is emptied when it is opened; without it, writing goes on after what the file holds.
     FileSink(const boost::filesystem::path& path, bool truncate);
     ~FileSink() override;
 
@@ -38,11 +40,11 @@ public:
     void close() override;
     bool isOpened() override { return m_opened; }
 
-    // Nothing is left to do behind the end of data.
+    // Does nothing after the end of data.
     void flush() override;
     bool alreadyClosed() override { return m_closed; }
 
-    // The data that was saved stays in the file. On an opened file an assertion fails.
+    // Restores the position and keeps the data that was saved. It is an assertion failure on an opened file.
     void transactionLoad(IStoreTransaction* transaction) override;
 
     std::string debugName() const override;
@@ -56,14 +58,14 @@ private:
 
     const std::string m_path;
     bool m_truncate;
-    std::FILE* m_file = nullptr; // null behind the end of data too
+    std::FILE* m_file = nullptr; // null after the end of data, too
     streamsize_t m_position = 0;
     bool m_opened = false;
     bool m_endOfDataMarked = false;
     bool m_closed = false;
-    bool m_astray = false;                    // the file may stand elsewhere than at m_position
-    boost::optional<streamsize_t> m_lostFrom; // where data begins that was taken and never reached the file
-    int m_failure = 0;                        // the errno value of the failure that left it so
+    bool m_astray = false;                    // the file's own position may differ from m_position
+    boost::optional<streamsize_t> m_lostFrom; // where the data begins that was accepted and never reached the file
+    int m_failure = 0;                        // the errno value of that failure
 };
 
 } // namespace DAX::Common::IO

@@ -13,9 +13,9 @@
 
 namespace DAX::Common::IO {
 
-// A file to read. It keeps the length that it found when it opened: a file that grows under the reader can no longer be
-// trusted. Each chunk is a point of interruption. Failures of the system throw FileStreamIOException; the position then
-// stays, and the next read begins there.
+// A file to read. Its length is measured when it is opened: a file that grows under the reader can no longer be
+// trusted, and a read beyond that length throws. Each chunk is a point of interruption. Failures of the system throw
+// FileStreamIOException; the position then stays, and the next read begins there. One thread at a time.
 class FileStream : public IStorageStream,
                    public TransactionalSeekable<ISeekableStream>,
                    public Utils::IDebugName,
@@ -24,7 +24,7 @@ public:
     explicit FileStream(const boost::filesystem::path& path);
     ~FileStream() override;
 
-    // Before the file is opened; throws AlreadyOpenedException.
+    // Only before the file is opened; throws AlreadyOpenedException afterwards.
     void setFileName(const boost::filesystem::path& path);
 
     std::size_t readChunk(std::uint8_t* data, std::size_t size) override;
@@ -50,7 +50,7 @@ private:
     streamsize_t m_position = 0;
     bool m_opened = false;
     bool m_closed = false;
-    bool m_astray = false; // the file may stand elsewhere than at m_position
+    bool m_astray = false; // the file's own position may differ from m_position
 };
 
 } // namespace DAX::Common::IO

@@ -7,13 +7,13 @@
 
 namespace DAX::Common::IO {
 
-// Writes a file whose existence is what counts: with these lines for the person who finds it, each in a chunk of its
-// own and ended by a line feed. What stood in it before is gone. It is on its medium, and its folder knows of it, when
-// this returns. Throws as FileSink does, also when something that is no regular file is in its place; GenericException
-// when the folder cannot be synchronized.
+// Writes a flag file: its existence is what counts, and the lines are for the person who finds it. Each line is one
+// chunk and ends with a line feed. An older file is overwritten. When this returns, the file is on its medium and its
+// folder is synchronized. Throws as FileSink does, also when something other than a regular file is in its place;
+// GenericException when the folder cannot be synchronized. Any thread, but only one at a time for the same file.
 void writeFlagFile(const boost::filesystem::path& path, const std::vector<std::string>& lines = {});
 
-// Removes such a file, for good when this returns. False when there was none. Throws
+// Removes such a file, and synchronizes its folder. Returns false when there was none. Throws
 // boost::filesystem::filesystem_error, or GenericException when the folder cannot be synchronized.
 bool removeFlagFile(const boost::filesystem::path& path);
 

@@ -8,11 +8,12 @@ namespace DAX::Common::IO {
 // A serializer that counts its bytes.
 class ISerializer : public serializers::binary::ISerializer {
 public:
-    // Throws GenericException when the count overflows; it then stays.
+    // Throws GenericException when the count would overflow; the count then stays.
     void serializeData(std::uint8_t* data, std::size_t size) override;
 
 protected:
-    // `position` is how many bytes came before.
+    // Moves `size` bytes between `data` and the place behind the serializer, in the direction that saving() tells.
+    // `position` is the number of bytes before these.
     virtual void serializeDataImpl(streamsize_t position, std::uint8_t* data, std::size_t size) = 0;
 
 private:

@@ -11,21 +11,21 @@ namespace DAX::Common::IO {
 
 class ITransactionalEntity;
 
-// A resumable operation that saves, or restores, the objects that take part in it.
+// A resumable operation that saves or restores the objects that take part in it. One thread at a time.
 class ITransaction {
 public:
     virtual ~ITransaction() = default;
 
-    // Takes the entity into the transaction. With a function, that one saves it, in place of its own
-    // transactionSerialize.
+    // Takes the entity into the transaction. When `serialize` is given, it is called in place of the entity's own
+    // transactionSerialize(). The entity must outlive the transaction.
     virtual void processDependency(ITransactionalEntity* entity, boost::optional<std::function<void()>> serialize) = 0;
     void processDependency(ITransactionalEntity* entity) { processDependency(entity, boost::none); }
 };
 
-// The half of it that moves the data.
+// A transaction that moves the data.
 class IStoreTransaction : public ITransaction {
 public:
-    // Whose saving() is the direction of the transaction.
+    // The serializer of this transaction; its saving() tells the direction. It belongs to the transaction.
     virtual serializers::binary::ISerializer& serializer() = 0;
 };
 

@@ -11,18 +11,19 @@
 
 namespace DAX::Common::IO {
 
-// A file to read that somebody else may have laid down, as on a stick. Nothing that stands in its place holds the
-// reader up or fills the memory: a pipe, a device, a folder or too long a file is refused. Failures throw
-// FileStreamIOException, with the errno value 0 when it is not the system that refuses. Belongs to one thread.
+// Reads a file that somebody else may have put there, as on a stick. Nothing in its place can block the reader or fill
+// the memory: a pipe, a device, a folder and a file that is too long are refused. Failures throw FileStreamIOException,
+// whose errno value is 0 when the system did not refuse. Belongs to one thread.
 class RegularFile : private boost::noncopyable {
 public:
     enum Access { FOR_READING, FOR_READING_AND_WRITING };
-    enum Links { REFUSED, FOLLOWED }; // a symbolic link in the file's own place; those above it are followed
+    enum Links { REFUSED, FOLLOWED }; // for a symbolic link at the path itself; those in its folders are followed
 
-    // Opens the file. The access is what the caller must have; nothing is written.
+    // Opens the file. The caller must have this access to it; nothing is written.
     explicit RegularFile(const boost::filesystem::path& path, Access access = FOR_READING, Links links = REFUSED);
 
-    // All that is left. A file of more than `limit` bytes, and one that grows meanwhile, is refused.
+    // The content from where the last read ended. Refuses a file of more than `limit` bytes, and one that has grown
+    // since it was opened.
     std::string readText(std::size_t limit);
 
 private:

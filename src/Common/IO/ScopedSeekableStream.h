@@ -4,7 +4,7 @@
 
 namespace DAX::Common::IO {
 
-// A part of a seekable stream.
+// A part of a seekable stream, see ScopedView. `start` and `size` in bytes.
 class ScopedSeekableStream : public ScopedView<ISeekableStream> {
 public:
     ScopedSeekableStream(std::shared_ptr<ISeekableStream> stream, streamsize_t start, streamsize_t size);

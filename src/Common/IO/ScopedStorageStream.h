@@ -4,7 +4,7 @@
 
 namespace DAX::Common::IO {
 
-// A part of a storage stream, which it opens and closes.
+// A part of a storage stream, see ScopedView; it opens and closes that stream. `start` and `size` in bytes.
 class ScopedStorageStream : public ScopedView<IStorageStream> {
 public:
     ScopedStorageStream(std::shared_ptr<IStorageStream> stream, streamsize_t start, streamsize_t size);

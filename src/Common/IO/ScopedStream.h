@@ -9,7 +9,7 @@
 
 namespace DAX::Common::IO {
 
-// No more than so many of a stream's next bytes.
+// The next `size` bytes of a stream, at the most. One thread at a time.
 class ScopedStream : public IStream, public ITransactionalEntity, public Utils::IDebugName {
 public:
     ScopedStream(std::shared_ptr<IStream> stream, streamsize_t size);
@@ -18,7 +18,7 @@ public:
 
     void transactionSaved(ITransaction* transaction) override;
 
-    // Saves how much remains; the stream takes part by itself.
+    // Saves or restores only how many bytes remain; the stream below takes part by itself.
     void transactionSerialize(IStoreTransaction* transaction) override;
 
     std::string debugName() const override;

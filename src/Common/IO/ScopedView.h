@@ -9,9 +9,9 @@
 
 namespace DAX::Common::IO {
 
-// A part of a stream, as a stream of the same Interface with positions of its own. Whether the part lies within the
-// stream is looked at when it is first used: OutOfRangeException where it does not. OutOfRangeException also where
-// somebody has moved the stream out of the part.
+// A part of a stream, as a stream of the same Interface with positions of its own. The first use checks that the part
+// lies within the stream and throws OutOfRangeException if it does not. Every use throws OutOfRangeException when
+// somebody has moved the stream out of the part. One thread at a time.
 template <class Interface>
 class ScopedView : public Interface, public ITransactionalEntity, public Utils::IDebugName {
 public:
@@ -23,13 +23,13 @@ public:
 
     void transactionSaved(ITransaction* transaction) override;
 
-    // Saves whether it was used: its position is the stream's, which takes part by itself.
+    // Saves or restores only whether it was used; its position is that of the stream, which takes part by itself.
     void transactionSerialize(IStoreTransaction* transaction) override;
 
     std::string debugName() const override;
 
 protected:
-    // Throws GenericException when the end does not fit in 64 bits.
+    // `start` and `size` in bytes. Throws GenericException when the end does not fit in 64 bits.
     ScopedView(std::shared_ptr<Interface> stream, streamsize_t start, streamsize_t size);
 
     void openIfNotOpened();

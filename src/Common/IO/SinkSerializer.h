@@ -5,10 +5,10 @@
 
 namespace DAX::Common::IO {
 
-// Saves to a sink, from its position 0 on and at places of its own, wherever the sink stands.
+// Saves to a sink, from the sink's position 0 on. It keeps its own position, so the sink may be moved in between.
 class SinkSerializer : public ISerializer {
 public:
-    // The sink is borrowed.
+    // The sink is borrowed, and must outlive the serializer.
     explicit SinkSerializer(ISeekableSink* sink) : m_sink(sink) {}
 
     bool saving() override { return true; }

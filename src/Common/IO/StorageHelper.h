@@ -6,8 +6,8 @@
 
 namespace DAX::Common::IO {
 
-// The checks of a storage object's life: not yet opened, opened, closed. T is what it is mixed into, and has open(),
-// isOpened() and alreadyClosed().
+// The checks of a storage object's life: not yet opened, opened, closed. T is the class that it is mixed into, with
+// open(), isOpened() and alreadyClosed().
 template <class T>
 class StorageHelper {
 protected:
@@ -29,7 +29,7 @@ protected:
         }
     }
 
-    // What an object does at each use: it opens at the first, and refuses once it is closed.
+    // Comes first in each use of the object: the first use opens it, and a use after close() throws.
     void openIfNotOpened() {
         if (!self().isOpened()) {
             self().open();

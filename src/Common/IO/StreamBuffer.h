@@ -10,23 +10,24 @@
 
 namespace DAX::Common::IO {
 
-// Reads ahead from a stream into a buffer of its own, and hands out pointers into it: a copy touches the data once.
-// Nothing is allocated after the construction.
+// Reads ahead from a stream into a buffer of its own and hands out pointers into it, so that a copy touches the data
+// once. It allocates nothing after its construction. One thread at a time.
 class StreamBuffer : public IZeroCopyStream, public ITransactionalEntity, public Utils::IDebugName {
 public:
-    // The size in bytes; a buffer of 0 gives no data.
+    // `bufferSize` in bytes; a buffer of 0 bytes gives no data.
     StreamBuffer(std::shared_ptr<IStream> stream, std::size_t bufferSize);
 
     bool nextChunk(const std::uint8_t** data, std::size_t* size) override;
 
-    // Reaches no further back than the last fill; nothing can be given back after a fill that failed.
+    // Takes back at most what maxGiveBackSize() tells: nothing from before the last fill, and nothing after a fill that
+    // failed.
     void giveBack(std::size_t size) override;
     std::size_t maxGiveBackSize() const { return m_position - m_giveBackFloor; }
 
     void transactionSaved(ITransaction* transaction) override;
 
-    // Where the stream itself can take part, only its position is saved, less what was read ahead; else the unread
-    // data. A load that fails leaves as unread data no more than what it has got of the stream.
+    // If the stream below can take part, only its position is saved, reduced by what was read ahead; otherwise the
+    // unread data is saved. A load that fails keeps as unread data only what it got from the stream.
     void transactionSerialize(IStoreTransaction* transaction) override;
 
     std::string debugName() const override;

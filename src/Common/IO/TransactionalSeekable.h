@@ -10,11 +10,11 @@
 
 namespace DAX::Common::IO {
 
-// Saves and restores the position of the ISeekable that it is mixed into.
+// Saves and restores the position of the ISeekable that it is mixed into; without one, that is an assertion failure.
 template <class ISeekable>
 class TransactionalSeekable : public ISaveLoadTransactionalEntity {
 public:
-    void transactionSaved(ITransaction*) override {} // a file stands on nothing
+    void transactionSaved(ITransaction*) override {} // a file depends on no other object
 
     void transactionSave(IStoreTransaction* transaction) override {
         saveAtPosition(transaction, seekable().position());
@@ -26,7 +26,7 @@ public:
         seekable().seek(position);
     }
 
-    // Saves this position. A storage sink is flushed, so that what the position describes is on the medium.
+    // Saves the given position. A storage sink is flushed, so that the data up to its own position is on the medium.
     void saveAtPosition(IStoreTransaction* transaction, streamsize_t position) {
         transaction->serializer().serialize<serializers::binary::little_endian<8>>(position);
         if (auto* const sink = dynamic_cast<IStorageSink*>(this)) {
@@ -34,7 +34,8 @@ public:
         }
     }
 
-    // A function that saves the position `rewind` bytes before the one that holds then. It must not outlive this.
+    // A function that saves the object's position at the time of its call, less `rewind` bytes. It must not outlive
+    // this object.
     std::function<void()> saveRewound(IStoreTransaction* transaction, unsigned long rewind) {
         return [this, transaction, rewind] { saveAtPosition(transaction, seekable().position() - rewind); };
     }

@@ -6,7 +6,7 @@
 
 namespace DAX::Common::IO {
 
-// Saves a flag as one byte, or loads it, as the serializer does.
+// Saves or loads a flag as one byte, in the direction of the serializer.
 inline void serializeFlag(serializers::binary::ISerializer& serializer, bool& flag) {
     std::uint8_t byte = flag ? 1 : 0;
     serializer.serializeData(&byte, sizeof(byte));

@@ -63,6 +63,7 @@ void ChecksumedSink::markEndOfData() {
 }
 
 void ChecksumedSink::appendTrailer() {
+    // Written past the BranchSink, so that the trailer does not enter the sum.
     const auto sum = serializers::binary::little_endian<4>::format(m_crcSink->getCRC32());
     m_sink->writeChunk(reinterpret_cast<const std::uint8_t*>(CHECKSUMED_STREAM_MAGIC_STRING),
                        CHECKSUMED_STREAM_MAGIC_SIZE);

@@ -114,6 +114,7 @@ streamsize_t ChecksumedStream::size() {
 void ChecksumedStream::close() {
     throwIfAlreadyClosed();
     throwIfNotOpened();
+    // Closed even if the stream below fails to close.
     m_opened = false;
     m_closed = true;
     m_payload->close();

@@ -67,7 +67,7 @@ void FileReplacement::open() {
     m_made = true;
 }
 
-// Only the superuser gives files away; for all others the new file is their own.
+// The results do not matter: only the superuser can give files away, so for other users the new file is their own.
 void FileReplacement::takeOver(unsigned int mode, unsigned int owner, unsigned int group) const {
     const bool isGiven = ::fchown(m_descriptor.get(), owner, group) == 0;
     static_cast<void>(isGiven);
@@ -90,6 +90,7 @@ void FileReplacement::write(const std::string& text) {
 }
 
 void FileReplacement::commit() {
+    // The order matters: the content must be on the medium before it has the file's name.
     PlatformDependent::file_sync(m_descriptor.get());
     if (::close(m_descriptor.release()) != 0) {
         fail(BOOST_CURRENT_LOCATION, errno, m_newPath, "Closing file failed.");

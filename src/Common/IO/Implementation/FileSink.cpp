@@ -29,7 +29,7 @@ FileSink::~FileSink() {
         DAX_LOG(ERR) << "Exception caught in ~FileSink. Ignoring: "
                      << boost::current_exception_diagnostic_information(true);
     }
-    if (m_file != nullptr) { // the end of data failed
+    if (m_file != nullptr) { // marking the end of data failed
         std::fclose(m_file);
     }
 }
@@ -38,7 +38,7 @@ const char* FileSink::mode() const {
     if (m_truncate) {
         return "wb";
     }
-    boost::system::error_code ignored; // a file that cannot be looked at is not emptied, and does not open
+    boost::system::error_code ignored; // if the file cannot be examined, fopen fails, too; it must not be emptied
     const bool missing = boost::filesystem::status(m_path, ignored).type() == boost::filesystem::file_not_found;
     return missing ? "wb" : "rb+";
 }
@@ -60,6 +60,7 @@ void FileSink::open() {
     }
     m_position = static_cast<streamsize_t>(end);
     if (m_endOfDataMarked) {
+        // It was marked before it was opened: mark it again, which closes the file.
         m_endOfDataMarked = false;
         markEndOfData();
     }
@@ -72,7 +73,7 @@ void FileSink::writeChunk(const std::uint8_t* data, std::size_t size) {
     if (m_astray && !tryMoveTo(m_position)) {
         DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
-    if (size == 0 || std::fwrite(data, 1, size, m_file) == size) { // there may be no data at all
+    if (size == 0 || std::fwrite(data, 1, size, m_file) == size) { // fwrite of no data returns 0 without a failure
         m_position += size;
         return;
     }
@@ -94,7 +95,7 @@ void FileSink::flush() {
         noteFailure(errno);
         DAX_THROW(failure(m_failure), errinfo_description("Flushing file failed."));
     }
-    if (m_lostFrom) { // nothing is left to write, since the C library dropped it
+    if (m_lostFrom) { // the C library dropped the data, so that fflush has nothing to complain about
         DAX_THROW(failure(m_failure), errinfo_description("Flushing file failed."));
     }
     const int descriptor = ::fileno(m_file);
@@ -162,6 +163,7 @@ bool FileSink::tryMoveTo(streamsize_t position) {
 
 void FileSink::noteFailure(int errnoValue) {
     m_astray = true;
+    // The C library may drop what it buffered when a write fails: data after what the file has reached counts as lost.
     const off64_t reached = ::ftello64(m_file);
     const streamsize_t safe = reached < 0 ? 0 : static_cast<streamsize_t>(reached);
     if (safe < m_position) {

@@ -64,11 +64,12 @@ std::size_t FileStream::readChunk(std::uint8_t* data, std::size_t size) {
     if (m_astray && !tryMoveTo(m_position)) {
         DAX_THROW(failure(errno), errinfo_description("Seeking file failed."));
     }
-    m_astray = true; // until the read has turned out well
+    m_astray = true; // until the read has succeeded
     const std::size_t bytesRead = std::fread(data, 1, size, m_file);
     if (bytesRead < size && std::ferror(m_file) != 0) {
         DAX_THROW(failure(errno), errinfo_description("Reading from file failed."));
     }
+    // The file has grown since it was opened, so its content cannot be trusted.
     if (bytesRead > m_size - m_position) {
         DAX_THROW(failure(0), errinfo_description("File is manipulated by someone after file open."));
     }
@@ -111,7 +112,7 @@ bool FileStream::tryMoveTo(streamsize_t position) {
     if (m_astray) {
         return false;
     }
-    std::clearerr(m_file); // seeking leaves the mark of a failed read
+    std::clearerr(m_file); // seeking does not clear the error flag of a failed read
     m_position = position;
     return true;
 }

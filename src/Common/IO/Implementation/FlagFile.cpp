@@ -15,9 +15,9 @@ using Utils::errinfo_path;
 
 namespace {
 
-// A pipe would hold the writer up, and a link would have the flag made elsewhere.
+// A pipe would block the writer, and a link would create the flag somewhere else.
 void throwIfOtherThanFile(const boost::filesystem::path& path) {
-    boost::system::error_code ignored; // what cannot be looked at cannot be opened either
+    boost::system::error_code ignored; // what cannot be examined cannot be opened either
     const auto type = boost::filesystem::symlink_status(path, ignored).type();
     if (type == boost::filesystem::regular_file || type == boost::filesystem::directory_file ||
         type == boost::filesystem::file_not_found || type == boost::filesystem::status_error) {

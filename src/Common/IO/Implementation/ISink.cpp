@@ -14,6 +14,7 @@ void ISink::throwIfEndOfDataMarked() {
 }
 
 streamsize_t ISink::appendAllStream(IStream* stream, std::size_t bufferSize) {
+    // A shared pointer that owns nothing.
     const std::shared_ptr<IStream> borrowed(std::shared_ptr<void>(), stream);
     StreamBuffer buffer(borrowed, bufferSize);
     return appendAllStream(&buffer);
@@ -27,6 +28,7 @@ streamsize_t ISink::appendAllStream(IZeroCopyStream* stream) {
         writeChunk(data, size);
         count += size;
     }
+    // A sink that opens at its first use must be opened by an empty copy, too.
     if (count == 0) {
         writeChunk(nullptr, 0);
     }

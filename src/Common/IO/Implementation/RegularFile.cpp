@@ -21,8 +21,8 @@ const std::size_t CHUNK_SIZE = 4096;
 
 } // namespace
 
-// To open a device may be an act of its own, so it is looked at before; and again behind, since another file may have
-// taken its place.
+// Opening a device can have effects of its own, so the file is examined before; and once more afterwards, since another
+// file may have taken its place.
 RegularFile::RegularFile(const boost::filesystem::path& path, Access access, Links links) : m_path(path.string()) {
     const int follow = links == FOLLOWED ? 0 : AT_SYMLINK_NOFOLLOW;
     struct stat status {};

@@ -14,7 +14,7 @@ namespace {
 using IOExceptions::OutOfRangeException;
 using Utils::errinfo_subject;
 
-// What the class of each view is called in messages.
+// The class name of each view in messages.
 template <class Interface>
 const char* const CLASS_NAME = nullptr;
 template <>

@@ -22,8 +22,9 @@ StreamBuffer::StreamBuffer(std::shared_ptr<IStream> stream, std::size_t bufferSi
 
 bool StreamBuffer::nextChunk(const std::uint8_t** data, std::size_t* size) {
     if (m_position == m_size) {
+        // A position of 0 here means that the end was reached before; the stream is not asked again.
         if (m_position != 0) {
-            m_giveBackFloor = m_position; // a read that fails may have overwritten what was handed out
+            m_giveBackFloor = m_position; // a failing read may overwrite what was handed out
             m_size = m_stream->readChunk(m_dataBuffer.data(), m_dataBuffer.size());
             m_position = 0;
         }

@@ -4,7 +4,7 @@
 
 namespace DAX::Common::IO {
 
-// What a system call gives that is made again as long as signals interrupt it.
+// Repeats a system call as long as a signal interrupts it, and returns its result.
 template <class Call>
 auto uninterrupted(Call call) {
     auto result = call();

@@ -4,7 +4,7 @@
 
 namespace DAX::Common::IO {
 
-// Takes what an object stands on into the transaction, if it can take part in one.
+// Takes an object into the transaction, if it can take part in one.
 template <class Subject>
 void processIfTransactional(ITransaction& transaction, Subject& subject) {
     if (auto* const entity = dynamic_cast<ITransactionalEntity*>(&subject)) {

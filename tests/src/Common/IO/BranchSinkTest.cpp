@@ -17,7 +17,7 @@ using IOExceptions::EndOfDataMarkedException;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Notes its calls with its name, in one order with those of the others, and fails when it shall.
+// Notes its calls with its name, in one list with the calls of the other sinks, and fails when told to.
 class NamedSink : public ISink {
 public:
     explicit NamedSink(std::string name) : m_name(std::move(name)) {}
@@ -43,7 +43,7 @@ private:
 
 class BranchSinkTest : public testing::Test {
 protected:
-    // One that passes the end of data on, and one that does not.
+    // One sink that passes the end of data on, and one that does not.
     BranchSinkTest() {
         for (BranchSink* const sink : {&passing, &keeping}) {
             sink->addBranch(first);
@@ -70,7 +70,7 @@ TEST_F(BranchSinkTest, GivesTheDataToEachInOrder) {
     EXPECT_FALSE(keeping.endOfDataMarked());
 }
 
-TEST_F(BranchSinkTest, GivesNothingToThoseBehindOneThatFails) {
+TEST_F(BranchSinkTest, GivesNothingToTheBranchesAfterOneThatFails) {
     second->fails = true;
     EXPECT_THROW(write(passing, "abc"), std::runtime_error);
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("first: write abc", "second: write abc"));
@@ -82,7 +82,7 @@ TEST_F(BranchSinkTest, MarksTheEndOnEachInOrder) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("first: mark", "second: mark", "third: mark"));
 }
 
-TEST_F(BranchSinkTest, KeepsTheEndToItselfWhenItShallNotPassItOn) {
+TEST_F(BranchSinkTest, DoesNotPassTheEndOnUnlessToldTo) {
     keeping.markEndOfData();
     EXPECT_TRUE(keeping.endOfDataMarked());
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
@@ -95,7 +95,7 @@ TEST_F(BranchSinkTest, IsMarkedThoughABranchFails) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("first: mark", "second: mark"));
 }
 
-TEST_F(BranchSinkTest, TakesNothingBehindTheEnd) {
+TEST_F(BranchSinkTest, TakesNothingAfterTheEnd) {
     for (BranchSink* const sink : {&passing, &keeping}) {
         sink->markEndOfData();
         FakeKovan::reset();
@@ -128,7 +128,7 @@ TEST_F(BranchSinkTest, RestoresItsFlagAndLeavesTheBranchesAlone) {
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }
 
-TEST(BranchSink, IsCalledByItsBranches) {
+TEST(BranchSink, IsNamedAfterItsBranches) {
     BranchSink sink(true);
     EXPECT_EQ(sink.debugName(), "BranchSink()");
     sink.addBranch(std::make_shared<CRCSink<Crc32>>());

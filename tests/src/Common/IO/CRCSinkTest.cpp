@@ -79,7 +79,7 @@ TEST(CRCSink, RestoresItsEnd) {
     EXPECT_THAT(saving.bytes, ElementsAre(1, 0xff, 0xff, 0xff, 0xff));
 }
 
-TEST(CRCSink, IsCalledByItsClass) {
+TEST(CRCSink, IsNamedAfterItsClass) {
     EXPECT_EQ(CRCSink<Crc32>().debugName(), "CRCSink");
 }
 

@@ -7,7 +7,7 @@
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
-// What a checksummed sink asks of the sink below it, in which order, and what becomes of its failures.
+// The order in which a checksummed sink calls the sink below it, and what becomes of that sink's failures.
 namespace DAX::Tests {
 namespace {
 
@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// Notes every call that changes something, and fails at the one that it is told.
+// Notes every call that changes something, and fails at the chosen one.
 class NotedSink : public IStorageSink {
 public:
     void writeChunk(const std::uint8_t* data, std::size_t size) override {
@@ -138,7 +138,7 @@ TEST_F(ChecksumedOrder, TakesNoDataForTheSumThatTheSinkBelowRefused) {
 
 // --- what verification passes on
 
-// A file that gives its trailer in pieces.
+// A file whose trailer is read in pieces.
 class Piecemeal : public MemorySeekableStream {
 public:
     using MemorySeekableStream::MemorySeekableStream;
@@ -159,7 +159,7 @@ TEST(VerifyChecksumOrder, TakesPayloadAndMagicInPiecesButTheSumAtOnce) {
     }
 }
 
-// Says that it is longer than it is.
+// Claims to be longer than it is.
 class TooShort : public MemorySeekableStream {
 public:
     using MemorySeekableStream::MemorySeekableStream;
@@ -173,7 +173,7 @@ TEST(VerifyChecksumOrder, RaisesWhereTheSumIsMissing) {
               "Stream is empty.");
 }
 
-// Cannot be read, and has no name to tell that by.
+// Cannot be read, and has no debug name.
 class Nameless : public MemorySeekableStream, public Common::Utils::IDebugName {
 public:
     using MemorySeekableStream::MemorySeekableStream;

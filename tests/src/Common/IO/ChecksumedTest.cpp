@@ -59,7 +59,7 @@ TEST_F(ChecksumedSinkTest, WritesAnEmptyFileAsItsTrailer) {
     EXPECT_EQ(content(), EMPTY);
 }
 
-TEST_F(ChecksumedSinkTest, WritesTheTrailerBehindTheData) {
+TEST_F(ChecksumedSinkTest, WritesTheTrailerAfterTheData) {
     write(sink, "1234");
     write(sink, "56789");
     EXPECT_EQ(sink.position(), 9U);
@@ -78,7 +78,7 @@ TEST_F(ChecksumedSinkTest, WritesTheTrailerWhenItIsClosedWithoutAMark) {
     EXPECT_FALSE(sink.isOpened());
 }
 
-TEST_F(ChecksumedSinkTest, LeavesTheTrailerOutWhenItShall) {
+TEST_F(ChecksumedSinkTest, LeavesTheTrailerOutWhenToldTo) {
     ChecksumedSink plain(fileSink(), false);
     write(plain, "123456789");
     plain.close();
@@ -104,7 +104,7 @@ TEST_F(ChecksumedSinkTest, SeeksNowhereElse) {
     EXPECT_THROW(sink.seek(3), EndOfDataMarkedException);
 }
 
-TEST_F(ChecksumedSinkTest, TakesNoMoreBehindTheEndOfData) {
+TEST_F(ChecksumedSinkTest, TakesNoMoreAfterTheEndOfData) {
     sink.open();
     sink.markEndOfData();
     EXPECT_THROW(write(sink, "a"), EndOfDataMarkedException);
@@ -172,7 +172,7 @@ TEST_F(ChecksumedSinkTest, AllocatesNothingForAChunk) {
 
 class VerifyChecksum : public Checksumed {};
 
-TEST_F(VerifyChecksum, TakesWhatIsRight) {
+TEST_F(VerifyChecksum, AcceptsAnIntactFile) {
     EXPECT_TRUE(verifies(EMPTY));
     EXPECT_TRUE(verifies(DIGITS));
 }
@@ -184,7 +184,7 @@ TEST_F(VerifyChecksum, TakesDataThatLooksLikeATrailer) {
     EXPECT_TRUE(verifies(content()));
 }
 
-TEST_F(VerifyChecksum, ReadsNothingOfWhatIsTooShort) {
+TEST_F(VerifyChecksum, ReadsNothingOfAFileThatIsTooShort) {
     for (std::size_t length = 0; length < 14; ++length) {
         const auto stream = std::make_shared<MemorySeekableStream>(EMPTY.substr(0, length));
         EXPECT_FALSE(ChecksumedStream::verifyChecksum(stream));
@@ -306,7 +306,7 @@ TEST_F(ChecksumedStreamTest, LogsWhatFailsWhenItDies) {
                                   HasSubstr("Closing file failed."))));
 }
 
-// Files that were written once and for all, and the data in them.
+// Files from an earlier time, whose format may never change, and the data in them.
 class ChecksumedGolden : public Checksumed, public testing::WithParamInterface<std::pair<const char*, const char*>> {
 protected:
     const std::filesystem::path golden =

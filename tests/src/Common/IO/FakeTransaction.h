@@ -8,10 +8,10 @@
 
 namespace DAX::Tests {
 
-// Saves to, or loads from, a row of bytes, and processes each dependency at once.
+// Saves to or loads from an array of bytes, and processes each dependency at once.
 class FakeTransaction : public Common::IO::IStoreTransaction {
 public:
-    // One that saves; one that loads what another saved.
+    // The first saves; the second loads what another one saved.
     FakeTransaction() = default;
     explicit FakeTransaction(std::vector<std::uint8_t> saved) : bytes(std::move(saved)), m_serializer(*this, false) {}
 

@@ -14,11 +14,11 @@ thread_local std::string faultyFunction;
 thread_local int faultyErrno = 0;
 thread_local int callsToTheFault = 0;
 thread_local std::size_t bytesBeforeTheFault = 0;
-thread_local std::FILE* flaggedFile = nullptr; // the one whose error flag is set
+thread_local std::FILE* flaggedFile = nullptr; // the file whose error flag is set
 thread_local std::map<std::string, int> calls;
 thread_local std::vector<std::string>* order = nullptr;
 
-// Whether this call is the one that fails.
+// Whether this call is the one that has to fail.
 bool fails(const char* function) {
     ++calls[function];
     if (order != nullptr) {
@@ -120,7 +120,7 @@ int __wrap_rename(const char* from, const char* to) {
     return fails("rename") ? -1 : __real_rename(from, to);
 }
 
-// A descriptor that fails to close is closed.
+// Like the real one, it closes the descriptor even when it fails.
 int __real_close(int descriptor);
 int __wrap_close(int descriptor) {
     const bool failing = fails("close");
@@ -158,7 +158,7 @@ void __wrap_clearerr(std::FILE* file) {
     __real_clearerr(file);
 }
 
-// A file that fails to close is closed.
+// Like the real one, it closes the file even when it fails.
 int __real_fclose(std::FILE* file);
 int __wrap_fclose(std::FILE* file) {
     const bool failing = fails("fclose");

@@ -7,18 +7,18 @@
 
 namespace DAX::Tests {
 
-// Makes the C library's files fail. The functions that stand under --wrap in the build file of these tests go through
-// here.
+// Makes the file functions of the C library fail. The functions that are listed under --wrap in the build file of these
+// tests end up here.
 
-// The next call of the function by this thread, or the one of this number from now on, fails with this errno value, and
-// does nothing else. fread gives nothing and sets the file's error flag, fwrite takes nothing; but first they move this
-// many bytes.
+// Makes the `call`-th call of the function by this thread from now on fail with this errno value. The call does nothing
+// else: fread reads nothing and sets the file's error flag, fwrite writes nothing. But these two transfer `bytesBefore`
+// bytes before they fail.
 void failNext(const std::string& function, int errnoValue, int call = 1, std::size_t bytesBefore = 0);
 
-// How often this thread called the function since it asked before.
+// How often this thread has called the function since the last takeCalls() for it.
 int takeCalls(const std::string& function);
 
-// What this thread calls while the statement runs, in order; ferror and clearerr are left out.
+// The functions that this thread calls while the statement runs, in order, without ferror and clearerr.
 std::vector<std::string> callsOf(const std::function<void()>& statement);
 
 } // namespace DAX::Tests

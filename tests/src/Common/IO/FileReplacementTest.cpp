@@ -76,10 +76,10 @@ TEST_F(FileReplacementTest, LeavesTheOldFileUntilItIsCommitted) {
     EXPECT_FALSE(isNewFileThere());
 }
 
-TEST_F(FileReplacementTest, SyncsTheFileBeforeItHasItsNameAndTheFolderBehindThat) {
+TEST_F(FileReplacementTest, SyncsTheFileBeforeTheRenameAndTheFolderAfterIt) {
     root.write("file", "old");
     EXPECT_THAT(callsOf([this] { replace("new"); }),
-                testing::IsSupersetOf({"write", "fsync", "rename"})); // and what closes descriptors
+                testing::IsSupersetOf({"write", "fsync", "rename"})); // and what closes the descriptors
     std::vector<std::string> calls = callsOf([this] { replace("newer"); });
     calls.erase(std::remove(calls.begin(), calls.end(), "close"), calls.end());
     EXPECT_THAT(calls, testing::ElementsAre("write", "fsync", "rename", "fsync"));
@@ -164,7 +164,7 @@ TEST_F(FileReplacementTest, RemovesWhatAPowerCutLeft) {
     EXPECT_FALSE(isNewFileThere());
 }
 
-TEST_F(FileReplacementTest, WritesThroughNoLinkInTheNewFilesPlace) {
+TEST_F(FileReplacementTest, DoesNotWriteThroughALinkInTheNewFilesPlace) {
     root.write("precious", "kept");
     std::filesystem::create_symlink(root / "precious", path + ".new");
     replace("text");
@@ -181,7 +181,7 @@ TEST_F(FileReplacementTest, RefusesAFolderInTheNewFilesPlace) {
     EXPECT_EQ(root.read("file"), "old");
 }
 
-TEST_F(FileReplacementTest, WritesThroughNoLinkInTheFilesPlace) {
+TEST_F(FileReplacementTest, DoesNotWriteThroughALinkInTheFilesPlace) {
     root.write("precious", "kept");
     std::filesystem::create_symlink(root / "precious", path);
     replace("text");

@@ -41,7 +41,7 @@ class FileSinkTest : public testing::Test {
 protected:
     std::string content() const { return root.read("file"); }
 
-    // "<description>|<errno text>" of what the statement throws, which has to name the file.
+    // "<description>|<errno text>" of the exception that the statement throws, which has to name the file.
     template <class E = FileSinkIOException, class Statement>
     std::string failureOf(const Statement& statement) {
         try {
@@ -77,7 +77,7 @@ TEST_F(FileSinkTest, EmptiesTheFileThatItTruncates) {
     EXPECT_EQ(std::filesystem::file_size(path), 0U);
 }
 
-TEST_F(FileSinkTest, GoesOnBehindWhatTheFileHolds) {
+TEST_F(FileSinkTest, AppendsToWhatTheFileHolds) {
     root.write("file", "0123456789");
     FileSink sink(path, false);
     EXPECT_EQ(sink.position(), 10U);
@@ -96,7 +96,7 @@ TEST_F(FileSinkTest, CutsNothing) {
     EXPECT_EQ(content(), "012ab56789");
 }
 
-TEST_F(FileSinkTest, DoesNothingForThePositionThatHoldsAlready) {
+TEST_F(FileSinkTest, DoesNothingWhenItSeeksToItsOwnPosition) {
     FileSink sink(path, true);
     sink.open();
     takeCalls("fseeko64");
@@ -107,7 +107,7 @@ TEST_F(FileSinkTest, DoesNothingForThePositionThatHoldsAlready) {
     EXPECT_EQ(sink.position(), 0U);
 }
 
-TEST_F(FileSinkTest, TakesNoMoreBehindTheEndOfData) {
+TEST_F(FileSinkTest, TakesNoMoreAfterTheEndOfData) {
     FileSink sink(path, true);
     write(sink, "ab");
     sink.markEndOfData();
@@ -276,7 +276,7 @@ TEST_F(FileSinkTest, SeeksAnewAfterASeekThatFailed) {
     EXPECT_EQ(takeCalls("fseeko64"), 1);
 }
 
-// A limit to the size of files, as a disk that has no more room; it is lifted when the object dies.
+// Limits the size of files, like a disk without room, until the object is destroyed.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) {
@@ -293,7 +293,7 @@ private:
     rlimit m_before{};
 };
 
-TEST_F(FileSinkTest, WritesAChunkAgainOfWhichARealDiskTookAPart) {
+TEST_F(FileSinkTest, WritesAChunkAgainAfterARealDiskTookAPartOfIt) {
     const std::string chunk(100000, 'x');
     const auto writeTwice = [&] {
         FileSink sink(path, true);
@@ -310,7 +310,7 @@ TEST_F(FileSinkTest, WritesAChunkAgainOfWhichARealDiskTookAPart) {
     EXPECT_TRUE(content() == "ab" + chunk);
 }
 
-TEST_F(FileSinkTest, NeverEndsTheDataWellWhenEarlierChunksAreLost) {
+TEST_F(FileSinkTest, FailsAtTheEndOfDataWhileEarlierChunksAreLost) {
     const auto loseTheFirst = [&] {
         FileSink sink(path, true);
         write(sink, "abcd"); // the C library keeps it, and drops it when it cannot be written
@@ -326,7 +326,7 @@ TEST_F(FileSinkTest, NeverEndsTheDataWellWhenEarlierChunksAreLost) {
     EXPECT_IN_CHILD(loseTheFirst());
 }
 
-TEST_F(FileSinkTest, EndsTheDataWellWhenLostChunksAreWrittenAgain) {
+TEST_F(FileSinkTest, EndsTheDataOnceLostChunksAreWrittenAgain) {
     const auto rewrite = [&] {
         FileSink sink(path, true);
         write(sink, "abcd");
@@ -432,7 +432,7 @@ TEST_F(FileSinkTest, IsInterruptedBeforeItWrites) {
     EXPECT_EQ(content(), "ab");
 }
 
-TEST_F(FileSinkTest, RefusesDataBehindTheEndBeforeItIsInterrupted) {
+TEST_F(FileSinkTest, RefusesDataAfterTheEndBeforeItIsInterrupted) {
     FileSink sink(path, true);
     sink.open();
     sink.markEndOfData();
@@ -463,12 +463,12 @@ TEST_F(FileSinkTest, StopsAtTheFirstFailureOfAFlush) {
         failNext(function, EIO);
         return callsOf([&] { EXPECT_ANY_THROW(sink.flush()); });
     };
-    EXPECT_THAT(callsWhenItFails("fflush"), ElementsAre("fflush", "ftello64")); // to see how far the file got
+    EXPECT_THAT(callsWhenItFails("fflush"), ElementsAre("fflush", "ftello64")); // ftello64 tells how far the file got
     EXPECT_THAT(callsWhenItFails("fileno"), ElementsAre("fflush", "fileno"));
     EXPECT_THAT(callsWhenItFails("fsync"), ElementsAre("fflush", "fileno", "fsync"));
 }
 
-TEST_F(FileSinkTest, AFailureToSynchronizeIsNoneOfTheFile) {
+TEST_F(FileSinkTest, ThrowsAGenericExceptionWhenItCannotSynchronize) {
     FileSink sink(path, true);
     sink.open();
     failNext("fsync", EIO);
@@ -492,7 +492,7 @@ TEST_F(FileSinkTest, IsMarkedOnARealFullDiskThatTakesNothingOfTheBuffer) {
     EXPECT_TRUE(sink.alreadyClosed());
 }
 
-TEST_F(FileSinkTest, AFullDiskIsNoOtherFailure) {
+TEST_F(FileSinkTest, TakesNoOtherFailureForAFullDisk) {
     FileSink sink(path, true);
     sink.open();
     failNext("fwrite", EFBIG);
@@ -539,7 +539,7 @@ TEST_F(FileSinkTest, StaysOpenedWhenTheEndOfDataFailsAsItCloses) {
     EXPECT_TRUE(sink.alreadyClosed());
 }
 
-TEST_F(FileSinkTest, ReachesBehindFourGibibytes) {
+TEST_F(FileSinkTest, ReachesBeyondFourGibibytes) {
     const streamsize_t far = 5ULL << 30;
     FileSink sink(path, true);
     sink.seek(far);
@@ -590,7 +590,7 @@ TEST_F(FileSinkTest, AssertsThatItIsNotOpenedWhenItIsRestored) {
     EXPECT_ASSERTION(sink.transactionLoad(&loading), "!isOpened()");
 }
 
-TEST_F(FileSinkTest, IsCalledByItsPath) {
+TEST_F(FileSinkTest, IsNamedAfterItsPath) {
     EXPECT_EQ(FileSink(path, true).debugName(), "FileSink(" + path + ")");
 }
 

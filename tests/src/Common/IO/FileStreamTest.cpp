@@ -29,7 +29,7 @@ class FileStreamTest : public testing::Test {
 protected:
     FileStreamTest() { root.write("file", "0123456789"); }
 
-    // "<description>|<errno text>" of what the statement throws, which has to name the file.
+    // "<description>|<errno text>" of the exception that the statement throws, which has to name the file.
     template <class Statement>
     std::string failureOf(const Statement& statement) {
         try {
@@ -85,14 +85,14 @@ TEST_F(FileStreamTest, SeeksToItsVeryEnd) {
     EXPECT_EQ(read(1), "");
 }
 
-TEST_F(FileStreamTest, DoesNothingForThePositionThatHoldsAlready) {
+TEST_F(FileStreamTest, DoesNothingWhenItSeeksToItsOwnPosition) {
     stream.seek(3);
     takeCalls("fseeko64");
     stream.seek(3);
     EXPECT_EQ(takeCalls("fseeko64"), 0);
 }
 
-TEST_F(FileStreamTest, RefusesAPositionBehindItsEnd) {
+TEST_F(FileStreamTest, RefusesAPositionBeyondItsEnd) {
     EXPECT_EQ((thrownText<errinfo_stream_text, IOExceptions::OutOfRangeException>([&] { stream.seek(11); })),
               "Position 11 is past end of file. File size: 10");
     EXPECT_EQ(stream.position(), 0U);
@@ -108,7 +108,7 @@ TEST_F(FileStreamTest, NoticesAFileThatGrewUnderIt) {
     EXPECT_EQ(read(10), "0123456789");
 }
 
-TEST_F(FileStreamTest, NeverTakesTheEndOfAFileThatGrewForItsOwn) {
+TEST_F(FileStreamTest, RefusesEveryReadBeyondTheOldEndOfAFileThatGrew) {
     stream.open();
     std::ofstream(path, std::ios::app) << "more";
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -271,7 +271,7 @@ TEST_F(FileStreamTest, IsInterruptedBeforeItReads) {
     EXPECT_EQ(read(3), "012");
 }
 
-TEST_F(FileStreamTest, LeavesTheFileOpenForItsEndWhenItCannotBeMeasured) {
+TEST_F(FileStreamTest, ClosesAFileThatItCouldNotMeasureWhenItDies) {
     takeCalls("fclose");
     {
         FileStream immeasurable(path);
@@ -283,7 +283,7 @@ TEST_F(FileStreamTest, LeavesTheFileOpenForItsEndWhenItCannotBeMeasured) {
     EXPECT_EQ(takeCalls("fclose"), 1);
 }
 
-TEST_F(FileStreamTest, TakesAShortReadWithoutAnErrorForWhatItIs) {
+TEST_F(FileStreamTest, ReturnsWhatAShortReadGaveWithoutAnError) {
     std::filesystem::resize_file(path, 100000); // more than the C library reads ahead
     stream.open();
     std::filesystem::resize_file(path, 50000);
@@ -292,7 +292,7 @@ TEST_F(FileStreamTest, TakesAShortReadWithoutAnErrorForWhatItIs) {
     EXPECT_FALSE(stream.atEnd());
 }
 
-TEST_F(FileStreamTest, ReachesBehindFourGibibytes) {
+TEST_F(FileStreamTest, ReachesBeyondFourGibibytes) {
     const streamsize_t far = 5ULL << 30;
     std::filesystem::resize_file(path, far);
     std::ofstream(path, std::ios::app) << "far";
@@ -334,7 +334,7 @@ TEST_F(FileStreamTest, SavesAPositionThatIsRewound) {
     EXPECT_EQ(stream.position(), 7U);
 }
 
-TEST_F(FileStreamTest, StandsOnNothing) {
+TEST_F(FileStreamTest, DependsOnNoOtherObject) {
     FakeTransaction transaction;
     stream.transactionSaved(&transaction);
     EXPECT_TRUE(transaction.dependencies.empty());

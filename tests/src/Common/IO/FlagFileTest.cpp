@@ -42,7 +42,7 @@ TEST_F(FlagFileTest, WritesALineAtATime) {
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "fwrite"), 2);
 }
 
-TEST_F(FlagFileTest, IsOnItsMediumAndItsFolderKnowsOfIt) {
+TEST_F(FlagFileTest, SynchronizesTheFileAndItsFolder) {
     takeCalls("fsync");
     writeFlagFile(path);
     EXPECT_EQ(takeCalls("fsync"), 2);
@@ -60,13 +60,13 @@ TEST_F(FlagFileTest, IsRemovedForGood) {
     EXPECT_EQ(takeCalls("fsync"), 0);
 }
 
-TEST_F(FlagFileTest, TellsThatItsRemovalMayNotLast) {
+TEST_F(FlagFileTest, ThrowsWhenItsRemovalMayNotLast) {
     writeFlagFile(path);
     failNext("fsync", EIO);
     EXPECT_THROW(removeFlagFile(path), Common::Utils::GenericException);
 }
 
-TEST_F(FlagFileTest, IsMadeThroughNoLinkAndWaitsForNoReaderOfAPipe) {
+TEST_F(FlagFileTest, IsNotMadeThroughALinkAndDoesNotWaitOnAPipe) {
     std::filesystem::create_symlink(root / "elsewhere", path);
     EXPECT_THROW(writeFlagFile(path), Common::IO::FileSinkIOException);
     EXPECT_FALSE(std::filesystem::exists(root / "elsewhere"));
@@ -75,11 +75,11 @@ TEST_F(FlagFileTest, IsMadeThroughNoLinkAndWaitsForNoReaderOfAPipe) {
     EXPECT_THROW(writeFlagFile(path), Common::IO::FileSinkIOException);
 }
 
-TEST_F(FlagFileTest, SaysThatItCannotBeMade) {
+TEST_F(FlagFileTest, ThrowsWhenItCannotBeMade) {
     EXPECT_THROW(writeFlagFile((root / "absent/flag").string()), Common::IO::FileSinkIOException);
 }
 
-TEST_F(FlagFileTest, SaysThatItCannotBeWritten) {
+TEST_F(FlagFileTest, ThrowsWhenItCannotBeWritten) {
     failNext("fwrite", EIO, 2);
     EXPECT_THROW(writeFlagFile(path, {"One.", "Two."}), Common::IO::FileSinkIOException);
 }

@@ -41,7 +41,7 @@ TYPED_TEST(IOExceptionsTest, IsNoneOfItsSiblings) {
               (std::is_same<FileSinkIOException, TypeParam>::value));
 }
 
-// Both bases are there once, whatever joins two of the family.
+// Each of the two bases exists only once in a class that derives from two of the family.
 class Joined : public OutOfRangeException, public StreamDepletedException {};
 
 TEST(IOExceptions, ShareTheirVirtualBases) {

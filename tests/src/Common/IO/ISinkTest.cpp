@@ -13,7 +13,7 @@ using namespace Common::IO;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// Has memory for two bytes at a time.
+// Hands out memory for two bytes at a time.
 class Pairs : public IZeroCopySink {
 public:
     void nextChunk(std::uint8_t** data, std::size_t* size) override {
@@ -49,7 +49,7 @@ TEST(ISink, WritesOnceForAnEmptyStream) {
     EXPECT_THAT(sink.calls, ElementsAre("write null"));
 }
 
-TEST(ISink, RefusesToCopyBehindTheEndOfData) {
+TEST(ISink, RefusesToCopyAfterTheEndOfData) {
     MemorySink sink;
     sink.markEndOfData();
     MemoryStream stream("");

@@ -95,13 +95,13 @@ TEST(IStream, ReadsNoTextFromAnEmptyOne) {
     EXPECT_EQ(MemoryStream("").readAllText(10), "");
 }
 
-// Says that it gave all that a number can tell.
+// Claims to have read as many bytes as a number can hold.
 class Endless : public IStream {
 public:
     std::size_t readChunk(std::uint8_t*, std::size_t) override { return SIZE_MAX; }
 };
 
-TEST(IStream, RefusesATextWhoseSizeNoNumberTells) {
+TEST(IStream, RefusesATextWhoseSizeDoesNotFitInANumber) {
     EXPECT_EQ(thrownText<errinfo_stream_text>([] { Endless().readAllText(5); }),
               "numeric overflow:18446744073709551615+5");
 }

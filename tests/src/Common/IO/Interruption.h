@@ -10,8 +10,8 @@
 
 namespace DAX::Tests {
 
-// Whether the statement ends as interrupted on a thread that is asked to end before it gets there. Its other exceptions
-// end the test program.
+// Runs the statement on a thread that is interrupted before, and tells whether it ended by that interruption. Any other
+// exception ends the test program.
 template <class Statement>
 bool interrupts(const Statement& statement) {
     std::promise<void> asked;
@@ -30,8 +30,8 @@ bool interrupts(const Statement& statement) {
     return interrupted;
 }
 
-// How often the statement called a function of the C library (see FileFaults.h) before it was interrupted, as above;
-// nothing when it was not.
+// How often the statement, run like that, called a function of the C library (see FileFaults.h) before it was
+// interrupted; nothing when it was not interrupted.
 template <class Statement>
 std::optional<int> callsUntilInterruption(const std::string& function, const Statement& statement) {
     std::optional<int> calls;

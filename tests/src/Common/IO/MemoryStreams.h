@@ -15,7 +15,7 @@ inline const std::uint8_t* bytesOf(const std::string& text) {
     return reinterpret_cast<const std::uint8_t*>(text.data());
 }
 
-// A text to read, at most `chunk` bytes at a time.
+// Gives a text, at most `chunk` bytes at a time.
 class MemoryStream : public Common::IO::IStream {
 public:
     explicit MemoryStream(std::string text, std::size_t chunk = 1000000) : m_text(std::move(text)), m_chunk(chunk) {}
@@ -36,7 +36,7 @@ private:
     std::size_t m_position = 0;
 };
 
-// A text to read that can be sought in, without an end that it watches.
+// Gives a text with positions; it does not check that a position lies within the text.
 class MemorySeekableStream : public Common::IO::ISeekableStream {
 public:
     explicit MemorySeekableStream(std::string content) : text(std::move(content)) {}
@@ -58,7 +58,7 @@ public:
     int reads = 0;
 };
 
-// Keeps what is written, and each call in words.
+// Keeps what is written, and describes each call.
 class MemorySink : public Common::IO::ISink {
 public:
     void writeChunk(const std::uint8_t* data, std::size_t size) override {

@@ -24,7 +24,7 @@ class RegularFileTest : public testing::Test {
 protected:
     RegularFileTest() { std::filesystem::permissions(root.path(), std::filesystem::perms(0755)); }
 
-    // Why it is not read, and the system's reason.
+    // The description of the refusal, and the reason of the system.
     template <class... Options>
     static std::string refusalOf(const std::string& file, Options... options) {
         try {
@@ -52,7 +52,7 @@ TEST_F(RegularFileTest, MayBeEmpty) {
     EXPECT_EQ(RegularFile(path).readText(LIMIT), "");
 }
 
-TEST_F(RegularFileTest, HasAtMostAsManyBytesAsTheLimit) {
+TEST_F(RegularFileTest, IsRefusedAboveTheLimit) {
     for (const std::size_t size : {std::size_t(0), std::size_t(1), LIMIT - 1, LIMIT}) {
         root.write("file", std::string(size, 'x'));
         EXPECT_EQ(RegularFile(path).readText(LIMIT).size(), size);
@@ -103,7 +103,7 @@ TEST_F(RegularFileTest, RefusesAFileThatIsNotThere) {
     EXPECT_EQ(refusalOf(path), "Looking at file failed. errno=2 (No such file or directory)");
 }
 
-TEST_F(RegularFileTest, MayBeReadOnlyForReadersAlone) {
+TEST_F(RegularFileTest, MayBeWriteProtectedWhenItIsOnlyRead) {
     root.write("file", "text");
     std::filesystem::permissions(path, std::filesystem::perms(0444));
     const OrdinaryUser user;

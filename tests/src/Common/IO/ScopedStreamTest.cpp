@@ -29,7 +29,7 @@ std::string read(IStream& stream, std::size_t size) {
     return text;
 }
 
-// The text of what the statement throws, which has to name the view.
+// The text of the exception that the statement throws, which has to name the view.
 template <class Statement>
 std::string outOfRange(const Statement& statement) {
     try {
@@ -58,7 +58,7 @@ TEST(ScopedStream, EndsWithTheStreamWhenThatIsShorter) {
     EXPECT_EQ(read(stream, 9), "");
 }
 
-TEST(ScopedStream, IsCalledByWhatRemains) {
+TEST(ScopedStream, TellsWhatRemainsInItsName) {
     ScopedStream stream(std::make_shared<MemoryStream>("ab"), 5);
     read(stream, 1);
     EXPECT_THAT(stream.debugName(), AllOf(StartsWith("ScopedStream("), EndsWith(", bytesRemaining=4)")));
@@ -120,7 +120,7 @@ TEST_F(ScopedSeekableStreamTest, LooksAtItsBoundsWhenItIsFirstUsed) {
     EXPECT_EQ(ScopedSeekableStream(whole, 10, 0).size(), 0U);
 }
 
-TEST_F(ScopedSeekableStreamTest, RefusesAnEndThatNoNumberTells) {
+TEST_F(ScopedSeekableStreamTest, RefusesAnEndThatDoesNotFitInANumber) {
     try {
         ScopedSeekableStream(whole, 2, UINT64_MAX - 1);
         FAIL() << "nothing was thrown";
@@ -130,7 +130,7 @@ TEST_F(ScopedSeekableStreamTest, RefusesAnEndThatNoNumberTells) {
     }
 }
 
-TEST_F(ScopedSeekableStreamTest, IsCalledByItsStream) {
+TEST_F(ScopedSeekableStreamTest, IsNamedAfterItsStream) {
     EXPECT_THAT(stream.debugName(), StartsWith("ScopedSeekableStream("));
 }
 

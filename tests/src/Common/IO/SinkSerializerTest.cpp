@@ -31,7 +31,7 @@ TEST_F(SinkSerializerTest, Saves) {
     EXPECT_TRUE(serializer.saving());
 }
 
-TEST_F(SinkSerializerTest, WritesOneValueBehindTheOther) {
+TEST_F(SinkSerializerTest, WritesOneValueAfterTheOther) {
     serializer.save<little_endian<4>>(std::uint32_t{1});
     serializer.save<little_endian<4>>(std::uint32_t{2});
     EXPECT_EQ(content(), std::string("\1\0\0\0\2\0\0\0", 8));
@@ -44,12 +44,12 @@ TEST_F(SinkSerializerTest, WritesAtItsOwnPlaceWhereverTheSinkStands) {
     EXPECT_EQ(content(), std::string("\1\0\0\0\2\0\0\0", 8));
 }
 
-TEST_F(SinkSerializerTest, CutsNothingInSilence) {
+TEST_F(SinkSerializerTest, RefusesAValueThatDoesNotFit) {
     EXPECT_THROW(serializer.save<little_endian<4>>(std::uint64_t{4294967296}), serializers::lossy_conversion);
     EXPECT_EQ(thrownDescription<IOExceptions::NotOpenedException>([&] { sink.close(); }), "<no such text>");
 }
 
-// Takes every piece for written.
+// Accepts every piece, as if it was written.
 class Counter : public ISerializer {
 public:
     bool saving() override { return true; }
@@ -61,7 +61,7 @@ protected:
     }
 };
 
-TEST(ISerializer, CountsItsBytesAndStaysWhereTheyOverflow) {
+TEST(ISerializer, CountsItsBytesAndKeepsTheCountWhenItWouldOverflow) {
     Counter counter;
     const std::size_t most = std::numeric_limits<std::size_t>::max();
     counter.serializeData(nullptr, 3);

@@ -11,7 +11,7 @@ using namespace Common::IO;
 using namespace IOExceptions;
 using Common::Utils::errinfo_subject;
 
-// A storage object's life and nothing else; the checks are public.
+// Has the life of a storage object and nothing else; the checks are public.
 class Storage : public StorageHelper<Storage>, public Common::Utils::IDebugName {
 public:
     using StorageHelper::openIfNotOpened;

@@ -47,7 +47,7 @@ TEST_F(StreamBufferTest, GivesTheStreamInChunksOfItsSize) {
     EXPECT_EQ(next(buffer), "<end>");
 }
 
-TEST_F(StreamBufferTest, AsksNoMoreBehindTheEnd) {
+TEST_F(StreamBufferTest, ReadsNothingAfterTheEnd) {
     const auto stream = std::make_shared<MemoryStream>("ab");
     StreamBuffer buffer(stream, 4);
     next(buffer);
@@ -93,7 +93,7 @@ TEST_F(StreamBufferTest, RefusesWhatItDidNotGiveAndStaysAsItIs) {
     EXPECT_EQ(next(buffer), "ef");
 }
 
-// Fails once, half way, and gives a text otherwise.
+// Fails once, half way through; at all other times it gives a text.
 class FailsOnce : public MemoryStream {
 public:
     using MemoryStream::MemoryStream;
@@ -120,7 +120,7 @@ TEST_F(StreamBufferTest, TakesNothingBackThatAFailingReadMayHaveOverwritten) {
     EXPECT_EQ(buffer.maxGiveBackSize(), 2U);
 }
 
-// Takes part in transactions as a stream that can be sought in, and is none.
+// Takes part in transactions like a seekable stream, but is none.
 class NoSeekable : public MemoryStream, public TransactionalSeekable<ISeekableStream> {
 public:
     using MemoryStream::MemoryStream;
@@ -260,7 +260,7 @@ TEST_F(StreamBufferOverAFile, CountsNothingAsUnreadWhenTheLoadFails) {
     failNext("fread", EIO, 1, 2);
     EXPECT_THROW(buffer.transactionSerialize(&loading), FileStreamIOException);
     EXPECT_EQ(buffer.maxGiveBackSize(), 0U);
-    EXPECT_EQ(next(buffer), "bcde"); // where the stream was brought to
+    EXPECT_EQ(next(buffer), "bcde"); // from the restored position of the stream
 }
 
 TEST_F(StreamBufferTest, SavesTheUnreadDataOfAStreamThatTakesNoPart) {
@@ -299,7 +299,7 @@ TEST_F(StreamBufferTest, AssertsThatTheUnreadDataFits) {
     EXPECT_ASSERTION(buffer.transactionSerialize(&loading), "m_dataBuffer.size() >= dataBufferSize");
 }
 
-TEST_F(StreamBufferTest, AssertsThatTheUnreadDataFitsWhereNoNumberTellsItsEnd) {
+TEST_F(StreamBufferTest, AssertsThatTheUnreadDataFitsAlthoughItsEndOverflows) {
     FakeTransaction loading({0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 2, 0, 0, 0, 'x', 'y'});
     auto buffer = bufferOver("", 4);
     EXPECT_ASSERTION(buffer.transactionSerialize(&loading), "m_dataBuffer.size() >= dataBufferSize");

@@ -11,7 +11,7 @@
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
 
-// Each failure says where it was thrown: in the operation that met it, on a line of its own.
+// Each failure tells where it was thrown: the operation that failed, on a line of its own.
 namespace DAX::Tests {
 namespace {
 
@@ -23,7 +23,7 @@ class ThrowLocation : public testing::Test {
 protected:
     ThrowLocation() { root.write("file", "0123456789"); }
 
-    // Expects the statement to throw in this function of this file, and nowhere that another one did.
+    // Expects the statement to throw in this function of this file, on a line where no other statement threw.
     void expectSite(const char* function, const char* file, const std::function<void()>& statement) {
         const ThrowSite site = siteThrownBy(statement);
         EXPECT_THAT(site.function, HasSubstr(function));
@@ -59,7 +59,7 @@ TEST_F(FileStreamThrowLocation, IsTheOperation) {
     stream.open();
     std::uint8_t data[20];
     expectFault("FileStream::readChunk(", "fread", [&] { stream.readChunk(data, 3); });
-    expectFault("FileStream::readChunk(", "fseeko64", [&] { stream.readChunk(data, 3); }); // back to where it failed
+    expectFault("FileStream::readChunk(", "fseeko64", [&] { stream.readChunk(data, 3); }); // seeks back first
     expectFault("FileStream::seek(", "fseeko64", [&] { stream.seek(3); });
     expectSite("FileStream::seek(", "FileStream.cpp", [&] { stream.seek(11); });
     expectSite("FileStream::readChunk(", "FileStream.cpp", [&] {

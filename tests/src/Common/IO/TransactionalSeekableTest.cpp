@@ -17,7 +17,7 @@ public:
     using MemorySeekableStream::MemorySeekableStream;
 };
 
-// A sink whose file may be at any position; it tells what the transaction holds when it is flushed.
+// A sink whose file may be at any position. It keeps what the transaction holds at the time of the flush.
 class Sink : public IStorageSink, public TransactionalSeekable<ISeekableSink> {
 public:
     explicit Sink(const FakeTransaction& transaction) : m_transaction(transaction) {}
@@ -53,7 +53,7 @@ TEST(TransactionalSeekable, SavesAndRestoresThePosition) {
     EXPECT_EQ(stream.position(), 3U);
 }
 
-TEST(TransactionalSeekable, FlushesAStorageSinkBehindItsPosition) {
+TEST(TransactionalSeekable, FlushesAStorageSinkAfterItSavedThePosition) {
     FakeTransaction saving;
     Sink sink(saving);
     sink.transactionSave(&saving);
@@ -69,7 +69,7 @@ TEST(TransactionalSeekable, FlushesAStorageSinkForAGivenPositionToo) {
     EXPECT_THAT(sink.savedWhenFlushed, ElementsAre(8));
 }
 
-TEST(TransactionalSeekable, RewindsThePositionThatHoldsWhenItIsSaved) {
+TEST(TransactionalSeekable, RewindsFromThePositionAtTheTimeOfTheSave) {
     Seekable stream("0123456789");
     FakeTransaction saving;
     const auto save = stream.saveRewound(&saving, 2);
