@@ -5,10 +5,10 @@
 
 namespace DAX::Common::Logging {
 
-// One log line in the making; it is printed when the object dies.
+// Collects one log line, and prints it when it is destroyed. One thread.
 class LoggingStream {
 public:
-    // `tag` and `shortFile` must outlive the object.
+    // `tag` and `shortFile` are borrowed and must outlive the object.
     LoggingStream(const char* tag, LoggingClass::Level level, const char* shortFile, int line);
     LoggingStream(const LoggingStream&) = delete;
     LoggingStream& operator=(const LoggingStream&) = delete;
@@ -26,7 +26,7 @@ private:
 
 } // namespace DAX::Common::Logging
 
-// DAX_LOG(INF) << "text" << value; the values are not looked at when the level never comes out.
+// DAX_LOG(INF) << "text" << value; the values are not evaluated when the level is never printed.
 #define DAX_LOG(LEVEL)                                                                                                 \
     if (!::DAX::Common::Logging::LoggingClass::isPrinted(::DAX::Common::Logging::LoggingClass::LEVEL)) {               \
     } else                                                                                                             \

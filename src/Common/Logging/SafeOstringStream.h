@@ -6,7 +6,7 @@
 
 namespace DAX::Common::Logging {
 
-// A string stream that may be given null pointers: a null pointer comes out as "[nullptr]".
+// A string stream that accepts null pointers and writes them as "[nullptr]". One thread at a time.
 class SafeOstringStream : private std::ostringstream {
 public:
     static const char* const NULLPTR_STR;

@@ -4,15 +4,15 @@
 
 namespace DAX::Common::PlatformDependent {
 
-// Returns when the file's data is on its medium. Throws GenericException when the system refuses.
+// Waits until the file's data is on its medium. Throws GenericException when the system refuses. Any thread.
 void file_sync(int fd);
 
-// Returns when the folder's entries are on their medium: a new, renamed or removed file is so for good only then. The
-// empty text is the working directory. Throws GenericException when the system refuses; a file system that has no way
-// to do it is no failure.
+// Waits until the folder's entries are on their medium; only then is a new, renamed or removed file safe from a power
+// cut. An empty text means the working directory. Throws GenericException when the system refuses. A file system that
+// cannot synchronize a folder is no failure. Any thread.
 void folder_sync(const std::string& folder);
 
-// Starts to bring all file systems' data to their media, and waits for it. Cannot fail.
+// Writes the data of all file systems to their media, and waits for that. Cannot fail. Any thread.
 void system_sync();
 
 } // namespace DAX::Common::PlatformDependent

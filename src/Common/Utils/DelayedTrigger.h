@@ -12,26 +12,36 @@
 
 namespace DAX::Common::Utils {
 
-// Runs one stored action on a thread of its own when a deadline passes, unless it is cancelled first. The action runs
-// with the trigger's recursive mutex held: cancelling waits for a running action. One owner arms and cancels; the
-// action may do so, too, and may destroy the trigger.
+// Runs one action on a thread of its own when a deadline passes, unless the action is cancelled before. The action runs
+// with the trigger's recursive mutex held, so cancelling waits for a running action. One thread arms and cancels; the
+// action may do so, too, and may destroy the trigger. An action that throws ends the waiting thread: the failure is
+// logged, and every later operation rethrows it.
 class DelayedTrigger {
 public:
-    // Starts the waiting thread, which takes the name `name` and " DelayedTrigger".
+    // Starts the waiting thread, named `name` + " DelayedTrigger". Throws boost::thread_resource_error when the system
+    // has no thread left.
     explicit DelayedTrigger(const std::string& name);
     DelayedTrigger(const DelayedTrigger&) = delete;
     DelayedTrigger& operator=(const DelayedTrigger&) = delete;
+
+    // Drops an action that is still waiting, and waits for a running one unless it is called from within that action.
+    // Logs the failure of an earlier action. Never throws.
     ~DelayedTrigger();
 
-    // Both rethrow the failure of an earlier action, if there was one: the trigger is then without a thread.
+    // Runs `action` once, `delay` from now on the steady clock. It replaces the action that is still waiting. Rethrows
+    // the failure of an earlier action.
     void arm(boost::chrono::milliseconds delay, std::function<void()> action);
+
+    // Drops the waiting action, if there is one; on return it does not run and will not run. Rethrows the failure of an
+    // earlier action.
     void cancel();
 
-    // Rethrows the failure of the waiting thread, if there is one.
+    // Rethrows the failure of an earlier action, if there is one.
     void throwIfException();
 
 private:
-    // What the waiting thread shares with its owner: it is there until both have gone.
+    // What the waiting thread shares with the trigger. It lives until both are gone, since the action may destroy the
+    // trigger.
     struct State {
         std::recursive_mutex mutex; // guards the rest
         boost::condition_variable_any condition;

@@ -4,14 +4,14 @@
 
 namespace DAX::Common::Utils {
 
-// Measures elapsed time. Any thread may read a clock.
+// Measures the time since it was made, on the steady clock. Any thread may read it.
 class ISimpleClock {
 public:
-    // Seconds since the clock was made.
+    // Seconds since the clock was made, 0 or greater. A float: after a day it is exact to about 10 ms.
     virtual float getCurrentTime() = 0;
     virtual ~ISimpleClock() = default;
 
-    // A clock over the steady clock of the system.
+    // A new clock, which starts at 0.
     static std::unique_ptr<ISimpleClock> createClock();
 };
 

@@ -8,18 +8,21 @@
 
 namespace DAX::Common::Utils {
 
-// Watches a piece of work: armed before it and disarmed after it. Work that outlives the limit gets one fatal log line
-// and goes on; nothing is killed. May be armed any number of times, by one thread; arming an armed watchdog, or
-// disarming a disarmed one, is an assertion failure.
+// Watches a piece of work: arm it before and disarm it after. If the work takes longer than the limit, one fatal line
+// is logged and the work goes on; nothing is killed. It may be armed any number of times, by one thread.
 class SoftWatchdog {
 public:
-    // Times in seconds; `warnAfterSeconds` may not be greater than `killAfterSeconds` (an assertion).
+    // Times in seconds. `warnAfterSeconds` only appears in the log, and must not be greater than `killAfterSeconds` (an
+    // assertion failure). Starts a thread; throws boost::thread_resource_error when the system has none left.
     SoftWatchdog(const std::string& name, int warnAfterSeconds, int killAfterSeconds);
     SoftWatchdog(const SoftWatchdog&) = delete;
     SoftWatchdog& operator=(const SoftWatchdog&) = delete;
     ~SoftWatchdog();
 
+    // Starts the time. It is an assertion failure when it is armed already.
     void arm();
+
+    // Stops the time. It is an assertion failure when it is not armed. It stays armed when the limit passes.
     void disarm();
 
 private:

@@ -6,13 +6,13 @@
 
 namespace DAX::Common::XML {
 
-// The one door through which a file is read as an XML archive. It reads what boost::archive::xml_oarchive writes, and
-// throws what boost::archive::xml_iarchive throws, at the construction when the header is bad; elements come in their
-// order. The stream outlives this object.
+// Reads an XML archive; every XML file is read through this class. It reads what boost::archive::xml_oarchive writes
+// and throws what boost::archive::xml_iarchive throws; the constructor throws for a bad header. Elements are read in
+// the order in which they were written. The stream must outlive this object. One thread at a time.
 //
-// Anybody may have written the file. The library's own archive, given a bad one, reads behind the end of the names that
-// it compares, and ends the process when the end of the document is missing; this one does neither, and does not look
-// at what follows the last element that it was asked for.
+// The file may come from anybody. Given a bad file, the library's own archive reads beyond the end of the names that it
+// compares, and ends the process when the end of the document is missing. This class does neither, and ignores what
+// follows the last element that it is asked for.
 class XMLInput : public boost::archive::xml_iarchive_impl<XMLInput> {
 public:
     explicit XMLInput(std::istream& file);
@@ -23,7 +23,7 @@ private:
     friend class boost::archive::detail::interface_iarchive<XMLInput>;
     friend class boost::archive::load_access;
 
-    // The library comes here at the two ends of every element.
+    // The library calls these at the beginning and the end of every element.
     void load_start(const char* name);
     void load_end(const char* name);
 

@@ -17,14 +17,15 @@ namespace DAX::Common::Logging {
 const char* const LOG_TAG = "org.kovan.tv.dax.DAX";
 
 const int LoggingClass::maxMessageLength;
-__attribute__((init_priority(101))) std::string LoggingClass::m_processName; // outlives what logs at its own end
+// Made first, so that it outlives every object that logs in its destructor.
+__attribute__((init_priority(101))) std::string LoggingClass::m_processName;
 bool LoggingClass::m_bSocketInitialized = false;
 
 namespace {
 
 const char* const VERSION_SUFFIX = "-17.037.0";
 
-// What the system log is told of a level.
+// How the system log shows a level.
 struct LevelRoute {
     const char* name;
     int logId;
@@ -43,13 +44,13 @@ const LevelRoute& routeOf(LoggingClass::Level level) {
     return known ? ROUTES[level - LoggingClass::VERBOSE] : UNKNOWN;
 }
 
-// A message, formatted into memory that has room for most of them, or on the heap when it is longer. Without a heap a
-// long one is cut.
+// A formatted message. Most fit into the object itself; a longer one goes to the heap, or is cut when there is no
+// memory.
 class FormattedText {
 public:
     FormattedText(const char* format, va_list arguments) {
         va_list again;
-        va_copy(again, arguments);
+        va_copy(again, arguments); // the first vsnprintf uses `arguments` up
         const int needed = std::vsnprintf(m_short, sizeof(m_short), format, arguments);
         if (needed >= static_cast<int>(sizeof(m_short))) {
             m_long.reset(new (std::nothrow) char[LONG_SIZE]());
@@ -75,7 +76,7 @@ private:
 };
 
 constexpr int DUMP_ROW_BYTES = 16;
-constexpr size_t DUMP_ROW_LENGTH = 64; // more than any row takes
+constexpr size_t DUMP_ROW_LENGTH = 64; // longer than any row
 
 void formatDumpRow(char (&row)[DUMP_ROW_LENGTH], int number, const unsigned char* bytes, int count) {
     char* end = row + std::snprintf(row, sizeof(row), " %04x=", static_cast<unsigned int>(number));
@@ -84,7 +85,7 @@ void formatDumpRow(char (&row)[DUMP_ROW_LENGTH], int number, const unsigned char
     }
 }
 
-// Rows are counted by one, not by their bytes.
+// Each row begins with its number, not with the offset of its bytes.
 void dump(LoggingClass::Sink sink, const char* tag, LoggingClass::Level level, FormattedText& message,
           const unsigned char* bytes, int length) {
     char* const rowStart = message.text() + std::strlen(message.text());

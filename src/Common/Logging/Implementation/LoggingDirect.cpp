@@ -7,7 +7,7 @@
 namespace DAX::Common::Logging {
 namespace {
 
-// So that the console can take the line before the process ends.
+// Gives the console time to take the line before the process ends.
 void letConsoleCatchUp() {
     const timespec pause = {0, 100 * 1000 * 1000};
     nanosleep(&pause, nullptr);

@@ -2,7 +2,7 @@
 
 namespace DAX::Common::Logging {
 
-// Nothing goes through a socket: the channel is never opened.
+// Stubs: the socket is never opened, and nothing is sent.
 
 void LoggingClass::socketConnectionInitialize() {}
 

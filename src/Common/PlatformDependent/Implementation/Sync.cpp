@@ -25,6 +25,7 @@ void file_sync(int fd) {
 void folder_sync(const std::string& folder) {
     const std::string path = folder.empty() ? "." : folder;
     const Utils::FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // EINVAL: the file system has no way to synchronize a folder.
     const bool synced = descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL);
     if (!synced) {
         DAX_THROW(GenericException(), errinfo_errno(errno) << errinfo_path(path));

@@ -13,7 +13,7 @@ namespace {
 
 using Lock = std::unique_lock<std::recursive_mutex>;
 
-// One with tags of its own: a text that is added to it stays out of the stored one.
+// A copy has its own tags, so that a text added to it does not change the stored one.
 boost::exception_ptr copyOf(const boost::exception_ptr& exception) {
     try {
         boost::rethrow_exception(exception);
@@ -32,7 +32,7 @@ DelayedTrigger::~DelayedTrigger() {
     boost::this_thread::disable_interruption uninterrupted;
     m_thread.interrupt();
     if (m_thread.get_id() == boost::this_thread::get_id()) {
-        m_thread.detach(); // it ends behind its action
+        m_thread.detach(); // it ends after its action
         return;
     }
     m_thread.join();
@@ -90,7 +90,7 @@ void DelayedTrigger::waitForActions(State& state) {
     for (;;) {
         Lock lock(state.mutex);
         state.condition.wait(lock, [&state] { return state.triggered; });
-        // A wait that timed out says nothing of the deadline: it may be another by now.
+        // Read the deadline again after each wait: meanwhile the trigger may have been armed anew.
         while (state.triggered && steady_clock::now() < state.deadline) {
             const steady_clock::time_point deadline = state.deadline;
             state.condition.wait_until(lock, deadline);

@@ -32,7 +32,7 @@ void SoftWatchdog::arm() {
 void SoftWatchdog::disarm() {
     BOOST_ASSERT(m_armed);
     m_armed = false;
-    m_clock->getCurrentTime(); // nothing is made of it: nobody is warned
+    m_clock->getCurrentTime(); // the result is not used: there is no warning
     m_trigger.cancel();
     m_clock.reset();
 }

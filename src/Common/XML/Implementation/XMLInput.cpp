@@ -28,7 +28,7 @@ using boost::archive::xml_archive_exception;
 
 namespace {
 
-// No global locale changes how numbers are read.
+// The global locale must not change how numbers are read.
 std::istream& inClassicLocale(std::istream& file) {
     file.imbue(std::locale::classic());
     return file;
@@ -48,8 +48,8 @@ bool hasQuotedTextLongerThan(std::size_t limit, const std::string& tag) {
     return false;
 }
 
-// The declaration, the document's type and the tag around everything. The library compares as many bytes with its own
-// signature as the file's has, however many those are.
+// The first three tags: the declaration, the document type and the outermost tag. The library compares its own
+// signature with as many bytes as the signature of the file has, so a longer one is refused here.
 std::string checkedHeader(std::istream& file) {
     static const std::size_t TAGS = 3;
     std::string header;
@@ -79,7 +79,7 @@ XMLInput::XMLInput(std::istream& file) : xml_iarchive_impl(inClassicLocale(file)
 
 XMLInput::~XMLInput() = default;
 
-// Nothing but its value is there of what has no name.
+// An element without a name has no tags.
 void XMLInput::load_start(const char* name) {
     if (name == nullptr) {
         return;
@@ -90,7 +90,7 @@ void XMLInput::load_start(const char* name) {
     ++m_depth;
 }
 
-// The outermost element may have any name.
+// The name of the outermost element is not compared.
 void XMLInput::load_end(const char* name) {
     if (name == nullptr) {
         return;

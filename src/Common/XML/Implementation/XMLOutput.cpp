@@ -5,7 +5,7 @@
 namespace DAX::Common::XML {
 namespace {
 
-// No global locale changes how numbers are written.
+// The global locale must not change how numbers are written.
 std::ostream& inClassicLocale(std::ostream& file) {
     file.imbue(std::locale::classic());
     return file;

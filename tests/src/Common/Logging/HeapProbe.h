@@ -1,6 +1,6 @@
 #pragma once
 
-// Stands in for operator new in this test program.
+// Replaces operator new in this test program.
 namespace HeapProbe {
 
 // How many times the current thread has allocated.

@@ -12,7 +12,7 @@ using DAX::Tests::TemporaryRoot;
 
 namespace {
 
-// printDirect takes the process's standard output away: it runs in a child.
+// printDirect redirects the standard output of the process, so it runs in a child.
 [[noreturn]] void printDirectAndExit() {
     char text[] = "the end";
     LoggingClass::printDirect("tag", LoggingClass::FTL, text);

@@ -7,7 +7,7 @@
 
 namespace DAX::Tests {
 
-// A sink of LoggingClass::print, which takes no context: what it was called with since `calls` was cleared last.
+// A sink for LoggingClass::print, which passes no context: `calls` holds its calls since it was last cleared.
 struct RecordingSink {
     struct Call {
         std::string tag;

@@ -16,27 +16,27 @@ using Common::PlatformDependent::folder_sync;
 using Common::PlatformDependent::system_sync;
 using Common::Utils::errinfo_stream_text;
 
-TEST(Sync, TakesAFileToItsMedium) {
+TEST(Sync, BringsAFileToItsMedium) {
     std::FILE* const file = std::tmpfile();
     EXPECT_NO_THROW(file_sync(fileno(file)));
     std::fclose(file);
 }
 
-TEST(Sync, TellsWhyAFileCannotBeTaken) {
+TEST(Sync, ThrowsWhyAFileCannotBeSynchronized) {
     EXPECT_EQ(thrownText<errinfo_stream_text>([] { file_sync(-1); }), " errno=9 (Bad file descriptor)");
 }
 
-TEST(Sync, TakesTheEntriesOfAFolderToTheirMedium) {
+TEST(Sync, BringsTheEntriesOfAFolderToTheirMedium) {
     EXPECT_NO_THROW(folder_sync("/tmp"));
     EXPECT_NO_THROW(folder_sync(""));
 }
 
-TEST(Sync, TellsWhyAFolderCannotBeTaken) {
+TEST(Sync, ThrowsWhyAFolderCannotBeSynchronized) {
     EXPECT_EQ(thrownText<errinfo_stream_text>([] { folder_sync("/absent"); }), " errno=2 (No such file or directory)");
     EXPECT_EQ(thrownText<errinfo_stream_text>([] { folder_sync("/dev/null"); }), " errno=20 (Not a directory)");
 }
 
-TEST(Sync, SaysThatItTakesAllFileSystemsAndDoes) {
+TEST(Sync, LogsAndSynchronizesAllFileSystems) {
     system_sync();
     EXPECT_THAT(FakeKovan::journal(), testing::ElementsAre("log INF Performing 'sync'.", "sync"));
 }
@@ -44,7 +44,7 @@ TEST(Sync, SaysThatItTakesAllFileSystemsAndDoes) {
 } // namespace
 } // namespace DAX::Tests
 
-// The machine of the tests is not waited for. NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the linker's
+// The tests do not wait for the machine's disks. NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the linker's
 extern "C" void __wrap_sync() {
     FakeKovan::note("sync");
 }

@@ -109,8 +109,8 @@ TEST(DelayedTriggerTest, TakesTheNewestActionAndItsDeadline) {
     EXPECT_FALSE(olderRan);
 }
 
-// The older action goes with the trigger's mutex held, so the waiting thread cannot see the newer one before its time
-// has run out.
+// The older action is destroyed with the trigger's mutex held, so the waiting thread cannot see the newer action before
+// its wait has timed out.
 TEST(DelayedTriggerTest, WaitsForTheNewDeadlineWhenItIsArmedAgainWhileItTimesOut) {
     const std::chrono::milliseconds NEW_DELAY(300);
     DelayedTrigger trigger("bus");
@@ -152,7 +152,7 @@ TEST(DelayedTriggerTest, CancellingWaitsForARunningAction) {
     trigger.arm(AT_ONCE, [&] {
         started.happen();
         cancelling.wait();
-        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // ample for a cancel that does not wait
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // a cancel that does not wait needs far less
         finished = true;
     });
     ASSERT_TRUE(started.wait());
@@ -162,7 +162,7 @@ TEST(DelayedTriggerTest, CancellingWaitsForARunningAction) {
     EXPECT_TRUE(finished);
 }
 
-TEST(DelayedTriggerTest, DestroyingItEndsTheThreadWithoutTheActionAndWithoutAWord) {
+TEST(DelayedTriggerTest, DestroyingItEndsTheThreadWithoutTheActionAndWithoutALogLine) {
     bool ran = false;
     {
         DelayedTrigger trigger("bus");
@@ -179,7 +179,7 @@ int threads() {
     return static_cast<int>(std::distance(tasks, boost::filesystem::directory_iterator()));
 }
 
-// A trigger in memory that holds nothing but garbage once it is gone.
+// A trigger in memory that is overwritten with garbage after the trigger is destroyed.
 class MortalTrigger {
 public:
     ~MortalTrigger() {
@@ -229,7 +229,7 @@ TEST(DelayedTriggerTest, LogsTheFailureOfAnActionThatDestroyedIt) {
     EXPECT_EQ(FakeKovan::countContaining("FTL", "Exception caught in DelayedTrigger(bus) waiting thread: "), 1);
 }
 
-TEST(DelayedTriggerTest, IsDestroyedWholeInAThreadThatIsToBeInterrupted) {
+TEST(DelayedTriggerTest, IsDestroyedCompletelyOnAnInterruptedThread) {
     Event interrupted;
     bool stillToBeInterrupted = false;
     boost::thread owner([&] {
@@ -246,7 +246,7 @@ TEST(DelayedTriggerTest, IsDestroyedWholeInAThreadThatIsToBeInterrupted) {
     EXPECT_TRUE(stillToBeInterrupted);
 }
 
-TEST(DelayedTriggerTest, AnInterruptionInTheActionEndsTheThreadWithoutAWord) {
+TEST(DelayedTriggerTest, AnInterruptionInTheActionEndsTheThreadWithoutALogLine) {
     Event ran;
     {
         DelayedTrigger trigger("bus");
@@ -268,7 +268,7 @@ protected:
         EXPECT_TRUE(waitUntil([this] { return !rethrown([this] { m_trigger->throwIfException(); }).empty(); }));
     }
 
-    // The texts added on the way up to the failure that the call rethrows; empty when it throws nothing.
+    // The texts that were added to the failure that the call rethrows; empty when it throws nothing.
     template <class Call>
     static std::string rethrown(Call call) {
         try {

@@ -35,8 +35,8 @@ TEST(SimpleClockTest, EachClockHasItsOwnStart) {
     EXPECT_LT(newerTime, older->getCurrentTime());
 }
 
-// The destructor comes behind it.
-TEST(SimpleClockSlots, BeginWithTheTime) {
+// The destructor comes after it.
+TEST(SimpleClockSlots, TheTimeComesFirst) {
     EXPECT_EQ(slotOf(&ISimpleClock::getCurrentTime), 0U);
 }
 

@@ -139,7 +139,7 @@ TEST(SoftWatchdogTest, FailsAnAssertionWhenItIsDisarmedTwice) {
         "m_armed");
 }
 
-TEST(SoftWatchdogTest, SaysThatItIsArmedWhenItIsDestroyedSoAndDoesNotFire) {
+TEST(SoftWatchdogTest, LogsThatItIsStillArmedWhenDestroyedAndDoesNotFire) {
     {
         SoftWatchdog watchdog("bus", 3, AN_HOUR);
         ASSERT_TRUE(FakeKovan::waitForMessage("INF", "Changed name"));

@@ -104,7 +104,7 @@ TEST(XMLInput, ReadsAndWritesTheSameInEveryLocale) {
     EXPECT_EQ(number, NUMBER);
 }
 
-TEST(XMLInput, DoesNotLookBehindTheLastElementItIsAskedFor) {
+TEST(XMLInput, ReadsNothingAfterTheLastElementItIsAskedFor) {
     const std::string text = document();
     const std::string element = "</number>";
     EXPECT_EQ(codeOf(text.substr(0, text.find(element) + element.size())), archive_exception::no_exception);
