@@ -2,7 +2,8 @@
 
 namespace DAX::Core {
 
-// The state of one step of a transaction, as the core tells it. Any int may arrive from the bus.
+// The state of one step of a transaction, as the core reports it. Any int may arrive from the bus; in a progress, other
+// values count as TRANSACTION_UNDEFINED.
 enum ETransactionResult : int {
     TRANSACTION_UNDEFINED = 0,
     TRANSACTION_IN_PROGRESS = 1,

@@ -11,8 +11,9 @@
 
 namespace DAX::Core {
 
-// What a search found, as the core tells it. The order on the wire is result, upgradeType, kind, upgradeId, version,
-// updateInfo, scope.
+// What a search found, as the core reports it. The service accepts only TRANSACTION_SUCCESS and TRANSACTION_FAILED as
+// `result`; it reads the other fields on success only. The order on the wire is result, upgradeType, kind, upgradeId,
+// version, updateInfo, scope.
 struct SearchResult {
     ETransactionResult result = TRANSACTION_UNDEFINED;
     DAXCommon::UpgradeType upgradeType = DAXCommon::UNDEFINED;

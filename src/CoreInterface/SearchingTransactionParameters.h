@@ -5,7 +5,7 @@
 
 namespace DAX::Core {
 
-// What the core is told when a transaction is created. The order of the fields is the order on the wire.
+// What the core learns when a transaction is created. The order of the fields is the order on the wire.
 struct SearchingTransactionParameters {
     DAXCommon::UpgradeType upgradeType = DAXCommon::UNDEFINED; // what the client asked for
     DAXCommon::ServiceTransactionType transactionType = DAXCommon::ServiceTransactionType(0); // the session's type

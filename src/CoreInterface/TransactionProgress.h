@@ -6,11 +6,11 @@
 
 namespace DAX::Core {
 
-// How far a step has come, as the core tells it. On the wire the percentage comes first and the result second.
+// How far a step has come, as the core reports it. On the wire the percentage comes first and the result second.
 struct TransactionProgress {
     ETransactionResult result = TRANSACTION_UNDEFINED;
-    int progressPercent = 0;               // 0 to 100
-    boost::optional<float> progressDetail; // for the client, passed through untouched
+    int progressPercent = 0;               // 0 to 100; passed to the client unchecked
+    boost::optional<float> progressDetail; // for the client, passed through unchanged
 
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);

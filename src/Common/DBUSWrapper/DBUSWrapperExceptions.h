@@ -6,8 +6,8 @@
 
 namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions {
 
-// What goes wrong between this process and the bus. The exceptions stay in the process; what libdbus says of the
-// failure is their streamed text.
+// Failures between this process and the bus. These exceptions never cross the bus; the message of libdbus is their
+// streamed text.
 class DBUSWrapperException : public virtual std::exception, public virtual boost::exception {};
 
 class ErrorConnectingToDBUS : public DBUSWrapperException {};          // no bus connection could be made
@@ -15,7 +15,7 @@ class DBUSMemoryError : public ErrorConnectingToDBUS {};               // a mess
 class ERRORRegisteringObject : public DBUSWrapperException {};         // no name, or a signal that cannot be read
 class ERRORSendingReply : public DBUSWrapperException {};              // a reply could not be built or sent
 class RemoteObjectActivationTimedOut : public DBUSWrapperException {}; // the bus gave up starting the remote side
-class RemoteObjectNotAccessible : public DBUSWrapperException {};      // any other D-Bus error of a call
+class RemoteObjectNotAccessible : public DBUSWrapperException {};      // a call failed in any other way
 class UnknownMethodException : public DBUSWrapperException {};         // the method is not in the adapter's table
 
 } // namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions

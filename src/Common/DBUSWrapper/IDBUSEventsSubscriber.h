@@ -4,11 +4,16 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// What an adapter offers to its handler: to be told when one connection leaves the bus. Only for the adapter's thread.
+// What an adapter offers to its handler: news of one connection that leaves the bus. It belongs to the adapter and
+// lives as long as that. Only for the adapter's thread.
 class IDBUSEventsSubscriber {
 public:
-    // Replaces the earlier subscription. An empty name unsubscribes; a name that never called is logged and ignored.
+    // Asks for IDBUSRequestsHandler::clientDisconnected() when the connection with this unique bus name ends. Replaces
+    // an earlier subscription. An empty name unsubscribes; a name that has never called the adapter is logged and
+    // ignored.
     virtual void subscribeForConnectionCloseEvent(const std::string& connectionName) = 0;
+
+    // Ends the subscription. Without one, it only logs a warning.
     virtual void unsubscribeFromConnectionCloseEvent() = 0;
     virtual ~IDBUSEventsSubscriber() = default;
 };

@@ -2,14 +2,14 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// What both ends have in common: the bus that is meant, and what the process does before it uses one.
+// What both ends have in common: the choice of the bus, and the preparation of the process.
 class IDBUSWrapper {
 public:
     // Which bus. Every value but 0 is the system bus.
     enum DBUSType : int { SESSION = 0, SYSTEM = 1 };
 
-    // Makes the bus library fit for several threads. Once per process, before any adapter or proxy exists; once more
-    // does no harm.
+    // Prepares the bus library for several threads. Call it once per process, before any adapter or proxy exists;
+    // calling it again does no harm.
     static void initialize();
 };
 

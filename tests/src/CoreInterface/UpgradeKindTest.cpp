@@ -62,7 +62,7 @@ TEST(UpgradeKind, RefusesAnyOtherValueAndNamesItByOneCharacter) {
     EXPECT_EQ(refusalOf([] { loaded("511"); }), "Invalid UpgradeKind value: \xFF");
 }
 
-TEST(UpgradeKind, OfTwoStopsTheLoadOfASearchResultThere) {
+TEST(UpgradeKind, StopsTheLoadOfASearchResultAtAValueOfTwo) {
     Core::SearchResult result = sampleSearchResult();
     result.kind = UpgradeKind(2);
     std::istringstream bytes(encode(result));

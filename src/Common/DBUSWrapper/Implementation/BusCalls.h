@@ -10,8 +10,8 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// Calls of the bus's own methods that nobody waits for. An answer comes in among the other messages, behind all that
-// the bus sent before it. Only for the thread that dispatches the connection.
+// Calls of the bus's own methods that nobody waits for. An answer comes in among the other messages, after all that the
+// bus sent before it. Only for the thread that dispatches the connection.
 class BusCalls {
 public:
     using Answer = std::function<void(DBusMessage& answer)>;
@@ -19,14 +19,14 @@ public:
     // A call of this method with its first argument; the caller appends the others. Throws DBUSMemoryError.
     static DBUSMessageHandle make(const char* method, const std::string& argument);
 
-    // `onAnswer` gets the answer, which may be an error; nothing when the connection ends before. Throws
-    // DBUSMemoryError.
+    // Sends a call of make(). `onAnswer` gets the answer, which may be an error; it is not called when the connection
+    // ends before. Throws DBUSMemoryError.
     void send(DBusConnection* connection, DBUSMessageHandle call, Answer onAnswer);
 
-    // Takes an answer out of the messages that come in. False when the message is none: nobody but the bus can answer.
+    // Passes an answer of the bus to its `onAnswer`. Returns false when the message is no such answer.
     bool receive(DBusMessage* message);
 
-    // Waits for no answer any more: the next connection counts anew.
+    // Forgets all calls without an answer: the serials of the next connection start anew.
     void clear() { m_open.clear(); }
 
 private:

@@ -8,17 +8,17 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// The well-known name that a connection has, and how it is given back without losing a call: the bus keeps the order,
-// so that whatever it sent here under the name comes in before its answer to the release. Only for the adapter's loop.
+// The well-known name of a connection, and how to give it back without losing a call: the bus keeps the order, so
+// whatever it sent under the name comes in before its answer to the release. Only for the adapter's loop.
 class BusName {
 public:
     // For a connection that owns the name.
     BusName(BusCalls& calls, DBusConnection* connection, const std::string& name);
 
-    // Gives the name back; it is gone when the bus has answered, unless it is claimed again before.
+    // Gives the name back. The name is gone when the bus has answered, unless keep() claims it again before.
     void release();
 
-    // Claims the name again if it is given back. It is gone all the same when another connection has it by then.
+    // Claims the name again if it is being given back. It is still gone when another connection has taken it meanwhile.
     void keep();
 
     bool isHeld() const { return m_state == State::HELD; }
@@ -36,7 +36,7 @@ private:
     State m_state = State::HELD;
 };
 
-// How an adapter asks for a name: DBUS_NAME_FLAG_....
+// The DBUS_NAME_FLAG_... with which an adapter asks for its name.
 extern const unsigned int BUS_NAME_FLAGS;
 
 } // namespace DAX::Common::DBUSWrapper

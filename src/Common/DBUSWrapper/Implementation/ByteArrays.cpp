@@ -8,7 +8,7 @@ namespace {
 
 using DBUSWrapperExceptions::DBUSMemoryError;
 
-// libdbus ends the process that appends more than an array can hold.
+// libdbus ends the process if more is appended than an array can hold.
 bool appendBytes(DBusMessageIter& array, std::string_view bytes) {
     if (bytes.empty()) {
         return true;

@@ -10,7 +10,8 @@ namespace DAX::Common::DBUSWrapper {
 // Appends one argument of type `ay`. Throws DBUSMemoryError.
 void appendByteArray(DBusMessageIter& arguments, std::string_view bytes);
 
-// The bytes of the argument at the iterator, as long as the message lives; empty when it is anything but an `ay`.
+// The bytes of the argument at the iterator; they live as long as the message. Empty when the argument is not of type
+// `ay`.
 boost::optional<std::string_view> readByteArray(DBusMessageIter& argument);
 
 } // namespace DAX::Common::DBUSWrapper

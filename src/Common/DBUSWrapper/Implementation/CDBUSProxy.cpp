@@ -21,7 +21,7 @@ const unsigned int DEFAULT_CALL_TIMEOUT_MS = 60000;
 
 int nextProxyId() {
     static std::mutex mutex;
-    static std::mt19937 generator; // the default seed: the ids of a process repeat from run to run
+    static std::mt19937 generator; // default seed on purpose: every run has the same ids
     const std::lock_guard<std::mutex> lock(mutex);
     return std::uniform_int_distribution<int>(0, 100000)(generator);
 }
@@ -82,7 +82,7 @@ void CDBUSProxy::init(const std::string& connectionName) {
     waitForAdapter();
 }
 
-// The bus starts the remote side at the first call of its name.
+// There is nothing to wait for: the bus starts the remote side at the first call.
 void CDBUSProxy::waitForAdapter() {
     DAX_LOG(INF) << "skip waiting dbus in case of dbus-activation.";
 }
@@ -110,7 +110,7 @@ DBUSMessageHandle CDBUSProxy::createCall(const std::string& method, const std::s
     return message;
 }
 
-// libdbus ends the process that makes a message with such a name, and some of the names come off the wire.
+// libdbus ends the process if a message is made with an invalid name, and some of the names come from the wire.
 void CDBUSProxy::throwIfNotCallable(const std::string& method) const {
     DBUSError error;
     if (!dbus_validate_bus_name(m_connectionName.c_str(), error.get()) ||

@@ -38,7 +38,7 @@ private:
     boost::optional<unsigned int> m_activationTimeoutMs;
     boost::optional<unsigned int> m_callTimeoutMs;
     int m_id;
-    std::unique_ptr<CallChannel> m_channel; // goes before the connection
+    std::unique_ptr<CallChannel> m_channel; // last: it must be destroyed before the connection
 };
 
 } // namespace DAX::Common::DBUSWrapper

@@ -13,11 +13,10 @@ namespace DAX::Common::DBUSWrapper {
 
 namespace {
 
-// How long a call empties the connection before it goes out, when there is no end of what comes.
+// How long a call drops what has come in before it is sent, when more keeps coming.
 const auto LONGEST_BACKLOG = std::chrono::milliseconds(100);
 
-// After so many looks at one connection the reader turns to the others, and lets a call begin. Each look reads some
-// kilobytes.
+// After so many reads of one connection, a few kilobytes each, the reader turns to the next one and lets a call begin.
 const int READS_PER_TURN = 64;
 
 const char CLOSED[] = "Connection is closed";
@@ -26,7 +25,7 @@ const char NO_REPLY[] = "Did not receive a reply. Possible causes include: the r
                         "reply, the message bus security policy blocked the reply, the reply timeout expired, or the "
                         "network connection was broken.";
 
-// Every kind of message can have the field for the serial that it answers.
+// The type counts, too: a signal or a call may carry any reply serial.
 bool isReplyTo(DBusMessage& message, dbus_uint32_t serial) {
     const int type = dbus_message_get_type(&message);
     return dbus_message_get_reply_serial(&message) == serial &&
@@ -43,7 +42,7 @@ int descriptorOf(DBusConnection& connection) {
 
 } // namespace
 
-// The connection is the caller's while this object lives.
+// While this object lives, the connection belongs to its thread.
 class CallChannel::Turn {
 public:
     explicit Turn(CallChannel& channel) : m_channel(channel) {
@@ -69,7 +68,7 @@ private:
 
 CallChannel::CallChannel(DBusConnection& connection)
     : m_connection(connection), m_fd(descriptorOf(connection)), m_idle(m_fd, *this) {
-    const Turn first(*this); // its end arms
+    const Turn first(*this); // its destructor arms the connection
 }
 
 DBUSMessageHandle CallChannel::call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error) {
@@ -121,7 +120,7 @@ DBUSMessageHandle CallChannel::takeReply(dbus_uint32_t serial) {
     return nullptr;
 }
 
-// A reply for which the bus has no room left is lost, so room is made first.
+// The bus drops a reply for which the connection has no room, so this makes room before the call.
 void CallChannel::dropBacklog() {
     const auto end = Clock::now() + LONGEST_BACKLOG;
     dropReceived();
@@ -149,8 +148,8 @@ void CallChannel::readIdle() {
     }
 }
 
-// Not locked when a call is under way or waits for its turn; that call arms the connection at its end. A call that is
-// over for m_callers is about to let the mutex go.
+// Returns unlocked when a call is running or waits for its turn; that call arms the connection at its end. When no call
+// counts any more, the mutex is about to be released, so waiting for it is short.
 std::unique_lock<std::mutex> CallChannel::lockBetweenCalls() {
     std::unique_lock<std::mutex> lock(m_mutex, std::defer_lock);
     while (m_callers == 0 && !lock.try_lock()) {
@@ -164,7 +163,7 @@ void CallChannel::dropReceived() {
     }
 }
 
-// False when the bound passes first, or a signal comes.
+// Returns false when the bound passes first, or a signal handler interrupts the wait.
 bool CallChannel::waitForTraffic(std::chrono::milliseconds bound) const {
     const short writing = dbus_connection_has_messages_to_send(&m_connection) ? POLLOUT : 0;
     pollfd traffic{m_fd, static_cast<short>(POLLIN | writing), 0};
@@ -172,12 +171,12 @@ bool CallChannel::waitForTraffic(std::chrono::milliseconds bound) const {
     return poll(&traffic, 1, static_cast<int>(std::min(bound, longest).count())) > 0;
 }
 
-// libdbus closes the descriptor as soon as it notices that the far end has.
+// libdbus closes the descriptor as soon as it notices that the far end has closed the connection.
 bool CallChannel::isOpen() const {
     return dbus_connection_get_is_connected(&m_connection) != 0;
 }
 
-// Reads and writes what can be at once, a few kilobytes at the most.
+// Reads and writes what is possible at once, a few kilobytes at the most.
 void CallChannel::transfer() {
     dbus_connection_read_write(&m_connection, 0);
 }

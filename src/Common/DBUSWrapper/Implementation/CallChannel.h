@@ -12,23 +12,23 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// Carries calls over a connection that is for nothing else. What arrives and is not the reply that a call waits for
-// (signals, calls, late replies) is read and dropped at once: by the caller while a call is under way, by the
-// IdleReader between the calls. So no traffic, of whatever kind and length, is ever in front of a reply.
+// Carries calls over a connection that serves nothing else. Whatever arrives and is not the reply that a call waits for
+// (signals, calls, late replies) is read and dropped at once: by the caller during a call, by the IdleReader between
+// the calls. So no traffic, of whatever kind or amount, stands before a reply.
 //
-// Any thread may call; calls wait for each other.
+// Any thread may call. Calls take turns.
 class CallChannel final : private IdleReader::Source {
 public:
-    // The connection has to outlive the channel, and nobody else may read from it. Throws ErrorConnectingToDBUS when
-    // the system has no thread or descriptor left for the reading between the calls.
+    // The connection must outlive the channel, and nobody else may read from it. Throws ErrorConnectingToDBUS when the
+    // system has no thread or descriptor left for the reading between the calls.
     explicit CallChannel(DBusConnection& connection);
     CallChannel(const CallChannel&) = delete;
     CallChannel& operator=(const CallChannel&) = delete;
     ~CallChannel() = default;
 
-    // Sends the call and waits for its reply. When there is none, or it is an error, null and in `error` what the
-    // remote side, the bus or, with the library's own names and texts, this side has to say; `error` stays unset when
-    // there is no memory for sending. `timeout` counts from here to the return, on the steady clock.
+    // Sends the call and waits for its reply. Without one, or when it is an error, it returns null, and `error` tells
+    // what the remote side, the bus or the library said; `error` stays unset when there is no memory for sending.
+    // `timeout` counts from the beginning of this call, on the steady clock.
     DBUSMessageHandle call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error);
 
 private:
@@ -48,9 +48,9 @@ private:
 
     DBusConnection& m_connection;
     const int m_fd;
-    std::atomic<int> m_callers{0};   // the calls that wait for m_mutex, or have it
-    std::mutex m_mutex;              // held by who uses m_connection
-    IdleReader::Registration m_idle; // last: the reader comes through it
+    std::atomic<int> m_callers{0};   // the calls that wait for m_mutex or hold it
+    std::mutex m_mutex;              // held by whoever uses m_connection
+    IdleReader::Registration m_idle; // last: the reader thread uses the members above
 };
 
 } // namespace DAX::Common::DBUSWrapper

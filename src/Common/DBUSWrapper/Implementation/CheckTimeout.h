@@ -9,8 +9,8 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// Calls `function` under `guard` (which may be null) when `interval` seconds have passed since `last`, and remembers
-// the time in `last`. True when the time has come.
+// When `interval` seconds have passed since `last`: calls `function`, if there is one, while `guard` (which may be
+// null) is armed, stores the time in `last` and returns true. Otherwise returns false. Throws what `function` throws.
 bool checkTimeout(float& last, int interval, const boost::optional<std::function<void()>>& function,
                   Utils::ISimpleClock& clock, Utils::SoftWatchdog* guard);
 

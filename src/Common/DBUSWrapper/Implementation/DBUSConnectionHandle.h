@@ -10,7 +10,7 @@ struct CloseConnection {
     void operator()(DBusConnection* connection) const;
 };
 
-// A private connection; it is closed and released with the handle.
+// A private connection; the handle closes and releases it.
 using DBUSConnectionHandle = std::unique_ptr<DBusConnection, CloseConnection>;
 
 } // namespace DAX::Common::DBUSWrapper

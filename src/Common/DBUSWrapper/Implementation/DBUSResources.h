@@ -10,7 +10,7 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// What libdbus hands out and wants back.
+// Owners of what libdbus hands out.
 
 class DBUSError {
 public:
@@ -33,10 +33,10 @@ struct UnrefMessage {
 };
 using DBUSMessageHandle = std::unique_ptr<DBusMessage, UnrefMessage>;
 
-// Only a method call that says nothing else waits for a reply.
+// True for a method call, unless its sender said that it wants no reply.
 bool wantsReply(DBusMessage* message);
 
-// Throws ErrorConnectingToDBUS with the message of libdbus.
+// A new connection of its own. Throws ErrorConnectingToDBUS with the message of libdbus.
 DBUSConnectionHandle openPrivateConnection(IDBUSWrapper::DBUSType type);
 
 } // namespace DAX::Common::DBUSWrapper

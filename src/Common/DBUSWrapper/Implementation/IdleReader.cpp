@@ -29,7 +29,7 @@ sigset_t allSignals() {
               "Connections cannot be read: " << Utils::errinfo_errno(error));
 }
 
-// For what the system gives.
+// Owns a descriptor that the system returned, or throws.
 Utils::FileDescriptor owned(int fd) {
     if (fd < 0) {
         throwCannotRead(errno);
@@ -46,7 +46,7 @@ IdleReader::IdleReader()
     if (epoll_ctl(m_poll.get(), EPOLL_CTL_ADD, m_stop.get(), &stop) != 0) {
         throwCannotRead(errno);
     }
-    const Utils::BlockedSignals blocked(allSignals()); // for the thread, which takes none
+    const Utils::BlockedSignals blocked(allSignals()); // inherited by the thread, which must take none
     try {
         m_thread = boost::thread([this] { run(); });
     } catch (const boost::thread_resource_error& error) {
@@ -98,7 +98,7 @@ void IdleReader::remove(Source& source) {
     }
 }
 
-// The thread stays with the parent, which may have held the mutex at the fork.
+// The thread exists only in the parent, and may have held the mutex when the process forked.
 bool IdleReader::isInForkedChild() const {
     return getpid() != m_process;
 }
@@ -117,7 +117,7 @@ void IdleReader::run() {
     }
 }
 
-// The source may have gone since the event.
+// The source may have been removed since the event.
 void IdleReader::read(void* source) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_sources.count(source) != 0) {

@@ -10,14 +10,16 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// A thread that reads from connections on which nobody waits for anything. Anybody on a bus may send to a connection.
-// What is not read there stays with the bus, up to its limit, and stands before the next reply, or keeps it out.
+// A thread that reads from connections on which nobody waits for a message. Anybody on the bus may send to a
+// connection; messages that are not read there stay with the bus, up to its limit, and delay or displace the next
+// reply.
 //
-// One for the process. The thread runs while somebody holds the reader, and takes no signals.
+// There is one for the process. The thread runs as long as somebody holds the reader, and takes no signals.
 class IdleReader {
 public:
-    // What reads a connection, on the reader's thread. Neither blocks nor throws, and returns after a bounded time even
-    // when there is more. Has to arm the connection again unless it is closed or its owner does so later.
+    // Reads a connection, on the reader's thread. It must neither block nor throw, and must return after a bounded time
+    // even when there is more to read. It must arm the connection again, unless the connection is closed or its owner
+    // arms it later.
     class Source {
     public:
         virtual void readIdle() = 0;
@@ -26,18 +28,18 @@ public:
         ~Source() = default;
     };
 
-    // A source's membership. The descriptor is the caller's, who uses `arm` and `disarm` only while it is open.
+    // A source's membership. The descriptor stays the caller's, who calls arm() and disarm() only while it is open.
     class Registration {
     public:
         // Not armed at first. Throws ErrorConnectingToDBUS when the system has no thread or descriptor left.
         Registration(int fd, Source& source);
         Registration(const Registration&) = delete;
         Registration& operator=(const Registration&) = delete;
-        ~Registration(); // waits until the source's readIdle is over
+        ~Registration(); // waits for a running readIdle() of the source
 
-        // From now on the source is called once when there is something to read, or the far end has hung up.
+        // From now on the source is called once, as soon as there is something to read or the far end has hung up.
         void arm();
-        // From now on it is not called, but for a call that is on its way already.
+        // From now on the source is not called, except by a call that has already begun.
         void disarm();
 
     private:

@@ -39,7 +39,7 @@ DBUSMessageHandle answerTo(DBusMessage* call) {
     return DBUSMessageHandle(dbus_message_new_error(call, DBUS_ERROR_UNKNOWN_METHOD, UNKNOWN_METHOD));
 }
 
-// libdbus takes a call of these methods without any interface for one of this one.
+// libdbus answers a call of these methods without an interface, too.
 bool isPeerCall(DBusMessage* message) {
     return dbus_message_is_method_call(message, DBUS_INTERFACE_PEER, "Ping") ||
            dbus_message_is_method_call(message, DBUS_INTERFACE_PEER, "GetMachineId") ||

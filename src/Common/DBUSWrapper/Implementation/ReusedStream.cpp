@@ -22,8 +22,8 @@ ReusedStream::Loan::~Loan() {
     m_owner.m_stream->clear();
 }
 
-// Of a stream that was not left as it came, nothing is kept. The length is told by the position behind the text, so
-// that the text is not copied.
+// A stream that was not left in its first state is not kept. The length comes from the write position, since str()
+// would copy the text.
 bool ReusedStream::isAsNew() const {
     const std::ios_base::fmtflags flags = std::ios_base::skipws | std::ios_base::dec;
     const std::streamsize precision = 6;

@@ -5,12 +5,12 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// A string stream for one message after the other: to make one costs more than most messages, since a new stream looks
-// up every facet of its locale.
+// A string stream that is used for one message after the other. Making a new one costs more than handling most
+// messages, because a new stream looks up every facet of its locale.
 class ReusedStream {
 public:
-    // Hands the stream out, empty and with the state of a new one, and frees at its end what a long text took. Only the
-    // locale may be the one that an earlier user set; who depends on a locale sets it. One loan at a time.
+    // Hands the stream out, empty and in the state of a new one; at its end it frees the memory of a long text. Only
+    // the locale may be that of an earlier user: whoever depends on a locale sets it. One loan at a time.
     class Loan {
     public:
         explicit Loan(ReusedStream& owner);

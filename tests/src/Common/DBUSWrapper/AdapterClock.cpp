@@ -29,7 +29,7 @@ void setClockSpeed(float speed) {
     clockSpeed = speed;
 }
 
-// The linker puts the second in the place of ISimpleClock::createClock().
+// The linker replaces ISimpleClock::createClock() by the second function.
 std::unique_ptr<ISimpleClock> realCreateClock() __asm__("__real__ZN3DAX6Common5Utils12ISimpleClock11createClockEv");
 std::unique_ptr<ISimpleClock> createAnyClock() __asm__("__wrap__ZN3DAX6Common5Utils12ISimpleClock11createClockEv");
 std::unique_ptr<ISimpleClock> createAnyClock() {

@@ -2,7 +2,7 @@
 
 namespace DAX::Tests {
 
-// How many seconds pass in one second on the clocks that are made from now on: 1 at first.
+// How many seconds the clocks made from now on count in one real second; 1 at first.
 void setClockSpeed(float speed);
 
 } // namespace DAX::Tests

@@ -43,7 +43,7 @@ TEST_F(CDBUSProxyTest, HasAConnectionOfItsOwn) {
     EXPECT_EQ(second->getDBUSDebugConnectionId(), ":1.1");
 }
 
-TEST_F(CDBUSProxyTest, TakesItsIdFromTheSequenceThatRepeatsInEveryProcess) {
+TEST_F(CDBUSProxyTest, DrawsItsIdFromASequenceThatIsTheSameInEveryProcess) {
     std::mt19937 generator;
     std::vector<std::string> sequence;
     for (int i = 0; i < 1000; ++i) {
@@ -214,7 +214,7 @@ TEST_F(CDBUSProxyTest, TakesAReplyWithoutArgumentsForANormalOne) {
     EXPECT_EQ(result.output.str(), "before ");
 }
 
-TEST_F(CDBUSProxyTest, DoesNotLookBehindTheThirdArray) {
+TEST_F(CDBUSProxyTest, IgnoresWhatFollowsTheThirdArray) {
     RawServer server(NAME, arrays({"REPLY", "method", "result", "more"}));
     EXPECT_EQ(call().output.str(), "before result");
 }
@@ -225,7 +225,7 @@ TEST_F(CDBUSProxyTest, CarriesBytesAsTheyAre) {
     EXPECT_EQ(call().output.str(), "before " + bytes);
 }
 
-// A reply whose first arguments are byte arrays, `leading` in number, and whose next is something else.
+// A reply whose first `leading` arguments are byte arrays and whose next one is something else.
 struct OddReply {
     const char* name;
     int leading;
@@ -302,7 +302,7 @@ TEST_F(CDBUSProxyTest, ThrowsWhenNobodyHasTheName) {
 TEST_F(CDBUSProxyTest, ThrowsATypeOfItsOwnWhenTheRemoteSideDoesNotStartInTime) {
     bus.stop();
     PrivateBus impatient(PrivateBus::Kind::SYSTEM, 100);
-    impatient.addService(NAME, "/bin/true"); // it ends well, but without the name
+    impatient.addService(NAME, "/bin/true"); // it exits with 0, but never takes the name
     EXPECT_THAT(thrownStreamText<RemoteObjectActivationTimedOut>([this] { call(); }), HasSubstr("timed out"));
 }
 

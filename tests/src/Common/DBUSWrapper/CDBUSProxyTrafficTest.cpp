@@ -31,7 +31,7 @@ RawMessage callOf(const std::string& destination, const char* interface, const c
     return RawMessage(dbus_message_new_method_call(destination.c_str(), PATH, interface, member));
 }
 
-// A pipe whose writing end travels. The reading end tells when nobody has it any more.
+// A pipe whose writing end is sent around. The reading end tells when nobody holds the writing end any more.
 class TravellingPipe {
 public:
     TravellingPipe() {
@@ -70,7 +70,7 @@ RawMessage signalWithDescriptors(const std::string& destination, int fd, int cou
     return signal;
 }
 
-// Disturbs the system calls of a thread by signals while the object lives.
+// Interrupts the system calls of a thread by signals while the object lives.
 class Interruptions {
 public:
     Interruptions() : m_victim(pthread_self()), m_previous(std::signal(SIGUSR1, [](int) {})) {
@@ -98,14 +98,14 @@ private:
 
 class CDBUSProxyTrafficTest : public ProxyFixture {
 protected:
-    // A proxy whose calls give up soon, lest a fault last a minute.
+    // A proxy with a short time-out, so that a fault does not last a minute.
     static std::unique_ptr<IDBUSProxy> createImpatientProxy(unsigned int callTimeoutMs = 20000) {
         auto proxy = createProxy(callTimeoutMs);
         proxy->init(NAME);
         return proxy;
     }
 
-    // How long a call takes that succeeds.
+    // How long a successful call takes.
     static Clock::duration timeOfCall(IDBUSProxy& proxy) {
         const auto begin = Clock::now();
         EXPECT_EQ(callWith(proxy).output.str(), "before result");
@@ -200,7 +200,7 @@ TEST_F(CDBUSProxyTrafficTest, WhatArrivesDuringACallIsDroppedAtOnce) {
     EXPECT_EQ(result.get().output.str(), "before result");
 }
 
-TEST_F(CDBUSProxyTrafficTest, WhatArrivesRightBehindAReplyIsDroppedAtOnce) {
+TEST_F(CDBUSProxyTrafficTest, WhatArrivesRightAfterAReplyIsDroppedAtOnce) {
     RawPeer server;
     server.requestName(NAME);
     const auto proxy = createImpatientProxy();
@@ -251,7 +251,7 @@ TEST_F(CDBUSProxyTrafficTest, OnlyAReplyOrAnErrorIsTakenForTheReply) {
     }
 }
 
-// Whoever guesses the serial of a call, which counts from 2, may put it into a message of another kind.
+// The serials of calls count from 2. Whoever guesses one may put it into a message of another kind.
 TEST_F(CDBUSProxyTrafficTest, NobodyElseCanAnswerACall) {
     RawPeer server;
     server.requestName(NAME);
@@ -287,7 +287,7 @@ TEST_F(CDBUSProxyTrafficTest, ALateReplyAnswersNoLaterCall) {
         lateCalls.push_back(nextCall(server));
         EXPECT_THROW(unanswered.get(), RemoteObjectNotAccessible);
     }
-    const auto patient = createImpatientProxy(20000); // whose replies have the same serials
+    const auto patient = createImpatientProxy(20000); // its replies have the same serials
     answer(server, *lateCalls[0], "late, before the next call");
     for (IDBUSProxy* caller : {proxy.get(), patient.get()}) {
         auto result = beginCall(*caller);
@@ -309,7 +309,7 @@ TEST_F(CDBUSProxyTrafficTest, CallsToAProxyAreServedByNobody) {
         }
     }
     EXPECT_LT(timeOfCall(*proxy), PROMPT);
-    proxy.reset(); // for which the bus answers at last
+    proxy.reset(); // now the bus answers for it
     EXPECT_TRUE(waitUntil([&] {
         other.waitForReply(0, std::chrono::milliseconds(10));
         return std::all_of(serials.begin(), serials.end(), [&](auto serial) { return other.countReplies(serial) > 0; });

@@ -13,8 +13,8 @@
 
 namespace DAX::Tests {
 
-// A handler that answers every request with its own input, or as the test says, and remembers what it was asked.
-// `onRequest` and `onDisconnected` are set before the adapter runs. Each call leaves a note in the journal.
+// A handler that answers every request with the request's input, or as the test says, and remembers the requests.
+// `onRequest` and `onDisconnected` must be set before the adapter runs. Each call leaves a note in the journal.
 class FakeHandler : public Common::DBUSWrapper::IDBUSRequestsHandler {
 public:
     struct Request {

@@ -17,7 +17,7 @@ namespace {
 std::atomic<bool> areTaken{false};
 std::mutex namesMutex; // guards names
 std::map<const SoftWatchdog*, std::string> names;
-thread_local bool isLoop = false; // of all that wait for messages, the one thread that makes watchdogs
+thread_local bool isLoop = false; // of all threads that wait for messages, only the loop makes watchdogs
 
 void keepName(const SoftWatchdog* watchdog, const std::string& name) {
     const std::lock_guard<std::mutex> lock(namesMutex);

@@ -16,7 +16,7 @@ TEST(IDBUSWrapperTest, NamesTheKindsOfReplies) {
     EXPECT_STREQ(REPLY_MESSAGE_TYPE_EXCEPTION_STRING, "EXCEPTION");
 }
 
-TEST(IDBUSWrapperTest, MakesTheLibraryFitForThreads) {
+TEST(IDBUSWrapperTest, PreparesTheLibraryForThreads) {
     const int before = threadInitializations();
     IDBUSWrapper::initialize();
     EXPECT_EQ(threadInitializations(), before + 1);

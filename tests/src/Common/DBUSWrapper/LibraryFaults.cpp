@@ -148,7 +148,7 @@ dbus_bool_t __wrap_dbus_message_iter_append_fixed_array(DBusMessageIter* iterato
            __real_dbus_message_iter_append_fixed_array(iterator, type, value, count);
 }
 
-// The container is closed all the same: a message that is let go with an open one is a misuse of the library.
+// The container is closed even so: releasing a message with an open container is a misuse of the library.
 dbus_bool_t __real_dbus_message_iter_close_container(DBusMessageIter*, DBusMessageIter*);
 dbus_bool_t __wrap_dbus_message_iter_close_container(DBusMessageIter* iterator, DBusMessageIter* container) {
     const bool failed = fails("dbus_message_iter_close_container");

@@ -20,7 +20,7 @@ const char PATH[] = "/org/kovan/test/remote";
 const char INTERFACE[] = "org.kovan.test.iremote";
 const char NAME[] = "org.kovan.test.remote";
 
-// A proxy for the object PATH of whoever it is told to call.
+// A proxy for the object PATH; init() says whom it calls.
 inline std::unique_ptr<Common::DBUSWrapper::IDBUSProxy>
 createProxy(boost::optional<unsigned int> callTimeoutMs = boost::none,
             Common::DBUSWrapper::IDBUSWrapper::DBUSType type = Common::DBUSWrapper::IDBUSWrapper::SYSTEM) {

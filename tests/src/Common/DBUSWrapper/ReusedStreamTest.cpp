@@ -14,7 +14,7 @@ using Common::DBUSWrapper::ReusedStream;
 
 class ReusedStreamTest : public ::testing::Test {
 protected:
-    // What a user of the stream sees who comes after `earlier`.
+    // What the user of the stream who comes after `earlier` sees.
     template <class Use>
     std::string afterwards(Use earlier) {
         {

@@ -53,13 +53,13 @@ TEST(PrintLinesTest, CutsTwiceTheLimitIntoTwoPiecesAndNoEmptyOne) {
     EXPECT_THAT(FakeKovan::messages(), ElementsAre(FULL, FULL));
 }
 
-TEST(PrintLinesTest, PrintsALineForEachOfALongTextAndEmptyOnesAsEmptyMessages) {
+TEST(PrintLinesTest, PrintsEachLineOfALongTextAndEmptyLinesAsEmptyMessages) {
     printLines("first\n\n" + FULL + "y\nlast");
 
     EXPECT_THAT(FakeKovan::messages(), ElementsAre("first", "", FULL, "y", "last"));
 }
 
-TEST(PrintLinesTest, PrintsAnEmptyMessageBehindTheLastLineEndOfALongText) {
+TEST(PrintLinesTest, PrintsAnEmptyMessageAfterTheLastLineEndOfALongText) {
     printLines(FULL + "\n");
 
     EXPECT_THAT(FakeKovan::messages(), ElementsAre(FULL, ""));
@@ -183,7 +183,7 @@ TEST(LevelNoneTest, PrintsNothing) {
     EXPECT_TRUE(FakeKovan::logLines().empty());
 }
 
-TEST(ShortenPathTest, IsThePartBehindTheLastSlash) {
+TEST(ShortenPathTest, IsThePartAfterTheLastSlash) {
     EXPECT_STREQ(LoggingClass::shortenPath("/src/Common/Logging.cpp"), "Logging.cpp");
     EXPECT_STREQ(LoggingClass::shortenPath("src/"), "");
 }

@@ -53,7 +53,7 @@ TEST_F(PrintTest, PassesATextThatJustFillsTheStackBuffer) {
     EXPECT_THAT(RecordingSink::texts(), ElementsAre(text));
 }
 
-TEST_F(PrintTest, PassesATextThatNeedsTheHeapBufferWhole) {
+TEST_F(PrintTest, PassesTheWholeTextThatNeedsTheHeapBuffer) {
     print(std::string(1024, 'x'));
     print(std::string(16383, 'y'));
 
@@ -109,14 +109,14 @@ TEST_F(PrintTest, TakesADumpLengthOfZeroOrLessAsFour) {
     EXPECT_THAT(RecordingSink::texts(), ElementsAre(" 0000=01020304", " 0000=01020304"));
 }
 
-TEST_F(PrintTest, DumpsBehindAMessageThatLeavesJustEnoughRoom) {
+TEST_F(PrintTest, DumpsAfterAMessageThatLeavesJustEnoughRoom) {
     const std::string text(1023 - 38, 'x');
     dump(text, std::string(16, '\0'), 16);
 
     EXPECT_THAT(RecordingSink::texts(), ElementsAre(text + " 0000=00000000000000000000000000000000"));
 }
 
-TEST_F(PrintTest, WarnsAndPrintsTheMessageAloneWhenARowDoesNotFitBehindIt) {
+TEST_F(PrintTest, WarnsAndPrintsTheMessageAloneWhenNoRowFitsAfterIt) {
     const std::string text(1023 - 37, 'x');
     dump(text, std::string(32, '\0'), 32);
 
@@ -125,7 +125,7 @@ TEST_F(PrintTest, WarnsAndPrintsTheMessageAloneWhenARowDoesNotFitBehindIt) {
     EXPECT_EQ(RecordingSink::calls[1].level, LoggingClass::ERR);
 }
 
-TEST_F(PrintTest, DumpsBehindALongMessageInTheHeapBuffer) {
+TEST_F(PrintTest, DumpsAfterALongMessageInTheHeapBuffer) {
     const std::string text(2000, 'x');
     dump(text, "\x01\x02", 2);
 
