@@ -7,8 +7,9 @@
 
 namespace DAX::Platform {
 
-// A signal handler that is in force while the object lives; the earlier one comes back after it. A signal that the
-// process was started with ignored stays ignored.
+// A signal handler that is in force while the object lives; the destructor restores the earlier one. A signal that was
+// ignored before stays ignored. The disposition of a signal belongs to the whole process: nest such objects, and make
+// and destroy them on one thread.
 class RegisterSignalHandler : private boost::noncopyable {
 public:
     RegisterSignalHandler(int signum, void (*handler)(int));
@@ -20,23 +21,25 @@ private:
 };
 
 // Turns SIGTERM and SIGINT into flags that the whole process shares, while the object lives. The third SIGTERM ends the
-// process at once. The flags are never cleared.
+// process at once (see callExit). The flags are never cleared.
 class NiceQuitHelper : private boost::noncopyable {
 public:
     NiceQuitHelper();
 
-    // Runs on whichever thread the kernel picks.
+    // The handler of both signals. It takes locks and writes the log, so it must not interrupt a thread that does the
+    // same: while a SignalThread exists it runs there, as an ordinary function. Otherwise it runs in the context of the
+    // signal, on a thread that the kernel picks.
     static void niceQuitSignalHandler(int signum);
 
-    // Asks the process to stop, as a signal would. Any thread may call.
+    // Asks the process to stop, as SIGINT would. Any thread may call.
     static void setQuitFlag();
 
-    // For a daemon without a loop of its own: handles the signals, registers the process at the watchdog and pings it
-    // every 10 seconds, and returns when the quit flag is set. A failure of the ping sets the flag; one of the
-    // registration is thrown.
+    // For a daemon without a loop of its own: handles the signals, registers the process with the watchdog, pings it
+    // every 10 seconds, and returns when the quit flag is set. A ping that fails is logged and sets the flag. Throws
+    // GenericException when the watchdog refuses the registration.
     static void standardQuitLoopWithDaemonWatchdogSupport();
 
-    static std::mutex s_mutex; // held for single accesses to the flags only, since the handler takes it too
+    static std::mutex s_mutex; // hold it for one access to the flags only, since the handler takes it too
     static boost::condition_variable_any s_condition; // wakes a thread that waits in the quit loop
     static bool s_quitFlag;                           // the daemon is to stop; guarded by s_mutex
     static bool s_sigTermFlag;                        // SIGTERM was received; guarded by s_mutex

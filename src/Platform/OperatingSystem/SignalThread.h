@@ -8,11 +8,12 @@
 namespace DAX::Platform {
 
 // The one thread of the process on which the handlers of SIGTERM and SIGINT run. It waits for the signals and calls the
-// handlers as functions: one that logs and locks interrupts nobody, and is in no signal's context.
+// handlers as ordinary functions, so that a handler may log and take locks without interrupting anybody.
 //
-// Made before there are other threads: the signals are held back from the thread that makes it and from those that come
-// after. The destructor, on that same thread, ends the thread and lets the signals through again. Without descriptors
-// or without a thread the constructor throws (GenericException, boost::thread_resource_error) and holds nothing back.
+// Make it before there are other threads: the signals are blocked on the thread that makes it and on those that are
+// started later. Destroy it on the same thread: that ends the thread and unblocks the signals. The constructor throws
+// GenericException when there are no descriptors left and boost::thread_resource_error when there can be no thread; the
+// signals are not blocked then.
 class SignalThread {
 public:
     SignalThread();

@@ -2,10 +2,10 @@
 
 namespace DAX::Platform {
 
-// Tells who started this process that it is about to end, so that a new one is started for what comes in from now on:
-// systemd takes a unit for active until its process has gone, and a start of an active unit does nothing. Sends
-// "STOPPING=1" to the datagram socket that NOTIFY_SOCKET names; does nothing where there is none, or when it takes
-// nothing at once. Any thread.
+// Tells the service manager of the system that this process is about to end, so that a new process is started for calls
+// that come from now on. Without that, systemd takes the unit for active until the process has gone, and to start an
+// active unit does nothing. Sends "STOPPING=1" to the datagram socket that NOTIFY_SOCKET names. Does nothing when there
+// is none, or when it cannot take the message at once. Any thread may call.
 void tellThatTheProcessStops() noexcept;
 
 } // namespace DAX::Platform

@@ -9,13 +9,15 @@ namespace DAX::Platform {
 
 class IProductPathsImpl;
 
-// Where the update stack's files are; nobody else writes these locations down. Only computes names: nothing is created,
-// and nothing but getOSUpgradeLogFiles() looks at a file. Any thread may ask. The first question throws
-// std::logic_error when the device does not tell one of its directories. What an operation gave once stays for the life
-// of the process, but for the last two, and getNotificationCounterDirPath().
+// Where the update stack's files are; no other place names these locations. The operations compute names: they create
+// nothing, and only getOSUpgradeLogFiles() looks at the file system. Any thread may call.
+//
+// Every operation throws std::logic_error as long as the device does not tell one of its directories. The first result
+// of an operation is kept for the life of the process, except for getNotificationCounterDirPath(),
+// getWOCDaxInfoCandidatePath() and getWOCDaxInfoApprovedPath().
 class IProductPaths {
 public:
-    // What every path starts with; empty on the device.
+    // The root that every path but one starts with; empty on the device.
     static boost::filesystem::path getFlashDeviceRootPath();
 
     // The persistent data directory.
@@ -27,7 +29,7 @@ public:
     // Postponed update data.
     static boost::filesystem::path getPostponeUpdateRWStoragePath();
 
-    // As getFlashDeviceRootPath.
+    // The same root as getFlashDeviceRootPath().
     static boost::filesystem::path getFileSystemRootPath();
 
     // Read-only applications.
@@ -42,10 +44,10 @@ public:
     // The date of the last search for an upgrade.
     static boost::filesystem::path getLastSearchingDateFilePath();
 
-    // What the plug-ins leave of their last failure.
+    // The flag that plug-ins leave after their last failure.
     static boost::filesystem::path getLastPluginFailureFlagFilePath();
 
-    // Exists while a factory reset is to come.
+    // Exists while a factory reset is pending.
     static boost::filesystem::path getDAXFactoryResetFlagPath();
 
     // Exists while an upgrade is being finalized.
@@ -63,25 +65,25 @@ public:
     // The update that was accepted at the first start.
     static boost::filesystem::path getOOBEAckUpdateInfoFilePath();
 
-    // The installation lock: it is taken exactly while this file exists.
+    // The installation lock, which is in force exactly while this file exists.
     static boost::filesystem::path getInstallationLockPath();
 
-    // What is told of events.
+    // The description of events for the reporting service.
     static boost::filesystem::path getKPIDescriptionFilePath();
 
     // Resources of the user interface.
     static boost::filesystem::path getResourcePath();
 
-    // Its translations.
+    // Translations of the user interface.
     static boost::filesystem::path getLanguageResourcePath();
 
-    // The certificate that updates are checked with.
+    // The certificate by which updates are checked.
     static boost::filesystem::path getCertificateFilePath();
 
-    // Exists when the running system is not what the update was made for.
+    // Exists when the source partitions did not match the last differential upgrade.
     static boost::filesystem::path getSourcePartitionNotGenuineFlagPath();
 
-    // The marker that starts an upgrade by itself; under no root.
+    // The marker that starts the automatic upgrade. This path is fixed: it does not start with the root.
     static boost::filesystem::path getDAXAutoUpgradeActivationFilePath();
 
     // The marker for development keys.
@@ -90,7 +92,7 @@ public:
     // Downloaded files.
     static boost::filesystem::path getDAXDownloadedFilesPath();
 
-    // Details of the update: their directory, their document, its schema.
+    // The directory of the update's details, the document in it, and the document's schema.
     static boost::filesystem::path getUpdateDetailsDataPath();
     static boost::filesystem::path getUpdateDetailsFilePath();
     static boost::filesystem::path getUpdateDetailsSchemaPath();
@@ -101,8 +103,8 @@ public:
     // The upgrade directory.
     static boost::filesystem::path getOSUpgradeDirPath();
 
-    // The regular files "upgrade-*.log" in the upgrade directory, as they were at the first call; none without it.
-    // boost::filesystem::filesystem_error when it cannot be read.
+    // The regular files "upgrade-*.log" in the upgrade directory, as they were at the first call; empty when the
+    // directory does not exist. Throws boost::filesystem::filesystem_error when it cannot be read.
     static std::vector<boost::filesystem::path> getOSUpgradeLogFiles();
     static boost::filesystem::path getIraNdfDirPath();
     static boost::filesystem::path getUpdateMainContentsInfoDataPath();
@@ -112,7 +114,8 @@ public:
 
 namespace ProductPaths::Details {
 
-// Puts another implementation in place of the device's own.
+// Puts another implementation in place of the device's own; null brings that back, with the paths that it has kept. Any
+// thread may call; calls that are under way end on the earlier implementation.
 void setImplementationSingleton(std::unique_ptr<IProductPathsImpl> implementation);
 
 } // namespace ProductPaths::Details

@@ -7,7 +7,8 @@
 
 namespace DAX::Platform {
 
-// The implementation behind IProductPaths, whose operations say what each is. Any thread may call.
+// The implementation behind IProductPaths. Each slot m_NAME does what IProductPaths::NAME is documented to do. Any
+// thread may call.
 class IProductPathsImpl : private boost::noncopyable {
 public:
     virtual ~IProductPathsImpl() = default;

@@ -6,7 +6,8 @@
 
 namespace DAX::Platform {
 
-// The platform does not tell a fact about the device. Carries which as errinfo_description. No GenericException.
+// The platform cannot tell a fact about the device. Carries which one as errinfo_description. It is not a
+// GenericException.
 class SystemInfoAPIInternalProblemException : public virtual std::exception, public virtual boost::exception {};
 
 } // namespace DAX::Platform

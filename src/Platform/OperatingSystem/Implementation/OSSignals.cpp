@@ -56,7 +56,7 @@ NiceQuitHelper::NiceQuitHelper()
     : m_sigTermHandler(SIGTERM, &niceQuitSignalHandler), m_sigIntHandler(SIGINT, &niceQuitSignalHandler) {}
 
 void NiceQuitHelper::niceQuitSignalHandler(int signum) {
-    static std::atomic<int> s_term_count{0};
+    static std::atomic<int> s_term_count{0}; // atomic, since forcing the exit must not wait for a lock
     std::cout << "Signal received, quitting... (signum: " << signum << ")" << std::endl;
     DAX_LOG(INF) << "Signal received, quitting... (signum: " << signum << ")";
     if (signum == SIGTERM) {
@@ -85,7 +85,7 @@ void NiceQuitHelper::standardQuitLoopWithDaemonWatchdogSupport() {
         DAX_LOG(INF) << "Send SIGINT or SIGTERM to quit.";
         sayOnConsole("Send SIGINT or SIGTERM to quit.");
     }
-    HangGuard::initWatchdogTimer(WATCHDOG_LIMIT_IN_SECONDS);
+    HangGuard::initWatchdogTimer(WATCHDOG_LIMIT_IN_SECONDS); // not in the loop's try block: unwatched, it must not run
     while (!isQuitFlagSet()) {
         try {
             HangGuard::updateWatchdogTimer();

@@ -31,7 +31,7 @@ sigset_t handledSignals() {
     return signals;
 }
 
-// For what the system gives.
+// Owns a descriptor that the system has just returned; throws when it returned none.
 FileDescriptor owned(int descriptor) {
     const int error = errno; // before anything else can change it
     if (descriptor < 0) {
@@ -46,7 +46,7 @@ FileDescriptor signalSource() {
     return owned(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
-// What the kernel does with a signal that it delivers, but outside the context of a signal.
+// Does what the kernel does when it delivers a signal, but outside the context of a signal.
 void deliver(int signum) {
     struct sigaction action {};
     sigaction(signum, nullptr, &action);
@@ -73,8 +73,8 @@ void deliverAll(int signalSource) {
     }
 }
 
-// Returns when there is something to read, or may be. A wait that fails is logged once, and from then on each one takes
-// a pause: a system that lets nobody wait must still be able to stop the process, and without a thread that spins.
+// Waits until there is something to read. A wait that fails is logged once, and each failing wait takes a pause
+// instead: the process must still be able to stop, and the thread must not spin.
 class Waiting {
 public:
     Waiting(int event, int signalSource) : m_sources{{event, POLLIN, 0}, {signalSource, POLLIN, 0}} {}
@@ -111,7 +111,7 @@ private:
     bool m_logged = false;
 };
 
-// Delivers what comes, until the event does.
+// Delivers the signals that arrive, until the event is raised.
 void run(int signalSource, int stopEvent) {
     pthread_setname_np(pthread_self(), "signals");
     Waiting waiting(stopEvent, signalSource);

@@ -13,7 +13,8 @@ namespace {
 
 const char STOPPING[] = "STOPPING=1";
 
-// 0 when the text is no address. A "@" stands for the zero byte that begins an abstract one.
+// The length of the address, 0 when the text is not an address. A leading "@" stands for the zero byte of an abstract
+// address.
 socklen_t readAddress(const char* text, sockaddr_un& address) {
     const std::size_t length = text != nullptr ? std::strlen(text) : 0;
     if (length < 2 || length >= sizeof(address.sun_path) || (text[0] != '/' && text[0] != '@')) {

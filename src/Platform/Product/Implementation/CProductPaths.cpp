@@ -11,7 +11,7 @@ namespace {
 
 using boost::filesystem::path;
 
-// What `compute` gave at the first call from this place.
+// The result of the first call from this place: each lambda has a type, and so a static, of its own.
 template <class Compute>
 auto cached(Compute compute) {
     static const auto result = compute();
@@ -20,7 +20,7 @@ auto cached(Compute compute) {
 
 std::string directory(int number) {
     const char* const text = kvplatform_getenv(number);
-    if (text == nullptr) { // no DAX_THROW: callers know the exception that the making of a text from null gave
+    if (text == nullptr) { // not DAX_THROW: callers know the exception that std::string used to throw for null
         throw std::logic_error("The platform has no directory " + std::to_string(number));
     }
     return text;

@@ -9,7 +9,7 @@ namespace DAX::Platform {
 // The device's own paths, composed from the directories that the platform tells.
 class CProductPaths : public IProductPathsImpl {
 public:
-    // std::logic_error when the platform does not tell a directory.
+    // Throws std::logic_error when the platform does not tell a directory.
     CProductPaths();
 
     boost::filesystem::path m_getFlashDeviceRootPath() override;
@@ -49,7 +49,7 @@ public:
     boost::filesystem::path m_getWOCDaxInfoApprovedPath() override;
 
 protected:
-    // With the whole tree under another root than the device's, which is empty.
+    // For a subclass: puts the whole tree under another root than the device's empty one.
     explicit CProductPaths(std::string root);
 
 private:

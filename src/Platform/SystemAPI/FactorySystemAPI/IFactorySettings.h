@@ -8,53 +8,57 @@ namespace DAX::Platform {
 
 class IFactorySettingsAPIImpl;
 
-// The switches of the device's factory menu that govern updates, as they are at each call. A switch that the device
-// does not tell has its default. Debug parameters, by the names given here, override two of them; an operation that
-// looks at the debug parameters throws GenericException before they are loaded. Any thread may call.
+// The switches of the device's factory menu that govern updates. Nothing is cached. A switch that the device does not
+// tell has its default. An operation whose comment names no failure has none. Any thread may call.
 class IFactorySettings {
 public:
-    // What each number selects lies with those who ask; the second is what the debug parameters want for the test
-    // server.
+    // Which server each number selects is up to the programs that ask.
     enum OTNServerType : int { OTN_SERVER_0 = 0, OTN_SERVER_1 = 1, OTN_SERVER_2 = 2 };
 
-    // Whether updates over the network are on, for a television at home and for one of a business; on by default.
-    // "IFactorySettings::overrideOTNEnabled" overrides both.
+    // Whether updates over the network are on, for a television at home or for one of a business. True by default. The
+    // debug parameter "IFactorySettings::overrideOTNEnabled" overrides both. Each throws GenericException before the
+    // debug parameters are loaded.
     static bool isRetailTvOtnEnabled();
     static bool isB2BTvOtnEnabled();
 
-    // The letter of the update zone, "A" to "Z" without "T"; nothing when the device is in none, the default.
+    // The letter of the update zone, 'A' to 'Z' without 'T'. Empty when the device is in no zone, which is the default,
+    // or in one that has no letter.
     static boost::optional<char> getOTNZone();
 
-    // Off by default. "IFactorySettings::overrideDAXFailTestActive" overrides it.
+    // False by default. The debug parameter "IFactorySettings::overrideDAXFailTestActive" overrides it. Throws
+    // GenericException before the debug parameters are loaded.
     static bool isDAXFailTestActive();
 
-    // Which server network updates come from: 0, the default, 1, or 2. 1 exactly with the debug parameter
-    // useOTNTestServer.
+    // Which server updates over the network come from, an OTNServerType; OTN_SERVER_0 by default. It is OTN_SERVER_1
+    // if, and only if, the debug parameter useOTNTestServer is set. Throws GenericException before the debug parameters
+    // are loaded.
     static int getOTNServerType();
 
-    // Off by default.
+    // False by default.
     static bool useShortOTATransactionTimeout();
 
-    // Whether the device can take updates over the air; false when it does not tell.
+    // Whether the device can take updates over the air. False when it cannot tell.
     static bool isOTAEnabled();
 
-    // Puts the factory values back. GenericException, with the device's result as errinfo_errorcode, when it fails.
+    // Restores the factory values. Throws GenericException, with the device's result as errinfo_errorcode, when the
+    // device fails.
     static void factoryReset();
 
     // Does nothing.
     static void prepareOsUpgrade();
 
-    // Off by default.
+    // False by default.
     static bool isFastBootInProductionMode();
 
-    // The numbers of the device's model and of its local set. Failures as those of factoryReset().
+    // The device's numbers for its model and for its local set. Failures as for factoryReset().
     static int getModelEnum();
     static int getLocalsetEnum();
 };
 
 namespace FactorySystemAPI::Details {
 
-// Puts another implementation in place of the device's own; null brings that back.
+// Puts another implementation in place of the device's own; null brings that back. Any thread may call; calls that are
+// under way end on the earlier implementation.
 void setImplementationSingleton(std::unique_ptr<IFactorySettingsAPIImpl> implementation);
 
 } // namespace FactorySystemAPI::Details

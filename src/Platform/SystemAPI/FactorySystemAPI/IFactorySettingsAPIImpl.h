@@ -5,11 +5,12 @@
 
 namespace DAX::Platform {
 
-// The implementation behind IFactorySettings, whose operations say what each is. Any thread may call.
+// The implementation behind IFactorySettings. Any thread may call.
 class IFactorySettingsAPIImpl : private boost::noncopyable {
 public:
     virtual ~IFactorySettingsAPIImpl() = default;
 
+    // Each does what the operation of IFactorySettings with its name is documented to do.
     virtual bool isRetailTvOtnEnabled() = 0;
     virtual bool isB2BTvOtnEnabled() = 0;
     virtual boost::optional<char> getOTNZone() = 0;

@@ -21,7 +21,7 @@ private:
     std::string m_name;
 };
 
-// Sends the event and blocks until it is taken. A failure is logged; nothing is raised. Any thread may call.
+// Sends the event and blocks until the reporting service has it. A refusal is only logged. Any thread may call.
 void sendKPIEventToServer(const IKPIEvent& event);
 
 } // namespace DAX::Platform::KpiEvent

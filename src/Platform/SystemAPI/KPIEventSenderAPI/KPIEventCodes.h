@@ -4,8 +4,8 @@
 
 namespace DAX::Platform::KpiEvent {
 
-// What events tell, each value named by the short code that its operator<< writes in lower case. Any other value is
-// written as "f" for a SearchMethod, as "na" for a NotificationType and as "er" for the rest.
+// What events carry. A value has the name of the short code that operator<< writes for it, in upper case. A value
+// without a name is written as "f" for a SearchMethod, as "na" for a NotificationType and as "er" for the others.
 
 enum class SearchMethod : int { M = 0, B = 1, O = 2, E = 3 };
 enum class UpdateMethod : int { FO = 1, AU = 2, GO = 3, ES = 4, MA = 5, EX = 6, OB = 7 };

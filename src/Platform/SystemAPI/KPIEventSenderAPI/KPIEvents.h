@@ -8,9 +8,10 @@
 
 namespace DAX::Platform::KpiEvent {
 
+// "EV001", "INFO".
 class CInfoEvent : public IKPIEvent {
 public:
-    // The type is told as "d" for 0, "o" for 2 and "e" for any other.
+    // The type is written as "d" for 0, "o" for 2 and "e" for any other value.
     CInfoEvent(bool au, int cp, int type);
 
     std::string getDescription() const override;
@@ -21,6 +22,7 @@ private:
     int m_type;
 };
 
+// "EV005", "OSDSHOW": a notification was shown.
 class COSDShowEvent : public IKPIEvent {
 public:
     explicit COSDShowEvent(NotificationType type);
@@ -31,6 +33,7 @@ private:
     NotificationType m_type;
 };
 
+// "EV006", "OSDINPUT": the user answered a notification.
 class COSDInputEvent : public IKPIEvent {
 public:
     COSDInputEvent(InputType input, OsdType type);
@@ -42,9 +45,10 @@ private:
     OsdType m_type;
 };
 
+// "EV007", "OSU": the user's input on a screen of the given type.
 class COSUEvent : public IKPIEvent {
 public:
-    // Named and written as the enumerations of KPIEventCodes.h.
+    // Named and written like the enumerations of KPIEventCodes.h.
     enum class UserInput : int { TI = 0, LA = 1, NO = 2, WO = 3 };
     enum class OSDTypeOSU : int { GO = 0, DE = 1, MA = 2, US = 3 };
     enum class AllChangesStatus : int { NA = 0, NO = 1, BE = 2, SC = 3, EN = 4 };
@@ -65,7 +69,7 @@ std::ostream& operator<<(std::ostream& stream, COSUEvent::UserInput input);
 std::ostream& operator<<(std::ostream& stream, COSUEvent::OSDTypeOSU type);
 std::ostream& operator<<(std::ostream& stream, COSUEvent::AllChangesStatus status);
 
-// A failed assertion.
+// "EV008", "ERROR": an assertion has failed.
 class CErrorEvent : public IKPIEvent {
 public:
     CErrorEvent(std::string file, std::string function, std::string line, std::string expression, std::string message);

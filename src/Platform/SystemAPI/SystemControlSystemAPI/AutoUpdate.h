@@ -1,6 +1,6 @@
 #pragma once
 
-// What the user interface shows of automatic updates, as the settings store numbers it.
+// What the user interface shows about automatic updates. The numbers are those in the settings store.
 namespace DAXAutoUpdateKey {
 
 enum AUTOUPDATE_STATUS : int {

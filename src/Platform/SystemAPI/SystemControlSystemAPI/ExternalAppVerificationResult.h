@@ -2,7 +2,7 @@
 
 namespace DAX::Platform {
 
-// What the verification of an external application came to, as the settings store numbers it.
+// The result of the verification of an external application. The numbers are those in the settings store.
 enum class ExternalAppVerificationResult : int { NONE = 0, PENDING = 1, ACCEPTED = 2, REJECTED = 3 };
 
 } // namespace DAX::Platform

@@ -13,7 +13,8 @@
 
 namespace DAX::Platform {
 
-// The implementation behind ISystemControl, whose operations say what each is. Any thread may call.
+// The implementation behind ISystemControl. Each slot m_NAME does what ISystemControl::NAME is documented to do. Any
+// thread may call.
 class ISystemControlImpl : private boost::noncopyable {
 public:
     virtual ~ISystemControlImpl() = default;

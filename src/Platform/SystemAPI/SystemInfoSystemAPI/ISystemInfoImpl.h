@@ -8,7 +8,8 @@
 
 namespace DAX::Platform {
 
-// The implementation behind ISystemInfo, whose operations say what each is. Any thread may call.
+// The implementation behind ISystemInfo. Each slot m_NAME does what ISystemInfo::NAME is documented to do. Any thread
+// may call.
 class ISystemInfoImpl : private boost::noncopyable {
 public:
     virtual ~ISystemInfoImpl() = default;

@@ -2,14 +2,14 @@
 
 namespace DAX::Platform {
 
-// The heartbeat towards the device's deadlock watchdog. Both throw GenericException when the device refuses: a missed
-// heartbeat must be seen.
+// The heartbeat for the device's deadlock watchdog. Any thread may call.
 namespace HangGuard {
 
-// Registers the process as one that is taken for hung when it stays silent for longer than `seconds`.
+// Registers the process: from now on the watchdog takes it for hung when no heartbeat comes for longer than `seconds`.
+// Throws GenericException when the device refuses.
 void initWatchdogTimer(int seconds);
 
-// The heartbeat.
+// One heartbeat. Throws GenericException when the device refuses: a missed heartbeat must not go unnoticed.
 void updateWatchdogTimer();
 
 } // namespace HangGuard

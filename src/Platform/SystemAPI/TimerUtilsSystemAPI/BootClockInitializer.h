@@ -7,8 +7,8 @@
 
 namespace DAX::Platform {
 
-// The registered singleton that starts the device's time library, and ends it with its own end. The library may need
-// the main loop. Its failure to start is logged.
+// The registered singleton that starts the device's time library and stops it when it is destroyed. It requires the
+// main loop, which the library may use. If the library does not start, that is only logged.
 class BootClockInitializer : public Common::Utils::RegisterableSingleton {
 public:
     static Common::Utils::SingletonsID getID() { return Common::Utils::SINGLETON_BOOTCLOCK_INITIALIZER; }
@@ -16,7 +16,7 @@ public:
 
     ~BootClockInitializer() override;
 
-    // Nobody sets these.
+    // Always 0: nothing sets them.
     int getDAXTimerPriority() const { return m_priority; }
     int getWeekFlag() const { return m_weekFlag; }
 

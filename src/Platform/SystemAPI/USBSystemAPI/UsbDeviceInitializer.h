@@ -7,8 +7,8 @@
 
 namespace DAX::Platform {
 
-// The registered singleton that starts the device's USB library, and ends it with its own end. A program that lists USB
-// devices marks it as needed. Any thread may ask it.
+// The registered singleton that starts the platform's USB library and stops it when it is destroyed. A program that
+// lists USB devices must mark it as needed. Any thread may call it.
 class UsbDeviceInitializer : public Common::Utils::RegisterableSingleton {
 public:
     static Common::Utils::SingletonsID getID() { return Common::Utils::SINGLETON_USB_DEVICE_INITIALIZER; }
@@ -16,7 +16,7 @@ public:
 
     ~UsbDeviceInitializer() override;
 
-    // USBAPIException, with the library's result, when the library did not start.
+    // Throws USBAPIException, with the library's result, when the library did not start.
     void throwIfUninitialized() const;
 
 protected:

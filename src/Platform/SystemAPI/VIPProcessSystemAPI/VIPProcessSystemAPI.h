@@ -2,7 +2,8 @@
 
 namespace DAX::Platform::VIPProcessSystemAPI {
 
-// Asks the device not to end this process when memory runs short. Best effort: a refusal is not seen.
+// Asks the device not to end this process when memory runs short. Whether it agrees is not looked at. Any thread may
+// call.
 void registerVIPProcess();
 
 } // namespace DAX::Platform::VIPProcessSystemAPI

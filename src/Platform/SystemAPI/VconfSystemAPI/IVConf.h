@@ -15,11 +15,13 @@
 namespace DAX::Platform {
 namespace VConfDetails {
 
+// How a value of this type is read; the result is the store's, 0 for success.
 template <class T, int (*function)(const char*, T*)>
 struct Getter {
     static int read(const char* key, T* value) { return function(key, value); }
 };
 
+// How a value of this type is written; the result is the store's, 0 for success.
 template <class T, int (*function)(const char*, T)>
 struct Setter {
     static int write(const char* key, const T& value) { return function(key, value); }
@@ -37,19 +39,21 @@ struct SetterMapStruct : Setters... {
     using Setters::write...;
 };
 
-// One access to one key of the settings store. Holds the key and nothing else; any thread, no retries. A failure is
-// logged; `get` and `set` then throw VConfException.
+// One access to one key of the settings store. Holds the key and nothing else. Any thread may use it; nothing orders
+// two writers of one key. Nothing is tried again.
 template <class GetterMapT, class SetterMapT, class T>
 class VConfT {
 public:
     explicit VConfT(std::string key) : m_key(std::move(key)) {}
 
+    // Throws VConfException when the store fails, which is also logged.
     T get() const {
         T value{};
         throwIfFailed(GetterMapT::read(m_key.c_str(), &value), GET_FAILED, BOOST_CURRENT_LOCATION);
         return value;
     }
 
+    // The default when the store fails, which is also logged.
     T getOr(const T& defaultValue) const {
         T value = defaultValue;
         if (GetterMapT::read(m_key.c_str(), &value) == 0) {
@@ -59,6 +63,7 @@ public:
         return defaultValue;
     }
 
+    // Throws VConfException when the store fails, which is also logged.
     void set(const T& value) const {
         throwIfFailed(SetterMapT::write(m_key.c_str(), value), SET_FAILED, BOOST_CURRENT_LOCATION);
     }

@@ -8,10 +8,10 @@
 
 namespace DAX::Platform {
 
-// The store's functions for the two value types that it has no own type for. All return the store's result, 0 for
-// success.
+// The store's functions in terms of bool and std::string, types that it does not know. All return the store's result, 0
+// for success.
 
-// Writes `*value` whatever the result: false when the read fails.
+// Sets `*value` whatever the result: to false when the read fails.
 inline int vconf_get_bool_wrapper(const char* key, bool* value) {
     int stored = 0;
     const int result = vconf_get_bool(key, &stored);

@@ -8,7 +8,7 @@
 namespace DAX::Platform {
 namespace {
 
-// The root folder of the simulated device, with no slash at its end; empty for none.
+// The root folder of the simulated device without a slash at its end; empty when there is none.
 std::string simulatedRoot() {
     const char* const given = std::getenv("KOVAN_ROOT");
     const std::string root = given != nullptr ? given : "";

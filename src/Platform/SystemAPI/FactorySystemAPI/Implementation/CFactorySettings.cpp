@@ -18,7 +18,7 @@ using DAXCommon::DebugAndTestParameters;
 
 const int PLANTCFG_SUCCESS = 1;
 const int LAST_ZONE = 'Z' - 'A' + 1;
-const int NO_ZONE = 'T' - 'A' + 1;
+const int NO_ZONE = 'T' - 'A' + 1; // the one letter that names no zone
 
 boost::optional<bool> overridden(const char* parameter) {
     return DebugAndTestParameters::getDebugAndTestParameters().getCustomBoolParam(parameter);
@@ -32,7 +32,7 @@ bool isOtnEnabled(system_info_key_e key) {
     return getIntFromFactory(key) != 0;
 }
 
-// The result of a call of the platform, 1 for success.
+// Takes the result of a platform call, where 1 means success.
 void throwIfFailed(int result, const std::string& function, const boost::source_location& site) {
     if (result == PLANTCFG_SUCCESS) {
         return;
@@ -87,6 +87,7 @@ bool CFactorySettingsAPIImpl::isDAXFailTestActive() {
 }
 
 int CFactorySettingsAPIImpl::getOTNServerType() {
+    // Read in any case: the log shows the device's value even when the debug parameter overrides it.
     const int type = getIntFromFactory(SYSTEM_INFO_KEY_OTN_SERVER_TYPE);
     if (DebugAndTestParameters::getDebugAndTestParameters().isUseOTNTestServer()) {
         return IFactorySettings::OTN_SERVER_1;

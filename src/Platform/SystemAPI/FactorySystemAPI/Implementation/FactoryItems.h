@@ -4,7 +4,7 @@
 
 namespace DAX::Platform {
 
-// A value of the factory menu; its default, with a log line, when it cannot be read. An assertion fails for a key that
+// A value of the factory menu. When it cannot be read, its default, with a log line. An assertion fails for a key that
 // has no default.
 int getIntFromFactory(system_info_key_e key);
 

@@ -29,7 +29,7 @@ const gulong START_PAUSE_IN_MICROSECONDS = 100000;
 const gulong STOP_PAUSE_IN_MICROSECONDS = 1000000;
 const std::chrono::milliseconds START_BOUND(1000);
 
-// Said by the loop's first step, so that a start usually need not look twice.
+// Signalled by the loop's first step, so that the start usually need not poll.
 class FirstStep {
 public:
     void say() {
@@ -49,7 +49,8 @@ private:
     bool m_done = false;
 };
 
-// Has the default context say the step when it runs. The context's copy of the pointer goes with its source.
+// Makes the default context signal the step as soon as it runs. The context's copy of the pointer is released with the
+// source.
 void sayWhenRunning(const std::shared_ptr<FirstStep>& step) {
     using Shared = std::shared_ptr<FirstStep>;
     const auto say = [](void* data) -> gboolean {
@@ -87,7 +88,7 @@ void GLoopService::initialize() {
         startThread();
     } catch (...) {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_initialized = false; // there is nothing that could be stopped
+        m_initialized = false; // there is nothing to stop
         throw;
     }
     for (int look = 1; !isRunning() && look < START_LOOKS; ++look) {
@@ -111,7 +112,7 @@ void GLoopService::startThread() {
     firstStep->await();
 }
 
-// Touches the loop alone: the object may be gone when the loop ends.
+// Uses nothing but the loop: the object may be gone when the loop ends.
 void GLoopService::LoopThreadFunction(std::shared_ptr<GMainLoop> loop) {
     ThreadDebug::SetThreadName("GMainLoop thread");
     DAX_LOG(INF) << "GLoopService::LoopThreadFunction(): Starting.";
@@ -130,8 +131,8 @@ bool GLoopService::isRunning() const {
     return running && g_main_loop_is_running(running.get()) != FALSE;
 }
 
-// A loop that has not started yet has not ended, unless the start has failed. One that another call has ended may not
-// have come to its end: it does not seem to run then, but it will not start again either.
+// A loop that has not started yet has not ended, unless the start has failed. A loop that was told to quit counts as
+// ended, even when its thread is still on the way out: it no longer runs, and it will not start again.
 bool GLoopService::hasEnded() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return !m_initialized || m_quit || (m_started && m_loop.expired());
@@ -160,7 +161,8 @@ void GLoopService::quit() {
     }
 }
 
-// Looks for itself first: another thread that is joining already holds the mutex until this one ends.
+// Compares the thread ids before it takes the mutex: another thread that is joining holds the mutex until the loop's
+// thread ends.
 void GLoopService::join() {
     if (getMainLoopThreadId() == boost::this_thread::get_id()) {
         throw boost::thread_resource_error(static_cast<int>(boost::system::errc::resource_deadlock_would_occur),

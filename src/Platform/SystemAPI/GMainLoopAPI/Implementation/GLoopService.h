@@ -11,8 +11,8 @@ using GMainLoop = struct _GMainLoop;
 
 namespace DAX::Platform::MainLoop {
 
-// A GLib main loop over the default context, on a thread of its own that runs until the object's end. Destroyed on that
-// very thread, the object cannot wait for its end, which is logged; the loop then ends behind it.
+// A GLib main loop over the default context, on a thread of its own that runs until the object is destroyed. When that
+// happens on the loop's own thread, the destructor cannot wait for the thread: it logs that, and the loop ends later.
 class GLoopService : public MainLoopSingleton {
 public:
     GLoopService() = default;
@@ -24,9 +24,10 @@ public:
     void dispatchInMainLoop(void* data) override;
     std::unique_ptr<UserRegisteredCallback> createUserRegisteredCallback() override;
 
-    // Waits for the thread's end, and before that, without a bound, for the loop to run: to end a loop that has not
-    // started would be lost. Throws GenericException when not initialized, boost::thread_resource_error on the loop's
-    // own thread, where the loop then ends behind it. Any thread may call, also while another one initializes.
+    // Ends the loop and waits for its thread. Before that it waits, without a bound, until the loop runs: a loop that
+    // has not started yet would miss the order to end. Throws GenericException when not initialized, and
+    // boost::thread_resource_error on the loop's own thread, where the loop then ends later. Any thread may call, also
+    // while another one initializes.
     void stop();
 
 private:
@@ -38,14 +39,14 @@ private:
     void quit();
     void join();
 
-    mutable std::mutex m_mutex; // guards all below, but m_thread once it has been started
+    mutable std::mutex m_mutex; // guards the members below; m_thread only until it has been started
     bool m_initialized = false;
     boost::thread m_thread;
-    boost::thread::id m_threadId;    // of the thread as long as it has not been joined
-    std::weak_ptr<GMainLoop> m_loop; // the thread's own; empty before it and behind it
-    bool m_started = false;          // the thread has been there
+    boost::thread::id m_threadId;    // the thread's, until it has been joined
+    std::weak_ptr<GMainLoop> m_loop; // the thread owns it; empty before the thread starts and after it has ended
+    bool m_started = false;          // the thread was started
     bool m_quit = false;             // the loop was told to end
-    std::mutex m_joinMutex;          // guards m_thread once it has been started
+    std::mutex m_joinMutex;          // guards m_thread after it has been started
 };
 
 } // namespace DAX::Platform::MainLoop

@@ -5,7 +5,7 @@
 namespace DAX::Platform::MainLoop {
 namespace {
 
-const int RUN_ONCE = 0; // the value that takes a function out of the loop again
+const int RUN_ONCE = 0; // the value by which a function leaves the loop
 
 } // namespace
 

@@ -8,7 +8,7 @@
 namespace DAX::Platform::KpiEvent {
 namespace {
 
-// The codes of an enumeration's values from `first` on, and that of any other.
+// The codes of an enumeration's values, in a row that starts with the value `first`, and the code of any other value.
 template <std::size_t COUNT>
 struct Codes {
     int first;

@@ -4,7 +4,7 @@
 
 namespace DAX::Platform {
 
-// One of the device's announcements of power events, and how it is called in messages.
+// One of the device's power events, and its names in messages.
 struct PlatformSignal {
     const char* announcement;
     const char* name;
@@ -16,11 +16,11 @@ extern const PlatformSignal POWER_MODE_CHANGE_SIGNAL;
 extern const PlatformSignal POWER_OFF_SIGNAL;
 extern const PlatformSignal WAKE_UP_SIGNAL;
 
-// Has the device call what is registered under this id of the UserDataRegister, a std::function<int (int)>. Throws
+// From now on the device calls the std::function<int (int)> that the UserDataRegister holds under this id. Throws
 // GenericException when the device refuses.
 void subscribeTo(const PlatformSignal& signal, void* callbackId);
 
-// The device's result.
+// Returns the device's result.
 int unsubscribeFrom(const PlatformSignal& signal);
 
 } // namespace DAX::Platform

@@ -5,7 +5,7 @@
 
 namespace DAX::Platform {
 
-// Tells of each change of the device's power state.
+// Calls back at each change of the device's power state.
 class PowerModeChangeSignalSubscriber : public PowerSubscriber<void(DAXCommon::PowerMode)> {
 public:
     ~PowerModeChangeSignalSubscriber() override;

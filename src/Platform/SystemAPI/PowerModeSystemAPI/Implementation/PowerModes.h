@@ -8,10 +8,11 @@
 
 namespace DAX::Platform {
 
-// The modes of the device's power states. An unknown state is added when it is first met. For the main loop's thread.
+// The modes of the device's power states. An unknown state is added when it is first met. Only for the main loop's
+// thread.
 std::map<power_state_e, DAXCommon::PowerMode>& powerModes();
 
-// The mode of the device's number of a power state, 0 for an unknown one. For the main loop's thread.
+// The mode for the device's number of a power state; 0 for an unknown one. Only for the main loop's thread.
 DAXCommon::PowerMode toPowerMode(int state);
 
 } // namespace DAX::Platform

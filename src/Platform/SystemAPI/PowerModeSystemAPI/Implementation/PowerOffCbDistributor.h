@@ -8,8 +8,8 @@
 
 namespace DAX::Platform {
 
-// Passes the device's power-off signal on to every PowerOffSignalSubscriber; it is a registered singleton that lives as
-// long as one of them.
+// Passes the device's power-off signal on to every PowerOffSignalSubscriber. A registered singleton that lives as long
+// as one of them.
 class PowerOffCbDistributor : public Common::Utils::SignalDistributor<int(int)>,
                               public Common::Utils::RegisterableSingleton {
 public:

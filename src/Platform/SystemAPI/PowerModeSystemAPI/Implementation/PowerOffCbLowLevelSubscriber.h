@@ -5,8 +5,8 @@
 
 namespace DAX::Platform {
 
-// The process's one subscription to the device's power-off signal; the distributor owns it. A second one at a time
-// throws GenericException.
+// The process's one subscription to the device's power-off signal; the distributor owns it. To make a second one while
+// the first exists throws GenericException.
 class PowerOffCbLowLevelSubscriber : public PowerSubscriber<int(int)>,
                                      private Common::Utils::SingletonProperty<PowerOffCbLowLevelSubscriber> {
 public:

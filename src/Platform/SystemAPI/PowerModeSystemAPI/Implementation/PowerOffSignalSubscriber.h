@@ -8,12 +8,12 @@
 
 namespace DAX::Platform {
 
-// Tells that the device is about to power off. Any number may exist: the distributor serves them all.
+// Calls back when the device is about to power off. Any number may exist: the distributor serves them all.
 class PowerOffSignalSubscriber : public PowerSubscriber<void(DAXCommon::PowerMode)> {
 public:
     ~PowerOffSignalSubscriber() override;
 
-    // Once, before the first subscription: marks the distributor as needed for as long as this object lives.
+    // Call it once, before the first subscription: it marks the distributor as needed for as long as this object lives.
     void needDistributor();
 
 private:

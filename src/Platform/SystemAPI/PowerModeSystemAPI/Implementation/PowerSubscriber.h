@@ -11,12 +11,12 @@
 
 namespace DAX::Platform {
 
-// What the subscribers to power events have in common: they are called back on the main loop's thread alone, in the
-// device's form int (int), which a wrapper turns into the user's.
+// What the subscribers to power events have in common: they are called back on the main loop's thread only, in the
+// device's form int (int), which a wrapper turns into the user's form.
 template <class Callback>
 class PowerSubscriber : public Common::Utils::SignalSubscriber<Callback> {
 protected:
-    // For a doRegisterCallback: takes the user's callback, and registers the wrapper in its place.
+    // For a subclass's doRegisterCallback: takes the user's callback and registers the wrapper in its place.
     void* registerWrapper(const char* user, std::function<int(int)> wrapper) {
         m_userCallback = std::exchange(this->callback(), nullptr);
         m_wrapper = std::move(wrapper);
@@ -25,7 +25,7 @@ protected:
             ->registerUserData(&m_wrapper, getExpectedExecutorThreadID());
     }
 
-    // A copy: the callback may unsubscribe, and subscribe another.
+    // A copy, since the callback may unsubscribe itself and subscribe another one.
     std::function<Callback> userCallback() const { return m_userCallback; }
 
     boost::optional<boost::thread::id> getExpectedExecutorThreadID() override { return MainLoop::getMainLoopTheadId(); }
@@ -38,7 +38,7 @@ protected:
             DAX_LOG(ERR) << "Exception was caught in " << name << ": "
                          << boost::current_exception_diagnostic_information(true);
         }
-        this->unregisterFinally(name); // the wrapper goes before the base class does
+        this->unregisterFinally(name); // now, since the wrapper is destroyed before the base class
     }
 
 private:

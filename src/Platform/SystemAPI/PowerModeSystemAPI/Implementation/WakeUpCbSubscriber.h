@@ -4,7 +4,7 @@
 
 namespace DAX::Platform {
 
-// Tells that the device has woken up.
+// Calls back when the device has woken up.
 class WakeUpCbSubscriber : public PowerSubscriber<void()> {
 public:
     ~WakeUpCbSubscriber() override;

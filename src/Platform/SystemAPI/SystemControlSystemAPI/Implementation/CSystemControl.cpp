@@ -51,7 +51,7 @@ const int MAINLAND_CHINA = 24; // of SYSTEM_INFO_KEY_SALES_REGION
 const int FOREGROUND_NICENESS = 0;
 const int BACKGROUND_NICENESS = 19;
 
-// Holds the calling thread for as long as the debug parameters want before the device goes down.
+// Makes the calling thread sleep for as long as the debug parameters ask for before the device goes down.
 void delay(const char* beforeWhat) {
     const auto seconds =
         DebugAndTestParameters::getDebugAndTestParameters().getCustomIntParam("CSystemControl::delayedShutdown");
@@ -61,18 +61,18 @@ void delay(const char* beforeWhat) {
     }
 }
 
-// Written by this stack, to ask for standalone mode.
+// The file by which this stack asks for standalone mode.
 const path& m_getStandaloneFlagPath() {
     static const path flag = IProductPaths::getDAXPartitionPath() / "STANDALONE";
     return flag;
 }
 
-// Written by the boot scripts, while the device is in it.
+// The file that the boot scripts keep while the device is in standalone mode.
 path standaloneStatePath() {
     return IProductPaths::getFileSystemRootPath() / "/run/.standalone";
 }
 
-// Returns the errno of what failed, 0 when nothing did.
+// Returns the errno value of the failure, 0 without one.
 int writeStandaloneRequest() {
     errno = 0;
     std::ofstream file(m_getStandaloneFlagPath().string());

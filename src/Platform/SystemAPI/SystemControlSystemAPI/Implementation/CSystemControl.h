@@ -77,7 +77,7 @@ public:
     std::string m_getWocOTNModelPrefix() override;
 
 private:
-    // For the reason, as the device numbers it.
+    // With the device's number for the reason.
     void m_shutdown(int reason);
     void m_reboot(int reason);
 };

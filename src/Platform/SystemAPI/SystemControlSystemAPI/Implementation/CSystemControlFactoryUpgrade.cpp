@@ -17,7 +17,7 @@ using boost::filesystem::path;
 
 const char FACTORY_UPGRADE_FLAG_FILENAME[] = "DAX_AUTO_FLAG";
 
-// More than any flag has use for; anybody can plug a stick in.
+// No flag needs more. Without a limit, anybody who can plug a stick in could fill the memory.
 const std::size_t MOST_BYTES = 64 * 1024;
 
 std::string withoutLineEnds(std::string text) {
@@ -25,7 +25,8 @@ std::string withoutLineEnds(std::string text) {
     return text;
 }
 
-// The content, without line ends, and the path of the first USB device's flag file; both empty without one.
+// The content, without line ends, and the path of the first flag file that is found on a USB device; both empty when
+// there is none.
 std::pair<std::string, std::string> getFactoryUpgradeFileContent() {
     for (const path& mountPath : IUSBDeviceManager::getUSBMountPaths()) {
         const path flagFile = mountPath / FACTORY_UPGRADE_FLAG_FILENAME;

@@ -17,7 +17,7 @@ namespace {
 
 using boost::filesystem::path;
 
-// By slot.
+// In the order of the slots.
 std::vector<path> getModifiedPartitionsMarkerPaths() {
     static const char NAME[] = "ModifiedPartitionsMarker";
     static const std::vector<path> paths = {IProductPaths::getDAXPartitionPath() / NAME,
@@ -36,12 +36,13 @@ bool setIn(const path& marker, std::size_t slot) {
     }
 }
 
-// What went wrong while all slots were tried: the first failure is raised in the end, a later one is logged.
+// The failures of an operation that tries all slots: the first one is thrown at the end, the later ones are only
+// logged.
 class Failure {
 public:
     explicit Failure(const char* operation) : m_operation(operation) {}
 
-    // Only within a catch block.
+    // Call it only within a catch block.
     void keep() {
         if (!m_first) {
             m_first = std::current_exception();

@@ -2,8 +2,8 @@
 
 namespace DAX::Platform::ModifiedPartitionsMarkers {
 
-// The marker of modified partitions: an empty file in several places, one of which is enough. The operations are those
-// of ISystemControl.
+// The marker of modified partitions: an empty file in several places, one of which is enough. ISystemControl documents
+// the operations.
 
 void set();
 bool isAnySet();

@@ -9,9 +9,9 @@
 
 namespace DAX::Platform::SettingAccess {
 
-// How the settings for the user interface are read and written. Keys are whole.
+// How the settings for the user interface are read and written. Keys are complete, with their path.
 
-// Logs the operation with its argument, and writes; a failure is logged. False when it failed.
+// Logs the operation with its argument and writes the value. False when that fails, which is logged.
 template <class T>
 bool announceAndSet(const char* operation, const char* key, const T& value) {
     DAX_LOG(INF) << "CSystemControl::" << operation << "(" << value << ")";
@@ -24,7 +24,7 @@ bool announceAndSet(const char* operation, const char* key, const T& value) {
     }
 }
 
-// The same, but a failure is also thrown, as from `site`, with this description.
+// The same, but a failure also throws GenericException with this description, as if from `site`.
 template <class T>
 void announceAndSet(const char* operation, const char* key, const T& value, const char* failure,
                     const boost::source_location& site) {
@@ -33,7 +33,7 @@ void announceAndSet(const char* operation, const char* key, const T& value, cons
     }
 }
 
-// The value; the default, with a log line, when the store fails.
+// The value, or the default, with a log line, when the store fails.
 template <class T>
 T getOrDefault(const char* key, const T& defaultValue) {
     try {
@@ -45,7 +45,8 @@ T getOrDefault(const char* key, const T& defaultValue) {
     }
 }
 
-// Throws at the site unless the value is one of the enumeration's, from 0 to `last`.
+// Returns the value if it is in the enumeration, that is from 0 to `last`. Otherwise throws GenericException, as if
+// from `site`.
 inline int checked(const char* key, int value, int last, const boost::source_location& site) {
     if (value < 0 || value > last) {
         DAX_LOG(ERR) << "Incorrect VConf value of key: " << key << ", value = " << value;

@@ -4,8 +4,8 @@
 
 namespace DAX::Platform::UpgradeStatusDirectories {
 
-// How the last upgrade ended, as one of two directories in the working directory of the process. The operations are
-// those of ISystemControl.
+// How the last upgrade ended, as one of two directories in the working directory of the process. ISystemControl
+// documents the operations.
 
 void set(bool success);
 boost::optional<bool> get();

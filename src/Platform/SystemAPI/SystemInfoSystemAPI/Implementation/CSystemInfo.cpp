@@ -23,7 +23,7 @@ std::string textOr(const char* key) {
     return VConfT<std::string>(key).getOr("");
 }
 
-// What the store holds, for those who debug.
+// Logs what the store holds, for debugging, and returns it.
 template <class T>
 T debugged(const char* text, const T& value) {
     DAX_LOG(DBG) << text << value;
@@ -39,7 +39,7 @@ std::string notEmpty(const std::string& value, const char* failure, const boost:
 
 enum class Told { FAILURE, FAILURE_AND_DIAGNOSTIC };
 
-// A failed write is logged.
+// A failed write is only logged.
 template <class T>
 void setOrLog(const char* key, const T& value, const char* failure, Told told = Told::FAILURE) {
     try {
@@ -119,7 +119,7 @@ void CSystemInfo::m_setSelectedSubModelString(const std::string& submodel) {
     std::string selected = submodel;
     const bool isInZone = IFactorySettings::getOTNZone().has_value();
     const std::string model = IProductInfo::getModelString();
-    if (isInZone) {
+    if (isInZone) { // the user chose from names with the zone's letter
         selected.front() = model.at(0);
     }
     setOrLog(VCONF_SELECTED_SUB_MODEL_STRING_KEY, selected == model ? std::string() : selected,

@@ -70,7 +70,7 @@ int CSystemInfo::m_getSystemInfoCustomInt(const char* key) {
 
 std::string CSystemInfo::m_getSystemInfoCustomString(const char* key) {
     const CText text(read(system_info_get_custom_string, key, BOOST_CURRENT_LOCATION));
-    if (!text) { // no DAX_THROW: callers know the exception that the making of a text from null gave
+    if (!text) { // not DAX_THROW: callers know the exception that std::string used to throw for null
         throw std::logic_error("The platform gave no text");
     }
     return text.get();

@@ -14,7 +14,8 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/SingletonsRegister.h"
 
-// A text that the device does not tell ends the id.
+// A null text puts the stream into its failed state, so the id ends before the first field that the device does not
+// tell. The function stands outside of the namespaces, since the assertion's text names it that way.
 static std::string generate_unique_id(usb_device_h device) {
     static const std::string sep = ":";
     static const std::string digits = "0123456789";
