@@ -7,10 +7,10 @@
 
 namespace serializers {
 
-// What went wrong with a serializer; the root of its exceptions.
+// The root of the serializers' exceptions.
 class serialization_exception : public virtual std::exception, public virtual boost::exception {};
 
-// A value that does not fit in the bytes it is to be stored in.
+// A value does not fit in the bytes, or the type, that it is to be stored in.
 class lossy_conversion : public virtual serialization_exception {};
 
 struct tag_description {}; // what went wrong, in words

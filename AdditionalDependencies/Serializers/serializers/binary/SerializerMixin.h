@@ -10,13 +10,13 @@
 
 namespace serializers::binary {
 
-// The front of a serializer: Derived has `bool saving()` and `void serializeData(uint8_t* data, size_t size)`. The
-// formatter, such as little_endian<4>, says how many bytes a value takes, and in which order. Whatever the formatter
-// and serializeData throw passes.
+// The typed operations of a serializer. Derived has `bool saving()` and `void serializeData(uint8_t* data, size_t
+// size)`. The formatter, such as little_endian<4>, determines how many bytes a value takes, and in which order.
+// Exceptions of the formatter and of serializeData pass.
 template <class Derived>
 class SerializerMixin {
 public:
-    // Saves the value, or loads it, as the serializer does.
+    // Saves the value or loads it, depending on the serializer.
     template <class Formatter, class T>
     void serialize(T& value) {
         if (derived().saving()) {
@@ -26,7 +26,7 @@ public:
         }
     }
 
-    // Throws serialization_exception on a serializer that loads.
+    // Saves the value. Throws serialization_exception on a serializer that loads.
     template <class Formatter, class T>
     void save(T value) {
         if (!derived().saving()) {
@@ -36,7 +36,7 @@ public:
         store<Formatter>(value);
     }
 
-    // Throws serialization_exception on a serializer that saves.
+    // Loads the value. Throws serialization_exception on a serializer that saves.
     template <class Formatter, class T>
     void load(T& value) {
         if (derived().saving()) {

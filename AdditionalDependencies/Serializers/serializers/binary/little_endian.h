@@ -14,11 +14,11 @@ namespace serializers::binary {
 
 namespace detail {
 
-struct tag_cant_store_type_in_this_number_of_bytes {}; // the number of bytes, as the type in question
+struct tag_cant_store_type_in_this_number_of_bytes {}; // the number of bytes, in the type of the value
 
 } // namespace detail
 
-// The formatter of an unsigned value in exactly N bytes, the low one first, on every machine.
+// Formats an unsigned value in exactly N bytes, the low byte first, on every machine.
 template <std::size_t N>
 struct little_endian {
     using Bytes = std::array<std::uint8_t, N>;
@@ -38,7 +38,7 @@ struct little_endian {
         return bytes;
     }
 
-    // Throws lossy_conversion when the bytes hold more than a T can.
+    // Throws lossy_conversion when the bytes hold more than a T can hold.
     template <class T>
     static T parse(const Bytes& bytes) {
         static_assert(std::is_unsigned<T>::value, "only unsigned values are stored");
@@ -54,7 +54,7 @@ struct little_endian {
     }
 
 private:
-    // A shift by the value's whole width is undefined, so that of one byte goes in two steps.
+    // In two steps: to shift a value of one byte by its whole width would be undefined.
     template <class T>
     static T shifted(T value) {
         return static_cast<T>(static_cast<T>(value >> 4) >> 4);

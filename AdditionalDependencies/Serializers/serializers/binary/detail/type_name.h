@@ -9,7 +9,7 @@ const char* signature() {
     return __PRETTY_FUNCTION__; // "... [with T = <the type>]"
 }
 
-// A type as the compiler writes it.
+// The name of a type, as the compiler spells it.
 template <class T>
 std::string type_name() {
     const std::string text = signature<T>();
