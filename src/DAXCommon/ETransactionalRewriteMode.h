@@ -2,7 +2,7 @@
 
 namespace DAX::Storage {
 
-// How a transaction replaces what its target held. The debug file holds the number.
+// How a transaction replaces the earlier content of its target. The debug parameter file holds the number.
 enum ETransactionalRewriteMode : int {
     REWRITE_IN_PLACE = 0,
     REWRITE_CHANGED = 1,

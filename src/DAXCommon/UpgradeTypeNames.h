@@ -7,7 +7,8 @@
 
 namespace DAX::DAXCommon {
 
-// The upgrade types that have a name, UNDEFINED among them. Any thread may ask; the maps live as long as the process.
+// The names of the upgrade types that have one, UNDEFINED among them. Any thread may call; the maps live as long as the
+// process.
 const std::map<UpgradeType, std::string>& upgradeTypeNames();
 const std::map<std::string, UpgradeType>& upgradeTypesByName();
 

@@ -6,15 +6,18 @@
 
 namespace DAX::UserInterestExceptions {
 
-// The root of the exceptions that a user may have to hear of. They add nothing but their type: what they tell is in
-// their tags, above all the support code.
+// The root of the exceptions that a user may have to learn about. They add nothing but their type; the information is
+// in their tags, above all the support code.
 class UserInterestException : public virtual boost::exception, public virtual std::exception {
 public:
     template <class Archive>
     void serialize(Archive&, unsigned int) {}
 };
 
+// There is no such transaction any more, or it belongs to another client.
 class TransactionInvalidatedException : public UserInterestException {};
+
+// What the update core reports, each under its own name on the bus.
 class CUpdateFailed : public UserInterestException {};
 class CUSBReadError : public UserInterestException {};
 class CNetworkTransferError : public UserInterestException {};
@@ -23,14 +26,18 @@ class CUSBDecryptionError : public UserInterestException {};
 class CImageCorrupted : public UserInterestException {};
 class CWrongKeys : public UserInterestException {};
 class CImageLacksIntegrity : public UserInterestException {};
+
+// A session of the same or a higher priority stands against the external lock.
 class ExternalLockDenied : public UserInterestException {};
+
+// More of what the update core reports.
 class CWildcardImageNotAllowedException : public UserInterestException {};
 class InsufficientRWStorageSpace : public UserInterestException {};
 
 // Stands for every exception that has no name of its own on the bus.
 class DAXUnknownException : public UserInterestException {};
 
-// The session is gone or belongs to another client. Has no name on the bus: it goes out as DAXUnknownException.
+// The session is gone or belongs to another client. It has no name on the bus and is sent as DAXUnknownException.
 class ServiceRevokedException : public UserInterestException {};
 
 } // namespace DAX::UserInterestExceptions

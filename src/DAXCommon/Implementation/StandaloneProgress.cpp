@@ -15,7 +15,7 @@ bool atEnd(std::istream& stream) {
     return stream.peek() == std::istream::traits_type::eof();
 }
 
-// The whole of what is left of the stream.
+// False unless the rest of the stream has exactly this form.
 bool read(std::istream& stream, int& progress, boost::optional<float>& detail) {
     if (!(stream >> progress)) {
         return false;

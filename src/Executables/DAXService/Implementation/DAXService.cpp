@@ -49,7 +49,7 @@ const int WATCHDOG_LIMIT_IN_SECONDS = 300;
 const unsigned int STOP_CONDITION_INTERVAL_IN_SECONDS = 3;
 const unsigned int NO_IDLE_TIMEOUT = 0;
 
-// What the daemon makes, nobody but its user may write, whatever umask it was started with.
+// Only the daemon's user may write the files that it makes, whatever umask it was started with.
 void keepOthersFromWriting() {
     umask(umask(0) | S_IWGRP | S_IWOTH);
 }
@@ -59,7 +59,8 @@ bool wasSigTermReceived() {
     return NiceQuitHelper::s_sigTermFlag;
 }
 
-// The start, one line a step; what it makes stops in reverse order at its end. Returns whether SIGTERM ended it.
+// The start, one line for each step; at its end the objects are destroyed in reverse order. Returns whether SIGTERM
+// ended it.
 bool serve(int argc, char** argv) {
     keepOthersFromWriting();
     LoggingClass::init("DAXService");
