@@ -11,17 +11,21 @@
 
 namespace DAX::Service {
 
-// One client's session. It holds at most one live transaction.
+// One client's session. It has at most one live transaction.
 class IService : private boost::noncopyable {
 public:
     virtual ~IService() = default;
 
-    // Cancels the session's earlier transaction, if there is one. Empty when the session is no longer valid. Exceptions
-    // of the core pass through.
+    // Cancels the session's earlier transaction, if there is one, and starts another. Empty when the session is no
+    // longer valid. Throws GenericException when the core refuses; exceptions of the core pass. After an exception the
+    // session is still valid, without a transaction.
     virtual std::shared_ptr<IServiceTransaction> startNewTransaction(DAXCommon::UpgradeType upgradeType) = 0;
+
+    // The priority that the client asked with; it never changes.
     virtual DAXCommon::ServiceClientPriority getClientPriority() = 0;
 
-    // Ends the session; a second call has no effect. May come from any thread.
+    // Ends the session and cancels its transaction; a second call has no effect. The reason goes to the core and the
+    // log. Any thread may call.
     virtual void invalidate(const std::string& reason) = 0;
 };
 

@@ -10,7 +10,7 @@ namespace DAX::Service {
 struct ServiceTransactionProgress {
     EServiceTransactionResult result = SERVICE_TRANSACTION_UNDEFINED;
     int progressPercent = 0;               // 0 to 100
-    boost::optional<float> progressDetail; // as the core told it
+    boost::optional<float> progressDetail; // from the core, unchanged
 
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);

@@ -8,14 +8,15 @@
 
 namespace DAX::Service {
 
-// Makes service managers that reach the update core and the device's power events through the two factories, which it
-// shares with them.
+// Makes service managers that reach the update core and the device's power events through the two factories. The
+// managers share the factories. One thread at a time.
 class CServiceManagerFactory : public IServiceManager::IServiceManagerFactory {
 public:
     CServiceManagerFactory(std::shared_ptr<Core::ICore::ICoreFactory> coreFactory,
                            std::shared_ptr<Platform::IPowerModeSubscribersFactory> powerModeFactory);
 
-    // Connects to the core; throws what the core's factory throws.
+    // Connects to the core. Throws what the two factories throw, and GenericException when the device refuses the
+    // subscription to its power events.
     std::unique_ptr<IServiceManager> create() override;
 
 private:

@@ -13,22 +13,23 @@ class access;
 
 namespace DAX::Service::ServiceManager {
 
-// One step of a played scenario: it runs for a time, then it is done, unless it fails before. Times are in seconds by
-// the steady clock. One thread at a time.
+// One step of a played scenario: it runs for some time and is then done, unless it fails before. Times are in seconds
+// of the steady clock. One thread at a time.
 //
-// As an XML archive it has its working time, the time of its failure and the name of what it throws then. A helper that
-// cannot fail has no such form: to write it, or to read one into it, is an assertion failure behind the working time.
+// An XML archive holds the working time, the time of the failure and the name of the exception. A helper that cannot
+// fail cannot be stored: to write it, or to read an archive into it, fails an assertion after the working time.
 class ProgressHelper {
 public:
     explicit ProgressHelper(int executingTimeInSeconds);
 
-    // Throws `exception` once more than `throwAfterSeconds` have gone, which have to be fewer than the step has.
+    // Throws `exception` once more than `throwAfterSeconds` have passed. They must be fewer than the step takes, or an
+    // assertion fails in getProgress().
     ProgressHelper(int executingTimeInSeconds, boost::optional<int> throwAfterSeconds, boost::exception_ptr exception);
 
-    // From now on. May be called again, which starts it anew.
+    // Starts the step; a second call starts it anew.
     void startProgress();
 
-    // Before startProgress() it is an assertion failure.
+    // Fails an assertion before startProgress().
     ServiceTransactionProgress getProgress();
 
 private:

@@ -15,7 +15,8 @@ using serializers::binary::little_endian;
 
 namespace {
 
-// A serializer takes what it saves for its own to fill, and leaves it as it is.
+// The serializer's interface is the same for loading, so it wants bytes that it could change. When it saves, it does
+// not.
 std::uint8_t* bytesOf(std::string_view text) {
     return reinterpret_cast<std::uint8_t*>(const_cast<char*>(text.data()));
 }

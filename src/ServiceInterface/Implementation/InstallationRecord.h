@@ -5,9 +5,9 @@
 
 namespace DAX::Service::ServiceCommon {
 
-// Writes the text, behind its length in four bytes, low byte first, as the data of a checksummed file, and takes it and
-// its name to the medium. Throws serializers::lossy_conversion for a length that does not fit, before the file is
-// touched, and what the file throws.
+// Writes the length of the text in four bytes, low byte first, and then the text, as the data of a checksummed file.
+// The file and its name are on the medium when this returns. Throws serializers::lossy_conversion for a length that
+// does not fit in four bytes, before anything is written, and what the file throws.
 void writeInstallationRecord(const std::string& path, std::string_view text);
 
 } // namespace DAX::Service::ServiceCommon

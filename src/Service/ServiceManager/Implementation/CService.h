@@ -10,14 +10,14 @@
 
 namespace DAX::Service::ServiceManager {
 
-// One client's session. Its holder keeps it alive; anyone with the right may invalidate it, from any thread. The
-// settings store tells other programs the priority of the session: failures of it are logged and go no further.
+// One client's session. Its holder keeps it alive; it may be invalidated from any thread. The settings store tells
+// other programs the priority of the session; a failure of the store is only logged.
 class CService : public IService {
 public:
     CService(std::shared_ptr<Core::ICore>& core, DAXCommon::ServiceClientPriority priority,
              const std::string& clientName, DAXCommon::ServiceTransactionType type);
 
-    // Comes when no other reference exists, and takes no lock.
+    // Takes no lock, since no other reference exists by then.
     ~CService() override;
 
     std::shared_ptr<IServiceTransaction> startNewTransaction(DAXCommon::UpgradeType upgradeType) override;

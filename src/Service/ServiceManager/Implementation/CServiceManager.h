@@ -13,11 +13,12 @@
 
 namespace DAX::Service::ServiceManager {
 
-// The arbitration among clients: at most one valid session at a time, and the table of external locks. Client calls
-// come on one thread; a power-mode change comes on another and touches only the session.
+// Arbitrates among clients: there is at most one valid session at a time, and a table of external locks. Client calls
+// come on one thread. A power-mode change comes on another one and touches only the session, so the table needs no
+// lock.
 class CServiceManager : public IServiceManager {
 public:
-    // Connects to the core; throws what the factories throw.
+    // Connects to the core. Throws what the factories and the subscription throw.
     CServiceManager(std::shared_ptr<Core::ICore::ICoreFactory> coreFactory,
                     std::shared_ptr<Platform::IPowerModeSubscribersFactory> powerModeFactory);
     ~CServiceManager() override;

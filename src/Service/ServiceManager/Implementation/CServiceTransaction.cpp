@@ -109,7 +109,7 @@ ServiceTransactionProgress CServiceTransaction::getFinalizationProgress() {
 ServiceSearchResult CServiceTransaction::getSearchResult() {
     ServiceSearchResult result;
     UpgradeId upgradeId;
-    prepareSearchResult(result, upgradeId);
+    prepareSearchResult(result, upgradeId); // the id is dropped: only an installation keeps it
     return result;
 }
 
@@ -120,7 +120,7 @@ std::list<std::string> CServiceTransaction::getModelsSearchResult() {
 }
 
 void CServiceTransaction::startSearching(std::string searchParameter) {
-    m_coreTransaction->startSearching(searchParameter);
+    m_coreTransaction->startSearching(searchParameter); // when this throws, no date is recorded
     if (m_parameters.transactionType == DAXCommon::TRANSACTION_TYPE_DATED_SEARCH) {
         SearchingDateRegister::getInstance()->registerCurrentDate();
     }
@@ -130,7 +130,7 @@ void CServiceTransaction::startModelsSearching() {
     m_coreTransaction->startModelsSearching();
 }
 
-// The core is told to install also right after the cancel.
+// Tells the core to install even after the cancel: the client is to see the core's own answer.
 void CServiceTransaction::startInstallation(const std::set<std::string>& items) {
     ServiceSearchResult result;
     prepareSearchResult(result, m_upgradeId);
@@ -141,7 +141,7 @@ void CServiceTransaction::startInstallation(const std::set<std::string>& items) 
 void CServiceTransaction::startFinalization(const std::set<std::string>& items, bool finalizationFlag) {
     DAX_LOG(INF) << "Acquiring INSTALLATION LOCK.";
     publishInstallationLockIsNotReleased();
-    acquireInstallationLock();
+    acquireInstallationLock(); // first, so that a power cut never leaves a finalization without its lock
     DAX_LOG(INF) << "Starting finalizations.";
     m_coreTransaction->startFinalization(items, m_upgradeId, finalizationFlag);
 }

@@ -13,8 +13,7 @@
 
 namespace DAX::Service::ServiceManager {
 
-// One run over one core transaction. It does not cancel anything when it dies: its session does that first. Takes no
-// lock.
+// One run over one core transaction. The destructor cancels nothing: the session has done that before. Takes no lock.
 class CServiceTransaction : public IServiceTransaction {
 public:
     // Creates the core transaction. Throws what the core throws, and GenericException when the core refuses.
@@ -45,8 +44,8 @@ private:
     Core::SearchingTransactionParameters m_parameters;
     std::shared_ptr<Core::ICoreTransaction> m_coreTransaction; // never empty
     UpgradeId m_upgradeId;                                     // of the upgrade to install
-    std::string m_currentVersion;                              // what ran when the transaction was made
-    std::string m_upgradeVersion;                              // of the last upgrade found that shows one
+    std::string m_currentVersion;                              // the version that ran when the transaction was made
+    std::string m_upgradeVersion;                              // of the last upgrade found that has a version to show
     int m_upgradeScope = 0;
 };
 

@@ -7,8 +7,8 @@
 
 namespace DAX::Service::ServiceManager {
 
-// A weak pointer to the session granted last. Client calls replace it while a power-mode change looks at it on another
-// thread.
+// A weak pointer to the session that was granted last. Any thread may call: client calls replace the pointer while a
+// power-mode change reads it on another thread.
 class CurrentService {
 public:
     std::shared_ptr<CService> lock() const {

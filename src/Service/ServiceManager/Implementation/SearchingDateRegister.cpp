@@ -35,13 +35,13 @@ using Platform::IProductPaths;
 
 namespace {
 
-// Whatever is older was written while the clock was not yet set.
+// Earlier dates were written before the clock was set.
 const int FIRST_YEAR_SHOWN = 2015;
 
-// More than any date has use for.
+// No date needs more.
 const std::size_t MOST_BYTES = 64 * 1024;
 
-// What goes wrong here shows when the file is opened.
+// A failure shows when the file is opened.
 void createFolderOf(const path& file) {
     boost::system::error_code ignored;
     boost::filesystem::create_directories(file.parent_path(), ignored);
@@ -58,7 +58,7 @@ std::unique_ptr<FileReplacement> openForWriting(const path& file) {
 }
 
 bool isReadable(const path& file) {
-    boost::system::error_code ignored; // what cannot be looked at cannot be opened either
+    boost::system::error_code ignored; // a file that cannot be looked at cannot be opened either
     if (boost::filesystem::status(file, ignored).type() == boost::filesystem::file_not_found) {
         DAX_LOG(ERR) << "There is no file :" << file.string();
         return false;
@@ -70,7 +70,8 @@ bool isReadable(const path& file) {
     return true;
 }
 
-// Null when it cannot be opened. A file that cannot be written is none that this register wrote.
+// Null when it cannot be opened. It is opened for writing as well: this register did not write a file that it may not
+// write.
 std::unique_ptr<RegularFile> openForReading(const path& file) {
     try {
         return std::make_unique<RegularFile>(file, RegularFile::FOR_READING_AND_WRITING);
@@ -80,14 +81,14 @@ std::unique_ptr<RegularFile> openForReading(const path& file) {
     }
 }
 
-// Throws std::exception for what is no date, among it the texts that stand for none, for an end of time, and for more
-// hours than the last day has.
+// Throws std::exception for a text that is not a date. The parser takes more than dates: the names of special values,
+// and years that do not exist, which show only when the year is asked for.
 ptime dateOf(const std::string& token) {
     const ptime date = boost::date_time::parse_iso_time<ptime>(token, 'T');
     if (date.is_special()) {
         throw std::out_of_range("Not a point in time");
     }
-    static_cast<void>(date.date().year_month_day()); // throws for a year that is none
+    static_cast<void>(date.date().year_month_day()); // throws for a year that does not exist
     return date;
 }
 

@@ -11,7 +11,7 @@
 
 namespace DAX::Service::ServiceManager {
 
-// Remembers over restarts when the device last searched for an upgrade, in a file of one timestamp in local time. Any
+// Remembers over restarts when the device last searched for an upgrade, in a file with one timestamp in local time. Any
 // thread may call.
 class SearchingDateRegister : private boost::noncopyable {
 public:
@@ -19,14 +19,15 @@ public:
 
     static std::shared_ptr<SearchingDateRegister> getInstance();
 
-    // Writes the date of now, in one step: the file has the old date or the new one, whatever happens. Throws
-    // FailToOpenExistingFileException when it cannot be opened for writing. A later failure is logged, and the old date
-    // stays. When only the folder cannot be synchronized, the new date is in place already, but a power cut may take it
-    // back.
+    // Writes the current date in one step: whatever happens, the file has its earlier content or the new date, never a
+    // part of it. Throws FailToOpenExistingFileException when the new file cannot be opened, for example when the old
+    // one is read-only. Any later failure is only logged. The old date then stays, with one exception: when only the
+    // folder cannot be synchronized, the new date is in place, but a power cut may undo it.
     void registerCurrentDate();
 
-    // Empty when there is no date, when it cannot be read, and when it was written before the clock was set. Never
-    // throws for the file's sake.
+    // The date, or empty, with a log line, when the file does not exist, is a symbolic link or no regular file, may not
+    // be read and written, holds no date, or holds one before 2015, which was written before the clock was set. No
+    // state of the file makes it throw.
     boost::optional<boost::posix_time::ptime> getDate();
 
 private:

@@ -7,7 +7,8 @@
 
 namespace DAX::Service::ServiceManager {
 
-// What clients see of a core's result. Looked up with operator[]: a value that no core should send becomes 0.
+// From the core's results to those that clients see. It is read with operator[], so that a value that no core should
+// send becomes 0.
 extern std::map<Core::ETransactionResult, EServiceTransactionResult> mapCoreResult;
 
 } // namespace DAX::Service::ServiceManager
