@@ -20,8 +20,8 @@ bool isFull(int log) {
     return fstat(log, &status) == 0 && S_ISREG(status.st_mode) && status.st_size >= MOST_LOG_BYTES;
 }
 
-// Whether the name is free for a new log. All who found this log full wait for each other; the first one renames it,
-// and the others see another file, or none, under its name.
+// Whether the name is free for a new log. All processes that found this log full wait for each other. The first one
+// renames it; the others then see another file, or none, under its name.
 bool setAside(int log, const std::string& path) {
     while (flock(log, LOCK_EX) != 0 && errno == EINTR) {
     }
@@ -36,7 +36,7 @@ bool setAside(int log, const std::string& path) {
     return std::rename(path.c_str(), (path + ".1").c_str()) == 0;
 }
 
-// A log that is full and cannot be set aside grows on: no line is lost for that.
+// A full log that cannot be renamed goes on growing: no line may be lost.
 int openLog(const std::string& path) {
     int log = openForAppending(path);
     while (log >= 0 && isFull(log) && setAside(log, path)) {
@@ -48,7 +48,7 @@ int openLog(const std::string& path) {
 
 } // namespace
 
-// A pipe that nobody reads cannot be opened then; a regular file does not notice.
+// O_NONBLOCK makes the opening of a pipe that nobody reads fail instead of wait; for a regular file it changes nothing.
 int openForAppending(const std::string& path) {
     return openOrMake(path, O_WRONLY | O_APPEND | O_NONBLOCK);
 }

@@ -2,8 +2,8 @@
 
 namespace KovanHost {
 
-// The border to the system's callers: runs `function` and returns its result, or `failure` when an exception would
-// leave it.
+// The border to the system's callers, which no exception may cross: runs `function` and returns its result, or
+// `failure` when it throws.
 template <class Function, class Result>
 Result atBorder(Result failure, Function&& function) noexcept {
     try {

@@ -6,8 +6,8 @@
 
 namespace KovanHost {
 
-// The facts of the simulated device that are known by name: where they stand in the device file, their types, and what
-// holds when the file does not tell. The defaults make a plausible television.
+// The facts of the simulated device that have a name: where they stand in the device file, their types, and their
+// defaults for what the file leaves out. The defaults make a plausible television.
 
 using FactValue = std::variant<bool, int, std::string>;
 
@@ -21,23 +21,23 @@ struct DeviceFact {
 
 inline constexpr char SOFTWARE[] = "software";
 inline constexpr char DIRECTORIES[] = "directories";
-inline constexpr char SYSTEM_INFO[] = "system_info"; // a value whose number has no name here stands under its number
+inline constexpr char SYSTEM_INFO[] = "system_info"; // a value without a name here stands under its number
 inline constexpr char FEATURES[] = "features";       // the custom values of system_info.h, under their keys
 inline constexpr char PLANTCFG[] = "plantcfg";
 inline constexpr char RESULTS[] = "results"; // under GROUP/NAME of a fact: see resultFact
 
-// All of them, group by group.
+// All facts, group by group.
 const std::vector<DeviceFact>& deviceFacts();
 
 // Null when there is none.
 const DeviceFact* findFact(const std::string& group, const std::string& name);
 const DeviceFact* findFact(int number);
 
-// What the platform's function results in for a fact of [system_info], [features] or [plantcfg], a fact as well: its
-// default is the function's success, any other number is given in place of the value.
+// The result of the platform's function for a fact of [system_info], [features] or [plantcfg]; it is a fact as well.
+// Its default is the function's success. With any other number the function fails with that number and gives no value.
 DeviceFact resultFact(const std::string& group, const std::string& name);
 
-// A device file that says all of that, with the meanings for comments.
+// A device file with all facts at their defaults, and their meanings as comments.
 std::string defaultDeviceText();
 
 } // namespace KovanHost

@@ -34,7 +34,7 @@ KnownFile<Device>& file() {
     return known;
 }
 
-// The values of the wrong type that were told, and how they stood in the file.
+// The values of the wrong type that were reported, and their text in the file.
 class ToldValues {
 public:
     static ToldValues& get() {
@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    // What stands otherwise in the file now, or in another file.
+    // Forgets what has another text in the file now, or was in another file.
     void forgetOthers(const KeyFile& device) {
         if (m_path != devicePath()) {
             m_path = devicePath();
@@ -75,7 +75,7 @@ private:
     std::map<std::pair<std::string, std::string>, std::string> m_values;
 };
 
-// `consequence` is what is said behind a value of the wrong type.
+// `consequence` is the end of the message about a value of the wrong type.
 template <class T>
 std::optional<T> given(const std::string& group, const std::string& name, const char* consequence) {
     const Device device = file().known();

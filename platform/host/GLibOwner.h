@@ -13,7 +13,7 @@ struct GLibFree {
     void operator()(gchar** texts) const { g_strfreev(texts); }
 };
 
-// What GLib handed over.
+// Owns an object that GLib has handed over.
 template <class T>
 using GLibOwner = std::unique_ptr<T, GLibFree>;
 

@@ -10,7 +10,7 @@ namespace KovanHost {
 
 namespace {
 
-// What a person is shown of a text of any length and with any bytes.
+// A text of any length and with any bytes, in a form that can be shown to a person.
 std::string shown(const std::string& text) {
     constexpr std::size_t MOST = 160;
     const std::size_t half = std::min(text.size(), MOST) / 2;
@@ -45,7 +45,7 @@ const std::string& name(const std::string& text) {
     return text;
 }
 
-// What `get` reads; empty when there is no such value, or `wrong` is thrown.
+// The value that `get` reads; empty when there is none. Throws `wrong` for a value of another type.
 template <class T, class Get, class Wrong>
 std::optional<T> read(Get&& get, Wrong&& wrong) {
     GError* raised = nullptr;
@@ -80,7 +80,7 @@ std::vector<std::string> textsOf(gchar** owned) {
 KeyFile::KeyFile() : m_file(g_key_file_new()) {}
 
 KeyFile::KeyFile(const std::string& text) : m_file(g_key_file_new()), m_text(text) {
-    const std::string good = text.substr(0, text.find('\0')); // to GLib, a zero would end a line unseen
+    const std::string good = text.substr(0, text.find('\0')); // GLib would end a line at a zero, without a word
     GError* raised = nullptr;
     if (g_key_file_load_from_data(m_file.get(), good.data(), good.size(), G_KEY_FILE_NONE, &raised) == FALSE) {
         const GLibOwner<GError> error(raised);

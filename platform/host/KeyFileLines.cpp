@@ -11,7 +11,7 @@ namespace KovanHost {
 
 namespace {
 
-constexpr std::string_view SPACES = " \t\n\f\r"; // a vertical tab is none to GLib
+constexpr std::string_view SPACES = " \t\n\f\r"; // GLib does not count a vertical tab as one
 
 // Where the lines begin, and where the last one ends.
 std::vector<std::size_t> bordersOf(const std::string& text) {
@@ -44,8 +44,8 @@ std::string_view keyOf(std::string_view line) {
     return key.substr(0, key.find_last_not_of(SPACES) + 1);
 }
 
-// The first and the last group that are named in a good text, as the beginning of a text that goes on behind it: to
-// GLib it makes a difference whether there was a group, and whether it is the first one.
+// The first and the last group that a good text names, as the beginning of a text that continues it. For GLib it
+// matters whether there was a group before, and whether it was the first one.
 std::string groupsBehind(const std::string& text) {
     const std::vector<std::size_t> borders = bordersOf(text);
     std::string first;
@@ -94,7 +94,7 @@ bool isGood(const std::string& text) {
 
 std::size_t firstBadLine(const std::string& text) {
     const std::vector<std::size_t> borders = bordersOf(text);
-    std::string before; // the groups that the lines from `good` on stand in
+    std::string before; // the groups to which the lines from `good` on belong
     std::size_t good = 0;
     std::size_t end = borders.size() - 1;
     while (end - good > 1) {

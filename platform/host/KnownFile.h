@@ -16,13 +16,13 @@
 namespace KovanHost {
 
 // A file of the simulated device that several processes, and people, write, and what this process knows of it.
-// `Content` is what its text means; a `Content()` is what no file means. Any thread may call.
+// `Content` is the meaning of its text; `Content()` stands for a missing file. Any thread may call.
 template <class Content>
 class KnownFile {
 public:
     struct Form {
         const char* path;                          // under the root
-        Content (*parse)(const std::string& text); // std::runtime_error when the text makes no sense
+        Content (*parse)(const std::string& text); // throws std::runtime_error when the text makes no sense
         std::string (*textOf)(const Content& content);
     };
     enum WhileBad { KEEPS_WHAT_WAS_KNOWN, FALLS_BACK_TO_DEFAULTS };
@@ -31,30 +31,31 @@ public:
 
     std::string path() const { return underRoot(m_form.path); }
 
-    // Read afresh. std::runtime_error with the path and the reason when the file is bad.
+    // Reads the file. Throws std::runtime_error with the path and the reason when it is bad.
     Content load() const { return parse(readText(path())); }
 
-    // The same, but while the file is bad, what this process knew before, or Content(). That is told on standard error
-    // with the path and the reason, and not again before the file is good or bad for another reason.
+    // The same, but while the file is bad, what this process knew before, or Content(). That is reported on standard
+    // error with the path and the reason, and not again until the file is good or bad for another reason.
     Content known() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         refresh();
         return m_content;
     }
 
-    // Changes the content, and writes it with the folders. One change after another, whichever process makes it;
-    // readers see the file as it was before or after, even if the writer dies. A bad file is refused as load() refuses
-    // it. std::system_error when it cannot be written.
+    // Changes the content and writes it; makes the folders. Changes come one after another, whichever process makes
+    // them. Readers see the file as it was before or after, even if the writer dies. Throws what load() throws for a
+    // bad file, and std::system_error when the file cannot be written.
     void change(const std::function<void(Content&)>& change) {
         changeFrom([this] { return load(); }, change);
     }
 
-    // The same, but a bad file is replaced, from what was known.
+    // The same, but replaces a bad file; the change then begins with what was known.
     void changeEvenIfBad(const std::function<void(Content&)>& change) {
         changeFrom([this] { return known(); }, change);
     }
 
-    // Writes a content in place of any other, good or bad; as in a change. `make` runs while nobody else writes.
+    // Writes a content in place of any other, good or bad, otherwise like a change. `make` runs while nobody else
+    // writes.
     void replace(const std::function<Content()>& make) {
         changeFrom(make, [](Content&) {});
     }
@@ -74,7 +75,7 @@ private:
         Content content = start();
         change(content);
         replaceText(path(), m_form.textOf(content));
-        known(); // remembers it
+        known(); // so that this process remembers it
     }
 
     void refresh() {
@@ -119,7 +120,7 @@ private:
     std::mutex m_mutex;
     // Guarded by m_mutex.
     std::string m_path;
-    bool m_seen = false; // m_text is what was read last, and is in m_content or in m_complaint
+    bool m_seen = false; // m_text is the text that was read last; its meaning is in m_content or m_complaint
     std::optional<std::string> m_text;
     Content m_content{};
     std::string m_complaint; // empty while the file is good

@@ -20,7 +20,7 @@ Descriptor::~Descriptor() {
 int makeNew(const std::string& path, int flags) {
     const int file = open(path.c_str(), flags | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, FILE_MODE);
     if (file >= 0) {
-        fchmod(file, FILE_MODE); // what the umask took away
+        fchmod(file, FILE_MODE); // gives back what the umask took away
     }
     return file;
 }
@@ -34,7 +34,7 @@ int openOrMake(const std::string& path, int flags) {
     if (opened >= 0 || errno != ENOENT) {
         return opened;
     }
-    return open(path.c_str(), flags | O_CREAT | O_CLOEXEC, FILE_MODE); // a link to a file that is not there yet
+    return open(path.c_str(), flags | O_CREAT | O_CLOEXEC, FILE_MODE); // for a link to a file that does not exist yet
 }
 
 int makeFolders(const std::string& folder) {
@@ -60,7 +60,7 @@ int syncFolder(const std::string& folder) {
     if (opened < 0) {
         return errno;
     }
-    return fsync(opened) == 0 || errno == EINVAL ? 0 : errno; // some file systems have no way to do it
+    return fsync(opened) == 0 || errno == EINVAL ? 0 : errno; // some file systems cannot do it
 }
 
 } // namespace KovanHost

@@ -12,15 +12,16 @@ namespace KovanHost {
 
 std::string powerPath();
 
-// std::runtime_error with the path and the reason when the file cannot be read or makes no sense.
+// Reads the file. Throws std::runtime_error with the path and the reason when it cannot be read or makes no sense.
 Power loadPower();
 
-// The same, but while the file is bad, what this process knew before. That is told on standard error with the path and
-// the reason, and not again before the file is good or bad for another reason.
+// The same, but while the file is bad, what this process knew before. That is reported on standard error with the path
+// and the reason, and not again until the file is good or bad for another reason.
 Power knownPower();
 
-// Changes what is known and writes it, with the folder. One change after another, whichever process makes it; readers
-// see the file as it was before or after, even if the writer dies. std::system_error when it cannot be written.
+// Changes what is known and writes it; makes the folder. Changes come one after another, whichever process makes them.
+// Readers see the file as it was before or after, even if the writer dies. Throws std::system_error when the file
+// cannot be written.
 void changePower(const std::function<void(Power&)>& change);
 
 } // namespace KovanHost

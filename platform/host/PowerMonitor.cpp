@@ -17,14 +17,14 @@ namespace KovanHost {
 
 namespace {
 
-// A file is written in place, or another takes its name.
+// The file may be written in place, or another one may take its name.
 constexpr std::uint32_t CHANGES = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_ATTRIB;
 
-// Guards the descriptors of all watches, from one thread to another: GLib hands a source over, but with locks of its
-// own.
+// Guards the descriptors of all watches between threads: GLib hands a source from one thread to another under locks of
+// its own, which others cannot see.
 std::mutex descriptorMutex;
 
-// What the source has: it goes with the last call under way.
+// Owned by the source, so that it lives until the last call has returned.
 struct Watch {
     Watch(int watchedDescriptor, void (*changeListener)()) : descriptor(watchedDescriptor), listener(changeListener) {}
     int descriptor;
@@ -53,7 +53,7 @@ std::unique_ptr<Watch> watchFolder(const std::string& path, void (*listener)()) 
     return watch;
 }
 
-// What has happened is seen in the file itself.
+// Reads the events only to clear them: the file itself shows what has happened.
 gboolean onChanged(gint descriptor, GIOCondition, gpointer data) {
     void (*listener)() = nullptr;
     {

@@ -6,13 +6,14 @@ using GSource = struct _GSource;
 
 namespace KovanHost {
 
-// Calls a function whenever the power file may have changed, whoever changed it and however; the file, and the folder,
-// need not be there before. It is told by the kernel, through a source of GLib's default main context, and calls there.
-// It may call when nothing has changed, and once more while it is destroyed on another thread. Once the folder itself
-// is taken away, it hears of that and of nothing more.
+// Calls a function whenever the power file may have changed, whoever changed it and in whatever way; neither the file
+// nor its folder need exist before. The kernel notifies it through a source of GLib's default main context, where it
+// makes its calls. It may call when nothing has changed, and once more while it is being destroyed on another thread.
+// When the folder itself is removed, it is notified of that and of nothing later.
 class PowerMonitor {
 public:
-    // The folder is made if it is absent. `listener` does not throw. std::system_error when it cannot be watched.
+    // Makes the folder if it does not exist. `listener` must not throw. Throws std::system_error when the folder cannot
+    // be watched.
     explicit PowerMonitor(void (*listener)());
 
 private:

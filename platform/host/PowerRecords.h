@@ -6,7 +6,7 @@
 
 namespace KovanHost {
 
-// What the simulated device knows of its power, and how that is written down as a GLib key file:
+// What the simulated device knows of its power, and how it is stored as a GLib key file:
 //     [announcements]
 //     1795250000123456=state_changed 1
 //
@@ -17,10 +17,10 @@ namespace KovanHost {
 //     state=1
 //     wakeup_reason=0
 //
-// The group that must be there stands last, so that a text which is cut off anywhere is not a whole one.
+// The one group that must exist comes last, so that a text that was cut off is never taken for a whole one.
 
-// Something that happened: the key is its place in the order, which no later record of the same list has again, the
-// microseconds since 1970 unless the clock was set back.
+// An event. The key is its place in the order, which no later record of the same list has: the microseconds since 1970,
+// or more when the clock was set back.
 struct PowerRecord {
     std::int64_t sequence;
     std::string name;
@@ -36,7 +36,7 @@ inline constexpr char POWER_OFF_REQUEST[] = "poweroff";
 struct Power {
     int state = 0;
     int wakeUpReason = 0;
-    // Oldest first. The oldest of more than MOST_RECORDS are forgotten.
+    // Oldest first. Of more than MOST_RECORDS the oldest are dropped.
     std::vector<PowerRecord> announcements;
     std::vector<PowerRecord> requests;
 };
@@ -50,8 +50,8 @@ std::int64_t lastSequence(const std::vector<PowerRecord>& records);
 
 std::string textOf(const Power& power);
 
-// std::runtime_error with the reason when the text is not whole, is no key file, or holds something else than these
-// numbers. Any state from 0 on is taken, known or not.
+// Throws std::runtime_error with the reason when the text is cut off, is not a key file, or holds anything but these
+// numbers. Any state from 0 on is accepted, known or not.
 Power parsePower(const std::string& text);
 
 } // namespace KovanHost

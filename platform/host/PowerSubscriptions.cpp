@@ -21,7 +21,7 @@ int PowerSubscriptions::subscribe(const std::string& signal, device_power_callba
     if (m_monitor == nullptr) {
         m_monitor = std::make_unique<PowerMonitor>(&announceNews);
     }
-    const Power power = knownPower(); // what comes after this, the monitor tells
+    const Power power = knownPower(); // the monitor reports what happens after this
     m_subscriptions.push_back({signal, callback, userData, lastSequence(power.announcements), power.state});
     return 0;
 }
@@ -73,7 +73,7 @@ PowerSubscriptions::Subscription* PowerSubscriptions::findHearerOf(const PowerRe
     return found != m_subscriptions.end() ? &*found : nullptr;
 }
 
-// Somebody who subscribed after `power` was read knows better.
+// Leaves out whoever subscribed after `power` was read and so knows more.
 PowerSubscriptions::Subscription* PowerSubscriptions::findUnawareOf(const Power& power) {
     const std::int64_t last = lastSequence(power.announcements);
     const auto found = std::find_if(m_subscriptions.begin(), m_subscriptions.end(), [&](const Subscription& candidate) {

@@ -13,10 +13,10 @@
 
 namespace KovanHost {
 
-// This process's subscribers of the device's power. They hear what happens after their subscription, whichever process
-// made it, on GLib's default main context and in the order in which it happened: every record among the announcements,
-// and a state that is another one without a record. No lock is held while one is called. Any thread may call; the
-// monitor is there while somebody is subscribed.
+// This process's subscribers to the device's power. They are called for what happens after their subscription,
+// whichever process caused it, on GLib's default main context and in the order of the events: for every announcement on
+// record, and for a state that changed without a record. No lock is held during a call. Any thread may call; the
+// monitor exists while somebody is subscribed.
 class PowerSubscriptions {
 public:
     static constexpr int ALREADY_SUBSCRIBED = -17;
@@ -24,7 +24,8 @@ public:
 
     static PowerSubscriptions& get();
 
-    // `signal` is a name of an announcement. 0 or one of the results above; std::exception when nothing can be heard.
+    // `signal` is the name of an announcement. Returns 0 or one of the results above. Throws a std::exception when the
+    // power file cannot be watched.
     int subscribe(const std::string& signal, device_power_callback callback, void* userData);
     int unsubscribe(const std::string& signal, device_power_callback callback);
 
@@ -33,7 +34,7 @@ private:
         std::string signal;
         device_power_callback callback;
         void* userData;
-        std::int64_t heard; // the last announcement that it was called for, or did not need to hear
+        std::int64_t heard; // the last announcement that it was called for or that came before its subscription
         int state;
     };
     struct Call {

@@ -42,7 +42,7 @@ MDB_val viewOf(const std::string& text) {
     return {text.size(), const_cast<char*>(text.data())};
 }
 
-// A record: the number of the type in SettingsValue, then the value's bytes as they stand in memory, or the text.
+// A record is the number of the type in SettingsValue, followed by the value's bytes as in memory, or by the text.
 std::string encode(const SettingsValue& value) {
     std::string record(1, static_cast<char>(value.index()));
     std::visit(
@@ -93,7 +93,7 @@ int run(const Store& store, unsigned int flags, const SettingsWork& work) {
     return inSettingsTransaction(underRoot(store.folder), store.durability, flags, work);
 }
 
-// A store that nothing was written to yet has no folder, and so no setting.
+// A store without a folder was never written to, and so has no setting.
 int absentIfNoStore(int error) {
     return error == ENOENT ? MDB_NOTFOUND : error;
 }

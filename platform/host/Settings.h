@@ -6,22 +6,22 @@
 
 namespace KovanHost {
 
-// The settings store behind vconf_*, with what a person's tool needs besides: removal and listing.
+// The settings store behind vconf_*, and what tools need in addition: removal and listing.
 //
-// Two LMDB environments under the root, which several processes use at once. Keys under "db/" and "rtc/" stand in
-// var/lib/kovan/settings and are on the disk when a write returns; keys under "memory/" stand in run/kovan/settings,
-// which is gone after a reboot, and are not synced. The folders are made by the first write.
+// It consists of two LMDB environments under the root, which several processes use at once. Keys under "db/" and "rtc/"
+// are in var/lib/kovan/settings and on the disk when a write returns. Keys under "memory/" are in run/kovan/settings,
+// which a reboot empties, and are not synced. The first write makes the folders.
 //
-// Everything returns 0 or an error that is told by describeSettingsError(): a key that is absent, empty, longer than
-// 511 bytes or of no known prefix, a store that cannot be reached. Any thread may call. A store is opened at its first
-// use in a process; a forked child opens its own.
+// Every function returns 0 or an error that describeSettingsError() puts into words: a key that does not exist, is
+// empty, has more than 511 bytes or no known prefix, or a store that cannot be reached. Any thread may call. A store is
+// opened at its first use in a process; a forked child opens its own.
 using SettingsValue = std::variant<bool, int, double, std::string>;
 
 int getSetting(const std::string& key, SettingsValue& value);
 int setSetting(const std::string& key, const SettingsValue& value);
 int unsetSetting(const std::string& key);
 
-// Adds the settings whose keys begin with `prefix`. A store that nothing was written to yet holds none.
+// Adds the settings whose keys begin with `prefix`. A store that was never written to has none.
 int listSettings(const std::string& prefix, std::map<std::string, SettingsValue>& settings);
 
 std::string describeSettingsError(int error);

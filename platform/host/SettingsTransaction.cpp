@@ -18,7 +18,7 @@ namespace KovanHost {
 namespace {
 
 constexpr std::size_t MAP_SIZE = 8u * 1024 * 1024;
-constexpr off_t LOCK_FILE_SIZE = 8192; // of LMDB's own number of readers
+constexpr off_t LOCK_FILE_SIZE = 8192; // for LMDB's default number of readers
 
 class Environment {
 public:
@@ -34,7 +34,7 @@ private:
     MDB_dbi m_database = 0;
 };
 
-// Held by one of all processes while it lives.
+// A lock that only one process holds at a time, while this object lives.
 class FolderLock {
 public:
     explicit FolderLock(const std::string& folder)
@@ -45,7 +45,7 @@ public:
         }
     }
 
-    // 0, or why it is not held.
+    // 0, or the reason why the lock is not held.
     int error() const { return m_error; }
 
 private:
@@ -53,7 +53,7 @@ private:
     int m_error;
 };
 
-// LMDB's locks are lost when the process closes its lock file: only before the environment is open.
+// Only before the environment is open: LMDB's locks are lost when the process closes the lock file.
 int reserve(const std::string& path, off_t size) {
     const Descriptor file(openOrMake(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK));
     if (file < 0) {
@@ -62,15 +62,16 @@ int reserve(const std::string& path, off_t size) {
     return size == 0 ? 0 : posix_fallocate(file, 0, size);
 }
 
-// LMDB maps its lock file into memory, where room that turns out to be missing is a signal that ends the process: it is
-// taken before. The data file is written, which can fail; it is made here for its mode.
+// LMDB maps its lock file into memory. If the medium had no room for it, a signal would end the process at the first
+// access, so the room is taken before. The data file is written, which can fail in order; it is made here for the sake
+// of its mode.
 int reserveFiles(const std::string& folder) {
     const int error = reserve(folder + "/lock.mdb", LOCK_FILE_SIZE);
     return error != 0 ? error : reserve(folder + "/data.mdb", 0);
 }
 
-// Whether there never was a setting in the data file: who made it died, or found no more room, before its first two
-// pages were on the medium.
+// Whether the data file never held a setting: its maker died, or had no more room, before the first two pages were on
+// the medium.
 bool isUnborn(const std::string& dataFile) {
     const Descriptor file(::open(dataFile.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     std::string pages(2 * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + 1, '\0');
@@ -97,8 +98,8 @@ int Environment::open(const std::string& folder, Durability durability) {
     return openOnce(folder, durability);
 }
 
-// A data file that was cut lacks pages that it tells of. To look at one of them in the map would end the process; a
-// page of zeros is a failure.
+// A data file that was cut off lacks pages to which it refers. An access to one of them in the map would end the
+// process; a page of zeros is an ordinary failure.
 int Environment::coverItsPages() const {
     MDB_envinfo told;
     MDB_stat pages;
@@ -111,7 +112,7 @@ int Environment::coverItsPages() const {
         return error != 0 ? error : errno;
     }
     if (told.me_last_pgno >= MAP_SIZE / pages.ms_psize) {
-        return MDB_CORRUPTED; // more than any store has: a damaged file must not fill the medium
+        return MDB_CORRUPTED; // no store is that large, and a damaged file must not fill the medium
     }
     const auto size = static_cast<off_t>((told.me_last_pgno + 1) * pages.ms_psize);
     return status.st_size >= size ? 0 : posix_fallocate(file, status.st_size, size - status.st_size);
@@ -121,7 +122,7 @@ int Environment::openOnce(const std::string& folder, Durability durability) {
     if (const int error = mdb_env_create(&m_environment)) {
         return error;
     }
-    // Readers are not bound to their threads: each read is over when it returns.
+    // Readers need not be bound to their threads: each read is over when it returns.
     const unsigned int flags = MDB_NOTLS | (durability == Durability::SYNCED ? 0u : unsigned(MDB_NOSYNC));
     int error = mdb_env_set_mapsize(m_environment, MAP_SIZE);
     error = error != 0 ? error : mdb_env_open(m_environment, folder.c_str(), flags, FILE_MODE);
@@ -136,7 +137,7 @@ int Environment::openOnce(const std::string& folder, Durability durability) {
     return error;
 }
 
-// A process that died while it read keeps its slot, and the pages that it saw, until somebody looks.
+// A process that died while it was reading keeps its slot, and with it the pages that it saw, until somebody checks.
 int Environment::transact(unsigned int flags, const SettingsWork& work) {
     const int error = transactOnce(flags, work);
     int freedSlots = 0;
@@ -158,7 +159,8 @@ int Environment::transactOnce(unsigned int flags, const SettingsWork& work) {
     return mdb_txn_commit(guard.release());
 }
 
-// LMDB forbids to use an environment after a fork, so a process is part of its key: a child leaves its parent's alone.
+// LMDB forbids the use of an environment after a fork. The process id is therefore part of the key, so that a child
+// does not touch its parent's environment.
 int findEnvironment(const std::string& folder, Durability durability, Environment*& environment) {
     static std::mutex mutex;
     using Environments = std::map<std::pair<pid_t, std::string>, std::unique_ptr<Environment>>;

@@ -4,23 +4,23 @@
 
 namespace KovanHost {
 
-// What can happen to the simulated device's power. It is written down, for all processes, and what is to be announced
-// reaches the subscribers of device_power.h in all of them. std::system_error when it cannot be written.
+// What can happen to the simulated device's power. It is stored for all processes, and announcements reach the
+// subscribers of device_power.h in all of them. Each function throws std::system_error when it cannot be stored.
 
-// Any state from 0 on. Announces it, unless it is the state already.
+// Sets the state, any number from 0 on, and announces it unless it is the state already.
 void setPowerState(int state);
 
-// 0 or greater.
+// Stores the wake-up reason, 0 or greater.
 void setWakeUpReason(int reason);
 
-// Announces that the device powers off. Its state stays.
+// Announces that the device powers off. The state does not change.
 void announcePowerOff(int number);
 
-// Stores the reason, if there is one, and announces the wake-up with the one that holds then, which is the result. The
-// state stays.
+// Stores the reason, if one is given, and announces the wake-up with the reason that is then stored. Returns that
+// reason. The state does not change.
 int wakeUp(std::optional<int> reason);
 
-// Nothing else comes of a request.
+// Stores a request for a restart or a power-off; it has no other effect.
 void recordRebootRequest(int reason);
 void recordPowerOffRequest(int reason);
 

@@ -37,7 +37,7 @@ void refuseLarge(std::size_t size, const std::string& path) {
     }
 }
 
-// A pipe or a device has no whole text. A folder is told by the first read.
+// A pipe or a device has no complete text. A folder fails at the first read.
 void refuseEndless(int file, const std::string& path) {
     struct stat status {};
     checked(fstat(file, &status), path);

@@ -4,7 +4,7 @@
 
 namespace KovanHost {
 
-// Now, as "2026-11-21T09:30:00.125Z".
+// The current time in the form "2026-11-21T09:30:00.125Z".
 std::string utcTimestamp();
 
 } // namespace KovanHost

@@ -6,7 +6,7 @@
 
 namespace KovanHost {
 
-// The USB sticks of the simulated device, and how they are written down as a GLib key file, a group for each:
+// The USB sticks of the simulated device, and how they are stored as a GLib key file with one group for each stick:
 //     [sda1]
 //     mount_path=/mnt/usb/drive1
 //     serial=SN-sda
@@ -14,7 +14,7 @@ namespace KovanHost {
 //     product=Stick
 //     vendor_id=4660
 //     product_id=22136
-// The group's name is the device's. A text that is absent is one that the stick does not tell; absent numbers are 0.
+// The group has the device's name. A missing text is one that the stick does not tell; a missing number is 0.
 
 struct UsbStick {
     std::string deviceName;
@@ -28,17 +28,18 @@ struct UsbStick {
 
 using UsbSticks = std::vector<UsbStick>; // in the order in which they were plugged in
 
-// Digits alone follow the first digit: they are the partition. The system ends itself over any other name.
+// Whether only digits follow the first digit; they are the partition. Any other name ends the programs that list
+// devices.
 bool isDeviceName(const std::string& text);
 
-// The id by which the system finds a stick again: serial, manufacturer, product, vendor id, product id and the number
-// of the partition, with ":" between them. It ends where the stick tells nothing.
+// The id by which the system finds a stick again: serial, manufacturer, product, vendor id, product id and partition,
+// with ":" between them. It ends before the first of them that the stick does not tell.
 std::string uniqueIdOf(const UsbStick& stick);
 
 std::string textOf(const UsbSticks& sticks);
 
-// std::runtime_error with the reason when the text is no key file, a group's name is no device name, or a value is of
-// the wrong type.
+// Throws std::runtime_error with the reason when the text is not a key file, a group's name is not a device name, or a
+// value is of the wrong type.
 UsbSticks parseUsbSticks(const std::string& text);
 
 } // namespace KovanHost

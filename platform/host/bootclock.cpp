@@ -13,7 +13,7 @@ int bootclock_fini() {
 uint64_t BC_GetCurrentTime() {
     const time_t now = std::time(nullptr);
     tm local{};
-    tzset(); // localtime_r alone stays with the zone that it knows
+    tzset(); // without it, localtime_r would keep the zone of its first use
     localtime_r(&now, &local);
     return static_cast<uint64_t>(now + local.tm_gmtoff);
 }

@@ -36,7 +36,7 @@ int device_power_get_state() {
     return KovanHost::atBorder(FAILED, [] { return KovanHost::knownPower().state; });
 }
 
-// Every state is taken at once, whatever the flag says.
+// Every state is entered at once, whatever the flag says.
 int device_power_set_state(int state, int) {
     const bool askable = state >= 0 && state < POWER_STATE_POWER_OFF;
     return askable ? change(KovanHost::setPowerState, state) : -EINVAL;

@@ -12,7 +12,7 @@ namespace {
 constexpr int FAILED = -1;
 constexpr long MICROSECONDS = 1000000;
 
-// Positive: sent; 0: there is no service manager to tell; negative: failed.
+// Positive: sent. 0: there is no service manager to notify. Negative: failed.
 int notify(const std::string& state) {
     return sd_notify(0, state.c_str());
 }

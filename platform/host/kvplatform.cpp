@@ -14,7 +14,7 @@ std::string directory(const char* name) {
     return KovanHost::factOf<std::string>(KovanHost::DIRECTORIES, name);
 }
 
-// Read once in a process.
+// Read once in the life of a process.
 const Directories& directories() {
     static const Directories DIRECTORIES = {
         {KVPLATFORM_SHARED_DATA, directory("shared_data")},

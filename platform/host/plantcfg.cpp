@@ -21,7 +21,7 @@ int read(const char* name, int* value) {
 
 } // namespace
 
-// A reset is written down, whatever its mode, and nothing else comes of it.
+// A reset of any mode is recorded and has no other effect.
 int plantcfg_reset(int mode) {
     return KovanHost::atBorder(FAILED, [=] {
         return KovanHost::appendRecord("run/kovan/plantcfg-resets.jsonl", {{"mode", mode}}) ? SUCCESS : FAILED;

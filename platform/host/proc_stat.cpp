@@ -7,7 +7,7 @@
 
 namespace {
 
-// The kernel ends such a process only when there is nothing else left to end.
+// With this value the kernel ends the process only when no other is left to end.
 const char VIP_ADJUSTMENT[] = "-900";
 
 } // namespace

@@ -9,7 +9,8 @@ class CLogger {
 public:
     static CLogger* GetInstance();
 
-    // Blocks for the send. 1 means that the event was taken, anything else that it was not. Any thread may call.
+    // Sends one event and blocks until it is sent. 1 means that the event was taken, anything else that it was not. Any
+    // thread may call.
     int AddEventLogSync(const std::string& application, const std::string& name, const std::string& code,
                         const std::string& description);
 };

@@ -8,14 +8,14 @@
 extern "C" {
 #endif
 
-// Must have succeeded (0) before BC_GetCurrentTime is used.
+// Must have succeeded, with 0, before BC_GetCurrentTime is called.
 int bootclock_init(void);
 int bootclock_fini(void);
 
-// The device's local time, as seconds from 1970-01-01 00:00:00 local time.
+// The device's local time, in seconds since 1970-01-01 00:00:00 local time.
 uint64_t BC_GetCurrentTime(void);
 
-// Turns such a local time into UTC.
+// Converts such a local time to UTC.
 uint64_t BC_ConvertToUTCTime(uint64_t localTime);
 
 #ifdef __cplusplus

@@ -1,7 +1,7 @@
 #pragma once
 
-// The device's power: its state, why it woke up, requests to restart or power off, and announcements of all that. The
-// announcements are made on GLib's default main context.
+// The device's power: its state, why it woke up, requests to restart or power off, and announcements of all that.
+// Announcements are made on GLib's default main context.
 
 #ifdef __cplusplus
 extern "C" {
@@ -21,26 +21,26 @@ typedef enum power_state_e {
 } power_state_e;
 // clang-format on
 
-// What an announcement calls: with a number that says more of the event (a power_state_e for a change of the state) and
-// the data given at the subscription. Its result is not looked at. It must not throw.
+// The function that an announcement calls, with a number that says more about the event (a power_state_e for a change
+// of the state) and the data given at the subscription. Its result is ignored. It must not throw.
 typedef int (*device_power_callback)(int number, void* user_data);
 
 // The current power_state_e. Negative: failed.
 int device_power_get_state(void);
 
-// Asks for a state below POWER_STATE_POWER_OFF; `flag` says that it shall be taken at once. Negative: failed.
+// Asks for a state below POWER_STATE_POWER_OFF; `flag` asks for it at once. Negative: failed.
 int device_power_set_state(int state, int flag);
 
 // The code of what woke the device up, 0 or greater. Negative: failed.
 int device_power_get_wakeup_reason(void);
 int device_power_set_wakeup_reason(int reason);
 
-// The device restarts, or powers off, some time after the call. Not 0: refused.
+// Asks the device to restart or to power off, which it does some time after the call. 0: accepted. Any other: refused.
 int device_power_request_reboot(int reason);
 int device_power_request_poweroff(int reason);
 
-// One subscription for each callback in each pair. 0: subscribed; -17: the callback is subscribed already; any other:
-// failed. After the unsubscription an announcement that is under way on another thread may still call.
+// Each pair takes one subscription for each callback. 0: subscribed. -17: the callback is subscribed already. Any
+// other: failed. An announcement that is under way on another thread may still call after the unsubscription.
 int device_power_subscribe_state_changed(device_power_callback callback, void* user_data);
 int device_power_unsubscribe_state_changed(device_power_callback callback);
 

@@ -6,8 +6,8 @@
 extern "C" {
 #endif
 
-// Writes one message, printf-style, to the log `logId` (0 main, 2 system) with a priority of 2 (verbose) to 7 (fatal)
-// under `tag`. May be called from any thread; a negative result means that the message was not taken.
+// Writes one message, printf-style, to the log `logId` (0 main, 2 system) under `tag`, with a priority from 2 (verbose)
+// to 7 (fatal). A negative result means that the message was not taken. Any thread may call.
 int __dlog_print(int logId, int priority, const char* tag, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 

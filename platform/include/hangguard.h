@@ -1,6 +1,7 @@
 #pragma once
 
-// The device's deadlock watchdog: a registered process that stays silent for longer than it said is taken for hung.
+// The device's deadlock watchdog. A registered process that sends no heartbeat for longer than its limit is taken for
+// hung.
 
 #ifdef __cplusplus
 extern "C" {
@@ -9,7 +10,7 @@ extern "C" {
 // Registers the calling process with a limit in seconds. Negative: failed.
 int hangguard_register_watchdog_service(int seconds);
 
-// The heartbeat. Negative: failed.
+// One heartbeat. Negative: failed.
 int hangguard_watchdog_notify(void);
 
 #ifdef __cplusplus

@@ -15,8 +15,8 @@ typedef enum {
     KVPLATFORM_APPS = 28
 } kvplatform_directory_e;
 
-// The absolute path of a kvplatform_directory_e, null when there is none. The text stays valid and belongs to the
-// platform.
+// The absolute path of a kvplatform_directory_e; null when there is none. The text belongs to the platform and stays
+// valid.
 const char* kvplatform_getenv(int directory);
 
 #ifdef __cplusplus

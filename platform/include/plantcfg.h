@@ -1,13 +1,13 @@
 #pragma once
 
-// The device's factory configuration. Every function returns 1 for success, anything else for failure; a failure leaves
-// the value alone. Any thread may call.
+// The device's factory configuration. Every function returns 1 for success and anything else for failure; a failure
+// leaves the value as it was. Any thread may call.
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-// Puts the factory values back. `mode` 0 is the plain reset.
+// Restores the factory values. `mode` 0 is the plain reset.
 int plantcfg_reset(int mode);
 
 // The numbers of the device's model and of its local set.

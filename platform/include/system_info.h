@@ -3,8 +3,8 @@
 #include <stdbool.h>
 
 // Facts about the device: numbered values, and custom ones under a text key. Any thread may call.
-// Every function returns 0 for success and leaves the value alone otherwise. A text belongs to the caller, who frees it
-// with free().
+// Every function returns 0 for success; otherwise it leaves the value as it was. A text belongs to the caller, who
+// frees it with free().
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,8 +1,8 @@
 #pragma once
 
 // The device's settings store. Keys under "db/" survive a reboot, keys under "memory/" live until power-off.
-// Every function returns 0 for success and anything else for failure (a missing key, a value of another type, an empty
-// key, a store that cannot be reached), and may be called from any thread.
+// Every function returns 0 for success and anything else for failure: a missing key, a value of another type, an empty
+// key, a store that cannot be reached. Any thread may call.
 
 #ifdef __cplusplus
 extern "C" {
