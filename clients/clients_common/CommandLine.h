@@ -19,13 +19,13 @@ class Option;
 // header, since its own costs a compiler some 15 s in each source.
 namespace clients_common {
 
-// What a command throws when it cannot do what it was asked for: ends the program with EXIT_REFUSED.
+// Thrown by a command that cannot do what it was asked for. Ends the program with EXIT_REFUSED.
 class Refusal : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// What a command throws when an argument says nothing that it understands: ends the program with EXIT_USAGE.
+// Thrown by a command that does not understand an argument. Ends the program with EXIT_USAGE.
 class WrongUsage : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -50,7 +50,7 @@ private:
     CLI::Option* m_option;
 };
 
-// What the words on the command line chose.
+// What the user chose on the command line.
 struct Choice {
     bool json = false;
     std::function<int(bool json)> action; // returns the exit status
@@ -90,7 +90,7 @@ public:
     // Adds a command, with --json. `action` is what the program does when the command is chosen.
     Command addCommand(const std::string& name, const std::string& description,
                        const std::function<int(bool json)>& action);
-    // Adds a group of commands, with --json, one of which must be named.
+    // Adds a group of commands with --json. The user must name one of its commands.
     Command addGroup(const std::string& name, const std::string& description);
 
 protected:

@@ -2,11 +2,11 @@
 
 namespace clients_common {
 
-// What scripts can rely on. A command that runs another program may end with that program's own status.
+// The exit statuses that scripts can rely on. A command that runs another program may end with that program's status.
 enum ExitStatus : int {
     EXIT_DONE = 0,
-    EXIT_REFUSED = 1, // what was asked for was refused, or is not there
-    EXIT_USAGE = 2,   // it was asked for in the wrong way
+    EXIT_REFUSED = 1, // the request was refused or failed, or its object does not exist
+    EXIT_USAGE = 2,   // the command line was wrong
 };
 
 } // namespace clients_common

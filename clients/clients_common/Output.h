@@ -4,8 +4,8 @@
 
 namespace clients_common {
 
-// Writes one JSON document, indented and ended by a line end, to standard output. The fields keep their order; bytes
-// that are no UTF-8 are replaced.
+// Writes one JSON document, indented and with a line end, to standard output. The fields keep their order; bytes that
+// are not UTF-8 are replaced.
 void printJson(const nlohmann::ordered_json& document);
 
 } // namespace clients_common

@@ -16,8 +16,8 @@ namespace {
 const int COULD_NOT_START = 127;
 const auto LOOK_INTERVAL = std::chrono::milliseconds(20);
 
-// With no signals held back, and with SIGPIPE, which the bus library has ignored: the command is to be ended as every
-// other program.
+// Unblocks all signals and restores SIGPIPE, which the bus library ignores: the command must end like every other
+// program.
 class SpawnAttributes {
 public:
     SpawnAttributes() {

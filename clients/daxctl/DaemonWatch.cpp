@@ -16,12 +16,13 @@ using namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions;
 
 const char* const DAEMON = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager::CONNECTION_NAME;
 
-// As long as a call of the daemon waits.
+// The same time as for a call to the daemon.
 const int LONGEST_ANSWER_MS = 60000;
 
 const int ATTEMPTS = 5;
 
-// Others may send to this connection as well. The rest is for the next look.
+// At most so many messages at a time, since others may send to this connection as well. The rest waits for the next
+// look.
 const int MESSAGES_PER_LOOK = 1000;
 
 class Error {
@@ -91,7 +92,8 @@ std::string DaemonWatch::follow() {
     return m_uniqueName;
 }
 
-// A daemon may leave between its start and the question. One that was started by hand needs no file for its start.
+// The daemon may leave between its start and the question, so both are repeated. The question comes first: a daemon
+// that was started by hand needs no activation file.
 std::string DaemonWatch::ownerOfTheName() {
     for (int left = ATTEMPTS;; --left) {
         const Message owner = question("GetNameOwner");
@@ -110,7 +112,7 @@ std::string DaemonWatch::ownerOfTheName() {
     }
 }
 
-// The text in the answer; empty when it holds none.
+// The text in the answer; empty when there is none.
 std::string DaemonWatch::ask(DBusMessage& question) {
     Error error;
     const Message answer(
@@ -155,7 +157,7 @@ bool DaemonWatch::askWhetherItHasTheName() {
     }
 }
 
-// Anybody may send a signal of that name; the bus alone has the sender's.
+// Anybody may send a signal of that name, but only the bus can be its sender.
 bool DaemonWatch::tellsOfTheEnd(DBusMessage& message) const {
     const char* name = nullptr;
     const char* before = nullptr;

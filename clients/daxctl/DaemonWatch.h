@@ -8,7 +8,7 @@ struct DBusMessage;
 
 namespace daxctl {
 
-// Follows one daemon by its unique bus name, which the bus gives to nobody else afterwards. For one thread.
+// Follows one daemon by its unique bus name, which the bus never gives to anybody else. One thread at a time.
 class DaemonWatch {
 public:
     // Throws ErrorConnectingToDBUS when there is no bus.
@@ -17,17 +17,18 @@ public:
     DaemonWatch(const DaemonWatch&) = delete;
     DaemonWatch& operator=(const DaemonWatch&) = delete;
 
-    // Starts the daemon if none runs, and follows the one that runs then. Gives its unique name. Throws
-    // RemoteObjectActivationTimedOut and RemoteObjectNotAccessible, as a call of the daemon would.
+    // Starts the daemon if none runs, and from then on follows the one that runs. Returns its unique name. Throws
+    // RemoteObjectActivationTimedOut and RemoteObjectNotAccessible, as a call to the daemon would.
     std::string follow();
 
-    // True once the daemon that is followed has left the bus, or the bus is gone. Does not wait.
+    // True as soon as the followed daemon has left the bus, or the bus is gone. Does not wait.
     bool hasGone();
 
-    // The same, but asks the bus, whose signal may be on its way. False when the bus does not say.
+    // The same, but asks the bus, since its signal may still be on the way. False when the bus does not answer.
     bool askWhetherItHasGone();
 
-    // Asks the bus. Between two daemons nobody has the name; a daemon that gives it back is still on the bus.
+    // Asks the bus whether the followed daemon has the daemon's well-known name. This differs from hasGone(): between
+    // two daemons nobody has the name, and a daemon that has given it back is still on the bus.
     bool askWhetherItHasTheName();
 
 private:

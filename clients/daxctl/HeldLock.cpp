@@ -18,8 +18,8 @@ const int ATTEMPTS = 5;
 
 } // namespace
 
-// A daemon that leaves before it answers, or whose name is gone and with it the permission to call it, has given no
-// lock; another may be asked.
+// A daemon that leaves before it answers has given no lock, and neither has one that has lost its name and with it our
+// permission to call it. Another daemon may be asked then.
 HeldLock::HeldLock(const Request& request) : m_clientName(request.clientName) {
     for (int left = ATTEMPTS;; --left) {
         const std::string uniqueName = m_daemon.follow();

@@ -9,11 +9,11 @@
 
 namespace daxctl {
 
-// An external lock of one daemon. It goes when this object goes, however that comes about. When the daemon leaves the
-// bus, the lock has gone with it; a later daemon may have given its number to somebody else, and is left alone.
+// An external lock of one daemon. The destructor releases it. When the daemon leaves the bus, its lock is gone as well;
+// a later daemon is not asked to release it, since it may have given the number to somebody else.
 class HeldLock {
 public:
-    // Starts the daemon if none runs. Throws ExternalLockDenied, and what every call throws.
+    // Starts the daemon if none runs. Throws ExternalLockDenied, and what every call to the daemon throws.
     explicit HeldLock(const Request& request);
     ~HeldLock();
     HeldLock(const HeldLock&) = delete;
@@ -21,15 +21,15 @@ public:
 
     DAX::Service::ExternalLockId id() const { return m_id; }
 
-    // Finds out whether the daemon, and the lock with it, has gone meanwhile, and tells that once on standard error.
-    // Does not wait.
+    // Finds out whether the daemon, and with it the lock, has gone in the meantime, and reports that once on standard
+    // error. Does not wait.
     void noticeLoss();
 
-    // Whether the lock went before its time, as far as noticeLoss() and release() have found out.
+    // Whether the lock was lost before its release, as far as noticeLoss() and release() have found out.
     bool isLost() const { return m_isLost; }
 
-    // False when the lock was lost before, or the daemon did not release it, which standard error tells. At the second
-    // call nothing happens.
+    // False when the lock was lost before, or when the daemon did not release it; both are reported on standard error.
+    // A second call does nothing.
     bool release();
 
 private:

@@ -5,9 +5,8 @@
 
 namespace daxctl {
 
-// SIGINT, SIGTERM and SIGHUP, unless the process was started with them ignored, held back from the moment this object
-// is made, so that a command can look for them at its own pace and end in good order. One for the process, made before
-// there are other threads.
+// Blocks SIGINT, SIGTERM and SIGHUP, except those that the process was started with ignored, so that a command can look
+// for them when it is ready and end in good order. Make one for the process, before there are other threads.
 class Interruption {
 public:
     Interruption();
@@ -15,10 +14,10 @@ public:
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;
 
-    // Waits for at most `time`; true as soon as a signal has come, and from then on at once.
+    // Waits for at most `time`. True as soon as a signal has come; from then on it does not wait.
     bool wait(std::chrono::milliseconds time);
 
-    // The signal that comes within `time`; 0 when none does. It counts as a request as well.
+    // The signal that comes within `time`, 0 when none does. It counts as a request for the end as well.
     int next(std::chrono::milliseconds time);
 
     bool requested() { return wait(std::chrono::milliseconds(0)); }

@@ -52,7 +52,7 @@ int release(const Request& request, ExternalLockId id, bool json) {
     return clients_common::EXIT_DONE;
 }
 
-// With --json the command's output leaves standard output to the document.
+// With --json, standard output is for the document alone, so the command's output goes elsewhere.
 int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
     Interruption interruption;
     const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
@@ -93,7 +93,7 @@ void addLockCommands(clients_common::Command& program) {
         "lock was lost meanwhile. Ctrl-C ends COMMAND, the same signal once more kills it",
         [request, commandLine](bool json) { return hold(*request, *commandLine, json); });
     addRequestOptions(holdCommand, *request);
-    holdCommand.add("COMMAND", *commandLine, "What to run, behind --").required();
+    holdCommand.add("COMMAND", *commandLine, "The command to run, after --").required();
 }
 
 } // namespace daxctl

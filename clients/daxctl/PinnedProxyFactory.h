@@ -7,8 +7,8 @@
 
 namespace daxctl {
 
-// Makes proxies that call one peer, whatever name they are told to call. By a unique bus name, such a call reaches that
-// peer or fails: it neither reaches one that took the name over nor starts one.
+// Makes proxies that call one peer, whatever name they are told to call. When the peer is given by its unique bus name,
+// a call reaches it or fails: it neither reaches a successor nor starts one.
 class PinnedProxyFactory : public DAX::Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory {
 public:
     explicit PinnedProxyFactory(std::string uniqueName);

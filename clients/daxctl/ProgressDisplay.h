@@ -6,20 +6,20 @@
 
 namespace daxctl {
 
-// Shows how far one step has come, on standard error: a bar that is redrawn on a terminal, a plain line at the
-// beginning and at the end elsewhere, nothing when it is silent.
+// Shows on standard error how far one step has come: on a terminal a bar that is redrawn, elsewhere a plain line at the
+// beginning and at the end, and nothing when it is silent.
 class ProgressDisplay {
 public:
     ProgressDisplay(std::string step, bool silent);
     ProgressDisplay(const ProgressDisplay&) = delete;
     ProgressDisplay& operator=(const ProgressDisplay&) = delete;
 
-    // Ends the line of a bar that has not been finished, so that what comes next stands on one of its own.
+    // Ends the line of an unfinished bar, so that the next output has a line of its own.
     ~ProgressDisplay();
 
     void show(const DAX::Service::ServiceTransactionProgress& progress);
 
-    // The step has ended: what was last shown stays, and `outcome` stands behind it.
+    // The step has ended: `outcome` is added to what was last shown.
     void finish(const std::string& outcome);
 
 private:
@@ -30,7 +30,7 @@ private:
     std::string m_step;
     Style m_style;
     int m_percent = -1;
-    bool m_isLineOpen = false; // a bar stands at the end of what was written
+    bool m_isLineOpen = false; // the last output was a bar without a line end
 };
 
 } // namespace daxctl

@@ -59,7 +59,7 @@ boost::optional<bool> isInstallationLocked() {
     }
 }
 
-// A setting that is not there, or cannot be read for another reason, stands for a lock that nobody holds.
+// A setting that does not exist, or cannot be read for another reason, counts as a lock that nobody holds.
 boost::optional<bool> isBlockingExternalLockHeld() {
     try {
         return DAX::Platform::VConfT<int>("memory/menu/support/softwareupdate/isExternalLockAcquired").get() == 1;

@@ -10,7 +10,7 @@
 
 namespace daxctl {
 
-// Who wants the service, and for what.
+// Who asks for the service, and for what.
 struct Request {
     std::string clientName = "daxctl";
     int priority = 4;
@@ -23,11 +23,11 @@ std::unique_ptr<DAX::Service::IServiceManager> connectToDaemon();
 // Who holds the service: {"clientName", "priority", "transactionType"}, or null when nobody does.
 nlohmann::ordered_json ownerOf(DAX::Service::IServiceManager& manager);
 
-// What stands in the way of a request, as far as it can be seen from outside: the owner, the installation lock, a
-// blocking external lock.
+// What blocks a request, as far as it can be seen from outside: the owner, the installation lock, a blocking external
+// lock.
 std::string whyRefused(DAX::Service::IServiceManager& manager);
 
-// The locks that block, as the device's settings and files show them; empty when this user may not read those.
+// The locks in force, according to the device's settings and files; empty when this user may not read those.
 boost::optional<bool> isInstallationLocked();
 boost::optional<bool> isBlockingExternalLockHeld();
 

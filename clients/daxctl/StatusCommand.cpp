@@ -27,7 +27,7 @@ nlohmann::ordered_json orNull(const boost::optional<bool>& fact) {
     return fact ? nlohmann::ordered_json(*fact) : nlohmann::ordered_json();
 }
 
-// What only the core can tell. A core that cannot be reached does not hide the rest.
+// The part of the status that only the core knows. A core that cannot be reached does not hide the rest.
 bool addCoreFacts(IServiceManager& manager, nlohmann::ordered_json& status) {
     try {
         status["version"] = manager.getCurrentVersion();

@@ -18,11 +18,11 @@ void addPlanOptions(clients_common::Command& command, UpgradePlan& plan) {
     addRequestOptions(command, plan.request);
     command
         .add("--transaction-type", plan.request.transactionType,
-             "For what purpose the session is wanted; a search of type 2 records its date")
+             "The purpose of the session; a search of type 2 records its date")
         .showsDefault();
     command.addNamed("--type", plan.upgradeType, DAX::DAXCommon::upgradeTypesByName(), "OTN",
                      "Where the upgrade comes from");
-    command.add("--search-parameter", plan.searchParameter, "Handed to the core as it stands");
+    command.add("--search-parameter", plan.searchParameter, "Passed to the core unchanged");
 }
 
 int printFound(const nlohmann::ordered_json& found) {
@@ -54,7 +54,7 @@ void addUpgradeCommand(clients_common::Command& program) {
     addPlanOptions(command, *plan);
     command.add("--item", plan->items, "What to install; may be given several times; without it, everything");
     command.addFlag("!--no-finalize", plan->finalize, "Stop after the installation");
-    command.addFlag("--finalization-flag", plan->finalizationFlag, "Handed to the core with the finalization");
+    command.addFlag("--finalization-flag", plan->finalizationFlag, "Passed to the core with the finalization");
 }
 
 void addSearchCommand(clients_common::Command& program) {

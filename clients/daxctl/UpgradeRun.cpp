@@ -98,8 +98,7 @@ bool UpgradeRun::search(IServiceTransaction& transaction) {
     return true;
 }
 
-// A call to the daemon can take long, and a step can be at its end at once: what the user asked for meanwhile counts
-// before the next step.
+// A call to the daemon can take long, and a step can end at once, so an interruption is looked for before every step.
 bool UpgradeRun::step(IServiceTransaction& transaction, const std::string& name, const std::function<void()>& start,
                       Progress progress) {
     if (m_interruption.requested()) {
@@ -131,7 +130,7 @@ bool UpgradeRun::follow(IServiceTransaction& transaction, const std::string& ste
     }
 }
 
-// The last word of a run: keeps the outcome and tells it; true for the outcomes that the plan asked for.
+// Ends a run: stores the outcome and shows it. True for an outcome that the plan asked for.
 bool UpgradeRun::end(const std::string& outcome, const std::string& message) {
     m_report["outcome"] = outcome;
     if (!m_silent && !message.empty()) {

@@ -29,10 +29,10 @@ public:
     UpgradeRun(DAX::Service::IServiceManager& manager, const UpgradePlan& plan, Interruption& interruption,
                bool silent);
 
-    // True when every step of the plan succeeded. Exceptions of the daemon and of the core pass through.
+    // True when every step of the plan succeeded. Exceptions of the daemon and of the core pass.
     bool run();
 
-    // What came of it: "outcome", and as far as the run got, "search" and "refusedBecause".
+    // The result: "outcome", and as far as the run got, "search" and "refusedBecause".
     const nlohmann::ordered_json& report() const { return m_report; }
 
 private:

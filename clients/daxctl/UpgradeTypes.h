@@ -6,7 +6,7 @@
 
 namespace daxctl {
 
-// The name of a type, or its number when it has none.
+// The name of a type, or its number when it has no name.
 std::string upgradeTypeName(DAX::DAXCommon::UpgradeType type);
 
 } // namespace daxctl

@@ -4,7 +4,7 @@
 #include "daxctl/Commands.h"
 
 int main(int argc, char** argv) {
-    // The log of the library is for services; a person at a terminal asks for it.
+    // The library's log is meant for services. A person at a terminal gets it only on request.
     setenv("KOVAN_DLOG", "none", 0);
     DAX::DAXIPC::IDAXIPC::initialize();
 

@@ -55,20 +55,20 @@ bool isNumberWithoutName(const std::string& text) {
     return std::to_string(number) == text && KovanHost::findFact(number) == nullptr;
 }
 
-// What only the device file can give.
+// A fact without a default: only the device file can have it.
 bool isFreeKey(const Key& key) {
     return (key.group == KovanHost::FEATURES && !key.name.empty()) ||
            (key.group == KovanHost::SYSTEM_INFO && isNumberWithoutName(key.name));
 }
 
-// What a program asks for with a function that can fail.
+// Whether programs ask for the fact by a function that can fail.
 bool canFail(const Key& key) {
     const bool isAsked =
         key.group == KovanHost::SYSTEM_INFO || key.group == KovanHost::FEATURES || key.group == KovanHost::PLANTCFG;
     return isFreeKey(key) || (isAsked && KovanHost::findFact(key.group, key.name) != nullptr);
 }
 
-// What has a type and a default.
+// The fact with its type and default; empty when the key has none.
 std::optional<DeviceFact> findFact(const Key& key) {
     if (const DeviceFact* const fact = KovanHost::findFact(key.group, key.name)) {
         return *fact;
@@ -83,7 +83,7 @@ SettingsValue toSettingsValue(const KovanHost::FactValue& value) {
     return std::visit([](const auto& held) { return SettingsValue(held); }, value);
 }
 
-// As it stands, where it is no text.
+// The text; a value that is not a text as it is written in the file.
 std::string givenText(const KeyFile& device, const Key& key) {
     try {
         return device.get<std::string>(key.group, key.name).value_or("");
@@ -100,7 +100,7 @@ std::optional<Info> find(const KeyFile& device, const Key& key) {
     return isGiven && isFreeKey(key) ? std::optional<Info>({textOf(key), givenText(device, key), true}) : std::nullopt;
 }
 
-// Those with a default, and then what else the file gives.
+// The facts with a default, followed by the others that the file has.
 std::vector<Info> findAll(const KeyFile& device) {
     std::vector<Key> keys;
     for (const DeviceFact& fact : KovanHost::deviceFacts()) {
@@ -199,28 +199,29 @@ void addInfoCommands(Command& program) {
     Command group = program.addGroup("info", "The device's facts");
 
     Command getCommand =
-        group.addCommand("get", "Print what holds for a fact", [=](bool json) { return get(arguments->key, json); });
+        group.addCommand("get", "Print the value of a fact", [=](bool json) { return get(arguments->key, json); });
     getCommand.add("KEY", arguments->key, KEY_HELP).required();
 
     Command setCommand = group.addCommand("set", "Write a fact into the device file; all other lines stay",
                                           [=](bool json) { return set(*arguments, json); });
     setCommand.add("KEY", arguments->key, KEY_HELP).required();
-    setCommand.add("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
+    setCommand
+        .add("VALUE", arguments->value, "The value; put -- before a value that begins with a dash but is no number")
         .required();
 
     Command listCommand =
         group.addCommand("list", "Print all facts, one a line: the key, the type and the value, as JSON writes it",
                          [=](bool json) { return list(arguments->prefix, json); });
-    listCommand.add("PREFIX", arguments->prefix, "Only those whose keys begin with it");
+    listCommand.add("PREFIX", arguments->prefix, "Print only the keys that begin with it");
 }
 
 void addDeviceCommands(Command& program) {
     const auto force = std::make_shared<bool>(false);
     Command group = program.addGroup("device", "The device file, etc/kovan/device.ini");
 
-    Command initCommand = group.addCommand("init", "Write one that says all the defaults, with comments",
+    Command initCommand = group.addCommand("init", "Write a file with all the defaults, and with comments",
                                            [=](bool json) { return init(*force, json); });
-    initCommand.addFlag("--force", *force, "Write it over one that exists");
+    initCommand.addFlag("--force", *force, "Replace a file that exists");
 }
 
 } // namespace kovanctl

@@ -101,13 +101,14 @@ void addSettingCommands(Command& program) {
     setCommand.add("TYPE", arguments->type, "bool, int, double or string")
         .required()
         .oneOf({"bool", "int", "double", "string"});
-    setCommand.add("VALUE", arguments->value, "The value; put -- before one that begins with a dash and no digit")
+    setCommand
+        .add("VALUE", arguments->value, "The value; put -- before a value that begins with a dash but is no number")
         .required();
 
     Command listCommand =
         group.addCommand("list", "Print all settings, one a line: the key, the type and the value, as JSON writes it",
                          [=](bool json) { return list(arguments->prefix, json); });
-    listCommand.add("PREFIX", arguments->prefix, "Only those whose keys begin with it");
+    listCommand.add("PREFIX", arguments->prefix, "Print only the keys that begin with it");
 
     Command unsetCommand =
         group.addCommand("unset", "Remove a setting", [=](bool json) { return unset(arguments->key, json); });

@@ -38,7 +38,7 @@ std::string diskOf(const std::string& deviceName) {
     return deviceName.substr(0, deviceName.find_first_of("0123456789"));
 }
 
-// sda, sdb and so on; sdaa behind sdz.
+// sda, sdb and so on; sdaa follows sdz.
 std::string diskName(std::size_t index) {
     std::string letters;
     for (++index; index > 0; index = (index - 1) / 26) {
@@ -65,7 +65,7 @@ std::string mountPath(const std::string& text) {
     return path.has_filename() ? path : path.parent_path();
 }
 
-// An empty text says that the stick tells nothing.
+// An empty text means that the stick does not tell it.
 std::optional<std::string> told(const std::string& text) {
     return text.empty() ? std::nullopt : std::optional(text);
 }
@@ -157,17 +157,14 @@ std::string checkDeviceName(const std::string& text) {
     return isName ? "" : "a device name has letters, and digits at its end";
 }
 
-// A leading zero would make it an octal number.
+// Refuses a leading zero, which would make the number octal.
 std::string checkNoZeroLeads(const std::string& text) {
     const bool isLeading = text.size() > 1 && text[0] == '0' && std::isdigit(static_cast<unsigned char>(text[1])) != 0;
     return isLeading ? text + " is neither decimal nor behind 0x" : "";
 }
 
 void addId(Command& command, const char* name, int& id) {
-    command.add(name, id, "Decimal, or hexadecimal behind 0x")
-        .check(checkNoZeroLeads)
-        .within(0, MOST_ID)
-        .showsDefault();
+    command.add(name, id, "Decimal, or hexadecimal after 0x").check(checkNoZeroLeads).within(0, MOST_ID).showsDefault();
 }
 
 void addPlugCommand(Command& group, const std::shared_ptr<Arguments>& arguments) {
