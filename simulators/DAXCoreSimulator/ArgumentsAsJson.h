@@ -11,7 +11,7 @@
 
 namespace DAXCoreSimulator {
 
-// What a call's arguments look like in the record of calls.
+// The form of a call's arguments in the record of calls.
 inline nlohmann::ordered_json asJson(const std::string& text) {
     return text;
 }

@@ -4,7 +4,7 @@
 
 namespace DAXCoreSimulator {
 
-// True for the methods that a core answers.
+// Whether a core answers this method.
 bool isCoreMethod(const std::string& name);
 
 } // namespace DAXCoreSimulator

@@ -46,7 +46,7 @@ bool isExceptionName(const std::string& name) {
 
 void raiseException(const std::string& name, const std::string& supportCode, const std::string& text) {
     RAISES.at(name)(supportCode, text);
-    std::abort(); // each of the table's functions throws
+    std::abort(); // not reached: every function of the table throws
 }
 
 } // namespace DAXCoreSimulator

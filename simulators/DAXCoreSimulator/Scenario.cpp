@@ -17,7 +17,7 @@ using Group = ScenarioFile::Group;
 
 const std::string FAULT_PREFIX = "fault ";
 
-// One of the words, or a failure that lists them.
+// Reads one of the words. Any other is a failure, which lists them.
 template <class Value>
 Value chosen(const Group& group, const char* key, const std::string& word, const std::map<std::string, Value>& values) {
     const auto found = values.find(word);

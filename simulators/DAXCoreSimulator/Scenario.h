@@ -13,11 +13,11 @@
 
 namespace DAXCoreSimulator {
 
-// Something that is to go wrong at a call of one method.
+// What is to go wrong in calls of one method.
 struct Fault {
     enum class Death { NONE, BEFORE_REPLY, AFTER_REPLY };
 
-    boost::optional<int> call; // at the nth call since the start only, counted from 1; without it at every call
+    boost::optional<int> call; // only in this call since the start, counted from 1; empty: in every call
     double stallSeconds = 0;
     Death death = Death::NONE;
     std::string exception; // one of the exception names of the bus; empty for none
@@ -44,21 +44,21 @@ struct Scenario {
     Step search;
     Step installation;
     Step finalization;
-    DAX::Core::SearchResult found; // but for its result, which the search step decides
+    DAX::Core::SearchResult found; // except for its result, which the search step decides
     std::list<std::string> models;
     std::map<std::string, Fault> faults; // by method
 
     Scenario();
 };
 
-// A scenario file that cannot be used: what() names the file, the group and the key.
+// A scenario file cannot be used; what() names the file, the group and the key.
 class ScenarioError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// Reads a GLib key file; what it leaves out stays as built in. Throws ScenarioError for a file that cannot be read or
-// parsed, for a value that cannot be understood, and for a group or a key that means nothing.
+// Reads a GLib key file; what it leaves out has its built-in value. Throws ScenarioError for a file that cannot be read
+// or parsed, for a value that cannot be understood, and for an unknown group or key.
 Scenario readScenario(const std::string& path);
 
 } // namespace DAXCoreSimulator

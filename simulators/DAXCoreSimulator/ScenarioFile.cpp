@@ -8,7 +8,7 @@ namespace DAXCoreSimulator {
 
 namespace {
 
-// A text that GLib allocated; empty for none.
+// Takes over a text that GLib has allocated; empty for null.
 std::string take(char* text) {
     const std::unique_ptr<char, void (*)(void*)> owned(text, g_free);
     return text != nullptr ? text : "";

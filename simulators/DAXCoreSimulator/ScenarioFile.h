@@ -17,12 +17,12 @@ public:
 
     std::vector<std::string> groups() const;
 
-    // One group that is being read: the keys that are asked for become known.
+    // One group that is being read. Every key that is asked for becomes a known one.
     class Group {
     public:
         Group(const ScenarioFile& file, std::string name) : m_file(file), m_name(std::move(name)) {}
 
-        // Each leaves `value` alone when the key is not there.
+        // Each leaves `value` as it is when the key is missing.
         void read(const char* key, std::string& value);
         void read(const char* key, bool& value);
         void read(const char* key, int& value);
@@ -33,7 +33,7 @@ public:
 
         bool has(const char* key);
 
-        // Throws for a key that nobody has asked for.
+        // Throws for a key in the group that nobody has asked for.
         void refuseUnknownKeys() const;
 
         [[noreturn]] void fail(const std::string& key, const std::string& reason) const;

@@ -18,9 +18,9 @@ using StepName = SimulatedTransaction::StepName;
 
 namespace {
 
-// What is built in stands for a file that is not there.
+// A missing file stands for the built-in scenario.
 Scenario scenarioAt(const std::string& path) {
-    boost::system::error_code error; // what keeps the file from being looked at keeps it from being read as well
+    boost::system::error_code error; // a file that cannot be looked at cannot be read either, which is reported then
     const bool isThere = boost::filesystem::status(path, error).type() != boost::filesystem::file_not_found;
     return isThere ? readScenario(path) : Scenario();
 }

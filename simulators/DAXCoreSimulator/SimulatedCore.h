@@ -14,18 +14,19 @@
 
 namespace DAXCoreSimulator {
 
-// What stands behind the core's methods. The scenario is read anew at each createTransaction; one that cannot be used
-// is reported on standard error, once for the same reason, and the earlier one goes on. `caller` is the unique bus name
-// of the connection.
+// Implements the core's methods. The scenario is read again at each createTransaction. One that cannot be used is
+// reported on standard error, once for the same reason, and the earlier one stays in force. `caller` is the unique bus
+// name of the connection.
 class SimulatedCore {
 public:
     using Items = std::set<std::string>;
     using Bytes = std::vector<unsigned char>;
 
-    // Plays the file, or what is built in when `path` names none. Throws ScenarioError for a file that cannot be used.
+    // Plays the file, or the built-in scenario when there is no file at `path`. Throws ScenarioError for a file that
+    // cannot be used.
     explicit SimulatedCore(std::string path);
 
-    // The fault that is to strike at this call of a method; calls are counted from 1 since the start.
+    // The fault that is to strike in this call of a method. Calls are counted from 1 since the start.
     Fault faultAt(const std::string& method);
 
     std::string getCurrentVersion(const std::string& caller);
@@ -35,7 +36,8 @@ public:
                                   std::string proxyId, std::string connectionId);
     void helloMessage(const std::string& caller, std::string proxyId);
 
-    // The transaction's own; they throw TransactionInvalidatedException to whoever has not said hello for it.
+    // The methods of the transaction. They throw TransactionInvalidatedException to everybody who has not said hello
+    // for it.
     boost::optional<bool> isSearchingPossible(const std::string& caller);
     void startSearching(const std::string& caller, std::string searchParameter);
     void startModelsSearching(const std::string& caller);
@@ -48,7 +50,7 @@ public:
     DAX::Core::TransactionProgress getFinalizationProgress(const std::string& caller);
     void cancelCoreTransaction(const std::string& caller, std::string reason);
 
-    // Reads the scenario anew; what cannot be used is reported and changes nothing.
+    // Reads the scenario again. One that cannot be used is reported and changes nothing.
     void refreshScenario();
 
 private:
@@ -56,7 +58,7 @@ private:
 
     std::string m_path;
     Scenario m_scenario;
-    std::string m_reported; // why the file cannot be used now; empty when it can
+    std::string m_reported; // why the file cannot be used now; empty while it can
     std::map<std::string, int> m_callCounts;
     boost::optional<SimulatedTransaction> m_transaction;
 };

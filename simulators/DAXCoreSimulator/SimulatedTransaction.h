@@ -11,8 +11,8 @@
 
 namespace DAXCoreSimulator {
 
-// One transaction, played by the steady clock: a step that was started is in progress for its time and then ends as its
-// scenario says.
+// One transaction, played by the steady clock: a step that was started is in progress for its time, and then ends as
+// the scenario says.
 class SimulatedTransaction {
 public:
     enum class StepName { SEARCH, INSTALLATION, FINALIZATION };
@@ -23,14 +23,14 @@ public:
     const std::string& proxyId() const { return m_proxyId; }
     const Scenario& scenario() const { return m_scenario; }
 
-    // The connection that said hello; nobody else may use the transaction.
+    // The connection that has said hello; only it may use the transaction.
     void bind(const std::string& connection) { m_owner = connection; }
     bool isOwnedBy(const std::string& connection) const { return m_owner == connection; }
 
     void start(StepName step);
     DAX::Core::TransactionProgress progress(StepName step) const;
 
-    // What the search found, with the state that the search is in now.
+    // What the search finds, with the search's current state as the result.
     DAX::Core::SearchResult searchResult() const;
 
 private:

@@ -40,7 +40,7 @@ void serve(const std::string& scenario, unsigned int idleTimeout) {
                                                                              DBUSICore::OBJECT_PATH(), handler, false);
     const std::function<bool()> stopCondition = [&handler] {
         if (handler->isToDie()) {
-            _exit(DAXCoreSimulator::CoreAdapter::DEATH_STATUS); // the reply has left with the dispatching of its call
+            _exit(DAXCoreSimulator::CoreAdapter::DEATH_STATUS); // the reply was sent when its call was dispatched
         }
         return stopRequested != 0;
     };
