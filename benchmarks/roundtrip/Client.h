@@ -8,25 +8,26 @@
 
 namespace Roundtrip {
 
-// Where a server is found.
+// The address of a server.
 struct Address {
     std::string connectionName;
     std::string objectPath;
     std::string interfaceName;
 };
 
-// "getServiceOwner" with one `ay`.
+// A call of "getServiceOwner" with one `ay`.
 DAX::Tests::RawMessage makeCall(const Address& address);
 
-// A plain libdbus client of one server, with its message made beforehand.
+// A plain libdbus client of one server. Its message is made beforehand.
 class Client {
 public:
     explicit Client(const Address& address);
 
-    // One round trip, in microseconds. Throws std::runtime_error when the answer is no normal reply.
+    // Makes one round trip and returns its time in microseconds. Throws std::runtime_error when the answer is not a
+    // normal reply.
     double call();
 
-    // The server's process. It is started when it does not run.
+    // The server's process, which is started if it does not run.
     pid_t serverPid();
 
     // Ends the server and waits until its name is free.

@@ -6,7 +6,7 @@
 namespace Roundtrip {
 namespace {
 
-// One server in the course of the measurement.
+// One server during the measurement.
 struct Subject {
     explicit Subject(const Address& server) : address(server), client(server) {}
 
@@ -30,7 +30,7 @@ void repeat(int times, Client& client, Samples& samples) {
     }
 }
 
-// The samples of each subject, taken in alternating blocks; who begins alternates, too.
+// The samples of each subject. They are taken in alternating blocks, and the subject that begins alternates as well.
 std::vector<Samples> callInTurns(Subjects& subjects, int calls, int blockLength) {
     std::vector<Samples> samples(subjects.size());
     bool forwards = true;
@@ -53,7 +53,7 @@ void measureActivation(Subjects& subjects, const Plan& plan) {
     }
     for (std::size_t i = 0; i < subjects.size(); ++i) {
         subjects[i]->figures.activation = quantile(samples[i], 0.5);
-        subjects[i]->client.endServer(); // what follows finds a fresh process
+        subjects[i]->client.endServer(); // so that the next measurement starts with a fresh process
     }
 }
 
@@ -77,7 +77,7 @@ void measureRoundTrips(Subjects& subjects, const Plan& plan) {
     }
 }
 
-// Each of the others is a client of every server.
+// Each of the other connections is a client of every server.
 void measureAmongOthers(Subjects& subjects, const Plan& plan) {
     std::vector<DAX::Tests::RawPeer> others(static_cast<std::size_t>(plan.otherClients));
     for (DAX::Tests::RawPeer& other : others) {

@@ -8,17 +8,17 @@
 
 namespace Roundtrip {
 
-// How much is measured.
+// The extent of the measurement.
 struct Plan {
     int warmUpCalls = 1000;
-    int calls = 20000; // those of the warm-up included
+    int calls = 20000; // including the warm-up
     int blockLength = 250;
     int activations = 100;
     int otherClients = 1000;
     int callsAmongOthers = 5000;
 };
 
-// What one server was found to do. Times in microseconds.
+// The results for one server. Times are in microseconds.
 struct Figures {
     double median = 0;
     double p99 = 0;
@@ -31,7 +31,7 @@ struct Figures {
     double growthAmongOthers() const { return medianAmongOthers / median; }
 };
 
-// Measures all servers side by side: they take turns in short blocks, so that what disturbs one disturbs all.
+// Measures all servers side by side: they take turns in short blocks, so that a disturbance affects all of them.
 std::vector<Figures> measure(const std::vector<Address>& servers, const Plan& plan);
 
 } // namespace Roundtrip

@@ -49,7 +49,7 @@ std::uint64_t cpuNanosecondsOf(pid_t pid) {
 void endProcess(pid_t pid) {
     const int fd = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
     if (fd == -1) {
-        return; // gone already
+        return; // it has ended already
     }
     kill(pid, SIGKILL);
     pollfd ended{fd, POLLIN, 0};

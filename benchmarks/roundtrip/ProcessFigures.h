@@ -6,7 +6,7 @@
 
 namespace Roundtrip {
 
-// What the kernel says of a process.
+// The kernel's figures for a process.
 
 struct Memory {
     double privateDirtyKb = 0;
@@ -15,13 +15,13 @@ struct Memory {
 
 Memory memoryOf(pid_t pid);
 
-// The time that the process has spent on a CPU, all threads of it.
+// The time that all threads of the process together have spent on a CPU.
 std::uint64_t cpuNanosecondsOf(pid_t pid);
 
-// Ends the process at once and waits until it is gone. It may be another process's child.
+// Ends the process at once and waits until it is gone. It need not be a child of this process.
 void endProcess(pid_t pid);
 
-// This process and all that it starts from now on run on one CPU: the last of those that it may use.
+// From now on this process, and all that it starts, run on one CPU: the last of those that it may use.
 void pinToOneCpu();
 
 } // namespace Roundtrip

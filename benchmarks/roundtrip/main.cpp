@@ -14,10 +14,11 @@
 #include "support/PrivateBus.h"
 #include "support/TemporaryRoot.h"
 
-// Measures the daemon against a bare libdbus server that answers every call with the same three byte arrays: the same
-// client, the same bus, the same CPU, in one run. The servers take turns in short blocks, each beginning every other
-// one. Memory is what smaps_rollup tells, CPU what schedstat tells; a cold activation is the first call to a name whose
-// server has just been ended, with the page cache warm. Then everything once more with the log to a file.
+// Measures the daemon against a bare libdbus server that answers every call with the same three byte arrays: with the
+// same client, on the same bus and the same CPU, in one run. The servers take turns in short blocks; each begins every
+// other block. Memory figures come from smaps_rollup, CPU figures from schedstat. A cold activation is the first call
+// to a name whose server has just been ended, with a warm page cache. Everything is then measured again with the log
+// going to a file.
 
 namespace {
 
@@ -45,7 +46,7 @@ void allowManyConnections() {
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-// What a figure is held against: its ratio to the bare server's, or the daemon's own value.
+// What an aim limits: the ratio of a figure to the bare server's, or the daemon's own value.
 struct Aim {
     enum class Of { RATIO, VALUE, NOTHING };
 
@@ -68,7 +69,7 @@ std::string aimText(const Aim& aim) {
 void printRow(const char* figure, const char* unit, double bare, double daemon, const Aim& aim) {
     const double held = aim.of == Aim::Of::RATIO ? daemon / bare : daemon;
     const char* const verdict = aim.of == Aim::Of::NOTHING ? "" : held <= aim.limit ? "met" : "MISSED";
-    char ratio[16] = "-"; // to nothing there is none
+    char ratio[16] = "-"; // there is no ratio to 0
     if (bare > 0) {
         std::snprintf(ratio, sizeof(ratio), "%.2f", daemon / bare);
     }

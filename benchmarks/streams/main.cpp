@@ -17,16 +17,16 @@
 #include "streams/Plain.h"
 #include "support/AllocationMeter.h"
 
-// Measures the writing and the verifying of a checksummed file against plain C files with Boost's checksum, in chunks
-// of the same size: both take turns, and the medians are compared. The files are in memory where the system has a place
-// for that, so that no disk is measured. Then the memory that is taken for each further chunk.
+// Measures how fast a checksummed file is written and verified, against plain C files with Boost's checksum in chunks
+// of the same size. Both take turns, and the medians are compared. The files are in memory where the system has a place
+// for that, so that no disk is measured. Then measures the memory that each further chunk takes.
 
 namespace {
 
 using namespace DAX::Common::IO;
 using Seconds = std::chrono::duration<double>;
 
-const std::size_t VERIFYING_CHUNK = 1024; // what verifyChecksum reads in
+const std::size_t VERIFYING_CHUNK = 1024; // the chunk size of verifyChecksum
 const double AIM = 1.10;
 
 using Bytes = std::vector<unsigned char>;
@@ -54,7 +54,7 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-// The medians of both, which take turns.
+// Runs both in turns and returns their medians.
 std::pair<double, double> compare(int rounds, const std::function<void()>& plain, const std::function<void()>& ours) {
     std::vector<double> plainTimes;
     std::vector<double> ourTimes;
@@ -78,7 +78,7 @@ void require(bool verified) {
     }
 }
 
-// What one more chunk takes of the heap: the difference between a long and a short run.
+// The heap memory that one more chunk takes: the difference between a long and a short run.
 std::size_t allocatedPerChunk(const std::string& path, std::size_t chunkSize) {
     const auto allocated = [&](std::size_t chunks) {
         const Bytes data(chunks * chunkSize, 1);
