@@ -9,13 +9,13 @@
 
 #include "support/ServiceContract.h"
 
-// An input of the target bus_messages: one record behind the other, each a step of a peer on the bus. A record is five
-// bytes, and behind them the body, whose length is the fifth byte:
+// An input of the target bus_messages: a sequence of records, each of which is a step of a peer on the bus. A record
+// has five bytes, followed by the body, whose length is in the fifth byte:
 //   0  bits 0-1 the peer; bits 2-4: 7 it leaves the bus, else it sends a message
 //   1  bits 0-1 the type (BusMessageType), bit 2 no reply is wanted, bit 3 no automatic start, bits 4-6 the BusBody
 //   2  the member, an index of busMembers()
 //   3  bits 0-1 the path, bits 2-4 the interface, bits 5-7 the destination
-// A record that is cut short ends with what there is.
+// A record that is cut off counts with the bytes that it has.
 namespace DAX::Fuzz {
 
 constexpr std::size_t BUS_PEERS = 4;
@@ -40,7 +40,7 @@ struct BusStep {
     std::string body;
 };
 
-// The methods of the service, then what others on the bus say.
+// The methods of the service, followed by other members that are used on the bus.
 inline const std::vector<std::string>& busMembers() {
     static const std::vector<std::string> members = [] {
         std::vector<std::string> names;
@@ -85,7 +85,7 @@ inline std::vector<BusStep> readBusSteps(const std::uint8_t* data, std::size_t s
     return steps;
 }
 
-// The record that is read as this step.
+// The record that stands for this step.
 inline std::string makeBusStep(const BusStep& step) {
     std::size_t member = 0;
     while (busMembers()[member] != step.member && member + 1 < busMembers().size()) {

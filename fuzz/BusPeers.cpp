@@ -15,7 +15,7 @@ namespace {
 
 namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager;
 
-const std::chrono::milliseconds BOUND{5000}; // libFuzzer's own time-out comes later
+const std::chrono::milliseconds BOUND{5000}; // shorter than libFuzzer's own time-out
 
 const char* pathOf(BusPath path) {
     switch (path) {
@@ -66,7 +66,7 @@ int typeOf(BusMessageType type) {
     return DBUS_MESSAGE_TYPE_METHOD_RETURN;
 }
 
-// A text that a message may hold: up to the first zero, and in UTF-8 whatever it was.
+// Makes any bytes a text that a message may hold: up to the first zero, and in UTF-8.
 std::string validText(const std::string& bytes) {
     const std::string text = bytes.c_str();
     return dbus_validate_utf8(text.c_str(), nullptr) ? text : "not in UTF-8";
@@ -83,7 +83,7 @@ void appendDescriptor(DBusMessage& message) {
     close(descriptor);
 }
 
-// Arrays of other things than bytes: whoever takes an array for bytes reads past its end.
+// Arrays of other types than bytes. Code that takes every array for bytes would read past the end of these.
 void appendOtherArray(DBusMessage& message, const std::string& body) {
     const std::size_t kind = body.empty() ? 0 : static_cast<unsigned char>(body[0]) % 4;
     const std::string text = validText(body.empty() ? "" : body.substr(1));
@@ -107,7 +107,7 @@ void appendOtherArray(DBusMessage& message, const std::string& body) {
     }
 }
 
-// The adapter's answers to what reaches its object; libdbus itself answers the rest.
+// Answers that the adapter gives to messages for its object. libdbus itself answers the others.
 bool isForHandler(const BusStep& step) {
     return step.path == BusPath::SERVICE && step.interface != BusInterface::PEER &&
            !(step.interface == BusInterface::INTROSPECTABLE && step.member == "Introspect");
@@ -156,7 +156,7 @@ BusPeers::Peer& BusPeers::peerAt(std::size_t slot) {
     return *m_peers[slot];
 }
 
-// Returns when the bus has passed on all that the peer has sent, and what is for the peer has come.
+// Waits until the bus has passed on all that the peer has sent, and has delivered all that is for the peer.
 void BusPeers::settle(Peer& peer) {
     if (peer.cutOff || peer.connection.call(*makeBusCall("GetId"), BOUND)) {
         return;
@@ -204,7 +204,7 @@ Tests::RawMessage BusPeers::makeMessage(const BusStep& step) {
     dbus_message_set_path(message.get(), pathOf(step.path));
     const char* interface = interfaceOf(step.interface);
     if (interface == nullptr && step.type == BusMessageType::SIGNAL) {
-        interface = Manager::INTERFACE_NAME; // none has no signal: the bus would end the connection
+        interface = Manager::INTERFACE_NAME; // a signal must have one, or the bus would end the connection
     }
     if (interface != nullptr) {
         dbus_message_set_interface(message.get(), interface);
@@ -256,7 +256,7 @@ void BusPeers::appendBody(DBusMessage& message, const BusStep& step) {
     }
 }
 
-// One text for each of the first bytes: the arguments of a signal about names, or too few or too many of them.
+// One text argument for each of the first bytes: the arguments of a signal about names, or too few or too many of them.
 void BusPeers::appendNames(DBusMessage& message, const std::string& choices) {
     for (const char choice : choices.substr(0, 4)) {
         appendText(message, nameOf(static_cast<unsigned char>(choice) % 8));

@@ -13,33 +13,36 @@
 
 namespace DAX::Fuzz {
 
-// Ends the process with this text: a finding.
+// Reports a finding: ends the process with this text.
 [[noreturn]] void fail(const std::string& what);
 
-// A message that the bus itself answers, with one text for an argument or none.
+// A message that the bus itself answers, with one text argument or none.
 Tests::RawMessage makeBusCall(const char* member, const char* interface = DBUS_INTERFACE_DBUS,
                               const std::string& argument = {});
 
-// Waits for the reply; none within the bound is a finding.
+// Waits for the reply. It is a finding when none comes within the bound.
 Tests::RawMessage callOrFail(Tests::RawPeer& peer, DBusMessage& message, const std::string& what);
 
-// The peers of one sequence. They come at their first message and leave at the end, and what they say reaches the bus
-// in the order of the steps.
+// The peers of one sequence. Each connects at its first message and leaves at the end. Their messages reach the bus in
+// the order of the steps.
 class BusPeers {
 public:
-    // `master` is the connection that asks whether the service still lives; `service` is that one's unique name.
+    // `master` is the connection that asks whether the service still lives; `service` is the unique name of the
+    // service.
     BusPeers(Tests::RawPeer& master, std::string service) : m_master(master), m_service(std::move(service)) {}
 
     void play(const std::vector<BusStep>& steps);
 
-    // After a call by another connection has been answered, so that all of the peers' have been handled: whether each
-    // call to the service that waits for a reply has one, of a good form, and nothing else has.
+    // Call this when a later call by another connection has been answered, so that all calls of the peers have been
+    // handled. Checks that each call to the service that waits for a reply has got exactly one, of a good form, and
+    // that nothing else has got one.
     void checkReplies();
 
-    // All leave. Returns when the bus has seen it.
+    // Makes all peers leave. Returns when the bus has noticed it.
     void leave();
 
-    // Whether this sender has sent a message with this serial that wants no reply: a call that says so, or no call.
+    // Whether this sender has sent a message with this serial that wants no reply: a call that says so, or another kind
+    // of message.
     bool wantedNoReply(const std::string& sender, std::uint32_t serial) const;
 
 private:
@@ -50,7 +53,7 @@ private:
         Tests::RawPeer connection;
         std::string name;
         std::map<std::uint32_t, BusStep> sent; // by the serials
-        bool cutOff = false;                   // the bus has ended the connection, for a message that it takes for bad
+        bool cutOff = false; // the bus has ended the connection because of a message that it finds bad
     };
 
     Peer& peerAt(std::size_t slot);
@@ -67,7 +70,7 @@ private:
     Tests::RawPeer& m_master;
     const std::string m_service;
     std::array<std::unique_ptr<Peer>, BUS_PEERS> m_peers;
-    Peer* m_last = nullptr; // the peer that has sent last, and whose messages the bus may not have read yet
+    Peer* m_last = nullptr; // the last peer that has sent; the bus may not have read its messages yet
     std::set<std::pair<std::string, std::uint32_t>> m_unwanted;
 };
 

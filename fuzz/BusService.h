@@ -21,18 +21,18 @@
 
 namespace DAX::Fuzz {
 
-// The daemon's handler over the real service logic and a fake core, which can be made anew while the adapter that it
-// serves goes on: by a call of RESTORE, by the one connection that may.
+// The daemon's handler over the real service logic and a fake core. The one connection that may call RESTORE can have
+// it made afresh while its adapter goes on.
 class RestorableHandler : public Common::DBUSWrapper::IDBUSRequestsHandler {
 public:
     static constexpr char RESTORE[] = "restoreAll";
 
     RestorableHandler() { restore(); }
 
-    // Before the first message.
+    // Call it before the first message.
     void obey(const std::string& connection) { m_master = connection; }
 
-    // How many deaths the handler has refused to hear of. The adapter keeps such a client on its list.
+    // How often the handler has refused to be told of a client's death. The adapter keeps such a client on its list.
     unsigned int refusedDeaths() const { return m_refusedDeaths; }
 
     bool handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
@@ -79,8 +79,8 @@ private:
     std::atomic<unsigned int> m_refusedDeaths{0};
 };
 
-// The daemon's adapter with that handler behind it, on a thread of its own. A bus has to be there before it, and the
-// device's root. An adapter whose loop ends, but by the destructor, ends the process.
+// The daemon's adapter with that handler, on a thread of its own. A bus and the device's root must exist before. The
+// process ends when the adapter's loop ends in any other way than by the destructor.
 class BusService {
 public:
     explicit BusService(const std::string& master) {

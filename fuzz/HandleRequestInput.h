@@ -6,9 +6,9 @@
 
 #include "support/ServiceContract.h"
 
-// An input of the target handle_request: one byte, and behind it the parameter archive of the call. The byte's low five
-// bits choose the method, those behind the table being names that nothing answers; its high three bits choose the
-// connection that calls: 0 the rightful one, 1 to 3 one of the three, whoever's the method is.
+// An input of the target handle_request: one byte, followed by the parameter archive of the call. The byte's low five
+// bits choose the method; numbers beyond the table are names that nothing answers. Its high three bits choose the
+// connection that calls: 0 is the rightful one for the method, 1 to 3 are the three connections, rightful or not.
 namespace DAX::Fuzz {
 
 struct RequestInput {
@@ -30,7 +30,7 @@ inline RequestInput readRequestInput(const std::uint8_t* data, std::size_t size)
             std::string(data + 1, data + size)};
 }
 
-// The input that has the rightful connection call the `index`th method of the table.
+// An input in which the rightful connection calls the `index`th method of the table.
 inline std::string makeRequestInput(std::size_t index, const std::string& parameters) {
     return std::string(1, static_cast<char>(index)) + parameters;
 }

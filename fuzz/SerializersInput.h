@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-// An input of the target serializers: rows of 17 bytes. The first byte's low two bits choose the type of a value, one
-// of 1, 2, 4 or 8 bytes, and its high four bits the width that it is stored in, 1 to 16 bytes. The others are what is
-// loaded; their first eight are the value that is saved.
+// An input of the target serializers: rows of 17 bytes. The first byte's low two bits choose the type of a value, of 1,
+// 2, 4 or 8 bytes, and its high four bits the width in which it is stored, 1 to 16 bytes. The other bytes are loaded;
+// the first eight of them are also the value that is saved.
 namespace DAX::Fuzz {
 
 constexpr std::size_t MAX_WIDTH = 16;
 
 struct Step {
-    std::size_t type;  // the value has 2 to the power of it bytes
+    std::size_t type;  // the value has 2 to the power of `type` bytes
     std::size_t width; // 1 to MAX_WIDTH
     std::array<std::uint8_t, MAX_WIDTH> bytes;
 };

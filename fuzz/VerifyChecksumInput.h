@@ -5,13 +5,12 @@
 #include <string>
 #include <vector>
 
-// An input of the target verify_checksum: one byte, whose high bit says whether the rest becomes the payload of a file
-// that is written with its trailer (else it is the whole file), and whose low five bits say how many moves follow; the
-// moves of a reader, four bytes each; the rest.
+// An input of the target verify_checksum: one byte, the moves of a reader in four bytes each, and the rest. The high
+// bit of the first byte tells whether the rest is the payload of a file that is written with its trailer, or a whole
+// file. Its low five bits are the number of moves.
 namespace DAX::Fuzz {
 
-// A seek and a read behind it. The place is taken modulo the number of places that the payload has, and one behind
-// them.
+// A seek, followed by a read. The place is taken modulo the number of places in the payload and the one after them.
 struct Move {
     std::uint16_t place;
     std::uint16_t length;

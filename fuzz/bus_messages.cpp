@@ -1,6 +1,6 @@
-// Any sequence of messages of up to four peers, to a live adapter on a bus of its own with the daemon's handler behind
-// it. Behind each sequence the adapter still answers, once; every call that waits for a reply has got one, and no
-// other; and the clients that have left are forgotten.
+// Sends any sequence of messages of up to four peers to a live adapter with the daemon's handler, on a bus of its own.
+// After each sequence the adapter still answers, and answers once; every call that waits for a reply has got one, and
+// nothing else has; and the adapter has forgotten the clients that have left.
 #include <chrono>
 #include <cstdlib>
 #include <memory>
@@ -25,7 +25,7 @@ namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceMa
 
 const std::chrono::milliseconds BOUND{5000};
 
-// A device of production software: without the guards of the loop, which are threads.
+// A device with production software, where the loop has no watchdogs, which are threads.
 class Device {
 public:
     Device() { m_root.write("etc/kovan/device.ini", "[software]\nproduction=true\n"); }
@@ -34,7 +34,7 @@ private:
     const Tests::TemporaryRoot m_root;
 };
 
-// The bus tells on its standard error of every message that it drops. libFuzzer's own lines would drown in them.
+// The bus reports every message that it drops on its standard error, which would bury libFuzzer's own lines.
 std::unique_ptr<Tests::PrivateBus> startQuietBus() {
     const int standardError = dup(STDERR_FILENO);
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -46,7 +46,7 @@ std::unique_ptr<Tests::PrivateBus> startQuietBus() {
     return bus;
 }
 
-// All that stays from one input to the next: the bus, the service, and a client of it that never leaves.
+// What stays from one input to the next: the bus, the service, and a client of it that never leaves.
 class World {
 public:
     World();
@@ -97,7 +97,7 @@ void World::checkThatItAnswers() {
     }
 }
 
-// How many rules the bus keeps for the adapter: one for each client of its list, and what it always has.
+// How many match rules the bus keeps for the adapter: one for each client on its list, and those that it always has.
 unsigned int World::matchRules() {
     const auto reply = Fuzz::callOrFail(
         m_master, *Fuzz::makeBusCall("GetConnectionStats", "org.freedesktop.DBus.Debug.Stats", m_serviceName),
@@ -123,7 +123,7 @@ unsigned int World::matchRules() {
     Fuzz::fail("the bus counts no match rules");
 }
 
-// The bus shows the monitor what the adapter replies, also what it then drops.
+// The bus shows the monitor what the adapter replies, including the replies that the bus then drops.
 void World::watchReplies() {
     const Tests::RawMessage call = Fuzz::makeBusCall("BecomeMonitor", "org.freedesktop.DBus.Monitoring");
     const std::string returns = "type='method_return',sender='" + m_serviceName + "'";
@@ -139,8 +139,8 @@ void World::watchReplies() {
     }
 }
 
-// Up to the adapter's reply to the call that the master makes here, behind those to the peers. The master's calls have
-// exactly one reply each.
+// Reads up to the adapter's reply to the call that the master makes here, which comes after those to the peers. Each
+// call of the master has exactly one reply.
 void World::checkUnwantedReplies(const Fuzz::BusPeers& peers) {
     const Tests::RawMessage last = callService("getServiceOwner");
     const dbus_uint32_t lastSerial = dbus_message_get_reply_serial(last.get());
@@ -176,7 +176,7 @@ void World::run(const std::vector<Fuzz::BusStep>& steps) {
     peers.leave();
     callService(Fuzz::RestorableHandler::RESTORE);
     m_master.takeOthers();
-    // The adapter may hear of a death only when the bus has answered it a question.
+    // The adapter may learn of a death only after the bus has answered it a question.
     if (!Tests::waitUntil([this] { return matchRules() <= m_rulesAtFirst + m_service.refusedDeaths(); }, BOUND)) {
         Fuzz::fail("the adapter keeps clients that have left");
     }

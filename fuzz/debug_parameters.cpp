@@ -1,5 +1,5 @@
-// Any bytes as the debug file: it is read, or told to be bad and nothing else. What was read can be written, and reads
-// as itself as far as it has a form at all: a text may hold characters that no file can.
+// Takes any bytes as the debug file. It is read or refused as bad, and nothing else happens. What was read can be
+// written and is read back unchanged, except for texts with characters that no file can hold.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -25,7 +25,7 @@ std::string savedText(const DebugAndTestParameters& parameters, const DAX::Tests
     return root.read(FILE_NAME);
 }
 
-// The numbers of the free parameters are read when they are asked for.
+// Custom parameters that are numbers are parsed only when they are asked for.
 void askForNumbers(const DebugAndTestParameters& parameters) {
     for (const char* name : {"testParam0", "testParam1", "number", "seven", "proxy", ""}) {
         const boost::optional<int> number = parameters.getCustomIntParam(name);

@@ -1,7 +1,7 @@
-// Any bytes as the simulated device's file of facts, and every question that its platform answers from it. The results
-// are those that callers know, a second question gives the same, a bad file is told once and by its first bad line, a
-// value of the wrong type once, and a fact has its type whatever the file says. What is written into a good file is
-// read again.
+// Takes any bytes as the simulated device's file of facts, and asks every question that its platform answers from it.
+// The results are those that callers know, and the second answer is the same as the first. A bad file is reported once,
+// with its first bad line, and a value of the wrong type once. A fact has its type whatever the file says. What is
+// written into a good file is read back.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -28,7 +28,7 @@ using DAX::Tests::TemporaryRoot;
 using KovanHost::DeviceFact;
 using KovanHost::KeyFile;
 
-int originalErrors = -1; // standard error as the fuzzer and the sanitizers have it
+int originalErrors = -1; // the standard error of the fuzzer and the sanitizers
 
 void require(bool condition, const char* what) {
     if (!condition) {
@@ -37,7 +37,7 @@ void require(bool condition, const char* what) {
     }
 }
 
-// Takes what is written to standard error, for as long as it lives.
+// Captures what is written to standard error while it lives.
 class Errors {
 public:
     Errors() { dup2(file(), STDERR_FILENO); }
@@ -45,7 +45,7 @@ public:
     Errors(const Errors&) = delete;
     Errors& operator=(const Errors&) = delete;
 
-    // What came since the last time.
+    // What was captured since the last call.
     std::string take() {
         std::string text(static_cast<std::size_t>(lseek(file(), 0, SEEK_END)), '\0');
         require(pread(file(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()), "no errors to read");
@@ -152,7 +152,7 @@ void requireOneLineOrNone(const std::string& errors) {
     require(errors.size() < 1024, "a line without bound");
 }
 
-// What is told of each fact of a good file.
+// The reports about each fact of a good file.
 void askKnown(Errors& errors) {
     for (const DeviceFact& fact : KovanHost::deviceFacts()) {
         askFact(fact);
@@ -164,7 +164,7 @@ void askKnown(Errors& errors) {
     require(errors.take().empty(), "a value is told twice");
 }
 
-// Whatever else is in the file.
+// Asks for everything that the file holds, known or not.
 void askGiven(const KeyFile& file) {
     for (const std::string& group : file.groups()) {
         for (const std::string& key : file.keys(group)) {
@@ -189,7 +189,7 @@ void writeAndRead(const KeyFile& file, const std::string& value) {
     }
 }
 
-// The lines ahead are good, and it is bad.
+// Checks that the reported line is bad and all lines before it are good.
 void requireFirstBadLine(const std::string& text, std::size_t line) {
     std::size_t begin = 0;
     for (std::size_t number = 1; number < line; ++number) {
@@ -228,7 +228,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const TemporaryRoot root;
     const std::string text(reinterpret_cast<const char*>(data), size);
     std::filesystem::remove(KovanHost::devicePath());
-    askFact(KovanHost::deviceFacts().back()); // what was told of the input before is forgotten
+    askFact(KovanHost::deviceFacts().back()); // makes the platform forget its reports about the input before
     root.write("etc/kovan/device.ini", text);
 
     Errors errors;

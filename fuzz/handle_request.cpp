@@ -1,5 +1,5 @@
-// Any bytes as the parameters of any method, with a session and a transaction behind them: exactly one answer comes, a
-// result or one of the exceptions that a client can read.
+// Takes any bytes as the parameters of any method while there is a session and a transaction. Exactly one answer comes:
+// a result, or one of the exceptions that a client can read.
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
@@ -19,7 +19,8 @@ using namespace DAX;
     std::abort();
 }
 
-// A client's end takes the exception apart by its type; an archive that it cannot read would come out as another one.
+// Reads the exception as a client's end does, by its type. An archive that cannot be read would come out as another
+// exception.
 void checkException(const std::string& method, const Tests::Reply& reply) {
     if (Tests::wireExceptionNames().count(reply.exceptionName) == 0) {
         fail("an exception without a name of its own", reply);

@@ -1,8 +1,8 @@
-// Any value of each unsigned type in each width: it is stored as plain arithmetic stores it or refused, any bytes are
-// loaded as plain arithmetic reads them or refused, and nothing is done the wrong way round. The values that are taken
-// go to a sink too, which is moved between the calls, and stand there one behind the other. The input's bytes are
-// summed up by sinks that are saved and replaced by restored ones between the rows, and the first bytes of each row are
-// restored as a place that somebody saved.
+// Tries any value of each unsigned type in each width. A value is stored as plain arithmetic stores it, or refused; any
+// bytes are loaded as plain arithmetic reads them, or refused; saving never loads, and loading never saves. Accepted
+// values also go to a sink, which is moved between the calls, and are found there one after the other. The input's
+// bytes are summed up by sinks that are saved, and replaced by restored ones, between the rows. The first bytes of each
+// row are restored as a saved position.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -35,7 +35,7 @@ void require(bool condition, const char* what) {
     }
 }
 
-// Keeps what is saved, or gives what is to be loaded.
+// Keeps the bytes that are saved, or gives the bytes to load.
 class Memory : public serializers::binary::ISerializer {
 public:
     Memory() = default;
@@ -74,7 +74,7 @@ public:
     streamsize_t offset = 0;
 };
 
-// Where the values of one input go, and what has to stand there.
+// Where the values of one input go, and what must be there in the end.
 struct Output {
     MemorySink sink;
     SinkSerializer serializer{&sink};
@@ -168,7 +168,7 @@ void checkType(const Step& step, Output& output) {
     ((type++ == step.type ? checkWidth<T>(step, output, std::make_index_sequence<MAX_WIDTH>()) : void()), ...);
 }
 
-// A sum, and one more behind a branch of its own.
+// A checksum, and another one in a branch of its own.
 struct Sums {
     explicit Sums(bool passEndOfData) : sink(passEndOfData), inner(std::make_shared<BranchSink>(passEndOfData)) {
         sink.addBranch(outerSum);
@@ -194,7 +194,8 @@ void restore(Sums& sums, const Bytes& bytes) {
     require(transaction.bytes.empty(), "less is restored than was saved");
 }
 
-// What a plain computation makes of the inverted sum of what came before.
+// A plain computation of the checksum's remainder after these bytes, from the remainder before them. A sum is the
+// inverted remainder.
 std::uint32_t remainderBehind(std::uint32_t remainder, const Bytes& bytes) {
     for (const std::uint8_t byte : bytes) {
         remainder ^= byte;
@@ -205,7 +206,7 @@ std::uint32_t remainderBehind(std::uint32_t remainder, const Bytes& bytes) {
     return remainder;
 }
 
-// Two halves alike: the flag of a branch, the flag of its sum, and the sum's remainder.
+// The saved form has two equal halves: the flag of a branch, the flag of its sum, and the sum's remainder.
 Bytes place(bool ended, bool sumEnded, std::uint32_t remainder) {
     Bytes half{ended, sumEnded};
     const Bytes bytes = bytesOf(remainder, 4);
@@ -250,7 +251,7 @@ void checkResuming(const std::vector<Step>& steps, bool passEndOfData) {
     require(sums->outerSum->getCRC32() == ~remainder && sums->innerSum->getCRC32() == ~remainder, "another sum");
 }
 
-// Any byte but 0 is a flag that is set, and the first one that is set keeps the data from what stands behind it.
+// Any byte except 0 is a flag that is set. Data does not pass the first flag that is set.
 void checkRestoring(const Step& step) {
     Bytes bytes(step.bytes.begin(), step.bytes.begin() + 12);
     const auto outer = static_cast<std::uint32_t>(valueOf(&bytes[2], 4));

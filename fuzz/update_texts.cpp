@@ -1,6 +1,6 @@
-// Any bytes as the texts that the programs of the update stack exchange: a packed progress, a version, a model with its
-// version. What is accepted has the form that it must have and survives being written and read again; what is refused
-// is refused in the one way that callers expect, and by all functions alike.
+// Takes any bytes as the texts that the programs of the update stack exchange: a packed progress, a version, a model
+// with its version. An accepted text has the required form, and is the same after it was written and read again. Other
+// texts are refused in the one way that callers expect, by all functions alike.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

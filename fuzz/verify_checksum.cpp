@@ -1,7 +1,7 @@
-// Any bytes as a checksummed file, or as the payload of one that is written here: what is written has the trailer that
-// a plain computation gives, a file is accepted when it has that trailer and refused in the one way that callers
-// expect when it has not, and a reader that moves about gets the payload and never the trailer. The verdict is the same
-// in memory, and another one when any single bit of a right file is turned round.
+// Takes any bytes as a checksummed file, or as the payload of one that is written here. A written file has the trailer
+// that a plain computation gives. A file is accepted when it has that trailer, and otherwise refused in the one way
+// that callers expect. A reader that seeks gets the payload and never the trailer. The verdict is the same in memory,
+// and it changes when any single bit of a good file is flipped.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -49,7 +49,7 @@ bool isRight(const std::string& file) {
     return file.substr(length) == trailerOf(file.substr(0, length));
 }
 
-// The moves' lengths are those of the chunks.
+// Reads in chunks of the moves' lengths.
 void writePayload(const std::string& path, const std::string& payload, const std::vector<Move>& moves) {
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(payload.data());
     ChecksumedSink sink(std::make_shared<FileSink>(path, true), true);
@@ -113,7 +113,7 @@ bool verifiesInMemory(const std::string& file) {
     return ChecksumedStream::verifyChecksum(std::make_shared<DAX::Tests::MemorySeekableStream>(file));
 }
 
-// Each move tells a bit.
+// Each move chooses a bit.
 void checkTurnedBits(const std::string& file, const std::vector<Move>& moves) {
     for (const Move& move : moves) {
         std::string turned = file;
