@@ -14,7 +14,7 @@
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
 #include "support/FakePowerMode.h"
 #include "support/LiveService.h"

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "support/WaitUntil.h"
 #include "support/WireGoldens.h"
 

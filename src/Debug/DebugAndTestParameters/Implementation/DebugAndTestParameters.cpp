@@ -12,7 +12,7 @@
 #include "Common/IO/RegularFile.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/Implementation/DebugFile.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 

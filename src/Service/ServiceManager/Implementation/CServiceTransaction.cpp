@@ -4,7 +4,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/UpgradeTypeNames.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Service/ServiceManager/Implementation/SearchingDateRegister.h"
 #include "Service/ServiceManager/Implementation/mapCoreResult.h"

@@ -16,7 +16,7 @@
 #include "Common/IO/FileReplacement.h"
 #include "Common/IO/RegularFile.h"
 #include "Common/Logging/LoggingStream.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/TimeConversions.h"
 #include "Utility/Utils/ErrInfoStream.h"

@@ -12,7 +12,7 @@
 
 #include "Debug/DebugAndTestParameters/DAXParameters.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "support/DebugFile.h"
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"

@@ -11,7 +11,7 @@
 #include "CoreInterface/ICore.h"
 #include "DAXCommon/ServiceClientPriority.h"
 #include "DAXCommon/ServiceTransactionType.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "support/DebugParameters.h"
 #include "support/FakeCore.h"
 #include "support/FakeKovan.h"

@@ -18,7 +18,7 @@
 #include "Common/PlatformDependent/Sync.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 #include "Platform/Product/IProductInfo.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Platform/SystemAPI/FactorySystemAPI/IFactorySettings.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/PowerAPIException.h"
 #include "Platform/SystemAPI/SystemInfoSystemAPI/ISystemInfo.h"

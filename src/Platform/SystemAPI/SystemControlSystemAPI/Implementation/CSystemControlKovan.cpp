@@ -11,7 +11,7 @@
 #include "Common/IO/IOExceptions.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/CSystemControl.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/ModifiedPartitionsMarkers.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/SettingAccess.h"

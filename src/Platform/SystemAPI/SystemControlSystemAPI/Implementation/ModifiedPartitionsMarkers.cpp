@@ -8,7 +8,7 @@
 
 #include "Common/IO/FlagFile.h"
 #include "Common/Logging/LoggingStream.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 

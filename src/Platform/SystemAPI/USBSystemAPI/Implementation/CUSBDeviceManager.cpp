@@ -6,7 +6,7 @@
 
 #include "Common/Logging/LoggingStream.h"
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Platform/SystemAPI/USBSystemAPI/IUSBDeviceManager.h"
 #include "Platform/SystemAPI/USBSystemAPI/USBAPIException.h"
 #include "Platform/SystemAPI/USBSystemAPI/UsbDeviceInitializer.h"

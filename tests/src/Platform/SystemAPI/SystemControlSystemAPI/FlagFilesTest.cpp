@@ -1,8 +1,8 @@
 #include <boost/filesystem/exception.hpp>
 
 #include "Common/IO/FileExceptions.h"
-#include "OtherPartition.h"
 #include "SystemControlTest.h"
+#include "support/OtherPartition.h"
 
 namespace DAX::Tests {
 namespace {

@@ -5,8 +5,8 @@
 #include <sys/resource.h>
 
 #include "AtSync.h"
-#include "OtherPartition.h"
 #include "SystemControlTest.h"
+#include "support/OtherPartition.h"
 
 namespace DAX::Tests {
 namespace {

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/CServiceManagerAdapter.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterClient.h"
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"

@@ -9,7 +9,7 @@
 #include <boost/serialization/optional.hpp>
 
 #include "DAXCommon/UserInterestExceptions.h"
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 #include "Service/ServiceManager/CServiceManagerFactory.h"
 #include "Utility/Utils/GenericException.h"
 #include "support/FakeKovan.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Platform/Product/IProductPathsImpl.h"
+#include "Platform/ProductPaths/IProductPathsImpl.h"
 
 namespace DAX::Platform {
 

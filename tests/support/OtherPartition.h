@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "Platform/Product/IProductPaths.h"
-#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
+#include "Platform/ProductPaths/Implementation/CProductPaths.h"
 
 namespace DAX::Tests {
 

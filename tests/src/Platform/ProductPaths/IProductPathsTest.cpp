@@ -1,4 +1,4 @@
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Platform/Product/IProductPathsImpl.h"
-#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/ProductPaths/IProductPathsImpl.h"
+#include "Platform/ProductPaths/Implementation/CProductPaths.h"
 #include "support/FakeKovan.h"
 #include "support/ProcessDeath.h"
 #include "support/Slots.h"

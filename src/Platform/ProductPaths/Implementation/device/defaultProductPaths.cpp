@@ -1,6 +1,6 @@
-#include "Platform/Product/Implementation/defaultProductPaths.h"
+#include "Platform/ProductPaths/Implementation/defaultProductPaths.h"
 
-#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/ProductPaths/Implementation/CProductPaths.h"
 
 namespace DAX::Platform {
 

@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include "Platform/Product/IProductInfo.h"
-#include "Platform/Product/IProductPaths.h"
-#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
+#include "Platform/ProductPaths/Implementation/CProductPaths.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/ISystemControl.h"
 #include "support/ProcessDeath.h"
 #include "support/TemporaryRoot.h"

@@ -1,9 +1,9 @@
-#include "Platform/Product/Implementation/defaultProductPaths.h"
+#include "Platform/ProductPaths/Implementation/defaultProductPaths.h"
 
 #include <cstdlib>
 #include <string>
 
-#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/ProductPaths/Implementation/CProductPaths.h"
 
 namespace DAX::Platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "Platform/Product/Implementation/CProductPaths.h"
+#include "Platform/ProductPaths/Implementation/CProductPaths.h"
 
 #include <stdexcept>
 #include <utility>

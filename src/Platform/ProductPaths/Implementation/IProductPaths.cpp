@@ -1,8 +1,8 @@
-#include "Platform/Product/IProductPaths.h"
+#include "Platform/ProductPaths/IProductPaths.h"
 
 #include <utility>
 
-#include "Platform/Product/Implementation/defaultProductPaths.h"
+#include "Platform/ProductPaths/Implementation/defaultProductPaths.h"
 #include "Utility/Utils/SingletonInstanceHandler.h"
 
 namespace DAX::Platform {
