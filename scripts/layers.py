@@ -1,0 +1,70 @@
+"""Reads cmake/Layers.txt, for scripts/check-layers and scripts/draw-layers."""
+import os
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+LIST = "cmake/Layers.txt"
+
+
+class Layer:
+    def __init__(self, name, purpose):
+        self.name = name
+        self.purpose = purpose
+        self.uses = []     # names of layers
+        self.modules = []  # in their order
+
+
+class Module:
+    def __init__(self, target, paths, layer, place):
+        self.target = target
+        self.paths = paths
+        self.layer = layer
+        self.place = place  # in the whole list
+
+    def may_use(self, other):
+        if other.layer is self.layer:
+            return other.place <= self.place
+        return other.layer.name in self.layer.uses
+
+    # Folders hold files, and a path without an extension stands for its header and its source.
+    def match(self, path):
+        """The length of the module's path that holds this one; 0 when none does."""
+        return max((len(own) for own in self.paths
+                    if path == own or path.startswith((own + "/", own + "."))), default=0)
+
+
+class Layers:
+    """The list. `faults` are what is wrong with the list itself, as (line number, text)."""
+
+    def __init__(self):
+        self.layers = []
+        self.modules = {}  # by target
+        self.faults = []
+        with open(os.path.join(ROOT, LIST), encoding="utf-8") as lines:
+            for number, line in enumerate(lines, 1):
+                words = line.split("#")[0].split()
+                if words:
+                    self._read(number, words)
+
+    def _read(self, number, words):
+        if words[0] == "layer":
+            self.layers.append(Layer(words[1].rstrip(":"), " ".join(words[2:])))
+        elif words[0] == "uses":
+            known = [layer.name for layer in self.layers[:-1]]
+            self.layers[-1].uses = words[1:]
+            self.faults += [(number, f"{name} is no layer above this line") for name in words[1:] if name not in known]
+        else:
+            self._add_module(number, words[0], words[1:])
+
+    def _add_module(self, number, target, paths):
+        if target in self.modules:
+            self.faults.append((number, f"{target} stands here twice"))
+        self.faults += [(number, f"there is no {path}") for path in paths
+                        if not any(os.path.exists(os.path.join(ROOT, path + end)) for end in ("", ".h"))]
+        module = Module(target, paths, self.layers[-1], len(self.modules))
+        self.modules[target] = module
+        self.layers[-1].modules.append(module)
+
+    def module_of(self, path):
+        """The module that holds a file, by the longest path; none for a file of no module."""
+        best = max(self.modules.values(), key=lambda module: module.match(path))
+        return best if best.match(path) else None
