@@ -29,33 +29,56 @@ bool isError(DBusMessage& answer) {
 
 } // namespace
 
-BusClients::BusClients(BusCalls& calls, std::function<void(const std::string& name)> onGone)
-    : m_calls(calls), m_onGone(std::move(onGone)) {}
+BusClients::BusClients(BusCalls& calls, Utils::ISimpleClock& clock, std::function<void(const std::string& name)> onGone)
+    : m_calls(calls), m_clock(clock), m_onGone(std::move(onGone)) {}
 
-void BusClients::add(const std::string& name) {
-    m_clients.emplace(name, Client());
-}
-
-void BusClients::remove(std::string_view name) {
-    const auto found = m_clients.find(name);
-    if (found != m_clients.end()) {
-        m_clients.erase(found);
+void BusClients::begin(DBusConnection* connection) {
+    m_connection = connection;
+    if (!m_clients.empty()) {
+        m_clients.clear();
+        m_emptySince = m_clock.getCurrentTime();
     }
+    addRule(VANISHING_NAMES_RULE, "vanishing names");
 }
 
-void BusClients::watchVanishingNames(DBusConnection* connection) {
-    addRule(connection, VANISHING_NAMES_RULE, "vanishing names");
+float BusClients::emptyFor() const {
+    return m_clock.getCurrentTime() - m_emptySince;
+}
+
+bool BusClients::add(const char* name) {
+    if (contains(name)) {
+        DAX_LOG(NONE) << "Name " << name << " is already registered in clients list.";
+        return false;
+    }
+    DAX_LOG(INF) << "Registering new connection named " << name;
+    m_clients.emplace(name, Client());
+    return true;
+}
+
+void BusClients::remove(const std::string& name) {
+    const auto found = m_clients.find(name);
+    if (found == m_clients.end()) {
+        DAX_LOG(INF) << "Name " << name << " does not exist in clients list.";
+        return;
+    }
+    DAX_LOG(INF) << "Unregistering connection named " << name;
+    m_clients.erase(found);
+    if (!name.empty()) {
+        dbus_bus_remove_match(m_connection, ruleFor(name).c_str(), nullptr);
+    }
+    if (m_clients.empty()) {
+        DAX_LOG(INF) << "We are now entering idle state.";
+        m_emptySince = m_clock.getCurrentTime();
+    }
 }
 
 // The bus handles both calls in their order: a client that is gone at the rule is gone at the question too, and the end
 // of one that is there at the question is told by the rule.
-void BusClients::watch(DBusConnection* connection, const std::string& name) {
-    addRule(connection, ruleFor(name), "client " + name);
-    askForOwner(connection, name);
-}
-
-void BusClients::unwatch(DBusConnection* connection, const std::string& name) {
-    dbus_bus_remove_match(connection, ruleFor(name).c_str(), nullptr);
+void BusClients::watch(const std::string& name) {
+    if (!name.empty()) {
+        addRule(ruleFor(name), "client " + name);
+        askForOwner(name);
+    }
 }
 
 void BusClients::dropQuestion(std::string_view name) {
@@ -66,8 +89,8 @@ void BusClients::dropQuestion(std::string_view name) {
 }
 
 // One line is enough: once there are too many rules, the bus refuses every further one.
-void BusClients::addRule(DBusConnection* connection, const std::string& rule, const std::string& purpose) {
-    m_calls.send(connection, BusCalls::make("AddMatch", rule), [this, purpose](DBusMessage& answer) {
+void BusClients::addRule(const std::string& rule, const std::string& purpose) {
+    m_calls.send(m_connection, BusCalls::make("AddMatch", rule), [this, purpose](DBusMessage& answer) {
         if (isError(answer) && !m_isRefusalLogged) {
             m_isRefusalLogged = true;
             DAX_LOG(WRN) << "The bus refuses the match rule for " << purpose << ": " << errorOf(answer)
@@ -76,8 +99,8 @@ void BusClients::addRule(DBusConnection* connection, const std::string& rule, co
     });
 }
 
-void BusClients::askForOwner(DBusConnection* connection, const std::string& name) {
-    m_calls.send(connection, BusCalls::make("NameHasOwner", name),
+void BusClients::askForOwner(const std::string& name) {
+    m_calls.send(m_connection, BusCalls::make("NameHasOwner", name),
                  [this, name](DBusMessage& answer) { receiveOwner(name, answer); });
     m_clients[name].isQuestionOpen = true;
 }

@@ -20,13 +20,12 @@ namespace DAX::Common::DBUSWrapper {
 using namespace DBUSWrapperExceptions;
 
 CDBUSAdapter::CDBUSAdapter(IDBUSWrapper::DBUSType type, const std::string& objectPath,
-                           std::shared_ptr<IDBUSRequestsHandler> handler, bool flag)
+                           std::shared_ptr<IDBUSRequestsHandler> handler)
     : m_objectPath(objectPath)
     , m_handler(std::move(handler))
-    , m_flag(flag)
-    , m_clients(m_busCalls, [this](const std::string& name) { disconnectDeadClient(name); })
     , m_dbusType(type)
-    , m_clock(Utils::ISimpleClock::createClock()) {
+    , m_clock(Utils::ISimpleClock::createClock())
+    , m_clients(m_busCalls, *m_clock, [this](const std::string& name) { disconnectDeadClient(name); }) {
     m_handler->useThisEventSubscriber(*this);
 }
 
@@ -45,16 +44,15 @@ void CDBUSAdapter::activate(int stopConditionIntervalInSeconds, const std::strin
     std::unique_lock<std::mutex> lock(m_mutex);
     DAX_LOG(INF) << "Activating DBUS adapter for object: {" << m_objectPath << "}";
     BOOST_ASSERT_MSG(m_activated == false, "Cannot reuse the same DBUS adapter.");
-    std::shared_ptr<std::atomic<Start>> start;
-    boost::unique_future<bool> activated =
-        startThread(static_cast<unsigned int>(std::max(stopConditionIntervalInSeconds, 0)), connectionName, start);
+    const std::shared_ptr<Activation> activation =
+        startThread(static_cast<unsigned int>(std::max(stopConditionIntervalInSeconds, 0)), connectionName);
     try {
-        m_activated = activated.get();
+        m_activated = activation->future.get();
     } catch (const boost::thread_interrupted&) {
         DAX_LOG(INF) << "DBUSAdapter activate method interrupted. Adapter object:{" << m_objectPath << "}";
         m_activated = true; // as long as the thread runs, which may have met its first client by now
         lock.unlock();
-        abandonThread(*start);
+        abandonThread(*activation);
         lock.lock();
         m_activated = false;
     } catch (...) {
@@ -63,18 +61,15 @@ void CDBUSAdapter::activate(int stopConditionIntervalInSeconds, const std::strin
     }
 }
 
-boost::unique_future<bool> CDBUSAdapter::startThread(unsigned int stopConditionIntervalInSeconds,
-                                                     const std::string& connectionName,
-                                                     std::shared_ptr<std::atomic<Start>>& start) {
+std::shared_ptr<CDBUSAdapter::Activation> CDBUSAdapter::startThread(unsigned int stopConditionIntervalInSeconds,
+                                                                    const std::string& connectionName) {
     try {
-        start = std::make_shared<std::atomic<Start>>(Start::CONNECTING);
-        const auto promise = std::make_shared<boost::promise<bool>>();
-        boost::unique_future<bool> activated = promise->get_future();
-        const ThreadParams params{promise, m_dbusType, this, m_objectPath, connectionName, start};
-        m_thread = std::make_unique<boost::thread>([params, handler = m_handler, stopConditionIntervalInSeconds] {
-            threadMethod(params, handler, stopConditionIntervalInSeconds, 0, 0, boost::none, boost::none);
+        auto activation = std::make_shared<Activation>();
+        const ThreadParams params{activation, m_dbusType, this, connectionName};
+        m_thread = std::make_unique<boost::thread>([params, stopConditionIntervalInSeconds] {
+            threadMethod(params, stopConditionIntervalInSeconds, 0, 0, boost::none, boost::none);
         });
-        return activated;
+        return activation;
     } catch (const std::exception& exception) {
         DAX_LOG(INF) << "Error activating DBUS adapter for object: {" << m_objectPath << "}. Thread cannot be started.";
         DAX_THROW(DBUSWrapperException(), exception.what());
@@ -82,9 +77,9 @@ boost::unique_future<bool> CDBUSAdapter::startThread(unsigned int stopConditionI
 }
 
 // A thread that still waits for its connection is left alone: it ends by itself and does not come back to the adapter.
-void CDBUSAdapter::abandonThread(std::atomic<Start>& start) {
+void CDBUSAdapter::abandonThread(Activation& activation) {
     Start expected = Start::CONNECTING;
-    if (start.compare_exchange_strong(expected, Start::GIVEN_UP)) {
+    if (activation.start.compare_exchange_strong(expected, Start::GIVEN_UP)) {
         m_thread->detach();
         m_thread.reset();
     } else {
@@ -94,7 +89,8 @@ void CDBUSAdapter::abandonThread(std::atomic<Start>& start) {
 
 bool CDBUSAdapter::ThreadParams::begin() const {
     Start expected = Start::CONNECTING;
-    return start == nullptr || start->compare_exchange_strong(expected, Start::BEGUN) || expected == Start::BEGUN;
+    return activation == nullptr || activation->start.compare_exchange_strong(expected, Start::BEGUN) ||
+           expected == Start::BEGUN;
 }
 
 void CDBUSAdapter::deactivate() {
@@ -117,14 +113,12 @@ void CDBUSAdapter::listenDBUS(unsigned int stopConditionIntervalInSeconds, unsig
                               boost::optional<std::function<void()>> pingFunction, const std::string& connectionName) {
     BOOST_ASSERT_MSG(m_activated == false, "Cannot reuse the same DBUS adapter.");
     m_activated = true;
-    threadMethod({nullptr, m_dbusType, this, m_objectPath, connectionName, nullptr}, m_handler,
-                 stopConditionIntervalInSeconds, idleTimeoutInSeconds, pingIntervalInSeconds, std::move(stopCondition),
-                 std::move(pingFunction));
+    threadMethod({nullptr, m_dbusType, this, connectionName}, stopConditionIntervalInSeconds, idleTimeoutInSeconds,
+                 pingIntervalInSeconds, std::move(stopCondition), std::move(pingFunction));
 }
 
-void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSRequestsHandler> /*handler*/,
-                                unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds,
-                                unsigned int pingIntervalInSeconds,
+void CDBUSAdapter::threadMethod(ThreadParams params, unsigned int stopConditionIntervalInSeconds,
+                                unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
                                 boost::optional<std::function<bool()>> stopCondition,
                                 boost::optional<std::function<void()>> pingFunction) {
     BOOST_ASSERT_MSG(stopConditionIntervalInSeconds > 0, "stopConditionIntervalInSeconds must be greater than 0.");
@@ -139,51 +133,53 @@ void CDBUSAdapter::threadMethod(ThreadParams params, std::shared_ptr<IDBUSReques
         if (!params.begin()) {
             return;
         }
-        adapter.openConnection(std::move(connection), params);
+        adapter.openConnection(std::move(connection), params.connectionName);
         loop = std::make_unique<Loop>(adapter, stopConditionIntervalInSeconds, idleTimeoutInSeconds,
                                       pingIntervalInSeconds, std::move(stopCondition), std::move(pingFunction));
-        if (params.promise) {
-            params.promise->set_value(true);
+        if (params.activation) {
+            params.activation->promise.set_value(true);
         }
     } catch (...) {
         if (params.begin()) {
             adapter.releaseConnection();
         }
-        if (params.promise) {
-            params.promise->set_exception(boost::current_exception());
+        if (params.activation) {
+            params.activation->promise.set_exception(boost::current_exception());
             return;
         }
         Utils::rethrowWithText([function = BOOST_CURRENT_FUNCTION](std::ostream& text) {
             text << function << " (" << __FILE__ << ":" << __LINE__ << ")";
         });
     }
-    try {
-        loop->run();
-    } catch (const boost::thread_interrupted&) {
-        DAX_LOG(INF) << "DBUSAdapter thread interrupted. Adapter object: {" << params.objectPath << "}";
-    } catch (...) {
-        DAX_LOG(INF) << "Unknown exception catched int DBUSAdapter thread. Adapter object:{" << params.objectPath
-                     << "}";
-    }
-    loop.reset();
-    adapter.closeConnection();
+    adapter.runToTheEnd(std::move(loop));
 }
 
-void CDBUSAdapter::openConnection(DBUSConnectionHandle handle, const ThreadParams& params) {
+void CDBUSAdapter::openConnection(DBUSConnectionHandle handle, const std::string& connectionName) {
     DBusConnection* const connection = handle.get();
     m_busCalls.clear();
-    m_clients.clear();
     dbus_connection_set_exit_on_disconnect(connection, false);
     takePeerCalls(connection);
     DBusObjectPathVTable table{};
     table.message_function = handleMessage;
-    dbus_connection_register_object_path(connection, params.objectPath.c_str(), &table, this);
+    dbus_connection_register_object_path(connection, m_objectPath.c_str(), &table, this);
     dbus_connection_add_filter(connection, handleSignal, this, nullptr);
-    m_clients.watchVanishingNames(connection);
-    registerAdditionalName(params.connectionName, connection, params.objectPath);
-    m_name = std::make_unique<BusName>(m_busCalls, connection, params.connectionName);
+    m_clients.begin(connection);
+    registerAdditionalName(connectionName, connection);
+    m_name = std::make_unique<BusName>(m_busCalls, connection, connectionName);
     m_dbusConnectionHandle = std::move(handle);
-    DAX_LOG(INF) << "DBUSAdapter adapter thread started. Adapter object:{" << params.objectPath << "}";
+    DAX_LOG(INF) << "DBUSAdapter adapter thread started. Adapter object:{" << m_objectPath << "}";
+}
+
+void CDBUSAdapter::runToTheEnd(std::unique_ptr<Loop> loop) {
+    try {
+        loop->run();
+    } catch (const boost::thread_interrupted&) {
+        DAX_LOG(INF) << "DBUSAdapter thread interrupted. Adapter object: {" << m_objectPath << "}";
+    } catch (...) {
+        DAX_LOG(INF) << "Unknown exception catched int DBUSAdapter thread. Adapter object:{" << m_objectPath << "}";
+    }
+    loop.reset();
+    closeConnection();
 }
 
 void CDBUSAdapter::closeConnection() {
@@ -197,10 +193,9 @@ void CDBUSAdapter::releaseConnection() {
     m_dbusConnectionHandle.reset();
 }
 
-void CDBUSAdapter::registerAdditionalName(const std::string& name, DBusConnection* connection,
-                                          const std::string& objectPath) {
+void CDBUSAdapter::registerAdditionalName(const std::string& name, DBusConnection* connection) const {
     DAX_LOG(INF) << "Registering new unique name on DBUS: {" << name << "} for connection:{"
-                 << dbus_bus_get_unique_name(connection) << "}. Object path:" << objectPath;
+                 << dbus_bus_get_unique_name(connection) << "}. Object path:" << m_objectPath;
     DBUSError error;
     const int result = dbus_bus_request_name(connection, name.c_str(), BUS_NAME_FLAGS, error.get());
     if (error.isSet()) {
@@ -236,46 +231,17 @@ void CDBUSAdapter::unsubscribeFromConnectionCloseEvent() {
 }
 
 void CDBUSAdapter::registerNewConnection(const char* name) {
-    if (m_clients.contains(name)) {
-        DAX_LOG(NONE) << "Name " << name << " is already registered in clients list.";
-        return;
-    }
-    DAX_LOG(INF) << "Registering new connection named " << name;
-    m_clients.add(name);
-    m_idle = false;
-    m_name->keep();
-    subscribeForNameOwnerChangedSignal(name);
-}
-
-void CDBUSAdapter::unregisterConnection(const std::string& name) {
-    if (!m_clients.contains(name)) {
-        DAX_LOG(INF) << "Name " << name << " does not exist in clients list.";
-        return;
-    }
-    DAX_LOG(INF) << "Unregistering connection named " << name;
-    m_clients.remove(name);
-    unsubscribeForNameOwnerChangedSignal(name);
-    if (m_clients.isEmpty()) {
-        DAX_LOG(INF) << "We are now entering idle state.";
-        m_idle = true;
-        m_idleSince = m_clock->getCurrentTime();
+    if (m_clients.add(name)) {
+        m_name->keep();
+        const auto lock = waitForActivation();
+        m_clients.watch(name);
     }
 }
 
-void CDBUSAdapter::subscribeForNameOwnerChangedSignal(const std::string& name) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+std::unique_lock<std::mutex> CDBUSAdapter::waitForActivation() {
+    std::unique_lock<std::mutex> lock(m_mutex);
     BOOST_ASSERT_MSG(m_activated == true && m_dbusConnectionHandle != nullptr, "Must be active.");
-    if (!name.empty()) {
-        m_clients.watch(m_dbusConnectionHandle.get(), name);
-    }
-}
-
-void CDBUSAdapter::unsubscribeForNameOwnerChangedSignal(const std::string& name) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    BOOST_ASSERT_MSG(m_activated == true && m_dbusConnectionHandle != nullptr, "Must be active.");
-    if (!name.empty()) {
-        m_clients.unwatch(m_dbusConnectionHandle.get(), name);
-    }
+    return lock;
 }
 
 } // namespace DAX::Common::DBUSWrapper

@@ -27,7 +27,7 @@ namespace DAX::Common::DBUSWrapper {
 class CDBUSAdapter : public IDBUSAdapter, public IDBUSEventsSubscriber {
 public:
     CDBUSAdapter(IDBUSWrapper::DBUSType type, const std::string& objectPath,
-                 std::shared_ptr<IDBUSRequestsHandler> handler, bool flag);
+                 std::shared_ptr<IDBUSRequestsHandler> handler);
     CDBUSAdapter(const CDBUSAdapter&) = delete;
     CDBUSAdapter& operator=(const CDBUSAdapter&) = delete;
     ~CDBUSAdapter() override;
@@ -49,39 +49,42 @@ private:
     // How far an activation is. To connect may take for ever, and touches nothing of the adapter.
     enum class Start { CONNECTING, BEGUN, GIVEN_UP };
 
+    // What the caller of activate(), who may give up, and the thread that it started have in common.
+    struct Activation {
+        boost::promise<bool> promise;
+        boost::unique_future<bool> future = promise.get_future(); // for the caller
+        std::atomic<Start> start{Start::CONNECTING};
+    };
+
     struct ThreadParams {
-        std::shared_ptr<boost::promise<bool>> promise; // empty on the path of listenDBUS
-        IDBUSWrapper::DBUSType type;
-        CDBUSAdapter* adapter;
-        std::string objectPath;
+        std::shared_ptr<Activation> activation; // empty on the path of listenDBUS
+        IDBUSWrapper::DBUSType type;            // of the adapter, which may be gone while the thread still connects
+        CDBUSAdapter* adapter;                  // not to be touched before begin() has given true
         std::string connectionName;
-        std::shared_ptr<std::atomic<Start>> start; // empty on the path of listenDBUS
 
         // Claims the adapter for this thread; false when the activation has been given up.
         bool begin() const;
     };
 
     // The run of the adapter.
-    static void threadMethod(ThreadParams params, std::shared_ptr<IDBUSRequestsHandler> handler,
-                             unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds,
-                             unsigned int pingIntervalInSeconds, boost::optional<std::function<bool()>> stopCondition,
+    static void threadMethod(ThreadParams params, unsigned int stopConditionIntervalInSeconds,
+                             unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
+                             boost::optional<std::function<bool()>> stopCondition,
                              boost::optional<std::function<void()>> pingFunction);
-    boost::unique_future<bool> startThread(unsigned int stopConditionIntervalInSeconds,
-                                           const std::string& connectionName,
-                                           std::shared_ptr<std::atomic<Start>>& start);
-    void abandonThread(std::atomic<Start>& start);
+    std::shared_ptr<Activation> startThread(unsigned int stopConditionIntervalInSeconds,
+                                            const std::string& connectionName);
+    void abandonThread(Activation& activation);
     void joinThread();
-    void openConnection(DBUSConnectionHandle handle, const ThreadParams& params);
+    void openConnection(DBUSConnectionHandle handle, const std::string& connectionName);
+    void runToTheEnd(std::unique_ptr<Loop> loop);
     void closeConnection();
     void releaseConnection();
-    static void registerAdditionalName(const std::string& name, DBusConnection* connection,
-                                       const std::string& objectPath);
+    void registerAdditionalName(const std::string& name, DBusConnection* connection) const;
 
     // The clients.
     void registerNewConnection(const char* name);
-    void unregisterConnection(const std::string& name);
-    void subscribeForNameOwnerChangedSignal(const std::string& name);
-    void unsubscribeForNameOwnerChangedSignal(const std::string& name);
+    void disconnectDeadClient(const std::string& name);
+    std::unique_lock<std::mutex> waitForActivation();
 
     // The callbacks of libdbus, which let no exception out.
     static DBusHandlerResult handleMessage(DBusConnection* connection, DBusMessage* message, void* adapter);
@@ -99,26 +102,32 @@ private:
     DBusHandlerResult handleSignalPrivate(DBusMessage* message);
     DBusHandlerResult handleNameOwnerChanged(DBusMessage* message);
     DBusHandlerResult handleNameAcquired(DBusMessage* message);
-    void disconnectDeadClient(const std::string& name);
 
-    std::string m_objectPath;
+    // Which thread uses what. One thread at a time runs the loop, and whoever ends the adapter joins that thread first:
+    // what the loop alone uses needs no lock.
+
+    // Every thread: nothing changes between the constructor and the end of the destructor, which joins first.
+    const std::string m_objectPath;
     std::shared_ptr<IDBUSRequestsHandler> m_handler;
-    [[maybe_unused]] bool m_flag;
-    boost::optional<std::string> m_closeEventConnection;
+    const IDBUSWrapper::DBUSType m_dbusType;
+    const std::shared_ptr<Utils::ISimpleClock> m_clock;
+
+    // Whoever calls activate(), deactivate() and the destructor, one at a time. Never the loop: it cannot join itself.
+    std::unique_ptr<boost::thread> m_thread; // only after activate()
+
+    // Both. activate() holds the lock until it knows how it ends, and the loop takes it for each change of the match
+    // rules: the first client may come while activate() still waits, and then has to find the adapter active.
+    std::mutex m_mutex;
+    bool m_activated = false; // guarded by m_mutex, but in listenDBUS(), which sets it before it is the loop itself
+
+    // The loop's thread, from ThreadParams::begin() to its end. The handler is called there, and so subscribes there.
+    DBUSConnectionHandle m_dbusConnectionHandle; // null outside the loop
+    std::unique_ptr<BusName> m_name;             // null outside the loop
     BusCalls m_busCalls;
     BusClients m_clients;
-    std::unique_ptr<boost::thread> m_thread;
-    bool m_activated = false;
-    IDBUSWrapper::DBUSType m_dbusType;
-    DBUSConnectionHandle m_dbusConnectionHandle; // null outside the loop
-    std::shared_ptr<Utils::ISimpleClock> m_clock;
-    bool m_idle = true;
-    float m_idleSince = 0;
-    std::mutex m_mutex;              // held for the activation and for each change of the match rules
-    std::unique_ptr<BusName> m_name; // null outside the loop
-
-    ReusedStream m_input;  // of the call being handled
-    ReusedStream m_output; // of the call being handled
+    boost::optional<std::string> m_closeEventConnection; // the client whose end the handler wants to hear of
+    ReusedStream m_input;                                // of the call being handled
+    ReusedStream m_output;                               // of the call being handled
 };
 
 } // namespace DAX::Common::DBUSWrapper

@@ -11,8 +11,9 @@ std::shared_ptr<IDBUSAdapter::IDBUSAdapterFactory> IDBUSAdapter::createDefaultAd
 }
 
 std::unique_ptr<IDBUSAdapter> CDBUSAdapterFactory::create(IDBUSWrapper::DBUSType type, const std::string& objectPath,
-                                                          std::shared_ptr<IDBUSRequestsHandler> handler, bool flag) {
-    return std::make_unique<CDBUSAdapter>(type, objectPath, std::move(handler), flag);
+                                                          std::shared_ptr<IDBUSRequestsHandler> handler,
+                                                          bool /*flag*/) {
+    return std::make_unique<CDBUSAdapter>(type, objectPath, std::move(handler));
 }
 
 } // namespace DAX::Common::DBUSWrapper

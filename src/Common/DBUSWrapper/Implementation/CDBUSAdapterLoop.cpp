@@ -135,10 +135,10 @@ bool CDBUSAdapter::Loop::isStopWanted() const {
 }
 
 bool CDBUSAdapter::Loop::isIdleForTooLong() const {
-    if (m_idleTimeoutInSeconds == 0 || !m_adapter.m_idle) {
+    if (m_idleTimeoutInSeconds == 0 || !m_adapter.m_clients.isEmpty()) {
         return false;
     }
-    const float elapsed = m_adapter.m_clock->getCurrentTime() - m_adapter.m_idleSince;
+    const float elapsed = m_adapter.m_clients.emptyFor();
     DAX_LOG(VERBOSE) << "Persistence in idle state lasts for: " << elapsed << " seconds.";
     return elapsed > static_cast<float>(m_idleTimeoutInSeconds);
 }

@@ -225,7 +225,8 @@ void CDBUSAdapter::disconnectDeadClient(const std::string& name) {
         if (m_closeEventConnection && *m_closeEventConnection == name) {
             m_handler->clientDisconnected(name.c_str());
         }
-        unregisterConnection(name);
+        const auto lock = waitForActivation();
+        m_clients.remove(name);
     } catch (const DBUSWrapperException&) {
         DAX_LOG(ERR) << "DBUSWrapperException while calling clientDisconnected() in adapter object: " << m_objectPath
                      << " - ignoring. Exception: " << diagnostics();
