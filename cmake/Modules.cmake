@@ -79,6 +79,7 @@ function(dax_program target)
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} kovan_platform)
   dax_harden(${target})
+  dax_link_runtime(${target})
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
 endfunction()
 
