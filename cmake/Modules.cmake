@@ -24,11 +24,15 @@ if(DAX_FUZZ)
   target_compile_options(dax_build INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# dax_module(<target> [PUBLIC <targets>] [PRIVATE <targets>])
+include(${CMAKE_CURRENT_LIST_DIR}/PrecompiledHeaders.cmake)
+# Everything that people run, and nothing else.
+add_custom_target(production)
+
+# dax_module(<target> [ARCHIVES] [PUBLIC <targets>] [PRIVATE <targets>])
 # The folder is the module: the public headers at its root, the sources in Implementation/. Those of Implementation/host/
-# and Implementation/device/ belong to that platform alone.
+# and Implementation/device/ belong to that platform alone. ARCHIVES: it reads or writes archives.
 function(dax_module target)
-  cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "ARCHIVES" "" "PUBLIC;PRIVATE" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/Implementation/*.cpp)
   set(other_platforms host device)
   list(REMOVE_ITEM other_platforms ${KOVAN_PLATFORM})
@@ -37,35 +41,18 @@ function(dax_module target)
     add_library(${target} STATIC ${sources})
     target_link_libraries(${target} PUBLIC dax_build ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
     dax_harden(${target})
+    dax_precompile(${target} ${ARG_ARCHIVES})
+    add_dependencies(production ${target})
   else()
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE dax_build ${ARG_PUBLIC} ${ARG_PRIVATE})
   endif()
 endfunction()
 
-# dax_archives(<targets>): for modules, programs and tests that read or write archives. The archive headers cost a compiler
-# seconds in each file; they are compiled once for all.
-add_library(dax_archive_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/ArchiveHeaders.cpp)
-dax_harden(dax_archive_headers)
-target_link_libraries(dax_archive_headers PUBLIC dax_build Boost::serialization Boost::date_time Boost::thread)
-target_precompile_headers(
-  dax_archive_headers PRIVATE
-  <functional> <list> <memory> <set> <sstream> <string> <vector>
-  <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
-  <boost/date_time/posix_time/time_serialize.hpp>
-  <boost/exception/all.hpp>
-  <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
-  <boost/serialization/string.hpp> <boost/serialization/vector.hpp>)
-function(dax_archives)
-  foreach(target ${ARGN})
-    target_precompile_headers(${target} REUSE_FROM dax_archive_headers)
-  endforeach()
-endfunction()
-
-# dax_program(<target> LINK <targets>): every source of the folder and of its Implementation/, with the platform chosen.
+# dax_program(<target> [ARCHIVES] LINK <targets>): every source of the folder and of its Implementation/, with the platform chosen.
 # Beside a main.cpp, they are the library <target>_parts, which tests link as well.
 function(dax_program target)
-  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  cmake_parse_arguments(ARG "ARCHIVES" "" "LINK" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   set(main ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
   if(main IN_LIST sources)
@@ -73,40 +60,31 @@ function(dax_program target)
     add_library(${target}_parts STATIC ${sources})
     target_link_libraries(${target}_parts PUBLIC dax_build ${ARG_LINK})
     dax_harden(${target}_parts)
+    dax_precompile(${target}_parts ${ARG_ARCHIVES})
     set(sources ${main})
     set(ARG_LINK ${target}_parts)
   endif()
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} kovan_platform)
   dax_harden(${target})
+  dax_precompile(${target} ${ARG_ARCHIVES})
+  add_dependencies(production ${target})
   dax_link_runtime(${target})
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
 endfunction()
 
-# The headers that nearly every test needs cost a compiler more than the test itself; they are compiled once for all.
 if(DAX_TESTS)
   find_package(GTest REQUIRED)
-  add_library(dax_test_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp)
-  target_compile_options(dax_test_headers PRIVATE ${DAX_TEST_OPTIONS})
-  target_link_libraries(dax_test_headers PUBLIC dax_build GTest::gmock Boost::serialization Boost::date_time Boost::thread)
-  target_precompile_headers(
-    dax_test_headers PRIVATE
-    <algorithm> <atomic> <chrono> <cstdlib> <filesystem> <fstream> <functional> <list> <map> <memory> <mutex> <set>
-    <sstream> <stdexcept> <string> <thread> <utility> <vector>
-    <gmock/gmock.h> <gtest/gtest.h>
-    <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
-    <boost/date_time/posix_time/posix_time.hpp> <boost/date_time/posix_time/time_serialize.hpp>
-    <boost/exception/all.hpp>
-    <boost/optional/optional_io.hpp>
-    <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
-    <boost/serialization/string.hpp> <boost/serialization/vector.hpp>
-    <boost/thread/future.hpp> <boost/thread/thread.hpp>)
+  dax_precompile_for_tests()
 endif()
 
-# dax_test(<target> LINK <targets> [HOST] [SOURCES <files>] [TIMEOUT <seconds>])
+add_custom_target(tests_with_threads)
+
+# dax_test(<target> LINK <targets> [HOST] [THREADS] [SOURCES <files>] [TIMEOUT <seconds>] [PROPERTIES <name> <value>...])
 # A GoogleTest program over FakeKovan, or over the host platform with HOST. The sources are the folder's own .cpp files.
+# THREADS marks what the thread sanitizer has to see at every submission. Each test is labelled with its program.
 function(dax_test target)
-  cmake_parse_arguments(ARG "HOST" "TIMEOUT" "LINK;SOURCES;PROPERTIES" ${ARGN})
+  cmake_parse_arguments(ARG "HOST;THREADS" "TIMEOUT" "LINK;SOURCES;PROPERTIES" ${ARGN})
   if(NOT ARG_SOURCES)
     file(GLOB ARG_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   endif()
@@ -116,7 +94,7 @@ function(dax_test target)
   add_executable(${target} ${ARG_SOURCES})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_options(${target} PRIVATE ${DAX_TEST_OPTIONS})
-  target_precompile_headers(${target} REUSE_FROM dax_test_headers)
+  dax_reuse_headers(${target} dax_test_headers)
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} GTest::gmock_main)
   set(implementation FakeKovan)
   if(ARG_HOST)
@@ -124,5 +102,11 @@ function(dax_test target)
   endif()
   target_link_libraries(${target} PRIVATE ${implementation})
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION ${implementation})
-  gtest_discover_tests(${target} NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT ${ARG_TIMEOUT} ${ARG_PROPERTIES})
+  set(label ${target})
+  if(ARG_THREADS)
+    set(label "${target} threads") # one word, since a list does not survive the discovery
+    add_dependencies(tests_with_threads ${target})
+  endif()
+  gtest_discover_tests(${target} NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST
+                       PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS ${label} ${ARG_PROPERTIES})
 endfunction()

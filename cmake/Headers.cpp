@@ -1,0 +1,1 @@
+// Exists for the precompiled header of dax_headers.
