@@ -6,9 +6,9 @@
 
 namespace DAX::Common::Utils {
 
-// While it lives, these signals are held back from the thread that makes it, and from each thread that this one makes
-// meanwhile, for good. Those that were held back before stay so. It ends on the thread that made it, in the reverse
-// order of others like it.
+// Blocks these signals while it lives, for the thread that makes it; threads that this one makes meanwhile inherit the
+// blocking for good. Signals that were blocked before stay so. It must be destroyed on the thread that made it, in
+// reverse order of others like it.
 class BlockedSignals {
 public:
     explicit BlockedSignals(const sigset_t& signals) { pthread_sigmask(SIG_BLOCK, &signals, &m_previous); }

@@ -5,11 +5,12 @@
 
 namespace DAX::Common::Utils {
 
+// Frees a text of a C function.
 struct CTextDeleter {
     void operator()(char* text) const { std::free(text); }
 };
 
-// A text that a C function handed over, freed with free() by its last owner. Null when there is none.
+// A text that a C function handed over; its last owner frees it with free(). Null when there is none.
 using CText = std::unique_ptr<char, CTextDeleter>;
 
 } // namespace DAX::Common::Utils

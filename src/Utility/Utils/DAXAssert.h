@@ -4,9 +4,9 @@
 
 namespace DAX::Common::Utils {
 
-// A failed assertion: sends an error event, writes to the console, logs and aborts. Whatever of these fails, be it for
-// want of memory, the next ones follow. BOOST_ASSERT and BOOST_ASSERT_MSG, here and in library headers, end in the same
-// place.
+// Reports a failed assertion and ends the process: sends an error event, writes to the console, logs and aborts. If one
+// of these fails, even for lack of memory, the others follow all the same. BOOST_ASSERT and BOOST_ASSERT_MSG, here and
+// in library headers, end here, too. Any thread.
 [[noreturn]] void DAXAssertionFailed(const char* expr, const char* function, const char* file, long line) noexcept;
 [[noreturn]] void DAXAssertionFailedMsg(const char* expr, const char* msg, const char* function, const char* file,
                                         long line) noexcept;

@@ -13,13 +13,13 @@
 
 namespace DAX::Common::Utils::detail {
 
-// An exception in the making, held by a throw site for the length of one expression: values are streamed into it as the
-// free text of the throw site, tags are attached to it. Belongs to one thread.
+// An exception that is being built at a throw site, for the length of one expression. Streamed values become the free
+// text of the throw site, tags are attached. Belongs to one thread.
 template <class E>
 class ErrInfoStream : public E {
 public:
-    // Shares the tags of `exception`, so that it has what is attached here, too; what is thrown has a copy of them.
-    // They live in a virtual base, which a copy of E alone leaves out.
+    // Shares the tags of `exception`, so a tag attached here shows there, too; the thrown exception has its own copy.
+    // The tags are in a virtual base, so they are copied separately from E.
     explicit ErrInfoStream(const E& exception) : E(exception) { static_cast<boost::exception&>(*this) = exception; }
 
     template <class T>
@@ -37,13 +37,13 @@ public:
         return *this;
     }
 
-    // The streamed text, if there is any, replaces a text that was attached as a tag.
+    // A streamed text replaces a text that was attached as a tag.
     [[noreturn]] void throwException() {
         attachText();
         throw boost::exception_detail::clone_impl<E>(static_cast<const E&>(*this));
     }
 
-    // What throwException would throw, to be stored or carried to another thread.
+    // The exception that throwException() would throw, for keeping or for another thread.
     boost::exception_ptr getExceptionPtr() {
         try {
             throwException();
@@ -62,6 +62,7 @@ private:
     std::unique_ptr<std::ostringstream> m_stream;
 };
 
+// Turns an exception into an ErrInfoStream over it, whatever its type.
 struct ErrInfoStreamFactory {
     template <class E>
     auto operator<<(E&& exception) const {
@@ -79,11 +80,11 @@ ErrInfoStream<E> located(ErrInfoStream<E> stream, const boost::source_location& 
 
 } // namespace DAX::Common::Utils::detail
 
-// The throw site: DAX_THROW(GenericException(), "text " << value << errinfo_path(path)); the location is attached.
+// The throw site: DAX_THROW(GenericException(), "text " << value << errinfo_path(path)). It adds the location.
 #define DAX_EXCEPTION(EXCEPTION) DAX_EXCEPTION_AT(BOOST_CURRENT_LOCATION, EXCEPTION)
 #define DAX_THROW(EXCEPTION, STREAMED) DAX_THROW_AT(BOOST_CURRENT_LOCATION, EXCEPTION, STREAMED)
 
-// For a check that several sites share: the location is that of its caller, who gives it BOOST_CURRENT_LOCATION as a
+// For a check that several sites share: SITE is the location of the caller, who passes BOOST_CURRENT_LOCATION as a
 // boost::source_location.
 #define DAX_EXCEPTION_AT(SITE, EXCEPTION)                                                                              \
     (::DAX::Common::Utils::detail::located(::DAX::Common::Utils::detail::ErrInfoStreamFactory() << (EXCEPTION), SITE))

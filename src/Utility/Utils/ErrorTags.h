@@ -8,7 +8,7 @@
 
 namespace DAX::Common::Utils {
 
-// What an exception of this system can carry.
+// The tags that an exception of this system can carry.
 struct tag_errinfo_stream {};      // the free text of the throw site
 struct tag_errinfo_string {};      // a string argument of the failed operation
 struct tag_errinfo_description {}; // a description text
@@ -27,7 +27,7 @@ using errinfo_subject = boost::error_info<tag_errinfo_subject, std::string>;
 using errinfo_errorcode = boost::error_info<tag_errinfo_errorcode, int>;
 using errinfo_supportcode = boost::error_info<tag_errinfo_supportcode, std::string>;
 
-// All arguments, in order, as one text.
+// Joins all arguments, in order, to one text.
 template <class... Args>
 errinfo_stream_text errinfo_stream(Args&&... args) {
     std::ostringstream text;
@@ -35,12 +35,12 @@ errinfo_stream_text errinfo_stream(Args&&... args) {
     return errinfo_stream_text(text.str());
 }
 
-// " errno=" and the number, and in parentheses what strerror_r says of it.
+// The text " errno=<number> (<description>)" with the description of strerror_r, and the same as a tag. Any thread.
 std::string get_string_from_errno(int number);
 errinfo_stream_text errinfo_errno(int number);
 
-// The support codes of an exception and of those nested in it, joined by "-", the empty ones left out. A nested
-// exception that is no boost::exception goes on up as an exception of this function.
+// The support codes of an exception and of those nested in it, joined by "-", without the empty ones. A nested
+// exception that is no boost::exception is thrown out of this function.
 std::string get_combined_supportcode(boost::exception& exception);
 
 } // namespace DAX::Common::Utils

@@ -6,13 +6,13 @@
 
 namespace DAX::Common::Utils {
 
-// Owns an open descriptor of the system, or none, and closes it at its end. To make one changes no errno: whoever gets
-// a descriptor from the system can look at the failure behind it.
+// Owns an open file descriptor, or none, and closes it in its destructor. The constructor leaves errno alone, so the
+// caller can look at it when the system call before has failed. One thread at a time.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
 
-    // What open() and its like return; a negative value is none.
+    // Takes the result of open() and the like; a negative value means none.
     explicit FileDescriptor(int descriptor) noexcept : m_descriptor(descriptor) {}
     FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(other.release()) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
@@ -28,7 +28,7 @@ public:
     bool isOpen() const noexcept { return m_descriptor >= 0; }
     int get() const noexcept { return m_descriptor; }
 
-    // Leaves the closing to the caller, who wants to know how it turns out.
+    // Gives the descriptor to the caller, who closes it and sees whether that succeeds.
     int release() noexcept { return std::exchange(m_descriptor, -1); }
 
 private:

@@ -6,7 +6,7 @@
 
 namespace DAX::Common::Utils {
 
-// The general-purpose exception of the system. The other families stand beside it, each with a root of its own.
+// The general-purpose exception of the system. The other families do not derive from it; each has its own root.
 class GenericException : public virtual std::exception, public virtual boost::exception {};
 
 } // namespace DAX::Common::Utils

@@ -4,11 +4,12 @@
 
 namespace DAX::Common::Utils {
 
-// What an object is called in messages: its class, and in parentheses what tells it from others.
+// An object with a name for messages: its class, and in parentheses what distinguishes it from others.
 class IDebugName {
 public:
     virtual ~IDebugName() = default;
 
+    // The name, such as "FileSink(/tmp/file)". Only for messages.
     virtual std::string debugName() const = 0;
 };
 

@@ -3,14 +3,14 @@
 namespace DAX::Common::Utils {
 
 // An interruption of this thread (boost::thread_interrupted) that was caught where no exception may pass. It is kept
-// there and raised again where the thread can end: otherwise it would be lost, and who waits for the thread would wait
-// for ever.
+// there, and thrown again where the thread can end; if it were lost, whoever waits for the thread would wait for ever.
+// Each thread has its own.
 class KeptInterruption {
 public:
-    // Inside a catch block. Keeps the exception being handled when it is an interruption.
+    // Only inside a catch block: keeps the exception being handled if it is an interruption.
     static void keep();
 
-    // Throws boost::thread_interrupted when one is kept by this thread, once.
+    // Throws boost::thread_interrupted if this thread has kept one, and forgets it.
     static void raise();
 };
 

@@ -4,8 +4,8 @@
 
 namespace DAX::Common::Utils {
 
-// The base of every registered singleton. A class T is registerable when it has, besides, the static operations
-// `SingletonsID getID()` and `std::list<SingletonsID> getRequirements()`: what must exist already when it is created.
+// The base of every registered singleton. A registerable class T also needs the static operations `SingletonsID
+// getID()` and `std::list<SingletonsID> getRequirements()`; the latter names the singletons that must exist before T.
 class RegisterableSingleton : private boost::noncopyable {
 public:
     virtual ~RegisterableSingleton() = default;

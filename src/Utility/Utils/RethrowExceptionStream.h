@@ -10,14 +10,14 @@
 
 namespace DAX::Common::Utils {
 
-// What a boost::thread_interrupted becomes on its way through a RethrowExceptionStream: it can carry text, and a
-// handler for the Boost type still catches it.
+// What a RethrowExceptionStream makes of a boost::thread_interrupted: it can carry text, and a handler for the Boost
+// type still catches it.
 class thread_interrupted : public virtual std::exception,
                            public virtual boost::exception,
                            public virtual boost::thread_interrupted {};
 
-// Adds text to an exception while it travels. Made in a catch block (or over an exception pointer); its destructor
-// rethrows, with the text gathered so far put in front of what earlier ones added. Where gathering the text throws,
+// Adds text to an exception on its way up. Make it in a catch block, or for an exception pointer. Its destructor
+// rethrows the exception, with the new text before the texts that were added earlier. If gathering the text throws,
 // that exception goes on instead.
 class RethrowExceptionStream {
 public:
@@ -37,8 +37,8 @@ private:
     const int m_exceptionsOutside = std::uncaught_exceptions();
 };
 
-// Both rethrow an exception, the one being handled or that of a pointer, as a RethrowExceptionStream does, with what
-// `describe` streams. A description that throws ends there, and never takes the exception's place.
+// Both rethrow an exception, the one being handled or that of a pointer, like a RethrowExceptionStream, with the text
+// that `describe` streams. If `describe` throws, its text ends there, and the original exception goes on.
 [[noreturn]] void rethrowWithText(const std::function<void(std::ostream&)>& describe);
 [[noreturn]] void rethrowWithText(const boost::exception_ptr& exception,
                                   const std::function<void(std::ostream&)>& describe);

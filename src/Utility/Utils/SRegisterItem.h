@@ -15,8 +15,8 @@
 
 namespace DAX::Common::Utils {
 
-// An entry of the register: the only strong owner of a singleton, how often it is needed, and who uses it. Any thread
-// may call. Destroyed while it is needed or used, it fails an assertion, before the singleton is touched.
+// An entry of the register: the only strong owner of a singleton, with the count of its needs and its users. Any thread
+// may call. Destroying it while it is needed or used is an assertion failure, before the singleton is destroyed.
 class SRegisterItem : private boost::noncopyable {
 public:
     SRegisterItem(std::shared_ptr<RegisterableSingleton> registerable, SingletonsID id,
@@ -25,13 +25,13 @@ public:
 
     void incrementNeeded();
 
-    // Whether the counter came down to zero.
+    // Returns true when the count has reached zero.
     bool decrementNeeded();
 
     std::shared_ptr<RegisterableSingleton> getRegisterable() const { return m_registerable; }
     const std::list<SingletonsID>& getRequirements() const { return m_requirements; }
 
-    // A user may be there several times. Taking one away that is not there fails an assertion.
+    // A user may be added several times. Removing one that is not there is an assertion failure.
     void incrementUsage(const std::string& user);
     void decrementUsage(const std::string& user);
 

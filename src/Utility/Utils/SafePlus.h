@@ -7,7 +7,7 @@
 
 namespace DAX::Common::Utils {
 
-// The sum of two unsigned values. Throws GenericException when it does not fit.
+// The sum of two unsigned values. Throws GenericException on overflow.
 template <class T>
 T safePlus(T a, T b) {
     static_assert(std::is_unsigned<T>::value, "only unsigned values wrap");

@@ -12,29 +12,29 @@
 
 namespace DAX::Common::Utils {
 
-// Many listeners behind one subscription to a signal of the device, which takes one only. The listeners are ids of the
-// UserDataRegister. Once made, the one subscription stays for the distributor's life, whatever listeners there are. Any
-// thread may call. The subclass's destructor unsubscribes it.
+// Many listeners behind one subscription to a signal of the device that accepts only one. The listeners are ids of the
+// UserDataRegister. Once made, the subscription stays for the life of the distributor, even without listeners. Any
+// thread may call. The destructor of the subclass must unsubscribe.
 template <class Callback>
 class SignalDistributor : private boost::noncopyable {
 public:
     virtual ~SignalDistributor() = default;
 
-    // Subscribes to the device's signal; only the first call does. What the subscription throws passes, and the next
-    // call tries again.
+    // Subscribes to the device's signal; only the first successful call does. What the subscription throws passes, and
+    // the next call tries again.
     void initialize() {
         const std::lock_guard<std::mutex> lock(m_initializeMutex);
         if (m_initialized) {
             return;
         }
-        m_lowLevelSubscriber.reset(); // there may be one only
+        m_lowLevelSubscriber.reset(); // only one may exist at a time
         m_lowLevelSubscriber = doCreateLowLevelSubscriber();
         m_multiCallback = doGetMultiCallback();
         m_lowLevelSubscriber->subscribe(m_multiCallback);
         m_initialized = true;
     }
 
-    // A listener that is there already, or is not there, is logged.
+    // Adding a listener twice, or removing one that is not there, is only logged.
     void subscribe(void* id) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (!m_subscribers.insert(id).second) {
@@ -49,18 +49,20 @@ public:
     }
 
 protected:
+    // Makes the subscriber to the device's signal, never null. initialize() calls it and passes on what it throws.
     virtual std::unique_ptr<SignalSubscriber<Callback>> doCreateLowLevelSubscriber() = 0;
 
-    // What the one subscription calls: it calls each of the listeners there are at that moment.
+    // The callback of the one subscription: it calls each listener that is subscribed at that moment. It runs on the
+    // thread of the device's signal. initialize() calls this and passes on what it throws.
     virtual std::function<Callback> doGetMultiCallback() = 0;
 
-    // A copy, so that a listener's callback may subscribe and unsubscribe.
+    // The listeners, as a copy: a listener's callback may subscribe and unsubscribe.
     std::set<void*> subscribers() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return m_subscribers;
     }
 
-    // Null before the first initialize(). For the subclass's destructor.
+    // For the destructor of the subclass; null before the first initialize().
     SignalSubscriber<Callback>* lowLevelSubscriber() { return m_lowLevelSubscriber.get(); }
 
 private:

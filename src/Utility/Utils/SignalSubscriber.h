@@ -23,13 +23,13 @@
 
 namespace DAX::Common::Utils {
 
-// One listener's subscription to a signal of the device. May be subscribed again after it was unsubscribed; both may be
-// called from any thread, also from inside the callback. The UserDataRegister must exist from the first subscription to
-// the destructor's end. A subclass binds this to one signal, and its destructor calls unsubscribeFinally(), since this
-// class's own is too late for that (an assertion).
+// One listener's subscription to a signal of the device. After unsubscribing it may subscribe again; both may be called
+// from any thread, even inside the callback. The UserDataRegister must exist from the first subscription until the
+// destructor has ended. A subclass binds this to one signal. Its destructor must call unsubscribeFinally(), because the
+// destructor of this class comes too late for that (an assertion).
 //
-// The destructor waits for a callback that is running on another thread, whoever unsubscribes it. A callback that ends
-// its own subscriber is not waited for.
+// The destructor waits for a callback that runs on another thread, whoever unsubscribes. It does not wait for a
+// callback that destroys its own subscriber.
 template <class Callback>
 class SignalSubscriber : private boost::noncopyable {
 public:
@@ -44,15 +44,16 @@ public:
         unregisterFinally(BOOST_CURRENT_FUNCTION);
     }
 
-    // Throws GenericException when subscribed already; the earlier callback then stays. What doSubscribe throws passes.
-    // Waits for the end of another thread's unsubscribe(), so the callback that this one waits for must not call it.
+    // Subscribes `callback`, which runs on the device's thread. Throws GenericException when already subscribed; the
+    // earlier callback then stays. What doSubscribe() throws passes. It waits for the end of another thread's
+    // unsubscribe(), so a callback that this one waits for must not call it.
     void subscribe(std::function<Callback> callback) {
         std::unique_lock<std::mutex> lock(m_mutex);
         m_unregistered.wait(lock, [this] { return !m_unregistering; });
         if (m_subscribed) {
             DAX_THROW(GenericException(), errinfo_description("Already subscribed."));
         }
-        if (m_callbackId != nullptr) { // of an attempt that failed
+        if (m_callbackId != nullptr) { // left by an attempt that failed
             unregister(lock, BOOST_CURRENT_FUNCTION);
         }
         m_callback = std::move(callback);
@@ -62,10 +63,10 @@ public:
         m_subscribed = true;
     }
 
-    // Throws GenericException when not subscribed. On return no callback is running or will start, but for one that
-    // made this very call. A callback that asks for it while another thread is already waiting for the callback's end
-    // has its wish, and goes on at once; anybody else finds it not subscribed meanwhile. After a failure it is not
-    // subscribed, but the callback may still come until the next subscription or the destructor.
+    // Unsubscribes. Throws GenericException when not subscribed. On return no callback runs or will start, except one
+    // that makes this very call. If a callback calls this while another thread already waits for the callback's end, it
+    // returns at once; any other thread gets the exception meanwhile. After a failure it is not subscribed, but the
+    // callback may still come until the next subscription or the destructor.
     void unsubscribe() {
         std::unique_lock<std::mutex> lock(m_mutex);
         if (m_unregistering && isCalledBackHere()) {
@@ -85,16 +86,17 @@ protected:
             ->registerUserData(&m_callback, getExpectedExecutorThreadID());
     }
 
-    // The thread that alone may call back; empty for any.
+    // The only thread that may call back; empty for any.
     virtual boost::optional<boost::thread::id> getExpectedExecutorThreadID() = 0;
 
+    // Subscribes at the device, with callbackId() as its user data. Throws when the device refuses.
     virtual void doSubscribe() = 0;
 
-    // The device's result, which nobody looks at.
+    // Unsubscribes at the device and returns its result, which is ignored. What it throws passes.
     virtual int doUnsubscribe() = 0;
 
-    // For the subclass's destructor: unsubscribes if it is subscribed, and waits for a callback that another thread is
-    // running. Throws what unsubscribing throws.
+    // For the destructor of the subclass: unsubscribes if needed, and waits for a callback that another thread runs.
+    // Throws what unsubscribing throws.
     void unsubscribeFinally() {
         std::unique_lock<std::mutex> lock(m_mutex);
         do {
@@ -102,11 +104,11 @@ protected:
             if (m_subscribed) {
                 unsubscribe(lock, BOOST_CURRENT_FUNCTION);
             }
-        } while (awaitCallbacks(lock)); // which may have subscribed again
+        } while (awaitCallbacks(lock)); // those may have subscribed again
     }
 
-    // For the destructor of a subclass with members that its operations use; call it after unsubscribeFinally(). Takes
-    // away a callback that a failure has left registered, while those members still exist.
+    // For the destructor of a subclass whose operations use its own members; call it after unsubscribeFinally().
+    // Removes a callback that a failure has left registered, while those members still exist.
     void unregisterFinally(const char* user) noexcept {
         try {
             std::unique_lock<std::mutex> lock(m_mutex);
@@ -124,12 +126,12 @@ protected:
         }
     }
 
-    // For the operations above, which run under the mutex.
+    // For the do... operations, which run with the mutex held.
     void* callbackId() const { return m_callbackId; }
     std::function<Callback>& callback() { return m_callback; }
 
 private:
-    // Says to all that the callback is being unregistered, with the mutex released for as long.
+    // Marks the callback as being unregistered, and releases the mutex for that time.
     class Unregistration : private boost::noncopyable {
     public:
         Unregistration(SignalSubscriber& subscriber, std::unique_lock<std::mutex>& lock)
@@ -153,7 +155,7 @@ private:
                                                                                         UserDataRegister::getID());
     }
 
-    // All below are called with the mutex held, and return with it.
+    // Everything below is called with the mutex held, and returns with it.
 
     void unsubscribe(std::unique_lock<std::mutex>& lock, const char* user) {
         m_subscribed = false;
@@ -161,7 +163,7 @@ private:
         unregister(lock, user);
     }
 
-    // The id stays until it is over, so that nobody takes it for over before.
+    // The id stays until this is over, so that nobody believes it finished before.
     void unregister(std::unique_lock<std::mutex>& lock, const char* user) {
         const bool calledBackHere = isCalledBackHere();
         const std::vector<std::shared_ptr<UserDataItem>> others = callbacksOfOthers();
@@ -177,7 +179,7 @@ private:
         }
     }
 
-    // Whether it had to wait.
+    // Returns whether it had to wait.
     bool awaitCallbacks(std::unique_lock<std::mutex>& lock) {
         const std::vector<std::shared_ptr<UserDataItem>> others = callbacksOfOthers();
         if (others.empty()) {
@@ -195,8 +197,8 @@ private:
         }
     }
 
-    // Those that unsubscribed and may still be running. None for a callback of this subscriber itself: two that waited
-    // for each other would wait for ever.
+    // The callbacks that unsubscribed and may still be running. Empty on a thread that runs a callback of this
+    // subscriber: two that waited for each other would wait for ever.
     std::vector<std::shared_ptr<UserDataItem>> callbacksOfOthers() {
         const auto hasEnded = [](const std::weak_ptr<UserDataItem>& item) { return item.expired(); };
         m_leaving.erase(std::remove_if(m_leaving.begin(), m_leaving.end(), hasEnded), m_leaving.end());

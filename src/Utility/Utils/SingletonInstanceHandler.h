@@ -9,15 +9,16 @@
 
 namespace DAX::Common::Utils {
 
-// The process-wide implementation of a facade: made by the factory at the first request, unless another was put in
-// before. Any thread may call. It is not registered anywhere and lives until the process ends.
+// The process-wide implementation of a facade. The factory makes it at the first request, unless another one was set
+// before. It is not registered anywhere and lives until the process ends. Any thread may call.
 template <class T>
 class SingletonInstanceHandler : private boost::noncopyable {
 public:
     explicit SingletonInstanceHandler(std::function<std::unique_ptr<T>()> factory) : m_factory(std::move(factory)) {}
 
-    // The caller's copy keeps the implementation alive over its calls. Null when the factory gives nothing, which is
-    // then asked again at the next request; what the factory throws passes, std::bad_function_call for an empty one.
+    // The implementation; the caller's copy keeps it alive during the calls. Null when the factory returns null; the
+    // next request then calls the factory again. What the factory throws passes; an empty factory throws
+    // std::bad_function_call.
     std::shared_ptr<T> getSingletonInstance() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (!m_instance) {
@@ -26,10 +27,11 @@ public:
         return m_instance;
     }
 
-    // One call of it, which it is kept alive over: handler->operation(). There must be an implementation by then.
+    // For one call, handler->operation(), which keeps the implementation alive. There must be an implementation.
     std::shared_ptr<T> operator->() { return getSingletonInstance(); }
 
-    // Puts another implementation in; the old one is released before this returns. Null calls the factory again.
+    // Replaces the implementation, and releases the old one before it returns. After null, the next request calls the
+    // factory again.
     void setImplementationSingleton(std::unique_ptr<T> implementation) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_instance = std::move(implementation);

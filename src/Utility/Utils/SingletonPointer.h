@@ -10,9 +10,9 @@
 
 namespace DAX::Common::Utils {
 
-// A named user's way to a registered singleton. It does not keep the singleton alive: a SingletonServiceGuard must, for
-// as long as the pointer is used. A pointer that is alive when its singleton goes ends the process, which names the
-// user; one that is not there at that moment does no harm. Belongs to one thread.
+// A named user's access to a registered singleton. It does not keep the singleton alive: a SingletonServiceGuard must
+// do so as long as the pointer is used. If the pointer still exists when its singleton is destroyed, the process ends
+// with an assertion that names the user. Belongs to one thread.
 template <class T>
 class SingletonPointer : private boost::noncopyable {
 public:
@@ -26,7 +26,7 @@ public:
         }
     }
 
-    // An assertion fails when the singleton is gone.
+    // It is an assertion failure when the singleton is gone.
     T* operator->() {
         const std::shared_ptr<SRegisterItem> item = m_item.lock();
         if (!item) {

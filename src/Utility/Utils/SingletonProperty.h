@@ -9,8 +9,8 @@
 
 namespace DAX::Common::Utils {
 
-// A base of T that lets at most one T exist at a time: a second creation throws GenericException. Any thread may create
-// and destroy.
+// A base of T that allows only one T at a time: the constructor throws GenericException when another T exists. Any
+// thread may create and destroy.
 template <class T>
 class SingletonProperty : private boost::noncopyable {
 protected:

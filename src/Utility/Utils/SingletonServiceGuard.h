@@ -9,14 +9,14 @@
 
 namespace DAX::Common::Utils {
 
-// One need of the registered singleton T, from construction to destruction: while a guard lives, T exists. Guards on
-// what T requires must have been made before.
+// Marks one need of the registered singleton T for its own lifetime: while a guard lives, T exists. Guards on what T
+// requires must be made before (an assertion). Any thread.
 template <class T>
 class SingletonServiceGuard : private boost::noncopyable {
 public:
     SingletonServiceGuard() : SingletonServiceGuard(SingletonsRegister::defaultFactory<T>) {}
 
-    // The factory makes T when it does not exist yet.
+    // `factory` makes T when T does not exist yet. What it throws passes.
     explicit SingletonServiceGuard(SingletonsRegister::Factory factory) : m_id(T::getID()) {
         SingletonsRegister::getSingletonsRegister().markNeeded<T>(*m_id, std::move(factory));
     }

@@ -6,7 +6,7 @@
 
 namespace DAX::Common::Utils {
 
-// The identities of the registered singletons of the whole stack. This daemon has only some of them.
+// The ids of the registered singletons of the whole update stack; this daemon has only some of them.
 enum SingletonsID : std::int32_t {
     USER_DATA_REGISTER = 0,
     TVS_SIGNAL_DISTRIBUTOR = 1,
@@ -32,7 +32,7 @@ enum SingletonsID : std::int32_t {
     PARTITION_MANAGERS_REGISTER = 21
 };
 
-// The enumerator's name; for any other value a text that says so and has the number. Never fails.
+// The name of the enumerator; for any other value, a text with the number. Any thread.
 std::string singletonsIdToString(SingletonsID id);
 
 // Writes what singletonsIdToString gives.

@@ -16,31 +16,32 @@
 
 namespace DAX::Common::Utils {
 
-// Owns the process-wide objects that other code reaches by identity. Each is created when it is first needed and
-// destroyed when the last need is withdrawn, always before what it requires. Needs are best marked by a
-// SingletonServiceGuard. Any thread may call anything, a singleton's factory, constructor and destructor too; to
-// getService a singleton is invisible while it is being constructed or destroyed. Every misuse fails an assertion.
+// Owns the process-wide objects that other code reaches by an id. Each one is created when it is first needed and
+// destroyed when the last need is withdrawn, always before the ones that it requires. Mark needs by a
+// SingletonServiceGuard. Any thread may call anything, and so may the factory, constructor and destructor of a
+// singleton; getService() does not find a singleton that is being constructed or destroyed. Every misuse is an
+// assertion failure.
 //
-// Locks: the operation lock, then the map lock, then an item's own.
+// Lock order: the operation lock, the map lock, the lock of an item.
 class SingletonsRegister : private boost::noncopyable {
 public:
     using Factory = std::function<std::shared_ptr<RegisterableSingleton>()>;
 
-    // The one register; it exists before main.
+    // The one register. It exists before main.
     static SingletonsRegister& getSingletonsRegister() { return instance; }
 
-    // Marks one need of the singleton T and of all that it requires, transitively. The factory is called only when T
-    // does not exist; what it throws passes and leaves everything as it was. T's requirements must exist: they are
-    // never created here.
+    // Marks one need of the singleton T and of everything that it requires, directly or not. The factory is called only
+    // when T does not exist; what it throws passes, and nothing has changed then. What T requires must exist already:
+    // it is never created here.
     template <class T>
     void markNeeded(SingletonsID id, Factory factory) {
         markNeeded(id, factory, &T::getRequirements);
     }
 
-    // Withdraws one need of the singleton, and of all that it requires; what is needed no more is destroyed.
+    // Withdraws one need of the singleton and of everything that it requires, and destroys what is no longer needed.
     void unmarkNeeded(SingletonsID id);
 
-    // The singleton, which must exist, for the user of this name.
+    // A pointer to the singleton, which must exist, for the user of this name.
     template <class T>
     SingletonPointer<T> getService(const std::string& user, SingletonsID id) {
         const std::lock_guard<std::mutex> mapLock(m_mapMutex);
@@ -51,7 +52,7 @@ public:
         return SingletonPointer<T>(user, item);
     }
 
-    // Makes a T whose constructor is protected.
+    // Makes a T with a protected constructor.
     template <class T>
     static std::shared_ptr<T> defaultFactory() {
         struct enable_construct : public T {};
@@ -68,7 +69,7 @@ private:
     void create(SingletonsID id, const Factory& factory, const Requirements& requirements);
     void incrementNeeds(SingletonsID id);
 
-    // Under the map lock.
+    // To be called with the map lock held.
     template <class BeginIter, class EndIter>
     void checkRequirements(SingletonsID id, BeginIter&& first, EndIter&& last);
     const std::shared_ptr<SRegisterItem>& existingItem(SingletonsID id);
@@ -76,7 +77,7 @@ private:
     static SingletonsRegister instance;
 
     std::map<SingletonsID, std::shared_ptr<SRegisterItem>> m_items;
-    std::recursive_mutex m_operationMutex; // held for the length of a creation or destruction
+    std::recursive_mutex m_operationMutex; // held during a whole creation or destruction
     std::mutex m_mapMutex;                 // guards m_items; not held while foreign code runs
 };
 

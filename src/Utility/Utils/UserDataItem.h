@@ -8,18 +8,19 @@
 
 namespace DAX::Common::Utils {
 
-// What an id of the UserDataRegister stands for: borrowed data, and the thread that alone may reach it. Whoever looks
-// at the data, or takes it away, holds the data mutex, and for as long as the data is used.
+// What an id of the UserDataRegister stands for: borrowed data, and the only thread that may reach it. Whoever reads or
+// removes the data holds the data mutex, for as long as the data is used.
 class UserDataItem : private boost::noncopyable {
 public:
     UserDataItem(void* data, const boost::optional<boost::thread::id>& expectedExecutor);
 
     std::mutex& dataMutex() { return m_dataMutex; }
 
+    // After this, getData() is empty.
     void removeData();
 
-    // Empty once it was removed. On software that is not for production an assertion fails on any thread but the
-    // expected one.
+    // The data; empty once it was removed. On software that is not for production, it is an assertion failure on any
+    // thread but the expected one.
     boost::optional<void*> getData();
 
 private:

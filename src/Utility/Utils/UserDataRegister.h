@@ -20,46 +20,47 @@
 namespace DAX::Common::Utils {
 
 // Lets C interfaces call back objects that may be gone by then. Such an interface gets a small number as its user data,
-// never a pointer to an object; GenericFunctorCallback turns the number back into the object under a lock. The
-// register is a registered singleton; it must outlive every registration (an assertion). Any thread may call anything.
+// never a pointer to an object; GenericFunctorCallback looks the object up under a lock. The register is a registered
+// singleton and must outlive every registration (an assertion). Any thread may call anything.
 //
-// Locks: the map mutex, then a data mutex, but never the map mutex while a data mutex is waited for. The data mutex of
-// an id is held while its callback runs: a callback may register, and unregister itself and others; two callbacks that
-// unregister each other at the same time wait for ever.
+// Lock order: the map mutex, then a data mutex; but nobody waits for a data mutex while holding the map mutex. The data
+// mutex of an id is held while its callback runs. So a callback may register, and may unregister itself and others; but
+// two callbacks that unregister each other at the same time wait for ever.
 class UserDataRegister : public RegisterableSingleton {
 public:
     class UserDataLock;
     template <class Function>
     class GenericFunctorCallback;
 
+    // What RegisterableSingleton asks for. It requires no other singleton.
     static SingletonsID getID() { return USER_DATA_REGISTER; }
     static std::list<SingletonsID> getRequirements() { return {}; }
 
     ~UserDataRegister() override;
 
-    // The new id: 1 for the first, and one more each time; none is used twice. `data` is borrowed until the id is
-    // unregistered. On software that is not for production an assertion fails when any thread but the expected
-    // executor reaches it.
+    // Returns a new id: 1 for the first one, then counting up; no id is used twice. `data` is borrowed until the id is
+    // unregistered. On software that is not for production, it is an assertion failure when any other thread than
+    // `expectedExecutor` reaches the data.
     void* registerUserData(void* data, boost::optional<boost::thread::id> expectedExecutor);
 
-    // On return no callback for this id is running, but for one that made this very call, or will start. An id that is
-    // not registered is logged.
+    // On return no callback for this id runs or will start, except one that makes this very call. An id that is not
+    // registered is only logged.
     void unregisterUserData(void* id);
 
-    // What stands behind a registered id; null for one that is not registered. It may be kept beyond the registration.
+    // The item of a registered id; null for one that is not registered. It may be kept beyond the registration.
     std::shared_ptr<UserDataItem> getItem(void* id);
 
     // Whether the calling thread is running a callback for this item.
     static bool isCalledBackHere(const UserDataItem& item);
 
-    // Returns when no other thread is running a callback for this item; at once when the calling thread is.
+    // Waits until no other thread runs a callback for this item. Returns at once when the calling thread runs one.
     static void awaitCallback(UserDataItem& item);
 
 protected:
     explicit UserDataRegister(int lastId = 0) : m_id(lastId) {}
 
 private:
-    // As getItem, but it logs an id that is not registered.
+    // Like getItem(), but logs an id that is not registered.
     std::shared_ptr<UserDataItem> find(void* id);
 
     int m_id;
@@ -67,17 +68,17 @@ private:
     std::mutex m_userDataMapMutex; // guards both above
 };
 
-// Holds the data of an id in place: while a valid lock lives, no other thread takes the data away. Belongs to the
-// thread that made it.
+// Locks the data of an id: while a valid lock lives, no other thread removes the data. Belongs to the thread that made
+// it.
 class UserDataRegister::UserDataLock : private boost::noncopyable {
 public:
     explicit UserDataLock(void* id);
     ~UserDataLock();
 
-    // Whether there is data.
+    // Whether the id had data when the lock was made.
     explicit operator bool() const { return m_valid; }
 
-    // For a valid lock, as long as its own thread has not unregistered the id.
+    // The data. Only for a valid lock, and only until its own thread unregisters the id.
     void* getData() const { return *m_item->getData(); }
 
 private:
@@ -86,13 +87,13 @@ private:
     std::unique_lock<std::mutex> m_dataLock;
 };
 
-// What goes to a C interface: the address of call<RetVal>, with an id of the register as user data. The data of that id
-// is a std::function<R(Args...)>. R is not void.
+// What a C interface gets: the address of call<RetVal>, with an id of the register as user data. The data of that id is
+// a std::function<R(Args...)>. R must not be void.
 template <class R, class... Args>
 class UserDataRegister::GenericFunctorCallback<R(Args...)> {
 public:
-    // Calls a copy of the function that is registered under the id; RetVal when there is none any more. An exception
-    // of the function ends the process: no C interface must see one.
+    // Calls a copy of the function that is registered under the id; returns RetVal when there is none any more. An
+    // exception of the function ends the process, since no C interface may see one.
     template <R RetVal = R()>
     static R call(Args... args, void* id) noexcept {
         try {

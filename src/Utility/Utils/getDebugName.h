@@ -9,7 +9,7 @@
 
 namespace DAX::Common::Utils {
 
-// The object's debugName(); the name of its static type and its address where it has none.
+// The object's debugName(), or, without one, the name of its static type and its address.
 template <class T>
 std::string getDebugName(const T& object) {
     if (const auto* const named = dynamic_cast<const IDebugName*>(&object)) {

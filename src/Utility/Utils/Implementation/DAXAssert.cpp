@@ -15,9 +15,9 @@ using DAX::Platform::KpiEvent::CErrorEvent;
 
 namespace {
 
-const std::size_t LONGEST_TEXT = 16384; // as long as the log takes
+const std::size_t LONGEST_TEXT = 16384; // the longest message of the log
 
-// What is known of a failed assertion.
+// The facts of a failed assertion.
 struct Failure {
     const char* expr;
     const char* msg; // null when there is none
@@ -26,7 +26,7 @@ struct Failure {
     long line;
 };
 
-// Without memory from the heap: there may be none left.
+// Uses no heap memory: there may be none left.
 void describe(const Failure& failure, char (&text)[LONGEST_TEXT]) {
     std::snprintf(text, sizeof(text), "ASSERTION FAILED: %s, %s, %s:%ld%s%s", failure.expr, failure.function,
                   failure.shortFile, failure.line, failure.msg != nullptr ? "\nMESSAGE: " : "",
@@ -59,7 +59,7 @@ void sendEvent(const Failure& failure) {
     }
 }
 
-// One way to report, which may fail itself: the others have to follow it.
+// Makes one report. If it fails, the next ones must follow all the same.
 template <class Report>
 void tryTo(const Report& report) noexcept {
     try {
@@ -68,8 +68,8 @@ void tryTo(const Report& report) noexcept {
     }
 }
 
-// The text of the assertion whose event this thread is sending. Where the sending itself fails an assertion, or ends
-// the process, this is what is still to be told.
+// The text of the assertion whose event this thread is sending. If the sending itself fails an assertion or ends the
+// process, this text must still be reported.
 thread_local const char* untold = nullptr;
 
 void tell(const char* text) noexcept {

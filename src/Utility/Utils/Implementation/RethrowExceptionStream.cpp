@@ -14,7 +14,7 @@ namespace {
 void describeAsFarAsPossible(const std::function<void(std::ostream&)>& describe, std::ostream& text) {
     try {
         describe(text);
-    } catch (...) { // what is rethrown matters more
+    } catch (...) { // the exception that is rethrown matters more
     }
 }
 

@@ -34,6 +34,7 @@ void SingletonsRegister::incrementNeeds(SingletonsID id) {
     const std::lock_guard<std::mutex> mapLock(m_mapMutex);
     std::list<SingletonsID> work{id};
     for (auto element = work.begin(); element != work.end(); ++element) {
+        // The list grows while it is walked: each requirement counts once for every path that leads to it.
         const std::shared_ptr<SRegisterItem>& item = existingItem(*element);
         const std::list<SingletonsID>& required = item->getRequirements();
         checkRequirements(*element, work.insert(work.end(), required.begin(), required.end()), work.end());
@@ -77,7 +78,7 @@ void SingletonsRegister::unmarkNeeded(SingletonsID id) {
         const std::list<SingletonsID>& required = item->getRequirements();
         work.insert(work.end(), required.begin(), required.end());
         mapLock.unlock();
-        item.reset(); // the singleton's own destructor may use the register
+        item.reset(); // without the map lock: the singleton's destructor may use the register
     }
 }
 

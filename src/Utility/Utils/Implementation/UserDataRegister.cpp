@@ -10,7 +10,7 @@
 namespace DAX::Common::Utils {
 namespace {
 
-// The items whose data this thread holds: those of its running callbacks.
+// The items whose data mutex this thread holds, for its running callbacks.
 std::vector<const UserDataItem*>& heldHere() {
     thread_local std::vector<const UserDataItem*> held;
     return held;
@@ -55,8 +55,10 @@ void UserDataRegister::unregisterUserData(void* id) {
     }
     const std::shared_ptr<UserDataItem> item = found->second;
     m_items.erase(found);
+    // Not held while the data mutex is awaited: the callback may be using the register.
     mapLock.unlock();
 
+    // A callback that unregisters its own id holds the data mutex already.
     std::unique_lock<std::mutex> dataLock(item->dataMutex(), std::defer_lock);
     if (!isCalledBackHere(*item)) {
         dataLock.lock();

@@ -25,7 +25,7 @@ bool isBlocked(int signal) {
     return sigismember(&mask, signal) == 1;
 }
 
-TEST(BlockedSignalsTest, AreHeldBackWhileItLivesAndNoOthers) {
+TEST(BlockedSignalsTest, AreBlockedWhileItLivesAndNoOthers) {
     {
         const BlockedSignals blocked(setOf({SIGUSR1, SIGUSR2}));
         EXPECT_TRUE(isBlocked(SIGUSR1));
@@ -36,14 +36,14 @@ TEST(BlockedSignalsTest, AreHeldBackWhileItLivesAndNoOthers) {
     EXPECT_FALSE(isBlocked(SIGUSR2));
 }
 
-TEST(BlockedSignalsTest, StayHeldBackWhenTheyWereBefore) {
+TEST(BlockedSignalsTest, StayBlockedWhenTheyWereBefore) {
     const BlockedSignals outer(setOf({SIGUSR1}));
     { const BlockedSignals inner(setOf({SIGUSR1, SIGUSR2})); }
     EXPECT_TRUE(isBlocked(SIGUSR1));
     EXPECT_FALSE(isBlocked(SIGUSR2));
 }
 
-TEST(BlockedSignalsTest, AreHeldBackFromAThreadThatIsMadeMeanwhile) {
+TEST(BlockedSignalsTest, AreBlockedInAThreadThatIsMadeMeanwhile) {
     bool blocked = false;
     {
         const BlockedSignals signals(setOf({SIGUSR1}));

@@ -45,7 +45,7 @@ protected:
     TemporaryRoot m_root;
 };
 
-// Runs in the dying process: what the platform was told comes out on standard error.
+// Runs in the dying process: writes to standard error what the platform was given.
 template <class Failure>
 void dieEchoing(Failure failure) {
     FakeKovan::echoLogToStderr(true);
@@ -91,19 +91,19 @@ TEST_F(DAXAssertTest, SendsTheEventThenWritesToTheConsoleThenLogs) {
         ContainsRegex("AddEventLog : .*\nCannot open /dev/console\n.*Direct .*\n.*DAXAssert\\.cpp:"));
 }
 
-TEST_F(DAXAssertTest, DiesOfItWhenTheEventIsNotTaken) {
+TEST_F(DAXAssertTest, EndsTheProcessAlthoughTheEventIsNotTaken) {
     FakeKovan::setEventResult(0);
     EXPECT_EXIT(dieEchoing(failWithMessage), KilledBySignal(SIGABRT),
                 ContainsRegex("\\[FTL\\] CKPIEventSender.cpp:[0-9]+>KPI event send fail : \\(ERROR\\) Code\\(0\\)"));
 }
 
-// The platform's end of an event: what the logger does before it takes the event.
+// What the platform's logger does before it takes the event.
 void atTheEvent(const std::function<void()>& action) {
     FakeKovan::onEvent(action);
     dieEchoing(failWithMessage);
 }
 
-TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerThrows) {
+TEST_F(DAXAssertTest, IsReportedAlthoughTheEventLoggerThrows) {
     EXPECT_EXIT(atTheEvent([] { throw std::runtime_error("closed"); }), KilledBySignal(SIGABRT),
                 ContainsRegex(std::string("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>The error event cannot be sent: closed\n"
                                           "(.*\n)*.*\\[FTL\\] DAXAssert\\.cpp:[0-9]+>") +
@@ -111,32 +111,32 @@ TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerThrows) {
     EXPECT_THAT(console(), HasSubstr("MESSAGE: they differ"));
 }
 
-TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerThrowsWhatIsNoException) {
+TEST_F(DAXAssertTest, IsReportedAlthoughTheEventLoggerThrowsSomethingElseThanAnException) {
     EXPECT_EXIT(atTheEvent([] { throw 5; }), KilledBySignal(SIGABRT),
                 testing::AllOf(HasSubstr(">The error event cannot be sent: unknown exception\n"),
                                ContainsRegex(std::string("DAXAssert\\.cpp:[0-9]+>") + TEXT)));
 }
 
-TEST_F(DAXAssertTest, IsToldWhenTheEventsLoggerEndsTheProcess) {
+TEST_F(DAXAssertTest, IsReportedAlthoughTheEventLoggerEndsTheProcess) {
     EXPECT_EXIT(atTheEvent([] { std::terminate(); }), KilledBySignal(SIGABRT),
                 ContainsRegex(std::string("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>") + TEXT));
     EXPECT_THAT(console(), HasSubstr("MESSAGE: they differ"));
 }
 
-TEST_F(DAXAssertTest, IsToldBehindAnAssertionThatFailsInTheEventsLogger) {
+TEST_F(DAXAssertTest, IsReportedAfterAnAssertionThatFailsInTheEventLogger) {
     EXPECT_EXIT(
         atTheEvent([] { DAXAssertionFailed("open", "void log()", "Logger.cpp", 3); }), KilledBySignal(SIGABRT),
         ContainsRegex(std::string(">ASSERTION FAILED: open, void log\\(\\), Logger\\.cpp:3\n(.*\n)*.*>") + TEXT));
 }
 
-// Memory runs out after so many allocations, for a text that does not fit in a string without any.
+// Lets memory run out after so many allocations, with a text that does not fit into a string without one.
 [[noreturn]] void failWithMemoryFor(std::size_t allocations, const char* message) {
     logToStandardError();
     const NoMemory noMemory(allocations);
     DAXAssertionFailedMsg("a == b && c == d && e == f", message, "void f(int)", "/src/folder/File.cpp", 12);
 }
 
-TEST_F(DAXAssertTest, IsToldWhereverMemoryRunsOut) {
+TEST_F(DAXAssertTest, IsReportedWhereverMemoryRunsOut) {
     for (std::size_t allocations = 0; allocations < 30; ++allocations) {
         EXPECT_EXIT(failWithMemoryFor(allocations, "they differ, which is a longer story"), KilledBySignal(SIGABRT),
                     ContainsRegex("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>ASSERTION FAILED: a == b && c == d && e == f, void "
@@ -145,13 +145,13 @@ TEST_F(DAXAssertTest, IsToldWhereverMemoryRunsOut) {
     }
 }
 
-TEST_F(DAXAssertTest, IsToldAsFarAsItGoesWithoutMemoryForALongText) {
+TEST_F(DAXAssertTest, IsReportedWithACutTextWhenMemoryRunsOut) {
     const std::string message(5000, 'x');
     EXPECT_EXIT(failWithMemoryFor(0, message.c_str()), KilledBySignal(SIGABRT),
                 ContainsRegex("\\[FTL\\] DAXAssert\\.cpp:[0-9]+>ASSERTION FAILED: a == b"));
 }
 
-TEST_F(DAXAssertTest, TakesTheAssertionsOfLibraryHeaders) {
+TEST_F(DAXAssertTest, ReportsTheAssertionsOfLibraryHeaders) {
     const int a = 1;
     EXPECT_ASSERTION(BOOST_ASSERT(a == 2), "a == 2");
     EXPECT_ASSERTION_MSG(BOOST_ASSERT_MSG(a == 2, "not two"), "a == 2", "not two");

@@ -146,7 +146,7 @@ TEST(ErrInfoStreamTest, ThrowsWithTheLocationOfTheSiteThatASharedCheckWasGiven) 
     EXPECT_EQ(tagOf<Utils::errinfo_stream_text>(caught), "bad");
 }
 
-TEST(ErrInfoStreamTest, IsCapturedByItsOwnType) {
+TEST(ErrInfoStreamTest, KeepsItsTypeWhenItIsCaptured) {
     boost::exception_ptr captured;
     try {
         DAX_THROW(SubException(), "text");
@@ -158,7 +158,7 @@ TEST(ErrInfoStreamTest, IsCapturedByItsOwnType) {
     EXPECT_EQ(tagOf<Utils::errinfo_stream_text>(caught), "text");
 }
 
-TEST(ErrInfoStreamTest, GivesAnExceptionPointerOfTheSameInsteadOfThrowing) {
+TEST(ErrInfoStreamTest, GivesAnExceptionPointerToWhatItWouldThrow) {
     const boost::exception_ptr pointer = (DAX_EXCEPTION(SubException()) << "text " << 1).getExceptionPtr();
     const auto caught = thrownBy<SubException>([&pointer] { boost::rethrow_exception(pointer); });
 

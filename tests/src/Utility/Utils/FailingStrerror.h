@@ -1,4 +1,4 @@
 #pragma once
 
-// Stands before strerror_r in this test program: from now on it has no text for any number.
+// Replaces strerror_r in this test program: from now on it has no text for any number.
 void failStrerror();

@@ -30,7 +30,7 @@ TEST(FileDescriptorTest, ClosesWhatItOwnsAtItsEnd) {
     EXPECT_FALSE(isOpen(number));
 }
 
-TEST(FileDescriptorTest, OwnsNothingAtFirstAndBehindAFailure) {
+TEST(FileDescriptorTest, OwnsNothingAtFirstAndAfterAFailure) {
     EXPECT_FALSE(FileDescriptor().isOpen());
     EXPECT_EQ(FileDescriptor().get(), -1);
     const FileDescriptor descriptor(::open("/dev/null/none", O_RDONLY | O_CLOEXEC));
@@ -41,7 +41,7 @@ TEST(FileDescriptorTest, OwnsNothingAtFirstAndBehindAFailure) {
     EXPECT_EQ(errno, 0) << "something was closed";
 }
 
-TEST(FileDescriptorTest, HandsOver) {
+TEST(FileDescriptorTest, MovesItsDescriptor) {
     FileDescriptor first(openNull());
     const int number = first.get();
     {

@@ -23,7 +23,7 @@ using testing::IsEmpty;
 template <class Signature>
 using Trampoline = Common::Utils::UserDataRegister::GenericFunctorCallback<Signature>;
 
-// What a C interface is given, with an id. It returns -1 when it cannot call.
+// What a C interface gets, with an id. It returns -1 when it cannot call.
 int call(int argument, void* id) {
     int (*const trampoline)(int, void*) = &Trampoline<int(int)>::call<-1>;
     return trampoline(argument, id);
@@ -96,15 +96,14 @@ TEST_F(GenericFunctorCallbackTest, CallsACopyOfTheFunction) {
     const auto state = std::make_shared<int>(5);
     const std::weak_ptr<int> observed = state;
     void* const id = registered([this, state](int number) {
-        function = nullptr; // what runs must not be destroyed
+        function = nullptr; // the running function must not be destroyed
         return number + *state;
     });
     EXPECT_EQ(call(1, id), 6);
     EXPECT_EQ(observed.use_count(), 1) << "the copy goes with the call";
 }
 
-// --- An id that cannot be called
-// ------------------------------------------------------------------------------------------
+// --- An id that cannot be called -----------------------------------------------------------------------------------
 
 TEST_F(GenericFunctorCallbackTest, GivesItsOwnValueForAnIdThatIsUnregistered) {
     {
@@ -137,8 +136,7 @@ TEST_F(GenericFunctorCallbackTest, EndsTheProcessWithoutARegister) {
         "0", "Singleton USER_DATA_REGISTER does not exist.");
 }
 
-// --- A function that throws
-// -----------------------------------------------------------------------------------------------
+// --- A function that throws ----------------------------------------------------------------------------------------
 
 const char NO_THROW[] = "Callbacks must not throw!";
 
@@ -163,7 +161,7 @@ TEST_F(GenericFunctorCallbackTest, LogsWhatTheFunctionThrewBeforeItEndsTheProces
                       ".*ASSERTION FAILED: false, "));
 }
 
-TEST_F(GenericFunctorCallbackTest, LogsTheTypeOfWhatItKnowsNothingOf) {
+TEST_F(GenericFunctorCallbackTest, LogsTheTypeOfAnUnknownException) {
     void* const id = registered([](int) -> int { throw 5; });
     EXPECT_EXIT(
         {
@@ -191,8 +189,7 @@ TEST_F(GenericFunctorCallbackTest, EndsTheProcessForAnEmptyFunction) {
         ContainsRegex(">Exception caught during GenericFunctorCallback:(.*\n)*.*bad_function_call"));
 }
 
-// --- Threads
-// --------------------------------------------------------------------------------------------------------------
+// --- Threads -------------------------------------------------------------------------------------------------------
 
 TEST_F(GenericFunctorCallbackTest, CallsOnTheExpectedThread) {
     EXPECT_EQ(call(41, registered(increment, boost::this_thread::get_id())), 42);
@@ -208,7 +205,7 @@ TEST_F(GenericFunctorCallbackTest, CallsOnAnotherThreadInProduction) {
     EXPECT_EQ(call(41, registered(increment, NOT_ANY_THREAD)), 42);
 }
 
-// A function that runs until the test lets it go on.
+// A function that runs until the test releases it.
 class LongCall {
 public:
     std::function<int(int)> function() {
@@ -290,7 +287,7 @@ TEST_F(GenericFunctorCallbackTest, DoesNotCallWhatIsUnregisteredWhileItWaits) {
     OtherThread first([id] { EXPECT_EQ(call(1, id), 1); });
     ASSERT_TRUE(longCall.hasBegun());
     OtherThread late([id] { EXPECT_EQ(call(2, id), -1); });
-    late.finish(); // the id is not there any more, so there is nothing to wait for
+    late.finish(); // the id is gone, so there is nothing to wait for
 
     longCall.letGo();
 
@@ -340,8 +337,7 @@ TEST_F(GenericFunctorCallbackTest, NeverCallsAnObjectThatIsGone) {
     done = true;
 }
 
-// --- A function that uses the register
-// ------------------------------------------------------------------------------------
+// --- A function that uses the register -----------------------------------------------------------------------------
 
 TEST_F(GenericFunctorCallbackTest, LetsTheFunctionRegisterAndUnregisterOthers) {
     Function other = increment;
@@ -367,7 +363,7 @@ TEST_F(GenericFunctorCallbackTest, LetsTheFunctionUnregisterItself) {
     EXPECT_EQ(call(5, id), -1);
 }
 
-TEST_F(GenericFunctorCallbackTest, LetsTheFunctionDestroyTheOneThatItIsACopyOf) {
+TEST_F(GenericFunctorCallbackTest, LetsTheFunctionDestroyItsOriginal) {
     auto owned = std::make_unique<Function>();
     void* const id = registerData(owned.get());
     const auto state = std::make_shared<int>(5);
@@ -393,7 +389,7 @@ TEST_F(GenericFunctorCallbackTest, LetsTheFunctionUnregisterTheOneThatCalledIt) 
         << "of the second call of the inner one";
 }
 
-TEST_F(GenericFunctorCallbackTest, LetsOneFunctionUnregisterAnotherThatWaitsForNothingOfIt) {
+TEST_F(GenericFunctorCallbackTest, LetsOneFunctionUnregisterAnotherThatDoesNotWaitForIt) {
     LongCall longCall;
     Function other = longCall.function();
     void* const otherId = registerData(&other);

@@ -127,7 +127,7 @@ TEST(RethrowExceptionStreamTest, LogsNothingForABoostException) {
     EXPECT_TRUE(FakeKovan::logLines().empty());
 }
 
-// A name that cannot be told.
+// Fails while the text is being gathered.
 std::string nameThatThrows() {
     throw std::logic_error("no name");
 }
@@ -163,7 +163,7 @@ TEST(RethrowExceptionStreamTest, RethrowsInADestructorWhileAnotherExceptionIsOnI
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("in a destructor"));
 }
 
-// What the statement throws, with the texts that it got on its way.
+// The exception that the statement throws, with the texts added on its way.
 template <class Statement>
 std::string rethrowsOfWhatLeaves(const Statement& statement) {
     try {

@@ -35,7 +35,7 @@ TEST(SRegisterItemTest, HasTheSingletonAndItsRequirements) {
     EXPECT_THAT(item.getRequirements(), testing::ElementsAre(USER_DATA_REGISTER, G_MAIN_LOOP));
 }
 
-TEST(SRegisterItemTest, SaysWhenItIsNeededNoMore) {
+TEST(SRegisterItemTest, SaysWhenItIsNoLongerNeeded) {
     const auto item = makeItem();
     item->incrementNeeded();
     item->incrementNeeded();
@@ -76,7 +76,7 @@ TEST(SRegisterItemTest, NamesAllItsUsersAtItsEndInTheirOrder) {
         "is still used by: [b] [a] [] [b]");
 }
 
-TEST(SRegisterItemTest, LooksAtItsNeedBeforeItLooksAtItsUsers) {
+TEST(SRegisterItemTest, ChecksItsNeedsBeforeItsUsers) {
     EXPECT_ASSERTION_WITHOUT_MSG(
         {
             const auto item = makeItem();

@@ -22,7 +22,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Trampoline = Common::Utils::UserDataRegister::GenericFunctorCallback<int(int)>;
 
-// There may be one at a time, as with a signal that takes one subscription.
+// Only one may exist at a time, as with a signal that accepts one subscription.
 class LowLevelSubscriber : public TestSubscriber, private Common::Utils::SingletonProperty<LowLevelSubscriber> {};
 
 class TestDistributor : public Common::Utils::SignalDistributor<int(int)> {
@@ -33,7 +33,7 @@ public:
         }
     }
 
-    // The device's signal. Needs a low-level subscriber.
+    // Sends the device's signal. Needs a low-level subscriber.
     int signal(int value) { return dynamic_cast<TestSubscriber&>(*lowLevelSubscriber()).signal(value); }
 
     bool hasLowLevelSubscriber() { return lowLevelSubscriber() != nullptr; }
@@ -102,7 +102,7 @@ private:
 
 class SignalDistributorTest : public UserDataFixture {
 protected:
-    // What comes of a signal.
+    // The listeners' notes of a signal.
     std::vector<std::string> notesOf(int value) {
         FakeKovan::forgetRecords();
         EXPECT_EQ(distributor.signal(value), 0);
@@ -125,8 +125,7 @@ protected:
     TestDistributor distributor;
 };
 
-// --- The one subscription
-// -------------------------------------------------------------------------------------------------
+// --- The one subscription ------------------------------------------------------------------------------------------
 
 TEST_F(SignalDistributorTest, SubscribesToTheSignal) {
     distributor.initialize();
@@ -208,8 +207,7 @@ TEST_F(SignalDistributorTest, IsInitializedOnceByManyThreads) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("create", "multi callback", "register", "subscribe"));
 }
 
-// --- The listeners
-// --------------------------------------------------------------------------------------------------------
+// --- The listeners -------------------------------------------------------------------------------------------------
 
 class SubscribedDistributorTest : public SignalDistributorTest {
 protected:
@@ -234,7 +232,7 @@ TEST_F(SignalDistributorTest, TakesListenersBeforeItIsSubscribed) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("a 5"));
 }
 
-TEST_F(SubscribedDistributorTest, LogsAListenerThatIsThereAlreadyAndKeepsIt) {
+TEST_F(SubscribedDistributorTest, LogsAListenerThatIsAlreadySubscribedAndKeepsIt) {
     const Listener a("a");
     distributor.subscribe(a.id());
     FakeKovan::forgetRecords();
@@ -243,7 +241,7 @@ TEST_F(SubscribedDistributorTest, LogsAListenerThatIsThereAlreadyAndKeepsIt) {
     EXPECT_THAT(notesOf(5), ElementsAre("a 5"));
 }
 
-TEST_F(SubscribedDistributorTest, LogsAListenerThatIsNotThereAnyMore) {
+TEST_F(SubscribedDistributorTest, LogsAListenerThatIsNoLongerSubscribed) {
     const Listener a("a");
     distributor.subscribe(a.id());
     distributor.unsubscribe(a.id());
@@ -269,7 +267,7 @@ TEST_F(SubscribedDistributorTest, DoesNotCallAListenerThatWasUnsubscribed) {
     EXPECT_THAT(notesOf(5), ElementsAre("b 5"));
 }
 
-TEST_F(SubscribedDistributorTest, PassesOverAListenerThatIsUnregistered) {
+TEST_F(SubscribedDistributorTest, SkipsAListenerThatIsUnregistered) {
     Listener a("a");
     const Listener b("b");
     distributor.subscribe(a.id());
@@ -371,14 +369,14 @@ TEST_F(SubscribedDistributorTest, LetsListenersUnsubscribeThemselvesDuringTheSig
     done = true;
 }
 
-// Its protected operations, for all to name.
+// Makes its protected operations accessible.
 class OpenDistributor : public Common::Utils::SignalDistributor<int(int)> {
 public:
     using SignalDistributor::doCreateLowLevelSubscriber;
     using SignalDistributor::doGetMultiCallback;
 };
 
-TEST(SignalDistributorSlots, StandInTheirOrder) {
+TEST(SignalDistributorSlots, AreInTheirOrder) {
     EXPECT_EQ(slotsOf(&OpenDistributor::doCreateLowLevelSubscriber, &OpenDistributor::doGetMultiCallback),
               slotsBehindTheDestructor(2));
 }

@@ -109,8 +109,7 @@ TEST_F(SignalSubscriberTest, MayNotEndSubscribed) {
         "false", "Signal subscriber is still subscribed. Subclass should define an appropriate destructor.");
 }
 
-// --- A failure of the device
-// ----------------------------------------------------------------------------------------------
+// --- A failure of the device ---------------------------------------------------------------------------------------
 
 TEST_F(SignalSubscriberTest, IsNotSubscribedAfterAFailure) {
     subscribeInVain();
@@ -170,8 +169,7 @@ TEST_F(SignalSubscriberTest, UnregistersTheCallbackAtItsEndAfterAFailureToUnsubs
     EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(id(1))));
 }
 
-// --- What it needs of the register
-// ----------------------------------------------------------------------------------------
+// --- What it needs of the register ---------------------------------------------------------------------------------
 
 TEST_F(SignalSubscriberTest, NeedsTheRegister) {
     EXPECT_ASSERTION_MSG(
@@ -182,7 +180,7 @@ TEST_F(SignalSubscriberTest, NeedsTheRegister) {
         "0", "Singleton USER_DATA_REGISTER does not exist.");
 }
 
-TEST_F(SignalSubscriberTest, HasToGoBeforeTheRegister) {
+TEST_F(SignalSubscriberTest, MustBeDestroyedBeforeTheRegister) {
     EXPECT_ASSERTION_MSG(
         {
             subscriber.subscribe(returning(1));
@@ -191,7 +189,7 @@ TEST_F(SignalSubscriberTest, HasToGoBeforeTheRegister) {
         "0", "There are some unregistered callbacks!");
 }
 
-// The text of the register's end while a member function of the subscriber uses it.
+// What the process says when the register is destroyed while a member function of the subscriber uses it.
 std::string usedBy(const std::string& function) {
     return "Singleton (USER_DATA_REGISTER=USER_DATA_REGISTER) is still used by: [" + function +
            " [with Callback = int(int)]]";
@@ -259,7 +257,7 @@ TEST_F(SignalSubscriberTest, LetsASubclassRegisterAFunctionOfItsOwn) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("callback"));
 }
 
-// Its protected operations, for all to name.
+// Makes its protected operations accessible.
 class OpenSubscriber : public Common::Utils::SignalSubscriber<int(int)> {
 public:
     using SignalSubscriber::doRegisterCallback;
@@ -268,14 +266,13 @@ public:
     using SignalSubscriber::getExpectedExecutorThreadID;
 };
 
-TEST(SignalSubscriberSlots, StandInTheirOrder) {
+TEST(SignalSubscriberSlots, AreInTheirOrder) {
     EXPECT_EQ(slotsOf(&OpenSubscriber::doRegisterCallback, &OpenSubscriber::getExpectedExecutorThreadID,
                       &OpenSubscriber::doSubscribe, &OpenSubscriber::doUnsubscribe),
               slotsBehindTheDestructor(4));
 }
 
-// --- Threads
-// --------------------------------------------------------------------------------------------------------------
+// --- Threads -------------------------------------------------------------------------------------------------------
 
 TEST_F(SignalSubscriberTest, IsCalledBackOnTheExpectedThread) {
     subscriber.expectedExecutor = [] { return boost::this_thread::get_id(); };
@@ -405,7 +402,7 @@ TEST_F(SignalSubscriberTest, LetsItsCallbackSubscribeAnotherOneInItsPlace) {
     EXPECT_EQ(subscriber.signal(5), 9);
 }
 
-TEST_F(SignalSubscriberTest, LetsItsCallbackEndIt) {
+TEST_F(SignalSubscriberTest, LetsItsCallbackDestroyIt) {
     auto ending = std::make_unique<TestSubscriber>();
     ending->subscribe([&ending](int value) {
         ending.reset();
@@ -416,16 +413,16 @@ TEST_F(SignalSubscriberTest, LetsItsCallbackEndIt) {
     EXPECT_EQ(ending, nullptr);
 }
 
-// A subscriber whose owner ends it on another thread than the device's.
+// A subscriber that its owner destroys on another thread than the device's.
 class EndingSubscriberTest : public SignalSubscriberTest {
 protected:
-    // On a thread of its own: the subscriber's end.
+    // Destroys the subscriber on a thread of its own.
     void end() {
         ending.reset();
         FakeKovan::note("ended");
     }
 
-    // The device's signal, on the calling thread.
+    // Sends the device's signal, on the calling thread.
     static int signal() { return UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(5, id(1)); }
 
     std::unique_ptr<TestSubscriber> ending = std::make_unique<TestSubscriber>();
@@ -538,7 +535,7 @@ TEST_F(EndingSubscriberTest, UnsubscribesWhatARunningCallbackSubscribesMeanwhile
                                                   "callback ends", "unsubscribe", "ended"));
 }
 
-TEST_F(SignalSubscriberTest, LetsACallbackThatAFailureLeftUnsubscribeItWhileItIsReplaced) {
+TEST_F(SignalSubscriberTest, LetsALeftoverCallbackUnsubscribeItWhileItIsReplaced) {
     Event begun, goOn;
     subscriber.subscribe([&](int value) {
         begun.happen();
@@ -561,7 +558,7 @@ TEST_F(SignalSubscriberTest, LetsACallbackThatAFailureLeftUnsubscribeItWhileItIs
     EXPECT_EQ(subscriber.signal(0), 9);
 }
 
-// Unsubscribes while memory runs out after so many allocations; false when it fails.
+// Unsubscribes while memory runs out after so many allocations; returns false when that fails.
 bool unsubscribesWith(std::size_t allocations, TestSubscriber& subscriber) {
     std::unique_ptr<NoMemory> noMemory;
     subscriber.atUnsubscription = [&noMemory, allocations] { noMemory = std::make_unique<NoMemory>(allocations); };
@@ -601,7 +598,7 @@ TEST_F(SignalSubscriberTest, LetsItsCallbackHandleOtherSubscribers) {
     EXPECT_EQ(subscriber.signal(1), 10);
 }
 
-TEST_F(SignalSubscriberTest, NeverCallsBackBehindItsEnd) {
+TEST_F(SignalSubscriberTest, NeverCallsBackAfterItsEnd) {
     std::atomic<void*> current{nullptr};
     std::atomic<bool> done{false};
     std::atomic<int> callsBehindTheEnd{0};

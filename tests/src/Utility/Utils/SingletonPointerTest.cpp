@@ -64,8 +64,9 @@ TEST(SingletonPointerTest, MayHaveTheNameOfAnotherOne) {
     item.reset();
 }
 
-// The only way that a pointer may outlive its singleton: it is not there at the moment when that goes.
-TEST(SingletonPointerTest, IsHarmlessBehindItsSingletonUnlessItIsUsed) {
+// The only way in which a pointer may outlive its singleton: it does not exist at the moment when the singleton is
+// destroyed.
+TEST(SingletonPointerTest, MayOutliveItsSingletonWhenItIsNotUsed) {
     auto item = makeItem();
     auto pointer = std::make_unique<SingletonPointer<Base>>("test", item);
     item->decrementUsage("test");

@@ -26,7 +26,7 @@ TEST(SingletonsRegisterMisuseTest, ServesNoSingletonThatDoesNotExist) {
     EXPECT_ASSERTION_MSG(service<Base>("test"), "0", "Singleton DUMMY_SINGLETON does not exist.");
 }
 
-TEST(SingletonsRegisterMisuseTest, ServesNoSingletonThatExistsNoMore) {
+TEST(SingletonsRegisterMisuseTest, ServesNoSingletonThatNoLongerExists) {
     { const SingletonServiceGuard<Base> guard; }
     EXPECT_ASSERTION_MSG(service<Base>("test"), "0", "Singleton DUMMY_SINGLETON does not exist.");
 }
@@ -99,7 +99,7 @@ TEST(SingletonsRegisterMisuseTest, NamesTheFirstMissingRequirementAndAllOfThem) 
                   "USER_DATA_REGISTER G_MAIN_LOOP DUMMY_SINGLETON\n"));
 }
 
-// The need of a requirement that somebody else withdrew.
+// Withdraws one need of Base too many: the one that Dependent has.
 void withdrawTheNeedOfARequirement() {
     mark<Base>();
     mark<Dependent>();
@@ -138,8 +138,7 @@ TEST(SingletonsRegisterMisuseTest, CannotWithdrawTheNeedOfARequirementThatIsGone
         "0");
 }
 
-// --- A singleton that is being made, or destroyed, is not to be seen
-// ------------------------------------------------------
+// --- A singleton that is being made, or destroyed, is not to be seen -----------------------------------------------
 
 TEST(SingletonsRegisterMisuseTest, DoesNotServeASingletonToItsOwnConstructor) {
     struct Impatient : Base {
@@ -163,8 +162,7 @@ TEST(SingletonsRegisterMisuseTest, EndsWhenADestructorThrows) {
     EXPECT_EXIT({ const SingletonServiceGuard<Throwing> guard; }, KilledBySignal(SIGABRT), "terminate called");
 }
 
-// --- The end of the process
-// ------------------------------------------------------------------------------------------
+// --- The end of the process ----------------------------------------------------------------------------------------
 
 TEST(SingletonsRegisterMisuseTest, ReportsALeakedGuardAtTheEndOfTheProcess) {
     EXPECT_ASSERTION_WITHOUT_MSG(

@@ -20,7 +20,7 @@ using testing::IsEmpty;
 template <class T>
 using Guard = SingletonServiceGuard<T>;
 
-// A graph in which two ways lead from the top to the bottom.
+// A graph with two paths from the top to the bottom.
 using Bottom = TestSingleton<USER_DATA_REGISTER>;
 using Left = TestSingleton<G_MAIN_LOOP, USER_DATA_REGISTER>;
 using Right = TestSingleton<POWER_OFF_CB_DISTRIBUTOR, USER_DATA_REGISTER>;
@@ -46,7 +46,7 @@ TEST(SingletonsRegisterTest, IsOne) {
     EXPECT_EQ(&SingletonsRegister::getSingletonsRegister(), &SingletonsRegister::getSingletonsRegister());
 }
 
-TEST(SingletonsRegisterTest, CreatesASingletonThatIsNeededForTheFirstTime) {
+TEST(SingletonsRegisterTest, CreatesASingletonAtItsFirstNeed) {
     mark<Base>();
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Needed: singleton id: DUMMY_SINGLETON",
                                                   "log INF Creating : singleton id: DUMMY_SINGLETON", //
@@ -54,7 +54,7 @@ TEST(SingletonsRegisterTest, CreatesASingletonThatIsNeededForTheFirstTime) {
     unmark<Base>();
 }
 
-TEST(SingletonsRegisterTest, DestroysASingletonThatIsNeededNoMore) {
+TEST(SingletonsRegisterTest, DestroysASingletonThatIsNoLongerNeeded) {
     mark<Base>();
     EXPECT_THAT(notesOf(unmark<Base>),
                 ElementsAre("log INF Unmarking needed: singleton id: DUMMY_SINGLETON",
@@ -120,7 +120,7 @@ TEST(SingletonsRegisterTest, AsksForTheRequirementsBeforeItCallsTheFactory) {
     unmark<Asked>();
 }
 
-TEST(SingletonsRegisterTest, NeedsWhatASingletonRequiresOnceMoreForEachNeedOfIt) {
+TEST(SingletonsRegisterTest, CountsANeedOfEachRequirementForEachNeedOfASingleton) {
     mark<Base>();
     mark<Dependent>();
     mark<Dependent>();
@@ -130,7 +130,7 @@ TEST(SingletonsRegisterTest, NeedsWhatASingletonRequiresOnceMoreForEachNeedOfIt)
                                                           "Singleton: DUMMY_SINGLETON will be deleted."));
 }
 
-TEST(SingletonsRegisterTest, BringsTheNeedsOfARequirementBack) {
+TEST(SingletonsRegisterTest, WithdrawsTheNeedsOfARequirementAgain) {
     mark<Base>();
     mark<Dependent>();
     mark<Dependent>();
@@ -178,7 +178,7 @@ TEST(SingletonsRegisterTest, CountsANeedForEachPathToARequirement) {
     mark<Top>();
     unmark<Left>();
     unmark<Right>();
-    unmark<Bottom>(); // what is left are the two needs of the top
+    unmark<Bottom>(); // the two needs of the top remain
     EXPECT_THAT(
         notesOf(unmark<Top>),
         ElementsAre("log INF Unmarking needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER",
@@ -193,7 +193,7 @@ TEST(SingletonsRegisterTest, CountsANeedForEachPathToARequirement) {
                     "destroy USER_DATA_REGISTER"));
 }
 
-TEST(SingletonsRegisterTest, CountsARequirementThatIsNamedTwiceTwice) {
+TEST(SingletonsRegisterTest, CountsTwiceARequirementThatIsNamedTwice) {
     using Twice = TestSingleton<DEPENDENT_DUMMY_SINGLETON, DUMMY_SINGLETON, DUMMY_SINGLETON>;
     mark<Base>();
     mark<Twice>();
@@ -219,7 +219,7 @@ TEST(SingletonsRegisterTest, DestroysInTheReverseOrderOfTheGuards) {
                             "Singleton: USER_DATA_REGISTER will be deleted."));
 }
 
-TEST(SingletonsRegisterTest, TakesAnIdThatIsNotInTheTable) {
+TEST(SingletonsRegisterTest, AcceptsAnIdThatIsNotInTheTable) {
     using Unknown = TestSingleton<static_cast<SingletonsID>(99)>;
     { const Guard<Unknown> guard; }
     EXPECT_THAT(FakeKovan::messages("INF"),
@@ -229,10 +229,10 @@ TEST(SingletonsRegisterTest, TakesAnIdThatIsNotInTheTable) {
                             "Singleton: Error: singleton identifier not recognized (99) will be deleted."));
 }
 
-// --- What a factory throws
-// ------------------------------------------------------------------------------------------------
+// --- What a factory throws -----------------------------------------------------------------------------------------
 
-// After a failed try to make Dependent: it does not exist, the need of Base is what it was, and all works.
+// Checks the state after a failed attempt to make Dependent: it does not exist, the count of needs of Base is
+// unchanged, and everything works.
 void expectThatNothingHasChanged() {
     EXPECT_THAT(deletedBy(unmark<Base>), ElementsAre("Singleton: DUMMY_SINGLETON will be deleted."));
     const Guard<Base> base;
@@ -240,7 +240,7 @@ void expectThatNothingHasChanged() {
                 testing::Contains("construct DEPENDENT_DUMMY_SINGLETON"));
 }
 
-TEST(SingletonsRegisterTest, IsAsItWasAfterAnEmptyFactory) {
+TEST(SingletonsRegisterTest, IsUnchangedByAnEmptyFactory) {
     mark<Base>();
     FakeKovan::forgetRecords();
     EXPECT_THROW(theRegister().markNeeded<Dependent>(Dependent::getID(), nullptr), std::bad_function_call);
@@ -249,14 +249,14 @@ TEST(SingletonsRegisterTest, IsAsItWasAfterAnEmptyFactory) {
     expectThatNothingHasChanged();
 }
 
-TEST(SingletonsRegisterTest, IsAsItWasAfterAFactoryThatThrows) {
+TEST(SingletonsRegisterTest, IsUnchangedByAFactoryThatThrows) {
     mark<Base>();
     const auto factory = []() -> std::shared_ptr<RegisterableSingleton> { throw std::domain_error("broken"); };
     EXPECT_THROW(theRegister().markNeeded<Dependent>(Dependent::getID(), factory), std::domain_error);
     expectThatNothingHasChanged();
 }
 
-TEST(SingletonsRegisterTest, IsAsItWasAfterAConstructorThatThrows) {
+TEST(SingletonsRegisterTest, IsUnchangedByAConstructorThatThrows) {
     struct Broken : Dependent {
         Broken() { throw std::domain_error("broken"); }
     };
@@ -265,8 +265,7 @@ TEST(SingletonsRegisterTest, IsAsItWasAfterAConstructorThatThrows) {
     expectThatNothingHasChanged();
 }
 
-// --- A singleton that uses the register itself
-// ----------------------------------------------------------------------------
+// --- A singleton that uses the register itself ---------------------------------------------------------------------
 
 struct UsesItsRequirement : Dependent {
     UsesItsRequirement() { FakeKovan::note("constructor " + std::to_string(service<Base>("constructor")->answer())); }
@@ -310,7 +309,7 @@ TEST(SingletonsRegisterTest, LetsTheDestructorOfASingletonUnmarkAnother) {
                             "destroy DEPENDENT_DUMMY_SINGLETON"));
 }
 
-// The requirements are looked for when the object is there.
+// The requirements are looked up after the object has been made.
 TEST(SingletonsRegisterTest, LetsAFactoryMarkWhatItsSingletonRequires) {
     std::unique_ptr<Guard<Base>> base;
     const Guard<Dependent> dependent([&base] {

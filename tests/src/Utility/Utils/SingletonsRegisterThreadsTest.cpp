@@ -22,7 +22,7 @@ using namespace Common::Utils;
 template <class T>
 using Guard = SingletonServiceGuard<T>;
 
-// Another thread that stands in the factory of T until the test lets it go on.
+// Another thread, which stays in the factory of T until the test releases it.
 template <class T>
 class SlowCreation {
 public:
@@ -82,7 +82,7 @@ TEST(SingletonsRegisterThreadsTest, LetsASecondThreadWaitForTheCreation) {
     second.finish();
 }
 
-// Its destructor takes as long as the test likes.
+// Its destructor waits until the test releases it.
 struct SlowEnd : Dependent {
     static Event* s_inDestructor;
     static Event* s_goOn;
@@ -133,7 +133,7 @@ void useTheRegister(int rounds) {
     }
 }
 
-// What the journal tells of the two: never two of one kind, never Dependent without Base, none at the end.
+// What the journal must show of the two: never two of one kind, never Dependent without Base, none at the end.
 void expectLivesInOrder() {
     bool base = false;
     bool dependent = false;

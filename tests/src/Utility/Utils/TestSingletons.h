@@ -9,7 +9,8 @@
 
 namespace DAX::Tests {
 
-// A registered singleton that notes its life in the journal: "construct DUMMY_SINGLETON", "destroy DUMMY_SINGLETON".
+// A registered singleton that notes its creation and its end in the journal: "construct DUMMY_SINGLETON", "destroy
+// DUMMY_SINGLETON".
 template <Common::Utils::SingletonsID ID, Common::Utils::SingletonsID... REQUIRED>
 class TestSingleton : public Common::Utils::RegisterableSingleton {
 public:
@@ -34,7 +35,7 @@ inline Common::Utils::SingletonsRegister& theRegister() {
     return Common::Utils::SingletonsRegister::getSingletonsRegister();
 }
 
-// What a guard does by itself.
+// Marks and unmarks a need, as a guard does.
 template <class T>
 void mark() {
     theRegister().markNeeded<T>(T::getID(), Common::Utils::SingletonsRegister::defaultFactory<T>);

@@ -13,8 +13,8 @@
 
 namespace DAX::Tests {
 
-// A subscriber to a signal that the test gives by hand, and which notes what is asked of it in the journal. The knobs
-// belong to the test's thread.
+// A subscriber to a signal that the test sends by hand; it notes its calls in the journal. The settings belong to the
+// test's thread.
 class TestSubscriber : public Common::Utils::SignalSubscriber<int(int)> {
 public:
     ~TestSubscriber() override {
@@ -23,12 +23,12 @@ public:
         }
     }
 
-    // The device's signal, on the calling thread: what the callback returns, or -1.
+    // Sends the device's signal on the calling thread; returns the result of the callback, or -1.
     int signal(int value) const {
         return Common::Utils::UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(value, m_lastId);
     }
 
-    // That of the latest subscription.
+    // The id of the latest subscription.
     void* lastId() const { return m_lastId; }
 
     bool failsToSubscribe = false;

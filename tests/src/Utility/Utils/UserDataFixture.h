@@ -20,7 +20,7 @@ namespace DAX::Tests {
 // A thread id that no thread of the test has.
 const boost::thread::id NOT_ANY_THREAD;
 
-// A register of its own for each test; nothing is recorded of its creation.
+// Each test has its own register; nothing of its creation is recorded.
 class UserDataFixture : public testing::Test {
 protected:
     using UserDataRegister = Common::Utils::UserDataRegister;

@@ -21,7 +21,7 @@ TEST_F(UserDataItemTest, HasItsData) {
     EXPECT_EQ(item.getData(), boost::optional<void*>(&data));
 }
 
-TEST_F(UserDataItemTest, MayHaveANullPointer) {
+TEST_F(UserDataItemTest, MayHoldANullPointer) {
     UserDataItem item(nullptr, boost::none);
     EXPECT_EQ(item.getData(), boost::optional<void*>(nullptr));
 }
@@ -50,7 +50,7 @@ TEST_F(UserDataItemTest, IsNotReachedByAnotherThread) {
     EXPECT_ASSERTION_MSG(item.getData(), "0", wrongThread(otherId));
 }
 
-TEST_F(UserDataItemTest, IsReachedByNoThreadWhenNotAnyIsExpected) {
+TEST_F(UserDataItemTest, IsReachedByNoThreadWhenTheExpectedOneIsNotAThread) {
     UserDataItem item(&data, NOT_ANY_THREAD);
     EXPECT_THAT(wrongThread(NOT_ANY_THREAD), testing::EndsWith(", while expected Id is: {Not-any-thread}"));
     EXPECT_ASSERTION_MSG(item.getData(), "0", wrongThread(NOT_ANY_THREAD));

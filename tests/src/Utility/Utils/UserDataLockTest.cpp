@@ -126,7 +126,7 @@ TEST_F(UserDataLockTest, LetsItsOwnThreadUnregisterEachIdThatItHolds) {
     EXPECT_THAT(FakeKovan::logLines(), IsEmpty());
 }
 
-// A thread has found the id, and waits for its data, while the id is unregistered.
+// The id is unregistered while a thread has found it and waits for its data.
 TEST_F(UserDataLockTest, IsInvalidWhenTheIdIsUnregisteredBetweenItsTwoLocks) {
     void* const second = registerData(&data);
     auto lock = std::make_unique<Lock>(second);

@@ -19,7 +19,7 @@ protected:
     int data = 0;
 };
 
-// A register that has given out many ids already.
+// A register that has already issued many ids.
 struct OldRegister : Common::Utils::UserDataRegister {
     explicit OldRegister(int lastId) : UserDataRegister(lastId) {}
 };
@@ -46,7 +46,7 @@ TEST_F(UserDataRegisterTest, GivesNoIdTwice) {
     unregister(id(2));
 }
 
-TEST_F(UserDataRegisterTest, LogsNothingOfWhatIsAsItShouldBe) {
+TEST_F(UserDataRegisterTest, LogsNothingWhenAllIsWell) {
     unregister(registerData(&data));
     unregister(registerData(&data, NOT_ANY_THREAD));
     unregister(registerData(&data, boost::this_thread::get_id()));
@@ -80,7 +80,7 @@ TEST_F(UserDataRegisterTest, GivesIdsUpToTheLargest) {
     old.unregisterUserData(id(2147483647));
 }
 
-TEST_F(UserDataRegisterTest, EndsTheProcessBehindTheLargestId) {
+TEST_F(UserDataRegisterTest, EndsTheProcessAfterTheLargestId) {
     OldRegister old(2147483646);
     old.unregisterUserData(old.registerUserData(&data, boost::none));
     EXPECT_ASSERTION_WITHOUT_MSG(old.registerUserData(&data, boost::none), LIMIT);
