@@ -310,7 +310,7 @@ TEST_F(ChecksumedStreamTest, LogsWhatFailsWhenItDies) {
 class ChecksumedGolden : public Checksumed, public testing::WithParamInterface<std::pair<const char*, const char*>> {
 protected:
     const std::filesystem::path golden =
-        std::filesystem::path(__FILE__).parent_path() / "../../golden/io" / GetParam().first;
+        std::filesystem::path(__FILE__).parent_path() / "../../../golden/io" / GetParam().first;
     const std::string data = GetParam().second;
 };
 

@@ -79,7 +79,7 @@ TEST_F(SearchingDateRegisterTest, ReadsWhatItWrote) {
 }
 
 TEST_F(SearchingDateRegisterTest, WritesAndReadsWhatItAlwaysHas) {
-    const auto golden = std::filesystem::path(__FILE__).parent_path() / "../../golden/io/LastSearchingDate";
+    const auto golden = std::filesystem::path(__FILE__).parent_path() / "../../../golden/io/LastSearchingDate";
     std::filesystem::create_directories((root / DATE_FILE).parent_path());
     std::filesystem::copy_file(golden, root / DATE_FILE);
     const std::string before = root.read(DATE_FILE);
