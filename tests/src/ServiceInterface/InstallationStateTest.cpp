@@ -65,7 +65,7 @@ TEST_F(InstallationStateTest, WritesLengthTextMagicAndChecksum) {
 
 TEST_F(InstallationStateTest, WritesWhatItHasAlwaysWritten) {
     saveInstallationState(path, "Type: OTN(F) from: 1000 to: 1100");
-    const auto golden = std::filesystem::path(__FILE__).parent_path() / "../golden/io/InstallationLock.dat";
+    const auto golden = std::filesystem::path(__FILE__).parent_path() / "../../golden/io/InstallationLock.dat";
     std::ifstream file(golden, std::ios::binary);
     EXPECT_EQ(bytes(), std::string(std::istreambuf_iterator<char>(file), {}));
 }
