@@ -2,11 +2,11 @@
 
 namespace DAX::DAXIPC {
 
-// The process's way to the bus as a whole: what has to be done before any of it is used.
+// The preparation of the process for the bus.
 class IDAXIPC {
 public:
-    // Makes the bus library fit for several threads. Once per process, before any adapter or proxy exists; once more
-    // does no harm.
+    // Prepares the bus library for several threads. Call it once per process, before any adapter or proxy exists;
+    // calling it again does no harm.
     static void initialize();
 };
 

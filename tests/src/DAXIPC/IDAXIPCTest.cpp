@@ -20,7 +20,7 @@ dbus_bool_t __wrap_dbus_threads_init_default() {
 namespace DAX::Tests {
 namespace {
 
-TEST(IDAXIPCTest, MakesTheBusLibraryFitForThreads) {
+TEST(IDAXIPCTest, PreparesTheBusLibraryForThreads) {
     const int before = threadInitializations;
     DAXIPC::IDAXIPC::initialize();
     EXPECT_EQ(threadInitializations, before + 1);

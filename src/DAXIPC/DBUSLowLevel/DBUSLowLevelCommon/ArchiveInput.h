@@ -6,12 +6,12 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// The one door through which the bytes of a message are read as an archive. The stream holds the whole message in its
-// buffer, as a string stream does, and outlives this object.
+// Reads the bytes of a message as an archive; every message is read through this class. The stream must hold the whole
+// message in its buffer, as a string stream does, and must outlive this object. One thread at a time.
 //
-// A message comes from another process. A length or a count that it declares beyond its own size is refused before any
-// memory is taken for it: it throws the library's archive_exception (input_stream_error), as every unreadable number
-// does. So does a message without a valid header, at the construction.
+// Messages come from other processes. A length or a count that is greater than the message itself is refused before any
+// memory is allocated for it: it throws the library's archive_exception (input_stream_error), like every number that
+// cannot be read. A message without a valid header throws in the constructor.
 class ArchiveInput {
 public:
     explicit ArchiveInput(std::istream& message);

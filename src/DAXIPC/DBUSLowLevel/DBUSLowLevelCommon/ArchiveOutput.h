@@ -6,11 +6,11 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// The archive that a message carries. The stream is one in memory and outlives this object; it holds the archive's
-// header at once, and the line end that closes an archive when this object has gone.
+// Writes the archive of a message. The stream must be one in memory, and must outlive this object. It holds the header
+// of the archive at once, and the final line end when this object is destroyed.
 //
-// Such a stream converts no characters, so the library need not give it a locale that says so: the bytes are the same,
-// and a stream takes long to change its locale.
+// A stream in memory converts no characters, so the library need not set a locale for that. The bytes are the same, and
+// setting the locale of a stream is slow.
 class ArchiveOutput : public boost::archive::text_oarchive {
 public:
     explicit ArchiveOutput(std::ostream& message) : text_oarchive(message, boost::archive::no_codecvt) {}

@@ -5,11 +5,11 @@
 namespace DAX::DAXIPC::DBUSLowLevel {
 
 // Every name that the update stack uses on the bus. All objects of one program share one connection name, one object
-// path and one interface; they differ in their methods only.
+// path and one interface; they differ only in their methods.
 namespace DBUSNames {
 
 namespace DBUSExceptions {
-inline constexpr char UnknownException[] = "UnknownException"; // used by nothing
+inline constexpr char UnknownException[] = "UnknownException"; // not used
 }
 
 namespace DBUSService {
@@ -35,7 +35,7 @@ inline constexpr char helloMessage[] = "helloMessage";
 namespace DBUSIService::Methods {
 inline constexpr char getClientPriority[] = "getClientPriority";
 inline constexpr char startNewTransaction[] = "startNewTransaction";
-inline constexpr char stopTransaction[] = "stopTransaction"; // nothing answers it
+inline constexpr char stopTransaction[] = "stopTransaction"; // not served
 inline constexpr char invalidate[] = "invalidate";
 } // namespace DBUSIService::Methods
 
@@ -93,7 +93,7 @@ inline constexpr char cancelCoreTransaction[] = "cancelCoreTransaction";
 
 } // namespace DBUSCore
 
-// A daemon that this program does not talk to; the names stand here for other programs.
+// A daemon that this program does not talk to; the names are here for other programs.
 namespace DBUSIOTAScheduler {
 inline constexpr char CONNECTION_NAME[] = "org.kovan.tv.dax.otascheduler.otascheduler";
 inline constexpr char INTERFACE_NAME[] = "org.kovan.tv.dax.otascheduler.iotascheduler";

@@ -13,12 +13,12 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// What every method goes through, on either side of the bus. Archives that cannot be read or written end in the
-// library's archive_exception.
+// The steps that every method takes, on either side of the bus. Archives that cannot be read or written throw the
+// library's archive_exception. No function here keeps a state: any thread.
 namespace DBUSHelper {
 
-// The serving side of a method with a result: reads the parameters, calls, writes the result. The header of the result
-// is in `out` before anything else happens.
+// The serving side of a method with a result: reads the parameters, calls, and writes the result. `out` holds the
+// header of the result before anything else happens. What `call` throws passes.
 template <class R>
 void handleAdapterMethod(std::stringstream& in, std::stringstream& out,
                          std::function<void(boost::archive::text_iarchive&)> deserialize, std::function<R()> call) {
@@ -29,7 +29,8 @@ void handleAdapterMethod(std::stringstream& in, std::stringstream& out,
     outArchive << result;
 }
 
-// One exchange of bytes: `output` holds the result when it returns. An exception of the far side is thrown here.
+// One exchange of bytes; on return `output` holds the result. An exception of the far side is thrown here by its type,
+// what the proxy throws passes.
 template <class ExceptionHandler, class DBUSProxy>
 void exchange(const std::string& methodName, const std::stringstream& params, std::stringstream& output,
               DBUSProxy& proxy, const ExceptionHandler& handler) {
@@ -40,7 +41,7 @@ void exchange(const std::string& methodName, const std::stringstream& params, st
     }
 }
 
-// What stands in `output` as an archive, read into `values`. An empty output leaves them as they are.
+// Reads the archive in `output` into `values`. An empty output leaves them as they are.
 template <class... Values>
 void readResult(std::stringstream& output, Values&... values) {
     if (output.rdbuf()->in_avail() > 0) {
@@ -49,7 +50,7 @@ void readResult(std::stringstream& output, Values&... values) {
     }
 }
 
-// The calling side of a method with a result, which is `defaultValue` when the reply brings none.
+// The calling side of a method with a result. Returns `defaultValue` when the reply has no result.
 template <class R, class ExceptionHandler, class DBUSProxy>
 R handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
                     DBUSProxy& proxy, const ExceptionHandler& handler, R defaultValue) {
@@ -63,7 +64,7 @@ R handleProxyMethod(const std::string& methodName, std::function<void(boost::arc
     return result;
 }
 
-// The calling side of a method without a result: whatever the reply brings is not read.
+// The calling side of a method without a result. What the reply holds is not read.
 template <class ExceptionHandler, class DBUSProxy>
 void handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
                        DBUSProxy& proxy, const ExceptionHandler& handler) {

@@ -6,11 +6,11 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// Writes the introspection document of an object all of whose methods take one byte array and give three, the methods
-// in the order given.
+// Writes the introspection document of an object whose methods all take one byte array and return three, with the
+// methods in the given order.
 void writeIntrospection(std::ostream& out, const std::string& interfaceName, const std::vector<std::string>& methods);
 
-// The names of a table of methods, in its order.
+// The names of the methods in a table, in the table's order.
 template <class Table>
 std::vector<std::string> methodNames(const Table& table) {
     std::vector<std::string> names;

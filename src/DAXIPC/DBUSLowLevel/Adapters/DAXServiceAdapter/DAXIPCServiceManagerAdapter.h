@@ -10,7 +10,8 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// Puts the service manager on the bus and serves it. One run of listenDBUS for each object.
+// Puts the service manager on the bus and serves it. listenDBUS() may be called once for each object. The object
+// belongs to one thread; its destructor deactivates, and logs a failure of that.
 class DAXIPCServiceManagerAdapter {
 public:
     explicit DAXIPCServiceManagerAdapter(
@@ -19,13 +20,15 @@ public:
     DAXIPCServiceManagerAdapter& operator=(const DAXIPCServiceManagerAdapter&) = delete;
     ~DAXIPCServiceManagerAdapter();
 
-    // Makes the service manager and blocks until the daemon is to stop; every client call runs on the calling thread.
-    // Times in seconds, as IDBUSAdapter::listenDBUS takes them. Throws what the factory or the bus throws.
+    // Makes the service manager and blocks until the daemon has to stop; every client call runs on the calling thread.
+    // The times are in seconds and mean the same as in IDBUSAdapter::listenDBUS(), as do the two functions. Throws what
+    // the factory or the adapter throws.
     void listenDBUS(std::shared_ptr<Service::IServiceManager::IServiceManagerFactory> factory,
                     unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds,
                     unsigned int pingIntervalInSeconds, boost::optional<std::function<bool()>> stopCondition,
                     boost::optional<std::function<void()>> pingFunction);
 
+    // Calls IDBUSAdapter::deactivate(). Does nothing before listenDBUS().
     void deactivate();
 
 private:

@@ -11,14 +11,14 @@ namespace {
 static_assert(std::is_same<std::size_t, unsigned long>::value,
               "a length is told from all other numbers of an archive by its type alone");
 
-// Where a stream keeps its buffer for the facet, which sees of the stream no more than its base.
+// The slot in which a stream keeps its buffer for the facet, which sees only the stream's base class.
 int messageIndex() {
     static const int index = std::ios_base::xalloc();
     return index;
 }
 
-// Reads numbers as usual. Lengths of strings and counts of collections are the only values of type unsigned long in an
-// archive; one of n needs at least a blank and n more bytes behind it.
+// Reads numbers as usual, but checks lengths. Lengths of strings and counts of collections are the only values of type
+// unsigned long in an archive; a length of n needs at least a blank and n more bytes after it.
 class LengthCheckingNumGet : public std::num_get<char> {
 protected:
     iter_type do_get(iter_type begin, iter_type end, std::ios_base& stream, std::ios_base::iostate& state,
@@ -39,14 +39,16 @@ private:
     }
 };
 
-// Classic but for the lengths, so that no global locale can change how a message is read. It stays with the stream.
+// The classic locale except for lengths, so that the global locale cannot change how a message is read. The stream
+// keeps it.
 std::istream& withLengthsChecked(std::istream& message) {
     static const std::locale locale(std::locale::classic(), new LengthCheckingNumGet);
     if (message.getloc() != locale) {
         message.imbue(locale);
     }
     message.pword(messageIndex()) = message.rdbuf();
-    // Asked where it stands, a string stream takes notice of all that was written to it; in_avail() then counts that.
+    // Asking a string stream for its position makes it take notice of all that was written to it; in_avail() then
+    // counts that.
     message.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);
     return message;
 }

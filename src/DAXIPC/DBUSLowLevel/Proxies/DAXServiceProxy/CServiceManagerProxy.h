@@ -9,30 +9,31 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// The service manager over the bus.
+// The service manager over the bus, for clients.
 //
-// Connections: this object, each session and each transaction own one each. The service ties a session to the
-// connection of the manager that asked for it: when this object goes, or its process dies, the session ends. Giving up
-// the pointer of a session does not end it: IService::invalidate does. What others send to the connections is dropped,
-// between the calls by a thread of the library's own.
+// Connections: this object, each session and each transaction have one each. The service ties a session to the
+// connection of the manager that asked for it: when this object is destroyed, or its process ends, the session ends.
+// Dropping the pointer to a session does not end it; IService::invalidate() does. Messages that others send to these
+// connections are dropped, between the calls by a thread of this library.
 //
 // Threads: one at a time.
 //
-// Errors, of every operation of the three proxies: an exception of DAX::UserInterestExceptions that the far side threw,
-// by its type, with its support code in tag_errinfo_supportcode and the far side's diagnostic text in
-// tag_errinfo_string; DAXUnknownException stands for all that have no name on the bus, a revoked session among them.
-// RemoteObjectActivationTimedOut, RemoteObjectNotAccessible (also when no answer came within 60 seconds),
-// DBUSMemoryError and ErrorConnectingToDBUS of DBUSWrapperExceptions tell of the transport, and
-// boost::archive::archive_exception of an answer that cannot be read. An object stays usable after any of these.
+// Errors, the same for every operation of the three proxies: an exception of DAX::UserInterestExceptions that the far
+// side threw, by its type, with its support code in tag_errinfo_supportcode and the far side's diagnostic text in
+// tag_errinfo_string. DAXUnknownException stands for all exceptions without a name on the bus, such as that of a
+// revoked session. RemoteObjectActivationTimedOut, RemoteObjectNotAccessible (also without an answer within 60
+// seconds), DBUSMemoryError and ErrorConnectingToDBUS of DBUSWrapperExceptions report the transport, and
+// boost::archive::archive_exception an answer that cannot be read. An object stays usable after any of these.
 class CServiceManagerProxy : public Service::IServiceManager {
 public:
-    // Throws ErrorConnectingToDBUS. Does not talk to the service.
+    // Throws ErrorConnectingToDBUS without a bus. Does not call the service yet.
     explicit CServiceManagerProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> factory);
 
     boost::optional<boost::posix_time::ptime> getLastSearchingForUpgradeDate() override;
     std::vector<DAXCommon::UpgradeType> getSupportedUpgradeTypes() override;
 
-    // Empty when the service refuses: another client holds the service, or a lock is in force.
+    // Null when the service refuses: another client holds it, or a lock is in force. Otherwise the session has said
+    // hello and can be used.
     std::shared_ptr<Service::IService> getService(DAXCommon::ServiceClientPriority priority,
                                                   const std::string& clientName,
                                                   DAXCommon::ServiceTransactionType type) override;

@@ -7,22 +7,22 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// Where a client of the update service begins:
+// The entry for a client of the update service:
 //
 //     IDAXIPC::initialize();
 //     CServiceManagerProxyFactory factory(IDBUSProxy::createDefaultProxyFactory());
 //     const auto manager = factory.create();
 //     const auto session = manager->getService(priority, "my client", type);
 //
-// From here on the interfaces of the service are used as if the service were in the same process. See
+// From here on the client uses the interfaces of the service as if the service were in its own process. See
 // CServiceManagerProxy for connections, threads and errors.
 class CServiceManagerProxyFactory : public Service::IServiceManager::IServiceManagerFactory {
 public:
     explicit CServiceManagerProxyFactory(
         std::shared_ptr<Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> proxyFactory);
 
-    // Opens a connection to the bus; throws DBUSWrapperExceptions::ErrorConnectingToDBUS when there is none. The
-    // service itself is started by the first call.
+    // Opens a connection to the bus; throws DBUSWrapperExceptions::ErrorConnectingToDBUS when there is none. The first
+    // call starts the service.
     std::unique_ptr<Service::IServiceManager> create() override;
 
 private:

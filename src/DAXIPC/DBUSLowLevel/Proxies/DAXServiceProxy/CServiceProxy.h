@@ -9,15 +9,16 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// A client's session over the bus, as CServiceManagerProxy::getService gives it. See there for connections and errors.
+// A client's session over the bus, as CServiceManagerProxy::getService() returns it. See CServiceManagerProxy for
+// connections and errors.
 //
-// The service may revoke the session at any time, for the sake of a client that outranks this one: from then on every
-// call throws DAXUnknownException, and getService may be asked anew.
+// The service may revoke the session at any time in favour of a client with a higher priority. From then on every call
+// throws DAXUnknownException, and the client may call getService() again.
 //
-// Threads: any; calls wait for each other.
+// Threads: any; calls take turns.
 class CServiceProxy : public Service::IService {
 public:
-    // `proxy` has said hello.
+    // `proxy` must have said hello.
     CServiceProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> factory,
                   std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> proxy);
 

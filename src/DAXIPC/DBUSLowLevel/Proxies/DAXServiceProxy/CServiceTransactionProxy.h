@@ -11,16 +11,16 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// A transaction over the bus, as CServiceProxy::startNewTransaction gives it. See CServiceManagerProxy for connections
-// and errors.
+// A transaction over the bus, as CServiceProxy::startNewTransaction() returns it. See CServiceManagerProxy for
+// connections and errors.
 //
 // When the transaction is over (cancelled, replaced by a newer one, its session gone), every call throws
 // TransactionInvalidatedException.
 //
-// Threads: any; calls wait for each other, so that a cancel comes after a call that is under way.
+// Threads: any; calls take turns, so a cancel waits for the end of a running call.
 class CServiceTransactionProxy : public Service::IServiceTransaction {
 public:
-    // `proxy` has said hello.
+    // `proxy` must have said hello.
     explicit CServiceTransactionProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> proxy);
 
     boost::optional<bool> isSearchingPossible() override;
@@ -28,7 +28,7 @@ public:
     Service::ServiceTransactionProgress getInstallationProgress() override;
     Service::ServiceTransactionProgress getFinalizationProgress() override;
 
-    // Only after getSearchProgress has told of the end of the search: earlier, it ends the service.
+    // Only after getSearchProgress() has reported the end of the search: before, this call ends the service's process.
     Service::ServiceSearchResult getSearchResult() override;
     std::list<std::string> getModelsSearchResult() override;
     void startSearching(std::string searchParameter) override;

@@ -8,8 +8,8 @@
 
 namespace DAX::Tests {
 
-// Runs `reading` of a message, which takes no larger piece of memory than the message explains: streams and strings
-// double as they grow.
+// Runs `reading` of a message and expects that no single allocation is larger than the message explains: streams and
+// strings double as they grow.
 template <class Reading>
 auto withBoundedMemory(const std::string& message, Reading reading) {
     const AllocationMeter meter;
@@ -18,7 +18,7 @@ auto withBoundedMemory(const std::string& message, Reading reading) {
     return result;
 }
 
-// A message as a failure report shows it: its first bytes, those that cannot be printed in octal.
+// A message for a failure report: its first bytes, with unprintable ones in octal.
 inline std::string shown(const std::string& message) {
     return testing::PrintToString(message.substr(0, 200));
 }

@@ -1,5 +1,5 @@
-// Bad parameters for every method of the service manager's object, with a session and a transaction behind it: each
-// call has one answer, the state stays good, and no length in a message makes the process take memory.
+// Bad parameters for every method of the service manager's object, with an open session and transaction: each call gets
+// one answer, the state stays good, and no length in a message makes the process allocate memory for it.
 #include <gmock/gmock.h>
 
 #include "BoundedMemory.h"
@@ -50,7 +50,7 @@ protected:
         EXPECT_THAT(reply.diagnostic(), HasSubstr("archive_exception"));
     }
 
-    // The session and the transaction are the ones that were opened.
+    // Checks that the session and the transaction are still the ones that were opened.
     void expectUnharmed() {
         for (const char* const question : {"getClientPriority", "isSearchingPossible"}) {
             EXPECT_TRUE(service.call(methodNamed(question), encode()).normal) << question;
@@ -87,7 +87,7 @@ TEST_P(HandlerBadInput, IsAnsweredWhateverNoiseItIs) {
     expectAnswers(noise(1 << 20));
 }
 
-TEST_P(HandlerBadInput, BytesBehindAGoodArchiveChangeNothing) {
+TEST_P(HandlerBadInput, BytesAfterAGoodArchiveChangeNothing) {
     const Reply reply = answerTo(good);
     for (const std::string& rest : {std::string(" "), std::string("\n"), std::string(" 1 2 3"), noise(1000)[0]}) {
         const Reply other = answerTo(good + " " + rest);
@@ -99,14 +99,14 @@ TEST_P(HandlerBadInput, BytesBehindAGoodArchiveChangeNothing) {
 INSTANTIATE_TEST_SUITE_P(Methods, HandlerBadInput, ValuesIn(serviceMethods()),
                          [](const auto& method) { return method.param.name; });
 
-// The methods that read their parameters refuse an archive at its header.
+// The methods that read parameters refuse an archive at its header.
 class HandlerBadHeader : public HandlerBadInput {};
 
 TEST_P(HandlerBadHeader, IsRefusedWithoutBytes) {
     expectUnreadable("");
 }
 
-TEST_P(HandlerBadHeader, IsRefusedWithAVersionThatIsNotKnown) {
+TEST_P(HandlerBadHeader, IsRefusedWithAnUnknownVersion) {
     for (const std::string version : {"19", "65535", "65536", "-1", "4294967296", "x"}) {
         expectUnreadable("22 serialization::archive " + version + good.substr(28));
     }
@@ -139,7 +139,7 @@ std::vector<ServiceMethod> readingMethods() {
 INSTANTIATE_TEST_SUITE_P(Methods, HandlerBadHeader, ValuesIn(readingMethods()),
                          [](const auto& method) { return method.param.name; });
 
-// What one method declares in a message that cannot hold it.
+// A length that one method declares in a message that cannot hold it.
 struct Declaration {
     const char* method;
     std::string before; // up to the length

@@ -1,5 +1,5 @@
-// Bad answers of the update core to every call: the call ends in a value or in an exception, and no length in an answer
-// makes the process take memory.
+// Bad answers of the update core to every call: the call ends with a value or an exception, and no length in an answer
+// makes the process allocate memory for it.
 #include <functional>
 
 #include <boost/exception/diagnostic_information.hpp>
@@ -19,7 +19,7 @@ namespace {
 
 using DAXIPC::DBUSLowLevel::CCoreProxyFactory;
 
-// A core and a transaction that is open.
+// A core with an open transaction.
 struct Far {
     std::unique_ptr<Core::ICore> core;
     std::shared_ptr<Core::ICoreTransaction> transaction;
@@ -64,7 +64,7 @@ protected:
         far.transaction = far.core->createTransaction({});
     }
 
-    // What the call ended in: the text of an exception, or nothing.
+    // How the call ended: the text of an exception, or nothing.
     std::string call() {
         FakeKovan::forgetRecords();
         bus.forgetEvents();
@@ -118,9 +118,9 @@ TEST_P(HostileCore, MayAnswerWithNoise) {
     expectAnEnd(noise(1 << 20));
 }
 
-// An empty answer is none and gives the default; a broken header is the library's exception. The answer to a call
-// without a result is not read.
-TEST_P(HostileCore, HasAHeaderThatCannotBeReadRefused) {
+// An empty answer has no result and gives the default; a broken header throws the library's exception. The answer to a
+// call without a result is not read.
+TEST_P(HostileCore, GetsAnUnreadableHeaderRefused) {
     EXPECT_EQ(callAnsweredBy(""), "");
     for (const std::string archive : {"x", "22 serialization::archive 19 1", "1000000000000000000 x"}) {
         const std::string failure = callAnsweredBy(archive);

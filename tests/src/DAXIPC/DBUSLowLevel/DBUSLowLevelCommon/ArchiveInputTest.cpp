@@ -29,7 +29,7 @@ T read(const std::string& bytes) {
     return std::get<0>(decode<T>(bytes));
 }
 
-// The library's code of the refusal to read a T, or -1 when it is read.
+// The library's error code when reading a T is refused, or -1 when it succeeds.
 template <class T>
 int refusalOf(const std::string& bytes) {
     try {
@@ -155,8 +155,8 @@ TEST(ArchiveInput, RefusesANewerArchiveVersion) {
     EXPECT_EQ(refusalOf<int>("22 serialization::archive 65536 1"), archive_exception::input_stream_error);
 }
 
-// Whatever the tokens of the library say, reading ends in a value or in an archive_exception, and never in one of the
-// library's assertions.
+// Whatever the library's own tokens are, reading ends with a value or an archive_exception, and never with an assertion
+// of the library.
 TEST(ArchiveInput, SurvivesEveryTokenOfARecordReplacedByAHostileOne) {
     const std::vector<std::string> hostile{
         "-1", "2", "255", "65535", "65536", "4294967295", "4294967296", "99999999999999999999", "x", "", "1e9"};
@@ -179,13 +179,14 @@ TEST(ArchiveInput, SurvivesEveryTokenOfARecordReplacedByAHostileOne) {
     }
 }
 
-TEST(ArchiveInput, RefusesABoolThatIsNeitherOfTheTwo) {
+TEST(ArchiveInput, RefusesABoolThatIsNeitherTrueNorFalse) {
     EXPECT_EQ(refusalOf<bool>(HEADER + " 2"), archive_exception::input_stream_error);
     EXPECT_EQ(refusalOf<boost::optional<bool>>(HEADER + " 0 1 2 1"), archive_exception::input_stream_error);
 }
 
-TEST(ArchiveInput, TakesAClaimOfTrackedObjectsForWhatItIs) {
-    // Tracking 1 with an object that the message never brought: the value is read behind the claim, or stays as it was.
+TEST(ArchiveInput, SurvivesAFalseClaimOfTrackedObjects) {
+    // Tracking 1 with an object that the message never contained: the value after the claim is read, or stays as it
+    // was.
     EXPECT_EQ(read<std::set<std::string>>(HEADER + " 1 0 0 2 0 1 a 1 b").size(), 2U);
     EXPECT_EQ(read<std::set<std::string>>(HEADER + " 1 0 4294967295 2 0 1 a 1 b").size(), 2U);
 }

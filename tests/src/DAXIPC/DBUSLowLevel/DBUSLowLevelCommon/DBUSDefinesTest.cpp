@@ -31,7 +31,7 @@ TEST(DBUSNames, OfTheExceptionThatNobodySends) {
     EXPECT_STREQ(DBUSExceptions::UnknownException, "UnknownException");
 }
 
-// A method's constant has the spelling of its value.
+// The constant of a method is spelled like its value.
 #define EXPECT_NAMED(METHOD) EXPECT_STREQ(#METHOD, Methods::METHOD)
 
 TEST(DBUSNames, OfTheMethodsOfTheServiceManager) {

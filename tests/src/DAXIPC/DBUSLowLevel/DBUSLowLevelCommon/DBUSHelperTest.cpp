@@ -83,7 +83,7 @@ TEST_F(HandleAdapterMethod, DoesNotCallWhenAnArgumentIsMissing) {
                  archive_exception);
 }
 
-TEST_F(HandleAdapterMethod, LetsTheExceptionOfTheCallOut) {
+TEST_F(HandleAdapterMethod, PassesTheExceptionOfTheCallOn) {
     const auto refuse = []() -> unsigned int { throw std::runtime_error("refused"); };
     EXPECT_THROW(DBUSHelper::handleAdapterMethod<unsigned int>(m_in, m_out, readNothing, refuse), std::runtime_error);
 }
@@ -141,14 +141,14 @@ TEST_F(HandleProxyMethod, GivesTheDefaultWhenTheReplyHasNoResult) {
     EXPECT_EQ(call(41U), 41U);
 }
 
-TEST_F(HandleProxyMethod, OfVoidReadsNothingOfTheReply) {
+TEST_F(HandleProxyMethod, ReadsNothingOfTheReplyForVoid) {
     m_bus.reply("method", HEADER + "\n");
     EXPECT_NO_THROW(callVoid());
     m_bus.reply("method", "no archive at all");
     EXPECT_NO_THROW(callVoid());
 }
 
-TEST_F(HandleProxyMethod, LetsTheErrorOfAnUnreadableResultOut) {
+TEST_F(HandleProxyMethod, PassesTheErrorOfAnUnreadableResultOn) {
     m_bus.reply("method", "Nothing to add.");
     EXPECT_THROW(call(41U), archive_exception);
     m_bus.reply("method", HEADER);
@@ -161,24 +161,24 @@ TEST_F(HandleProxyMethod, ThrowsTheExceptionOfTheFarSide) {
     EXPECT_THROW(callVoid(), UserInterestExceptions::CUSBReadError);
 }
 
-TEST_F(HandleProxyMethod, LetsTheExceptionOfTheTransportOut) {
+TEST_F(HandleProxyMethod, PassesTheExceptionOfTheTransportOn) {
     m_bus.fail("method", std::runtime_error("no bus"));
     EXPECT_THROW(callVoid(), std::runtime_error);
 }
 
-// Returns, which no handler may.
+// Returns, which a handler must not do.
 struct ReturningHandler {
     void unwrapException(const std::string&, const std::string&, std::stringstream&) const {}
 };
 
 using HandleProxyMethodDeathTest = HandleProxyMethod;
 
-TEST_F(HandleProxyMethodDeathTest, DiesWhenTheHandlerReturns) {
+TEST_F(HandleProxyMethodDeathTest, FailsAnAssertionWhenTheHandlerReturns) {
     m_bus.replyWithException("method", "a name", "an archive");
     EXPECT_ASSERTION_MSG(call(41U, ReturningHandler()), "false", "Adapter sent exception that is not known by Proxy.");
 }
 
-TEST_F(HandleProxyMethodDeathTest, DiesOfTheReplyToInvalidArguments) {
+TEST_F(HandleProxyMethodDeathTest, FailsAnAssertionForTheReplyToInvalidArguments) {
     m_bus.replyWithException("method", "Invalid arguments.", "Nothing to add.");
     EXPECT_ASSERTION_MSG(callVoid(), "false", "Adapter sent exception that is not known by Proxy.");
 }

@@ -27,7 +27,7 @@ namespace RequestBoundary = DAX::DAXIPC::DBUSLowLevel::RequestBoundary;
 
 namespace {
 
-TEST(RequestBoundaryFind, GivesWhatTheTableHasForTheMethod) {
+TEST(RequestBoundaryFind, ReturnsTheTablesEntryForTheMethod) {
     const std::map<std::string, int> table{{"one", 1}, {"two", 2}};
     EXPECT_EQ(&table.at("two"), &RequestBoundary::find(table, "two"));
 }
@@ -55,7 +55,7 @@ TEST_F(RequestBoundaryAnswer, LeavesWhatTheHandlerWrote) {
     EXPECT_EQ(m_exceptionName, "as before");
 }
 
-TEST_F(RequestBoundaryAnswer, PutsTheExceptionInThePlaceOfAllThatWasWritten) {
+TEST_F(RequestBoundaryAnswer, ReplacesAllThatWasWrittenByTheException) {
     EXPECT_FALSE(answer([&] {
         m_out << std::string(2000, 'x');
         DAX_THROW(CUSBReadError(), "pulled" << errinfo_supportcode("U-7"));
@@ -66,12 +66,12 @@ TEST_F(RequestBoundaryAnswer, PutsTheExceptionInThePlaceOfAllThatWasWritten) {
     EXPECT_EQ(encode(supportCode, diagnostic, object), m_out.str());
 }
 
-TEST_F(RequestBoundaryAnswer, TakesWhateverIsThrown) {
+TEST_F(RequestBoundaryAnswer, CatchesWhateverIsThrown) {
     EXPECT_FALSE(answer([] { throw 7; }));
     EXPECT_EQ(m_exceptionName, "DAXUnknownException");
 }
 
-TEST_F(RequestBoundaryAnswer, KeepsAnInterruptionForWhoCanEndTheThread) {
+TEST_F(RequestBoundaryAnswer, KeepsAnInterruptionUntilTheThreadCanEnd) {
     EXPECT_FALSE(answer([] { throw boost::thread_interrupted(); }));
     EXPECT_EQ(m_exceptionName, "DAXUnknownException");
     EXPECT_THROW(KeptInterruption::raise(), boost::thread_interrupted);
@@ -85,7 +85,7 @@ TEST_F(RequestBoundaryAnswer, KeepsNothingElse) {
 
 struct OfAnotherKind {};
 
-TEST_F(RequestBoundaryAnswer, LetsOutWhatKeepsAnExceptionFromBeingWritten) {
+TEST_F(RequestBoundaryAnswer, ThrowsWhenTheExceptionCannotBeWritten) {
     const auto failWithANestedException = [&] {
         m_out << "half";
         try {

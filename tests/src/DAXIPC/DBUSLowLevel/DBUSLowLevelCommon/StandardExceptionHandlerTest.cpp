@@ -34,7 +34,7 @@ struct Wrapped {
     std::string diagnostic() const { return std::get<1>(decode<std::string, std::string>(archive)); }
 };
 
-// What leaves on the bus when `statement` throws.
+// What is sent over the bus when `statement` throws.
 template <class Statement>
 Wrapped wrap(const Statement& statement) {
     std::stringstream archive;
@@ -153,7 +153,7 @@ TEST(StandardExceptionHandler, SendsAStandardExceptionAsUnknown) {
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr("no such thing"));
 }
 
-TEST(StandardExceptionHandler, SendsWhatIsNoExceptionClassAsUnknown) {
+TEST(StandardExceptionHandler, SendsAThrownValueOfAnotherTypeAsUnknown) {
     const Wrapped wrapped = wrap([] { throw 7; });
     EXPECT_EQ(wrapped.name, "DAXUnknownException");
     EXPECT_EQ(wrapped.supportCode(), "");
@@ -170,7 +170,7 @@ TEST(StandardExceptionHandler, JoinsTheCodesOfNestedExceptions) {
 
 struct OfAnotherKind {};
 
-TEST(StandardExceptionHandler, LetsANestedExceptionOfAnotherKindOut) {
+TEST(StandardExceptionHandler, PassesANestedExceptionOfAnotherKindOn) {
     const auto inner = boost::copy_exception(OfAnotherKind());
     EXPECT_THROW(wrapThrown(CUpdateFailed() << boost::errinfo_nested_exception(inner)), OfAnotherKind);
     EXPECT_TRUE(FakeKovan::messages().empty());
@@ -179,7 +179,7 @@ TEST(StandardExceptionHandler, LetsANestedExceptionOfAnotherKindOut) {
 template <class First, class Second>
 struct OfTwoTypes : Second, First {};
 
-// What is of two types that follow each other leaves under the name of the first.
+// An exception of two neighbouring types of the table is sent under the name of the first one.
 template <class First, class Second, class... Rest>
 void expectTriedInOrder(testing::Types<First, Second, Rest...>) {
     EXPECT_EQ(ownNameOf<First>(), (wrapThrown(OfTwoTypes<First, Second>()).name));
@@ -228,19 +228,19 @@ TEST(StandardExceptionHandler, PassesAnUnknownExceptionOnUnderItsName) {
     EXPECT_EQ(wrap([&] { unwrap(first); }).name, "DAXUnknownException");
 }
 
-TEST(StandardExceptionHandlerDeathTest, DiesOfANameThatIsNotInTheTable) {
+TEST(StandardExceptionHandlerDeathTest, FailsAnAssertionForANameThatIsNotInTheTable) {
     const std::string message = "Adapter sent exception that is not known by Proxy.";
     EXPECT_ASSERTION_MSG(unwrap({"Invalid arguments.", "Nothing to add."}), "false", message);
     EXPECT_ASSERTION_MSG(unwrap({"ServiceRevokedException", exceptionArchive("", "")}), "false", message);
     EXPECT_ASSERTION_MSG(unwrap({"", ""}), "false", message);
 }
 
-TEST(StandardExceptionHandler, LetsTheErrorOfAnUnreadableArchiveOut) {
+TEST(StandardExceptionHandler, PassesTheErrorOfAnUnreadableArchiveOn) {
     EXPECT_THROW(unwrap({"CUSBReadError", ""}), boost::archive::archive_exception);
     EXPECT_THROW(unwrap({"CUSBReadError", "Nothing to add."}), boost::archive::archive_exception);
 }
 
-TEST(StandardExceptionHandler, LetsTheErrorOfAnUnwritableStreamOut) {
+TEST(StandardExceptionHandler, PassesTheErrorOfAnUnwritableStreamOn) {
     std::stringstream broken;
     broken.setstate(std::ios::badbit);
     std::string name;

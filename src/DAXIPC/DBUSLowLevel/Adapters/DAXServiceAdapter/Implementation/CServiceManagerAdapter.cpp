@@ -37,7 +37,7 @@ namespace ManagerMethods = DBUSNames::DBUSService::DBUSIServiceManager::Methods;
 namespace ServiceMethods = DBUSNames::DBUSService::DBUSIService::Methods;
 namespace TransactionMethods = DBUSNames::DBUSService::DBUSIServiceTransaction::Methods;
 
-// What a proxy's connection is called before its hello; no sender has this name.
+// Stands for a proxy's connection before its hello. No sender has this name.
 const char* const NOT_SET = "<not-set>";
 
 using This = CServiceManagerAdapter;
@@ -76,7 +76,7 @@ std::string nameOf(const char* sender) {
     return sender != nullptr ? sender : SafeOstringStream::NULLPTR_STR;
 }
 
-// A refusal is logged and thrown with the same text.
+// Logs a refusal and throws it with the same text.
 template <class Exception>
 [[noreturn]] void refuse(const std::string& text) {
     DAX_LOG(ERR) << text;

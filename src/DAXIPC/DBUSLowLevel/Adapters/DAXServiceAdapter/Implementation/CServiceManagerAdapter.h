@@ -13,8 +13,8 @@
 namespace DAX::DAXIPC::DBUSLowLevel {
 
 // The request handler behind the daemon's one object: decodes each call, checks who is calling, calls the service logic
-// and encodes the result. The connection that gave a proxy its name by "helloMessage" is from then on the only one that
-// may use the object behind it. Lives on the adapter's thread.
+// and encodes the result. A session or transaction may only be used by the connection that has said hello with the name
+// of its proxy; a later hello replaces an earlier one. Lives on the adapter's thread.
 class CServiceManagerAdapter : public Common::DBUSWrapper::IDBUSRequestsHandler {
 public:
     explicit CServiceManagerAdapter(std::shared_ptr<Service::IServiceManager::IServiceManagerFactory> factory);
@@ -28,7 +28,7 @@ public:
     void useThisEventSubscriber(Common::DBUSWrapper::IDBUSEventsSubscriber& subscriber) override;
     void clientDisconnected(const char* sender) override;
 
-    // A handler for each method of the object; the table stands in the source file.
+    // A handler for each method of the object; the table is in the source file.
     using Handler = void (CServiceManagerAdapter::*)(std::stringstream& in, std::stringstream& out, const char* sender);
 
     // The usual handler: check the sender, decode the arguments of Operation, call it, encode its result.
@@ -44,7 +44,7 @@ public:
 
 private:
     struct NameAndService {
-        std::string serviceManagerClient; // the connection whose end invalidates the session
+        std::string serviceManagerClient; // the connection that asked for the session; its end invalidates it
         std::string proxyName;
         std::string originalSender; // the session proxy's connection, once it has said hello
         std::shared_ptr<Service::IService> service;
@@ -59,7 +59,7 @@ private:
     std::shared_ptr<Service::IService> throwIfWrongService(const char* sender) const;
     std::shared_ptr<Service::IServiceTransaction> throwIfWrongTransaction(const char* sender) const;
 
-    // What `sender` may call, by the interface of the operation.
+    // The object that `sender` may call, by the interface of the operation. Throws when there is none for it.
     template <class Interface>
     std::shared_ptr<Interface> targetFor(const char* sender) const;
 

@@ -11,7 +11,7 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// What a pointer to an operation tells of it: whose it is, what has to be decoded for it, what it gives back.
+// What the type of an operation tells: its interface, the arguments to decode and the result to encode.
 template <class Operation>
 struct OperationTraits;
 
@@ -27,7 +27,7 @@ void decode(boost::archive::text_iarchive& archive, std::tuple<Values...>& value
     std::apply([&](Values&... value) { ((archive >> value), ...); }, values);
 }
 
-// A priority travels as a result by its bits; everything else travels as it is.
+// A priority is sent as an unsigned number with the same bits; every other result is sent as it is.
 template <class R>
 R asSent(R result) {
     return result;
@@ -36,8 +36,7 @@ inline unsigned int asSent(DAXCommon::ServiceClientPriority priority) {
     return static_cast<unsigned int>(static_cast<int>(priority));
 }
 
-// Decodes the arguments of `operation` from `in`, calls it on `target` and encodes what it gives back, if it gives
-// anything, to `out`.
+// Decodes the arguments of `operation` from `in`, calls it on `target` and encodes its result, if it has one, to `out`.
 template <class Operation>
 void relayCall(typename OperationTraits<Operation>::Interface& target, Operation operation, std::stringstream& in,
                std::stringstream& out) {

@@ -29,7 +29,8 @@ constexpr unsigned int TRANSACTION_ACTIVATION_TIMEOUT_MS = 10000;
 constexpr int HELLO_ATTEMPTS = 3;
 constexpr char ACTIVATION_FAILED[] = "Activation of DAXCore through DBUS Activation failed.";
 
-// Whatever keeps `connect` from the bus leaves as ErrorConnectingToCoreException with its cause nested.
+// A DBUSWrapperException of `connect` becomes an ErrorConnectingToCoreException with its cause nested. All other
+// exceptions pass unchanged.
 template <class Connect>
 std::shared_ptr<IDBUSProxy> connectToCore(Connect connect) {
     try {

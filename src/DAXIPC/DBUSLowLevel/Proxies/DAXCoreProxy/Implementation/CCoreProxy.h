@@ -9,7 +9,8 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// The update core over the bus.
+// The update core over the bus. The cancel of a transaction may come from another thread; everything else is for one
+// thread at a time.
 class CCoreProxy : public Core::ICore {
 public:
     CCoreProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> factory,
@@ -17,8 +18,8 @@ public:
 
     std::vector<DAXCommon::UpgradeType> getSupportedUpgradeTypes() override;
 
-    // Opens the transaction's own connection, which then says hello; a hello whose activation timed out is said up to
-    // three times, a second apart (an interruption point).
+    // Opens the connection of the transaction, which then says hello. A hello whose activation times out is sent up to
+    // three times. After each attempt it waits for a second, where the thread can be interrupted.
     std::shared_ptr<Core::ICoreTransaction> createTransaction(Core::SearchingTransactionParameters parameters) override;
     std::string getCurrentVersion() const override;
     void scheduleFactoryReset() override;
@@ -26,7 +27,7 @@ public:
 private:
     using IDBUSProxy = Common::DBUSWrapper::IDBUSProxy;
 
-    // Empty when the activation of the remote side timed out.
+    // Null when the activation of the remote side timed out.
     std::shared_ptr<Core::ICoreTransaction> initTransaction(std::shared_ptr<IDBUSProxy> proxy,
                                                             const std::string& busName);
     void sendHelloMessage(IDBUSProxy& proxy);

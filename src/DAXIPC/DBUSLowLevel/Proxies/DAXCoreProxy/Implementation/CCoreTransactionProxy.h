@@ -11,8 +11,8 @@
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
-// One transaction of the update core, over a connection of its own that has said hello. The core sees the end of the
-// connection when this object goes.
+// One transaction of the update core, over a connection of its own that has said hello. When this object is destroyed,
+// the core sees the connection end.
 class CCoreTransactionProxy : public Core::ICoreTransaction {
 public:
     explicit CCoreTransactionProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> proxy);

@@ -32,7 +32,7 @@ std::shared_ptr<Service::IServiceTransaction> CServiceProxy::startNewTransaction
 
 DAXCommon::ServiceClientPriority CServiceProxy::getClientPriority() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    // The priority's bits: a negative one comes as a large number.
+    // The service sends the bits of the priority, so a negative one arrives as a large number.
     return static_cast<DAXCommon::ServiceClientPriority>(
         static_cast<int>(callRemote<unsigned int>(*m_proxy, Methods::getClientPriority)));
 }

@@ -11,7 +11,8 @@ namespace DAX::DAXIPC::DBUSLowLevel {
 std::shared_ptr<Common::DBUSWrapper::IDBUSProxy>
 connectToService(Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory& factory);
 
-// Says under `busName` that the object which was asked for with this proxy's id belongs to this connection.
+// Tells the service at `busName` that the object which was requested with this proxy's id belongs to this connection.
+// Throws what callRemote() throws.
 void sayHello(Common::DBUSWrapper::IDBUSProxy& proxy, const std::string& busName);
 
 } // namespace DAX::DAXIPC::DBUSLowLevel

@@ -11,7 +11,7 @@
 
 namespace DAX::Tests {
 
-// The parameter archive that holds `values`, in that order.
+// A parameter archive with `values`, in that order.
 template <class... Values>
 std::string archiveOf(const Values&... values) {
     std::ostringstream text;
@@ -22,7 +22,7 @@ std::string archiveOf(const Values&... values) {
     return text.str();
 }
 
-// What came back for one call: the result archive, or an exception's name and archive.
+// The answer to one call: the result archive, or an exception's name and archive.
 struct Reply {
     bool normal = false;
     std::string exceptionName;
@@ -36,7 +36,7 @@ struct Reply {
         ((input >> values), ...);
     }
 
-    // The result of a method that gives one value.
+    // The result of a method that returns one value.
     template <class Value>
     Value value() const {
         Value result{};

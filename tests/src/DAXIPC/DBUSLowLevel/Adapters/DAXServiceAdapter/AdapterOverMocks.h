@@ -13,7 +13,7 @@ namespace DAX::Tests {
 
 const char* const SERVICE_MANAGER_BUS_NAME = "org.kovan.tv.dax.service.servicemanager";
 
-// The real request handler over a mocked service manager, with the connections that a client has.
+// The real request handler over a mocked service manager, with a client's connections.
 class AdapterOverMocks : public testing::Test {
 protected:
     AdapterOverMocks() {

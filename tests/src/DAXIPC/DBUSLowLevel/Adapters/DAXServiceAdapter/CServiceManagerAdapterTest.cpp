@@ -1,4 +1,4 @@
-// Who may use the session and the transaction, and what becomes of them.
+// Who may use the session and the transaction, and how they end.
 #include <boost/exception/enable_current_exception.hpp>
 #include <boost/exception/get_error_info.hpp>
 #include <boost/thread/thread.hpp>
@@ -19,14 +19,14 @@ using Common::Utils::GenericException;
 using Service::IServiceTransaction;
 using UserInterestExceptions::CUpdateFailed;
 
-// As every throw site of the system throws it: with its type kept for whoever captures it.
+// Throws like every throw site of the system: whoever captures the exception keeps its type.
 auto updateFailed() {
     return boost::enable_current_exception(CUpdateFailed());
 }
 
 class CServiceManagerAdapterTest : public AdapterOverMocks {
 protected:
-    // A refusal is logged at level ERR and goes out under this name with the same text in its diagnostic.
+    // Expects a refusal: a log line at level ERR, and an exception of this name with the same text in its diagnostic.
     static void expectRefusal(const Reply& reply, const char* wireName, const std::string& text) {
         EXPECT_FALSE(reply.normal);
         EXPECT_EQ(reply.exceptionName, wireName);
@@ -159,7 +159,7 @@ TEST_P(EveryTransactionMethod, IsRefusedBeforeTheHello) {
                                  "Proxy-2. Original sender: <not-set>. Current sender: :1.3");
 }
 
-TEST_P(EveryTransactionMethod, IsRefusedWhenTheSessionHasLetTheTransactionGo) {
+TEST_P(EveryTransactionMethod, IsRefusedWhenTheSessionHasDroppedTheTransaction) {
     openTransaction();
     transaction.reset();
     expectTransactionInvalidated(transactions->call(GetParam()),
@@ -201,7 +201,7 @@ TEST_F(CServiceManagerAdapterTest, AHelloOfAnUnknownProxyIsLoggedAndSucceeds) {
                          "Ignoring 'hello' message from sender: :1.9"));
 }
 
-TEST_F(CServiceManagerAdapterTest, TheSessionIsTestedBeforeTheTransactionAtAHello) {
+TEST_F(CServiceManagerAdapterTest, AHelloChecksTheSessionBeforeTheTransaction) {
     openSession();
     ON_CALL(*service, startNewTransaction).WillByDefault([this](UpgradeType) { return transaction; });
     session->call("startNewTransaction", 2, std::string("Proxy-1"), std::string(":1.3"));

@@ -1,4 +1,4 @@
-// What the outer object has the adapter of the bus do.
+// What the outer object asks of the bus adapter.
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/DAXIPCServiceManagerAdapter.h"
 
 #include <boost/thread/thread.hpp>
@@ -17,7 +17,7 @@ using Common::DBUSWrapper::IDBUSRequestsHandler;
 using Common::DBUSWrapper::IDBUSWrapper;
 using DAXIPC::DBUSLowLevel::DAXIPCServiceManagerAdapter;
 
-// What the adapter of the bus was last asked for, and what it does when it is asked.
+// What the bus adapter was last asked for, and what it does then.
 struct AdapterScript {
     using Times = std::tuple<unsigned int, unsigned int, unsigned int>;
     Times times{0, 0, 0}; // stop condition, idle time-out, ping
@@ -49,7 +49,7 @@ private:
     AdapterScript& m_script;
 };
 
-// What an adapter was made of: bus, object path, flag.
+// The arguments with which an adapter was made: bus, object path, flag.
 using Made = std::tuple<int, std::string, bool>;
 
 class ScriptedAdapterFactory : public IDBUSAdapter::IDBUSAdapterFactory {
@@ -96,7 +96,7 @@ TEST_F(DAXIPCServiceManagerAdapterTest, ServesTheServiceManagerUnderItsNamesOnTh
     EXPECT_EQ(AdapterClient(*handler, ":1.1").call("getCurrentVersion").value<std::string>(), "1000");
 }
 
-TEST_F(DAXIPCServiceManagerAdapterTest, HandsItsStopConditionAndItsPingOn) {
+TEST_F(DAXIPCServiceManagerAdapterTest, PassesItsStopConditionAndItsPingOn) {
     bool isPinged = false;
     listen(std::function<bool()>([] { return true; }), std::function<void()>([&] { isPinged = true; }));
     EXPECT_TRUE((*adapter.stopCondition)());
@@ -104,13 +104,13 @@ TEST_F(DAXIPCServiceManagerAdapterTest, HandsItsStopConditionAndItsPingOn) {
     EXPECT_TRUE(isPinged);
 }
 
-TEST_F(DAXIPCServiceManagerAdapterTest, HandsOnThatThereIsNeitherStopConditionNorPing) {
+TEST_F(DAXIPCServiceManagerAdapterTest, PassesOnThatThereIsNeitherStopConditionNorPing) {
     listen();
     EXPECT_FALSE(adapter.stopCondition.has_value());
     EXPECT_FALSE(adapter.pingFunction.has_value());
 }
 
-TEST_F(DAXIPCServiceManagerAdapterTest, LetsTheFailureOfTheServiceManagersFactoryOutBeforeThereIsAnAdapter) {
+TEST_F(DAXIPCServiceManagerAdapterTest, PassesTheFailureOfTheServiceManagersFactoryOnBeforeItMakesAnAdapter) {
     class Failing : public Service::IServiceManager::IServiceManagerFactory {
         std::unique_ptr<Service::IServiceManager> create() override { throw std::runtime_error("no core"); }
     };
@@ -119,7 +119,7 @@ TEST_F(DAXIPCServiceManagerAdapterTest, LetsTheFailureOfTheServiceManagersFactor
     EXPECT_EQ(handler, nullptr);
 }
 
-TEST_F(DAXIPCServiceManagerAdapterTest, LetsTheFailureOfTheBusOut) {
+TEST_F(DAXIPCServiceManagerAdapterTest, PassesTheFailureOfTheBusOn) {
     adapter.listen = [] { throw std::runtime_error("no bus"); };
     EXPECT_THROW(listen(), std::runtime_error);
 }
@@ -129,7 +129,7 @@ TEST_F(DAXIPCServiceManagerAdapterTest, DeactivatingBeforeItListensDoesNothing) 
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }
 
-TEST_F(DAXIPCServiceManagerAdapterTest, DeactivatingIsLoggedWhenItIsDone) {
+TEST_F(DAXIPCServiceManagerAdapterTest, DeactivatingIsLoggedAtItsEnd) {
     listen();
     FakeKovan::forgetRecords();
     subject->deactivate();

@@ -1,11 +1,11 @@
-// Every sequence of the operations of two and of three clients, up to a length, against the real handler and the real
-// service logic, compared with the reference model after the last operation of each.
+// Runs every sequence of the operations of two and of three clients, up to a length, against the real handler and the
+// real service logic, and compares them with the reference model after the last operation of each.
 //
-// Sequences that lead the model to the same state are gone on with once only: whatever follows, the model cannot tell
-// them apart. The real objects cannot be copied, so new ones are brought to a state by the shortest sequence that leads
-// there. They serve for one operation after the other, as long as these change nothing by the model: each of those must
-// leave the real state alone, too, or the next comparison shows it. After an operation that changes the state,
-// questions that change nothing tell whether the real state is the one that the model has come to.
+// When several sequences lead the model to the same state, only one is continued: whatever follows, the model cannot
+// tell them apart. The real objects cannot be copied, so new ones are brought to a state by its shortest sequence. The
+// same objects then serve for one operation after the other as long as these change nothing in the model: such an
+// operation must leave the real state alone, too, or the next comparison shows it. After an operation that changes the
+// state, questions that change nothing check that the real state is the one that the model has reached.
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -19,12 +19,12 @@ namespace DAX::Tests {
 namespace {
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-const std::size_t LEFT_OUT = 3; // the last operations: a sanitizer looks for other faults, and takes its time
+const std::size_t LEFT_OUT = 3; // shorter sequences under a sanitizer, which is slow and looks for other faults
 #else
 const std::size_t LEFT_OUT = 0;
 #endif
 
-// On both sides of the border at which a lock blocks the main update application.
+// Priorities below and above the one at which a lock blocks the main update application.
 const std::vector<int> PRIORITIES{3, 4};
 
 // A client with its three connections and its two proxies.
@@ -46,7 +46,7 @@ private:
 struct Operation {
     std::string name;
     std::function<void(ServiceBesideModel&)> run;
-    std::size_t leastLocks = 0; // held in the states in which it can be done
+    std::size_t leastLocks = 0; // the operation is possible only while at least this many are held
 };
 using Operations = std::vector<Operation>;
 
@@ -68,7 +68,7 @@ void addSession(Operations& operations, const Client& client) {
         {client.name() + " disconnect", [=](ServiceBesideModel& service) { service.disconnect(client.manager()); }});
 }
 
-// The hello for a proxy of its own, or for one that belongs to `owner`.
+// The hello of a client for a proxy of its own, or for one that belongs to `owner`.
 void addHellos(Operations& operations, const Client& client, const Client& owner) {
     operations.push_back({client.name() + " hello " + owner.proxyOfSession(), [=](ServiceBesideModel& service) {
                               service.hello(client.session(), owner.proxyOfSession());
@@ -78,7 +78,7 @@ void addHellos(Operations& operations, const Client& client, const Client& owner
                           }});
 }
 
-// Each of the locks that are held can be asked back, its own or another's, and one that was never given.
+// Releases of each lock that is held, one's own or another's, and of one that was never issued.
 void addLocks(Operations& operations, const Client& client, std::size_t mostLocks) {
     for (const int priority : PRIORITIES) {
         operations.push_back({client.name() + " acquire " + std::to_string(priority), [=](ServiceBesideModel& service) {
@@ -107,7 +107,7 @@ void addDevice(Operations& operations) {
     }
 }
 
-// Questions that change nothing. What refuses a stranger says in the log whom it would serve: the senders that have
+// Questions that change nothing. A refusal to a stranger names in the log whom it would serve: the senders that have
 // said hello, and the holders of all locks.
 using Question = void (*)(ServiceBesideModel&);
 const std::vector<Question> QUESTIONS{
@@ -140,12 +140,12 @@ Operations operationsOf(int clients, std::size_t depth) {
     return operations;
 }
 
-// The search: states in the order in which they are found, those with the shortest ways first.
+// The search: the states in the order in which they were found, those with the shortest sequences first.
 class Search {
 public:
     Search(int clients, std::size_t depth) : m_operations(operationsOf(clients, depth)), m_depth(depth) {}
 
-    // Ends at the first disagreement, which it returns with the operations that lead to it. Empty when there is none.
+    // Ends at the first disagreement, and returns it with the operations that lead to it. Empty when there is none.
     std::string run();
 
     void printCounts(std::ostream& out) const;
@@ -155,13 +155,13 @@ private:
     static constexpr Index NOWHERE = ~Index(0);
     struct State {
         Index before;
-        std::size_t operation; // the one that led here from the state before
+        std::size_t operation; // the operation that led here from the state before
         std::size_t depth;
         std::size_t locks = 0;
-        std::vector<Index> after; // for each operation that can be done here
+        std::vector<Index> after; // for each operation that is possible here
     };
 
-    // The real thing and the model in one of the states, and what has been done to them.
+    // The real service and the model in one of the states, and what has been done to them.
     struct Trial {
         ServiceBesideModel service;
         std::vector<std::size_t> done;
@@ -180,7 +180,7 @@ private:
     const Operations m_operations;
     const std::size_t m_depth;
     std::vector<State> m_states;
-    std::unordered_map<std::string, Index> m_found; // by the states of the model
+    std::unordered_map<std::string, Index> m_found; // by the state of the model
     std::size_t m_tried = 0;
 };
 
@@ -201,7 +201,7 @@ std::vector<std::size_t> Search::wayTo(Index state) const {
     return way;
 }
 
-// What happens on the way has been compared when the states on it were found.
+// What happens on the way was compared when the states on it were found.
 std::unique_ptr<Search::Trial> Search::bringTo(Index state) const {
     auto trial = std::make_unique<Trial>();
     trial->done = wayTo(state);
@@ -244,7 +244,8 @@ std::string Search::tryEnd(Trial& trial) const {
     return describe(trial, "{end}", trial.service.difference());
 }
 
-// All operations that can be done in the state, and behind each that leaves it the questions and the end of everything.
+// All operations that are possible in the state; after each one that leaves it, the questions and the end of all
+// objects.
 std::string Search::tryAll(Index from) {
     std::unique_ptr<Trial> trial;
     for (std::size_t operation = 0; operation < m_operations.size(); ++operation) {
@@ -282,7 +283,8 @@ std::string Search::run() {
     return "";
 }
 
-// How many sequences of each length lead to each state, added up. Too many for an integer when somebody goes deeper.
+// How many sequences of each length lead to each state, added up. A floating-point number, since a greater depth would
+// overflow an integer.
 double Search::countSequences() const {
     double sum = 0;
     std::vector<double> ways(m_states.size(), 0);

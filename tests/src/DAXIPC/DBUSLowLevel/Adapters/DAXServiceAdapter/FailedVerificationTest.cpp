@@ -1,4 +1,4 @@
-// What a client meets whose upgrade was to be finalized while the lock file cannot be verified.
+// What a client gets when its upgrade is to be finalized and the lock file cannot be verified.
 #include <filesystem>
 
 #include <gmock/gmock.h>
@@ -38,7 +38,7 @@ protected:
         EXPECT_TRUE(transaction.call("startInstallation", std::set<std::string>()).normal);
     }
 
-    // What a getService of another client gives: an empty name is a refusal.
+    // The answer to getService for another client: an empty name is a refusal.
     std::string serviceForAnother() {
         AdapterClient other(adapter, ":1.9");
         return other.call("getService", 100, std::string("other"), 0, std::string("another"), std::string())
@@ -58,7 +58,7 @@ protected:
     AdapterClient transaction{adapter, ":1.3"};
 };
 
-TEST_F(FailedVerification, IsToldToTheClientRefusesTheNextOneAndKeepsTheCoreFromFinalizing) {
+TEST_F(FailedVerification, ReachesTheClientBlocksTheNextOneAndKeepsTheCoreFromFinalizing) {
     afterNextClose([this] { std::filesystem::resize_file(lockPath, 21); });
     const Reply reply = transaction.call("startFinalization", std::set<std::string>{"item"}, false);
     EXPECT_FALSE(reply.normal);
@@ -71,7 +71,7 @@ TEST_F(FailedVerification, IsToldToTheClientRefusesTheNextOneAndKeepsTheCoreFrom
               "Installation lock is acquired. There is no possibility to get service.");
 }
 
-TEST_F(FailedVerification, IsNoneWhereTheFileIsIntact) {
+TEST_F(FailedVerification, DoesNotHappenWhenTheFileIsIntact) {
     const Reply reply = transaction.call("startFinalization", std::set<std::string>{"item"}, false);
     EXPECT_TRUE(reply.normal);
     EXPECT_THAT(core->calls(), Contains(StartsWith("startFinalization")));

@@ -19,13 +19,13 @@ using namespace Service;
 
 class MethodTable : public AdapterOverMocks {
 protected:
-    // "dash": a normal reply without an archive.
+    // A normal reply without an archive.
     static void expectNothing(const Reply& reply) {
         EXPECT_TRUE(reply.normal);
         EXPECT_EQ(reply.archive, "");
     }
 
-    // "header": a normal reply whose archive holds its header alone.
+    // A normal reply with an archive that holds only its header.
     static void expectHeader(const Reply& reply) {
         EXPECT_TRUE(reply.normal);
         EXPECT_EQ(reply.archive, archiveOf());
@@ -179,7 +179,7 @@ TEST_F(MethodTable, CancelServiceTransactionReadsAReasonAndWritesNothing) {
     expectNothing(transactions->call("cancelServiceTransaction", std::string("enough")));
 }
 
-// Every method but "getServiceOwner" opens its parameter archive, also those that read nothing from it.
+// Every method except "getServiceOwner" opens its parameter archive, even if it reads nothing from it.
 class WithoutAHeader : public AdapterOverMocks, public WithParamInterface<const char*> {};
 
 TEST_P(WithoutAHeader, IsRefused) {

@@ -53,7 +53,7 @@ public:
     MOCK_METHOD(void, unsubscribeFromConnectionCloseEvent, (), (override));
 };
 
-// Gives away one service manager that was made before.
+// Hands out one service manager that was made before.
 class OneServiceManagerFactory : public Service::IServiceManager::IServiceManagerFactory {
 public:
     explicit OneServiceManagerFactory(std::unique_ptr<Service::IServiceManager> manager)

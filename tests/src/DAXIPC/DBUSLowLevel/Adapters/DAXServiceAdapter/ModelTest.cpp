@@ -1,5 +1,5 @@
-// Random operations of several clients against the real handler and the real service logic, compared step by step with
-// the reference model.
+// Runs random operations of several clients against the real handler and the real service logic, and compares them with
+// the reference model step by step.
 #include <cstdlib>
 #include <iostream>
 #include <random>
@@ -18,8 +18,8 @@ const int STEPS = 1000; // the sanitizer keeps every stack that it meets, and ex
 const int STEPS = 100000;
 #endif
 
-// The same operations in every run, so that a failure is no surprise of another's change. DAX_MODEL_SEED names others:
-// a number, or "random".
+// The operations are the same in every run, so that a failure does not surprise whoever changes something else.
+// DAX_MODEL_SEED chooses others: a number, or "random".
 const unsigned int USUAL_SEED = 20260117;
 
 unsigned int chosenSeed() {
@@ -45,7 +45,7 @@ public:
     std::string proxy() { return "Proxy-" + std::to_string(number(1, 6)); }
     std::string reason() { return "reason " + std::to_string(number(1, 1000)); }
 
-    // Usually the connection that may; sometimes another.
+    // Usually the connection that may call; sometimes another one.
     std::string likely(const std::string& probable) { return rarely() || probable.empty() ? connection() : probable; }
 
     void getService();

@@ -10,7 +10,7 @@ namespace {
 const char* const BUS_NAME = "org.kovan.tv.dax.service.servicemanager";
 const char* const NOBODY = "<not-set>";
 const std::string SETTINGS = "memory/menu/support/softwareupdate/";
-const int BLOCKS_MAIN_APP = 4; // locks of this priority and above do
+const int BLOCKS_MAIN_APP = 4; // the lowest priority at which a lock does so
 
 template <class Value>
 std::string inWords(const boost::optional<Value>& value) {
@@ -102,7 +102,7 @@ bool ReferenceModel::mayUseTransaction(const std::string& connection) {
     return true;
 }
 
-// The old owner, if any, is told here that it has to go.
+// The old owner, if there is one, loses its session here.
 bool ReferenceModel::isGranted(int priority, const std::string& name) {
     if (m_installationLocked) {
         log("INF", "Installation lock is acquired. There is no possibility to get service.");
@@ -308,8 +308,8 @@ void ReferenceModel::end() {
     }
 }
 
-// A session that is current is always the one that the handler holds, and a transaction that lives is that session's:
-// so it is enough to say that they are.
+// A current session is always the one that the handler holds, and a living transaction always belongs to that session.
+// So it is enough to say that they exist.
 std::string ReferenceModel::state() const {
     std::ostringstream text;
     text << "installation lock " << m_installationLocked << "\nlocks";

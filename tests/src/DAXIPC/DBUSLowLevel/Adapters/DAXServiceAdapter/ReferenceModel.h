@@ -10,7 +10,7 @@
 
 namespace DAX::Tests {
 
-// What a client is expected to get for one call: a value in words, or the name of an exception.
+// The expected answer to one call: a value in words, or the name of an exception.
 struct Expected {
     bool normal;
     std::string text;
@@ -22,9 +22,9 @@ struct Expected {
     bool operator!=(const Expected& other) const { return !(*this == other); }
 };
 
-// The rules of arbitration, sessions, transactions and locks, in as few lines as they can be told in: what every call
-// gives, what the core hears, what the log says, what the two settings keys hold. Fed with the same operations as the
-// real thing.
+// The rules of arbitration, sessions, transactions and locks, as short as possible: what every call returns, which
+// calls reach the core, what is logged, and what the two settings keys hold. It gets the same operations as the real
+// service.
 class ReferenceModel {
 public:
     // `lastLock` is the number of external locks that the process has asked for already.
@@ -43,13 +43,14 @@ public:
     Expected acquireLock(const std::string& name, int priority);
     Expected releaseLock(const std::string& name, unsigned int id);
 
-    // The subscribed connection leaves, or another one is said to have left. False: the second is an error.
+    // The subscribed connection leaves, or another one is reported to have left. Returns false for the latter, which is
+    // an error.
     bool disconnect(const std::string& connection);
 
     void changePowerMode();
     void setInstallationLock(bool locked) { m_installationLocked = locked; }
 
-    // The handler and the manager behind it go. Nothing may come after it.
+    // The handler and the manager behind it are destroyed. Nothing may follow.
     void end();
 
     const boost::optional<std::string>& subscribed() const { return m_subscribed; }
@@ -62,13 +63,13 @@ public:
     // The connection that has said hello for the transaction.
     boost::optional<std::string> transactionSender() const;
 
-    // What happened since the last taking, in order, in the words of FakeKovan's journal: "log INF Reset done.",
+    // What happened since the last call of this, in order, in the words of FakeKovan's journal: "log INF Reset done.",
     // "write <key>=<value>", and "core createTransaction(...)" for a call of the core.
     std::vector<std::string> takeEffects() { return std::exchange(m_effects, {}); }
 
-    // All that decides how this model answers from now on, and nothing else: two models that have the same one cannot
-    // be told apart by any operations, but by the numbers of their locks, which come in the same order. Names and
-    // proxies must be without blanks.
+    // Everything that decides how this model answers from now on, and nothing else. No operations can tell two models
+    // with the same state apart, except by the numbers of their locks, which come in the same order. Names and proxies
+    // must not contain blanks.
     std::string state() const;
 
 private:
@@ -115,7 +116,7 @@ private:
     boost::optional<std::string> m_subscribed;
     boost::optional<int> m_priorityKey;
     boost::optional<int> m_lockKey;
-    boost::optional<ServiceEntry> m_service; // the last: the end of a session has effects
+    boost::optional<ServiceEntry> m_service; // last, since the end of a session has effects
 };
 
 } // namespace DAX::Tests

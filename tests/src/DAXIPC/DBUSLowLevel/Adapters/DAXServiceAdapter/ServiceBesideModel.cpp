@@ -20,7 +20,7 @@ namespace {
 const char* const PRIORITY_KEY = "memory/menu/support/softwareupdate/currentServiceClientPriority";
 const char* const LOCK_KEY = "memory/menu/support/softwareupdate/isExternalLockAcquired";
 
-// The numbers of locks go on through the life of the process: every request counts. So many there were here.
+// Lock numbers keep counting up through the life of the process, with every request. This is the number at the start.
 unsigned int& requestedLocks() {
     static unsigned int count = 0;
     return count;
@@ -43,7 +43,8 @@ boost::optional<int> integerSetting(const char* key) {
     return value ? boost::optional<int>(std::get<int>(*value)) : boost::none;
 }
 
-// What happened, without the lines for developers, which say where in the source an exception comes from.
+// What happened, without the log lines for developers, which tell the place in the source where an exception was
+// thrown.
 std::vector<std::string> effectsSoFar() {
     std::vector<std::string> effects = FakeKovan::journal();
     effects.erase(std::remove_if(effects.begin(), effects.end(),
@@ -87,7 +88,7 @@ ServiceBesideModel::ServiceBesideModel()
     , m_model(requestedLocks()) {
     FakeKovan::removeSetting(PRIORITY_KEY);
     FakeKovan::removeSetting(LOCK_KEY);
-    // Both are read for each transaction; a key that is not there would be told in the log.
+    // Both keys are read for each transaction; a missing one would add a line to the log.
     FakeKovan::setSetting("db/menu/support/softwareupdate/was_successfull_upgrade", 0);
     FakeKovan::setSetting("db/menu/support/softwareupdate/use_cellular_int", 0);
     setInstallationLock(false);

@@ -15,8 +15,8 @@
 
 namespace DAX::Tests {
 
-// The real handler over the real service logic, and the reference model beside it: every operation is done to both.
-// The device's root and the debug parameters have to be there before it. One at a time in a process.
+// The real handler over the real service logic, with the reference model beside it: every operation is done to both.
+// The device's root and the debug parameters must exist before. One object at a time in a process.
 class ServiceBesideModel {
 public:
     ServiceBesideModel();
@@ -41,11 +41,11 @@ public:
     void changePowerMode();
     void setInstallationLock(bool locked);
 
-    // The handler goes, and the manager behind it. Nothing but `difference` may come after it.
+    // Destroys the handler, and the manager behind it. Only `difference` may be called afterwards.
     void end();
 
-    // Where the two disagree: on what the last operation gave, on what happened since the last look (at the core, in
-    // the log, in the settings store), on the subscription or on the owner. Empty when they agree.
+    // Where the two disagree: on the answer to the last operation, on what happened since the last look (at the core,
+    // in the log, in the settings store), on the subscription or on the owner. Empty when they agree.
     std::string difference();
 
     // Drops what happened since the last look.
@@ -53,7 +53,7 @@ public:
 
     const ReferenceModel& model() const { return m_model; }
 
-    // What the last operation gave, as a client sees it.
+    // The answer to the last operation, as a client sees it.
     const Expected& result() const { return m_result; }
 
 private:

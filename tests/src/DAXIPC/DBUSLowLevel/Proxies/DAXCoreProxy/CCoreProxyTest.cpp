@@ -56,16 +56,16 @@ TEST_F(CCoreProxyTest, IsMadeWithoutAMessageToTheCore) {
                 ElementsAre("create Proxy-1" + CORE_OBJECT + "50000 none", "init Proxy-1 org.kovan.tv.dax.core.TV"));
 }
 
-TEST_F(CCoreProxyTest, HandsTheActivationTimeOutOnInMilliseconds) {
+TEST_F(CCoreProxyTest, PassesTheActivationTimeOutOnInMilliseconds) {
     bus.forgetEvents();
     createCore(7);
     EXPECT_EQ(bus.events().front(), "create Proxy-2" + CORE_OBJECT + "7000 none");
     bus.forgetEvents();
-    createCore(4294968); // 1000 times this does not fit
+    createCore(4294968); // 1000 times this overflows
     EXPECT_EQ(bus.events().front(), "create Proxy-3" + CORE_OBJECT + "704 none");
 }
 
-// What is thrown carries its cause nested, and no text.
+// The exception carries its cause nested, and no text.
 template <class Cause, class Call>
 void expectErrorConnecting(const Call& call) {
     try {
@@ -89,7 +89,7 @@ TEST_F(CCoreProxyTest, CannotBeMadeWhenItsProxyCannotBeInitialized) {
     expectErrorConnecting<RemoteObjectNotAccessible>([&] { createCore(); });
 }
 
-TEST_F(CCoreProxyTest, LetsOtherExceptionsOfTheConstructionOut) {
+TEST_F(CCoreProxyTest, PassesOtherExceptionsOfTheConstructionOn) {
     bus.failCreate(std::bad_alloc());
     EXPECT_THROW(createCore(), std::bad_alloc);
 }
@@ -188,7 +188,7 @@ TEST_F(CCoreProxyTest, DoesNotRetryAHelloThatFailsInAnotherWay) {
     EXPECT_TRUE(FakeKovan::messages().empty());
 }
 
-TEST_F(CCoreProxyTest, LetsTheExceptionThatAnswersAHelloOut) {
+TEST_F(CCoreProxyTest, PassesTheExceptionThatAnswersAHelloOn) {
     grantTransactions();
     bus.replyWithException("helloMessage", "CUSBReadError", golden("exceptions/CUSBReadError"));
     EXPECT_THROW(createTransaction(), UserInterestExceptions::CUSBReadError);

@@ -74,7 +74,7 @@ TEST_F(CServiceManagerProxyTest, GetsNoSessionFromAReplyWithoutAResult) {
     EXPECT_EQ(getService(), nullptr);
 }
 
-TEST_F(CServiceManagerProxyTest, LetsTheFailureOfAHelloOutAndDropsTheConnection) {
+TEST_F(CServiceManagerProxyTest, PassesTheFailureOfAHelloOnAndDropsTheConnection) {
     m_wire.reply("getService", SERVICE_NAME);
     bus.fail("helloMessage", RemoteObjectNotAccessible());
     EXPECT_THROW(getService(), RemoteObjectNotAccessible);
@@ -112,7 +112,7 @@ TEST_F(CServiceManagerProxyTest, LeavesTheArgumentsUntouchedWhenThereIsNoOwner) 
     }
 }
 
-TEST_F(CServiceManagerProxyTest, ThrowsWhatTheServiceAnswersTheQuestionForTheOwner) {
+TEST_F(CServiceManagerProxyTest, ThrowsWhatTheServiceThrowsWhenAskedForTheOwner) {
     bus.replyWithException("getServiceOwner", "CUSBReadError", golden("exceptions/CUSBReadError"));
     auto priority = ServiceClientPriority(0);
     std::string name;

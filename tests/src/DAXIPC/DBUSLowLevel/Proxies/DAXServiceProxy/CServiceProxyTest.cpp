@@ -26,7 +26,7 @@ protected:
     DAXIPC::DBUSLowLevel::CServiceProxy m_session{bus.factory(), bus.proxy()};
 };
 
-TEST_F(CServiceProxyTest, AsksForThePriorityThatComesByItsBits) {
+TEST_F(CServiceProxyTest, AsksForThePriorityWhichIsSentAsItsBits) {
     m_wire.reply("getClientPriority", 4294967293U);
     EXPECT_EQ(static_cast<int>(m_session.getClientPriority()), -3);
     m_wire.expectRequest("getClientPriority");
@@ -51,7 +51,7 @@ TEST_F(CServiceProxyTest, StartsNoTransactionWhenTheServiceRefuses) {
     }
 }
 
-TEST_F(CServiceProxyTest, LetsTheFailureOfAHelloOut) {
+TEST_F(CServiceProxyTest, PassesTheFailureOfAHelloOn) {
     m_wire.reply("startNewTransaction", SERVICE_NAME);
     bus.fail("helloMessage", RemoteObjectActivationTimedOut());
     EXPECT_THROW(m_session.startNewTransaction(DAXCommon::USB), RemoteObjectActivationTimedOut);
