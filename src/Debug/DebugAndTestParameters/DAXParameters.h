@@ -4,8 +4,9 @@
 
 namespace DAX::DAXCommon {
 
-// The fields of the debug and test parameters for the rest of the system. It has no data: each call goes to the record
-// afresh, and throws GenericException while that is not loaded.
+// The fields of the debug and test parameters, for the rest of the system. It has no data: each call goes to the
+// record, and throws GenericException before the record is loaded. Any thread may get; see DebugAndTestParameters for
+// setting.
 class DAXParameters {
 public:
     bool getNoRebootFlag() const;
@@ -32,7 +33,7 @@ public:
     void setOTASetServiceOption(int value);
 
     std::string getOTNTestServerAddress() const;
-    // The scenario that is played in place of a real transaction; empty in normal operation.
+    // The scenario file to play instead of a real transaction; empty in normal operation.
     std::string getServiceTransactionStubScenarioPath() const;
     // The same for the core.
     std::string getCoreTransactionStubScenarioPath() const;
@@ -40,6 +41,7 @@ public:
     std::string getResumeDataBackupDirectory() const;
 };
 
+// The one object. Never throws.
 DAXParameters& getDAXParameters();
 
 } // namespace DAX::DAXCommon

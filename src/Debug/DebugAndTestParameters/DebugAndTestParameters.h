@@ -10,39 +10,43 @@
 namespace DAX {
 namespace DAXCommon {
 
-// The one record of switches that change how the update stack behaves on a development device. It is read once, at the
-// start, from the XML file "DebugAndTestParameters.xml" on the update partition; a device without that file keeps all
-// defaults, and production software does not read it at all.
+// The switches that change how the update stack behaves on a development device; there is one record of them. It is
+// read once, at the start, from the XML file "DebugAndTestParameters.xml" on the update partition. Without that file
+// every switch keeps its default, and production software never reads the file.
 //
-// A bad file is logged and throws nothing: what was read before its bad place stays. It is read as untrusted input: no
-// content of it takes memory beyond a small multiple of its own size.
+// A bad file is logged and throws nothing; the elements before its bad place stay in the record. The file is untrusted
+// input: no content makes the process allocate more than a small multiple of the file's size.
 //
-// The record has no lock: it is loaded on the main thread before others run, and read from all threads afterwards.
+// The record has no lock: it is loaded on the main thread before other threads run, and then read from all threads.
+// Loading again, setting and saving are for one thread while no other one reads.
 class DebugAndTestParameters {
 public:
-    // The load at start. A missing or bad file counts as loaded; in production nothing is read and nothing is loaded.
+    // Loads the record at the start; a second call only logs a warning. A missing or bad file counts as loaded.
+    // Production software reads nothing, and then nothing counts as loaded.
     static void loadDebugAndTestParameters();
 
-    // The record; in production always the defaults. Throws GenericException before the load.
+    // The one record; on production software always the defaults. Throws GenericException before the load.
     static DebugAndTestParameters& getDebugAndTestParameters();
 
-    // Whether the load at start has happened, and no reading of the file again has failed since.
+    // Whether the record was loaded, and no later reload() has failed to read the file.
     static bool loaded();
 
-    // Reads the file into the one record again. False when it cannot be opened, and then all stays as it was, or when
-    // it cannot be read, and then the parameters count as not loaded. Throws GenericException when they were not
-    // before.
+    // Reads the file into the one record again. Returns false when the file cannot be opened, and then nothing has
+    // changed, or when it cannot be read, and then the record counts as not loaded. Throws GenericException when it was
+    // not loaded before.
     static bool reload();
 
-    // Reads the file into this object; false when it cannot be opened or read.
+    // Reads the file into this object. Returns false when it cannot be opened or read.
     bool load();
 
-    // Writes this object to the file; false, with a log line, when that fails.
+    // Writes this object to the file. Returns false, with a log line, when that fails.
     bool save() const;
 
+    // The absolute path of the file.
     static std::string getConfigFilePath();
 
-    // Free parameters, by name. Absent, and for a number also not readable as one: disengaged, or the default.
+    // Free parameters, by name. The result is empty, or the default, for an absent name, and for a number or flag also
+    // when its text is no number; that is logged. A flag is true for every number but 0.
     boost::optional<int> getCustomIntParam(const std::string& name) const;
     int getCustomIntParam(const std::string& name, int defaultValue) const;
     boost::optional<bool> getCustomBoolParam(const std::string& name) const;
@@ -50,7 +54,7 @@ public:
     boost::optional<std::string> getCustomStringParam(const std::string& name) const;
     std::string getCustomStringParam(const std::string& name, const std::string& defaultValue) const;
 
-    // A disengaged value erases the name.
+    // Sets a free parameter, and replaces an earlier value. An empty value erases the name.
     void setCustomStringParam(const std::string& name, boost::optional<std::string> value);
     void setCustomIntParam(const std::string& name, boost::optional<int> value);
     void setCustomBoolParam(const std::string& name, boost::optional<bool> value);
@@ -124,6 +128,7 @@ private:
 
 namespace Common {
 
+// The same as DebugAndTestParameters::getDebugAndTestParameters().
 DAXCommon::DebugAndTestParameters& getDebugAndTestParameters();
 
 } // namespace Common

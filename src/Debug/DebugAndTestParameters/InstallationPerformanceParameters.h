@@ -11,14 +11,14 @@ class access;
 namespace DAX {
 namespace DAXCommon {
 
-// The tuning values of the update core's installation pipeline: sizes in bytes, estimates in bytes per second, a
-// disengaged optional for "as the device does it by itself". The debug file carries the record, and every value that
-// it can hold is taken; the two of the decompressor are kept out of the file and have their defaults whatever it says.
+// The tuning values of the update core's installation: sizes in bytes, estimates in bytes per second. An empty optional
+// leaves the choice to the device. The debug file holds the record, and any value that can be read is accepted,
+// unchecked. The two values of the decompressor are not in the file, so they always begin with their defaults.
 //
 // A plain record without a lock: it is filled before other threads run.
 class InstallationPerformanceParameters {
 public:
-    // The record as it is without a file.
+    // The defaults. Any thread.
     static const InstallationPerformanceParameters& getDefaultParameters();
 
     boost::optional<unsigned long> getFlashStreamBufferSize() const { return m_flashStreamBufferSize; }
@@ -117,7 +117,7 @@ private:
 
 } // namespace DAXCommon
 
-// The record in force: that of the debug parameters, and like them not there before they are loaded.
+// The values in force, which are those of the debug parameters. Throws GenericException before these are loaded.
 const DAXCommon::InstallationPerformanceParameters& getInstallationPerformanceParameters();
 
 } // namespace DAX

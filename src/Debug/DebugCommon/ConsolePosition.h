@@ -4,7 +4,7 @@
 
 namespace DAX::Common::Debug {
 
-// The place of a program's console window on a developer's screen. Neither does anything in this daemon.
+// Save and restore the position of a program's console window on a developer's screen. Both do nothing in this daemon.
 void SaveConsolePosition(const std::string& console);
 void RestoreConsolePosition(const std::string& console);
 

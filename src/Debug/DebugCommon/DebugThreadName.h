@@ -6,21 +6,23 @@
 
 namespace DAX::Common::Debug {
 
-// Names threads, so that a log line tells which thread wrote it.
+// Names threads, so that a log line tells which thread wrote it. Any thread may call, after registerMainThreadId().
 class ThreadDebug {
 public:
-    // Once, at the start of main and before other threads exist; a second call is an assertion failure.
+    // Call it once, at the start of main and before other threads exist; a second call is an assertion failure.
     static void registerMainThreadId(boost::thread::id id);
 
-    // Names the current thread. The main thread keeps its name. Characters outside letters, digits and "_" become "_".
+    // Names the current thread. Characters other than letters, digits and "_" become "_", and the system cuts the name
+    // to 15 characters. The main thread keeps its name, with a log line; so does a thread when the system refuses.
     static void SetThreadName(const char* name);
 
-    // Names another thread; a name of 16 characters or more is refused by the system and logged.
+    // Names another thread in the same way, but the system refuses a name of 16 characters or more, which is logged.
     static void SetThreadName(boost::thread& thread, const char* name);
 
-    // The current thread's name.
+    // The current thread's name; empty, with a log line, when the system fails.
     static std::string GetThreadName();
 
+    // The name with "_" for every character that is no letter, digit or "_"; not cut.
     static std::string sanitizeThreadName(const char* name);
 
 private:

@@ -26,10 +26,11 @@ using Common::Utils::GenericException;
 
 namespace {
 
-// More than any record has use for.
+// More than any record needs.
 const std::size_t MOST_BYTES = 4 * 1024 * 1024;
 
-// Null when it cannot be opened. A folder opens, and fails when it is read.
+// Null when the file cannot be opened. A folder counts as opened and then fails to be read, as it would with
+// std::ifstream alone.
 std::unique_ptr<std::istream> openForReading(const std::string& path) {
     DAX_LOG(INF) << "Opening config from " << path;
     boost::system::error_code ignored;
@@ -70,6 +71,7 @@ void DebugAndTestParameters::loadDebugAndTestParameters() {
         return;
     }
     DAX_LOG(DBG) << "Loading DebugAndTestParameters.";
+    // The result does not matter: a device without the file keeps all defaults.
     instance.load();
     isLoaded = true;
 }

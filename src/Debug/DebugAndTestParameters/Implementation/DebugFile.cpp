@@ -22,7 +22,7 @@ namespace {
 const char ROOT_ELEMENT[] = "DebugAndTestParameters";
 const unsigned int FIRST_VERSION_WITH_TEXTS = 1;
 
-// The library reads on in a record whose form it does not know.
+// The library would go on reading a record whose format it does not know.
 void throwIfLater(unsigned int version, unsigned int known, const char* record) {
     using boost::archive::archive_exception;
     if (version > known) {
@@ -30,7 +30,7 @@ void throwIfLater(unsigned int version, unsigned int known, const char* record) 
     }
 }
 
-// The free parameters were numbers once.
+// In version 0 the free parameters were numbers.
 template <class Archive>
 void visitNumbersOnly(Archive& archive, std::map<std::string, std::string>& customParams) {
     std::map<std::string, int> numbers;

@@ -7,8 +7,8 @@ namespace DAX::DAXCommon {
 
 class DebugAndTestParameters;
 
-// The record as an XML archive. Both throw std::exception for what cannot be read or written; the elements that were
-// read before the bad place are in the record then.
+// The record as an XML archive. Both throw std::exception when something cannot be read or written; the elements before
+// the bad place are then in the record.
 void readDebugFile(std::istream& file, DebugAndTestParameters& parameters);
 void writeDebugFile(std::ostream& file, const DebugAndTestParameters& parameters);
 

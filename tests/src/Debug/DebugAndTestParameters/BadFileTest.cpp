@@ -1,4 +1,4 @@
-// Debug files that are not what they should be. Each is read by a program built with the sanitizers as well.
+// Bad debug files. The same tests also run in a program built with the sanitizers.
 #include <algorithm>
 #include <sstream>
 
@@ -26,14 +26,14 @@ protected:
         return withBoundedMemory(text, [this] { return record.load(); });
     }
 
-    // It cannot be read, which is told by one line, and nothing else happens. The library adds the last error of the
-    // system to some of its texts.
+    // Expects that the file cannot be read, that one line says so, and that nothing else happens. The library adds the
+    // last error of the system to some of its texts.
     void expectFailure(const std::string& text, const std::string& what) {
         EXPECT_FALSE(read(text)) << shown(text);
         EXPECT_THAT(FakeKovan::journal(), ElementsAre(opening(), StartsWith(failure(what)))) << shown(text);
     }
 
-    // Whether it can be read or not, nothing happens but the told lines.
+    // Expects that nothing happens except these log lines, whether the file can be read or not.
     void expectNoHarm(const std::string& text) {
         const bool good = read(text);
         const std::vector<std::string> told = FakeKovan::journal();
@@ -42,7 +42,7 @@ protected:
         EXPECT_TRUE(good || told.back().rfind(failure(""), 0) == 0) << told.back();
     }
 
-    // The elements of the record, one a line, but for the free parameters.
+    // The elements of the record, one per line, without the free parameters.
     std::vector<std::string> elements() {
         EXPECT_TRUE(record.save());
         std::vector<std::string> lines;
@@ -58,7 +58,7 @@ protected:
         return elements();
     }
 
-    // The good file with everything changed, in which this text is replaced, cannot be read.
+    // Expects that the good file with all values changed cannot be read once this text is replaced in it.
     void expectFailure(const std::string& old, const std::string& with, const std::string& what) {
         expectFailure(replaced(changed, old, with), what);
     }
@@ -95,7 +95,7 @@ TEST_F(BadDebugFile, IsTooLarge) {
                 ElementsAre(opening(), "log WRN Failed to open DebugAndTestParameters from " + path()));
 }
 
-TEST_F(BadDebugFile, IsGoodBehindALink) {
+TEST_F(BadDebugFile, MayBeASymbolicLink) {
     write(changed);
     std::filesystem::rename(path(), path() + ".elsewhere");
     std::filesystem::create_symlink(path() + ".elsewhere", path());
@@ -156,7 +156,7 @@ TEST_F(BadDebugFile, HasTooHighAClassIdOrVersionOfTheLibrary) {
     expectNoHarm(replaced(changed, "<item_version>0", "<item_version>4294967295"));
 }
 
-TEST_F(BadDebugFile, HasAFlagThatIsNone) {
+TEST_F(BadDebugFile, HasAFlagThatIsNoFlag) {
     for (const char* value : {"yes", "true", "2", "-1", ""}) {
         expectFailure("<skipVersionChecker>1", std::string("<skipVersionChecker>") + value, "input stream error");
         EXPECT_TRUE(record.isSkipCompatibilityChecker());
@@ -164,7 +164,7 @@ TEST_F(BadDebugFile, HasAFlagThatIsNone) {
     }
 }
 
-TEST_F(BadDebugFile, HasALargeNumberThatIsNone) {
+TEST_F(BadDebugFile, HasALargeNumberThatIsNoNumber) {
     for (const char* value : {"many", "18446744073709551616", ""}) {
         expectFailure("<numberOfFailures>18446744073709551615", std::string("<numberOfFailures>") + value,
                       "input stream error");
@@ -173,7 +173,7 @@ TEST_F(BadDebugFile, HasALargeNumberThatIsNone) {
     }
 }
 
-TEST_F(BadDebugFile, HasANumberThatIsNone) {
+TEST_F(BadDebugFile, HasANumberThatIsNoNumber) {
     for (const char* value : {"x", "2147483648", "-2147483649", ""}) {
         expectFailure("<setOTASetServiceOption>-12", std::string("<setOTASetServiceOption>") + value,
                       "input stream error");
@@ -181,7 +181,7 @@ TEST_F(BadDebugFile, HasANumberThatIsNone) {
     }
 }
 
-TEST_F(BadDebugFile, HasAFractionThatIsNone) {
+TEST_F(BadDebugFile, HasAFractionThatIsNoFraction) {
     for (const char* value : {"fast", "1e999", ""}) {
         expectFailure("<verificationScale>3.500000000e+00", std::string("<verificationScale>") + value,
                       "input stream error");
@@ -190,19 +190,19 @@ TEST_F(BadDebugFile, HasAFractionThatIsNone) {
     }
 }
 
-TEST_F(BadDebugFile, HasAnOptionalNumberThatIsNone) {
+TEST_F(BadDebugFile, HasAnOptionalNumberThatIsNoNumber) {
     expectFailure("<value>101", "<value>big", "input stream error");
     expectFailure("<initialized>1", "<initialized>7", "input stream error");
     EXPECT_TRUE(record.isDurationReduced());
 }
 
-TEST_F(BadDebugFile, HasARewriteModeThatIsNone) {
+TEST_F(BadDebugFile, HasARewriteModeThatIsNoMode) {
     expectFailure("<value>77", "<value>changed", "input stream error");
     EXPECT_EQ(record.getInstallationPerformanceParameters().getForceInstallationRewriteMode(),
               boost::make_optional(Storage::REWRITE_CHANGED));
 }
 
-TEST_F(BadDebugFile, HasATextWithAMarkThatIsNone) {
+TEST_F(BadDebugFile, HasATextWithAnInvalidEntity) {
     expectFailure("<otnOUItemDownloadDirectory>/download", "<otnOUItemDownloadDirectory>/&nothing;",
                   "unrecognized XML syntax");
     EXPECT_EQ(record.getServiceTransactionStubScenarioPath(), "/service scenario");
@@ -213,7 +213,7 @@ TEST_F(BadDebugFile, HasAnElementWhereATextIsDue) {
     expectFailure("/download", "<path>/download</path>", "input stream error");
 }
 
-TEST_F(BadDebugFile, HasFreeParametersThatAreNone) {
+TEST_F(BadDebugFile, HasInvalidFreeParameters) {
     expectFailure("<count>1", "<count>one", "input stream error");
     expectFailure("<first>proxy</first>", "", "XML start/end tag mismatch - first");
     expectFailure("<second>on", "<second>&on;", "unrecognized XML syntax");
@@ -240,8 +240,8 @@ TEST_F(BadDebugFile, HasTwoElementsInTheOtherOrder) {
                   "XML start/end tag mismatch - noRebootFlag");
 }
 
-// The names that the library compares are the tag's and the element's: neither is read behind its end.
-TEST_F(BadDebugFile, HasTagsThatGoOnBehindTheNamesOfTheElements) {
+// The library compares the names of the tag and of the element; neither may be read beyond its end.
+TEST_F(BadDebugFile, HasTagsLongerThanTheNamesOfTheElements) {
     for (const char* element :
          {"noRebootFlag", "value", "initialized", "count", "item_version", "first", "second", "item"}) {
         const std::string tag = std::string("</") + element;

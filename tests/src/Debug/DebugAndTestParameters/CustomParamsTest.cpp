@@ -29,14 +29,14 @@ TEST_F(CustomParams, AnAbsentOneIsDisengagedInEveryForm) {
     EXPECT_THAT(log(), IsEmpty());
 }
 
-TEST_F(CustomParams, AnAbsentOneIsItsDefault) {
+TEST_F(CustomParams, AnAbsentOneGivesTheDefault) {
     EXPECT_EQ(parameters.getCustomStringParam("absent", "default"), "default");
     EXPECT_EQ(parameters.getCustomIntParam("absent", -5), -5);
     EXPECT_TRUE(parameters.getCustomBoolParam("absent", true));
     EXPECT_FALSE(parameters.getCustomBoolParam("absent", false));
 }
 
-TEST_F(CustomParams, AnExistingOneIsNotItsDefault) {
+TEST_F(CustomParams, AnExistingOneDoesNotGiveTheDefault) {
     parameters.setCustomStringParam("zero", Text("0"));
     EXPECT_EQ(parameters.getCustomStringParam("zero", "default"), "0");
     EXPECT_EQ(parameters.getCustomIntParam("zero", -5), 0);
@@ -52,7 +52,7 @@ TEST_F(CustomParams, EveryNumberButZeroIsTrue) {
     EXPECT_EQ(parameters.getCustomBoolParam("flag"), Flag(false));
 }
 
-TEST_F(CustomParams, ATextIsNoNumberWithOneLine) {
+TEST_F(CustomParams, ATextIsNoNumberAndIsLoggedOnce) {
     parameters.setCustomStringParam("name", Text("abc"));
     EXPECT_EQ(parameters.getCustomIntParam("name"), Number());
     EXPECT_THAT(log(), ElementsAre("log ERR Getting custom debug parameter name: abc can not be converted to integer. "
@@ -60,21 +60,21 @@ TEST_F(CustomParams, ATextIsNoNumberWithOneLine) {
     EXPECT_EQ(parameters.getCustomStringParam("name"), Text("abc"));
 }
 
-TEST_F(CustomParams, ATooLargeNumberIsNoneWithOneLine) {
+TEST_F(CustomParams, ATooLargeNumberIsDisengagedAndIsLoggedOnce) {
     parameters.setCustomStringParam("name", Text("2147483648"));
     EXPECT_EQ(parameters.getCustomIntParam("name"), Number());
     EXPECT_THAT(log(), ElementsAre("log ERR Getting custom debug parameter name: 2147483648 is out of the range of "
                                    "representable values. Exception: stoi"));
 }
 
-TEST_F(CustomParams, ATextIsTheDefaultOfNumbersAndFlags) {
+TEST_F(CustomParams, ATextGivesTheDefaultOfNumbersAndFlags) {
     parameters.setCustomStringParam("name", Text("abc"));
     EXPECT_EQ(parameters.getCustomIntParam("name", 3), 3);
     EXPECT_TRUE(parameters.getCustomBoolParam("name", true));
     EXPECT_EQ(parameters.getCustomBoolParam("name"), Flag());
 }
 
-TEST_F(CustomParams, ANumberEndsBeforeTheFirstOtherCharacter) {
+TEST_F(CustomParams, ANumberEndsAtTheFirstOtherCharacter) {
     parameters.setCustomStringParam("name", Text(" 12 months"));
     EXPECT_EQ(parameters.getCustomIntParam("name"), Number(12));
 }

@@ -28,7 +28,7 @@ inline std::string replaced(std::string text, const std::string& old, const std:
     return position == std::string::npos ? text : text.replace(position, old.size(), with);
 }
 
-// A device whose data partition holds no debug file, in a process that has not loaded the parameters.
+// A device without a debug file on its data partition, in a process that has not loaded the parameters.
 class DebugFileFixture : public ::testing::Test {
 protected:
     DebugFileFixture() {
@@ -44,14 +44,14 @@ protected:
         return std::string(std::istreambuf_iterator<char>(file), {});
     }
 
-    // The parameters as the program's start leaves them, with this file; the log is forgotten.
+    // The parameters as they are after the program's start with this file; the log is cleared.
     static DebugAndTestParameters& loaded() {
         DebugAndTestParameters::loadDebugAndTestParameters();
         FakeKovan::forgetRecords();
         return DebugAndTestParameters::getDebugAndTestParameters();
     }
 
-    // What opening the file, and a bad one, logs.
+    // The log lines for opening the file, and for a bad one.
     std::string opening() const { return "log INF Opening config from " + path(); }
     std::string failure(const std::string& what) const {
         return "log WRN Failed to load DebugAndTestParameters from " + path() + ": " + what;
@@ -60,7 +60,7 @@ protected:
     const TemporaryRoot root{TemporaryRoot::SAME_FOR_ALL};
 
 private:
-    // All tests of a process have one record: an unreadable file takes it away again.
+    // All tests of a process share one record; reading a bad file makes it count as not loaded again.
     void unload() const {
         FakeKovan::setProduction(true);
         DebugAndTestParameters::getDebugAndTestParameters() = DebugAndTestParameters();

@@ -37,7 +37,7 @@ TEST_F(DebugParametersFields, AllSwitchesAreOffByDefault) {
     }
 }
 
-TEST_F(DebugParametersFields, AllElseIsZeroOrEmptyByDefaultButTheServer) {
+TEST_F(DebugParametersFields, EverythingElseIsZeroOrEmptyByDefaultExceptTheServer) {
     const DebugAndTestParameters parameters;
     EXPECT_THAT(parameters.getOTNTestServerAddress(), ::testing::MatchesRegex("[a-z.-]+:[0-9]+/"));
     EXPECT_EQ(parameters.getNumberOfFailures(), 0U);

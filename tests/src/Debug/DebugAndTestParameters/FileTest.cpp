@@ -1,4 +1,4 @@
-// What stands in the file, of each class version.
+// The content of the file, for each class version.
 #include "DebugFileFixture.h"
 
 namespace DAX::Tests {

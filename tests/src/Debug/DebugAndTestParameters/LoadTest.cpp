@@ -13,12 +13,12 @@ const char NOT_LOADED[] = "DebugAndTestParameters were not loaded.";
 
 class DebugParametersLoad : public DebugFileFixture {};
 
-TEST(DebugParametersStart, APeekBeforeTheLoadFindsNothingLoaded) {
+TEST(DebugParametersStart, NothingIsLoadedBeforeTheLoad) {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // a process of its own, from its start
     EXPECT_EXIT(std::_Exit(DebugAndTestParameters::loaded() ? 1 : 0), ExitedWithCode(0), "");
 }
 
-TEST_F(DebugParametersLoad, NobodyGetsTheRecordBefore) {
+TEST_F(DebugParametersLoad, TheRecordThrowsBeforeTheLoad) {
     EXPECT_FALSE(DebugAndTestParameters::loaded());
     EXPECT_EQ(thrownDescription([] { DebugAndTestParameters::getDebugAndTestParameters(); }), NOT_LOADED);
     EXPECT_EQ(thrownDescription([] { Common::getDebugAndTestParameters(); }), NOT_LOADED);
@@ -27,7 +27,7 @@ TEST_F(DebugParametersLoad, NobodyGetsTheRecordBefore) {
     EXPECT_EQ(thrownDescription([] { DAXCommon::getDAXParameters().setNoRebootFlag(true); }), NOT_LOADED);
 }
 
-TEST_F(DebugParametersLoad, AMissingFileIsToldAndLeavesAllDefaults) {
+TEST_F(DebugParametersLoad, AMissingFileIsLoggedAndLeavesAllDefaults) {
     DebugAndTestParameters::loadDebugAndTestParameters();
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log DBG Loading DebugAndTestParameters.", opening(),
                                                   "log WRN Failed to open DebugAndTestParameters from " + path()));
@@ -36,7 +36,7 @@ TEST_F(DebugParametersLoad, AMissingFileIsToldAndLeavesAllDefaults) {
               std::string("testStringValue1"));
 }
 
-TEST_F(DebugParametersLoad, TheFileStandsOnTheUpdatePartition) {
+TEST_F(DebugParametersLoad, TheFileIsOnTheUpdatePartition) {
     EXPECT_EQ(path(), (root / "mnt/systemrw/org.kovan.tv.dax/data/tv/DebugAndTestParameters.xml").string());
 }
 
@@ -56,7 +56,7 @@ TEST_F(DebugParametersLoad, ABadFileCountsAsLoaded) {
     EXPECT_FALSE(DebugAndTestParameters::getDebugAndTestParameters().isNoRebootFlag());
 }
 
-TEST_F(DebugParametersLoad, TheSecondIsToldAndReadsNothing) {
+TEST_F(DebugParametersLoad, ASecondLoadIsLoggedAndReadsNothing) {
     loaded();
     write(goldenDebugFile("changed.xml"));
     DebugAndTestParameters::loadDebugAndTestParameters();
@@ -64,7 +64,7 @@ TEST_F(DebugParametersLoad, TheSecondIsToldAndReadsNothing) {
     EXPECT_FALSE(DebugAndTestParameters::getDebugAndTestParameters().isNoRebootFlag());
 }
 
-TEST_F(DebugParametersLoad, TheSecondIsToldAsSuchEvenInProduction) {
+TEST_F(DebugParametersLoad, ASecondLoadIsLoggedAsSuchEvenInProduction) {
     loaded();
     FakeKovan::setProduction(true);
     DebugAndTestParameters::loadDebugAndTestParameters();
@@ -82,13 +82,13 @@ TEST_F(DebugParametersLoad, InProductionTheFileIsIgnored) {
     EXPECT_EQ(DAXCommon::getDAXParameters().getServiceTransactionStubScenarioPath(), "");
 }
 
-TEST_F(DebugParametersLoad, InProductionTheDefaultsAreThereWithoutOne) {
+TEST_F(DebugParametersLoad, InProductionTheDefaultsApplyWithoutALoad) {
     FakeKovan::setProduction(true);
     EXPECT_EQ(getInstallationPerformanceParameters().getNetworkStreamBufferSize(), 1048576U);
     EXPECT_EQ(DAXCommon::getDAXParameters().getServiceTransactionStubScenarioPath(), "");
 }
 
-TEST_F(DebugParametersLoad, AllWaysLeadToTheOneRecord) {
+TEST_F(DebugParametersLoad, EveryAccessorReturnsTheOneRecord) {
     DebugAndTestParameters& record = loaded();
     EXPECT_EQ(&DebugAndTestParameters::getDebugAndTestParameters(), &record);
     EXPECT_EQ(&Common::getDebugAndTestParameters(), &record);

@@ -134,7 +134,7 @@ TEST_F(TuningValues, HaveFlagsThatAreReadEachFromItsOwnElement) {
     }
 }
 
-TEST_F(TuningValues, TheFirstOfTheFileIsTakenAndTheDefaultsStay) {
+TEST_F(TuningValues, TheFirstOneOfTheFileIsReadAndTheDefaultsStay) {
     write(goldenDebugFile("changed.xml"));
     EXPECT_EQ(loaded().getInstallationPerformanceParameters().getFlashStreamBufferSize(), 101UL);
     EXPECT_EQ(InstallationPerformanceParameters::getDefaultParameters().getFlashStreamBufferSize(), boost::none);

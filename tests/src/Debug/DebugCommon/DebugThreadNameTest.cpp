@@ -17,7 +17,7 @@ using testing::ElementsAre;
 
 namespace {
 
-// As the system tells them, not the code under test.
+// The names as the system reports them, not the code under test.
 std::string idOf(pthread_t thread) {
     std::ostringstream text;
     text << std::hex << thread;
@@ -30,7 +30,7 @@ std::string nameOf(pthread_t thread) {
     return name;
 }
 
-// Gives the current thread a name behind the back of the code under test.
+// Names the current thread without the code under test.
 void nameThisThread(const char* name) {
     ASSERT_EQ(pthread_setname_np(pthread_self(), name), 0);
 }
@@ -41,7 +41,7 @@ void inAnotherThread(Statement statement) {
     thread.join();
 }
 
-// A thread that waits for the object's end.
+// A thread that runs until this object is destroyed.
 class WaitingThread {
 public:
     WaitingThread() : m_thread([this] { m_end.wait(); }) {}
@@ -150,7 +150,7 @@ TEST(SetOtherThreadNameTest, LeavesTheMainThreadsNameAlone) {
     });
 }
 
-TEST(GetThreadNameTest, IsThatOfTheCurrentThread) {
+TEST(GetThreadNameTest, IsTheNameOfTheCurrentThread) {
     inAnotherThread([] {
         nameThisThread("worker 2");
 
@@ -159,7 +159,7 @@ TEST(GetThreadNameTest, IsThatOfTheCurrentThread) {
     });
 }
 
-TEST(GetThreadNameTest, LogsAFailureAndGoesOnWithWhatItHas) {
+TEST(GetThreadNameTest, LogsAFailureAndReturnsAnEmptyName) {
     EXPECT_IN_CHILD({
         failPrctl();
 
@@ -178,7 +178,7 @@ TEST(RegisterMainThreadIdTest, LogsTheIdAndTheName) {
     });
 }
 
-TEST(RegisterMainThreadIdTest, LogsThatADefaultIdIsNoThread) {
+TEST(RegisterMainThreadIdTest, AcceptsADefaultIdAndLogsThatItIsNoThread) {
     EXPECT_IN_CHILD({
         nameThisThread("the main one");
         ThreadDebug::registerMainThreadId(boost::thread::id());

@@ -1,4 +1,4 @@
 #pragma once
 
-// Stands before prctl in this test program: from now on every call of it fails.
+// Replaces prctl in this test program: from now on every call of it fails.
 void failPrctl();
