@@ -15,9 +15,9 @@ public:
     // null, but empty when the message has none. Returns true with the result in `out`, or false with an exception in
     // `exceptionName` and `out`. All arguments are borrowed for the call.
     //
-    // A failure belongs into the answer, not into a throw. If the handler throws a DBUSWrapperException all the same,
-    // the adapter logs it and the caller gets an error of the bus library. Any other exception, even for lack of
-    // memory, ends the process with an assertion. If the thread is interrupted, the handler keeps the interruption
+    // A failure belongs in the answer; do not throw it. If the handler throws a DBUSWrapperException all the same, the
+    // adapter logs it and the caller gets an error of the bus library. Any other exception, even for lack of memory,
+    // ends the process with an assertion. If the thread is interrupted, the handler keeps the interruption
     // (KeptInterruption::keep): the adapter sends the answer, then its loop ends.
     virtual bool handleRequest(const std::string& method, std::stringstream& in, std::stringstream& out,
                                std::string& exceptionName, const char* sender) = 0;

@@ -15,8 +15,8 @@
 namespace DAX::Common::IO {
 
 // A file to write. Marking the end of data brings the file to its medium and closes it; after that, position() still
-// works and flush() does nothing. The file is never shortened: what stands after the last position stays. Each chunk is
-// a point of interruption. One thread at a time.
+// works and flush() does nothing. The file is never shortened: data after the last position stays. Each chunk is a
+// point of interruption. One thread at a time.
 //
 // Failures of the system throw FileSinkIOException, a full disk FileSinkNotEnoughSpaceException. The position then
 // stays, the file holds an unknown part of the chunk, and the same chunk may be written again in its place. A failure

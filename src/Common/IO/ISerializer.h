@@ -12,8 +12,8 @@ public:
     void serializeData(std::uint8_t* data, std::size_t size) override;
 
 protected:
-    // Moves `size` bytes between `data` and the place behind the serializer, in the direction that saving() tells.
-    // `position` is the number of bytes before these.
+    // Moves `size` bytes between `data` and the serializer's storage, in the direction that saving() tells. `position`
+    // is the number of bytes before these.
     virtual void serializeDataImpl(streamsize_t position, std::uint8_t* data, std::size_t size) = 0;
 
 private:

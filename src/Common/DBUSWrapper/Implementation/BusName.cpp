@@ -19,6 +19,7 @@ void BusName::release() {
 }
 
 void BusName::receiveRelease() {
+    // keep() may have claimed the name again before this answer came.
     if (m_state == State::RELEASING) {
         m_state = State::GONE;
     }

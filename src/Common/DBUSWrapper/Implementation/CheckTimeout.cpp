@@ -8,6 +8,7 @@ bool checkTimeout(float& last, int interval, const boost::optional<std::function
     if (static_cast<float>(interval) > now - last) {
         return false;
     }
+    // The next interval counts from now, not from when this one was due.
     last = now;
     if (guard != nullptr) {
         guard->arm();

@@ -6,6 +6,7 @@
 namespace DAX::Common::DBUSWrapper {
 
 void CloseConnection::operator()(DBusConnection* connection) const {
+    // libdbus wants a private connection closed before it is released.
     dbus_connection_close(connection);
     dbus_connection_unref(connection);
 }

@@ -20,6 +20,7 @@ void BranchSink::writeChunk(const std::uint8_t* data, std::size_t size) {
 
 void BranchSink::markEndOfData() {
     throwIfEndOfDataMarked();
+    // Marked even if a branch then fails.
     m_endOfDataMarked = true;
     if (!m_passEndOfData) {
         return;

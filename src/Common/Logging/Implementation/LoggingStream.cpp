@@ -8,6 +8,7 @@ LoggingStream::LoggingStream(const char* tag, LoggingClass::Level level, const c
     : m_tag(tag), m_shortFile(shortFile), m_line(line), m_level(level) {}
 
 LoggingStream::~LoggingStream() {
+    // print() would drop it, too; this spares the copy of the text.
     if (m_level == LoggingClass::NONE) {
         return;
     }

@@ -29,6 +29,7 @@ boost::optional<int> DebugAndTestParameters::getCustomIntParam(const std::string
         return boost::none;
     }
     try {
+        // Ignores what follows the number.
         return std::stoi(*value);
     } catch (const std::invalid_argument& exception) {
         logNoInt(name, *value, " can not be converted to integer. Exception: ", exception);

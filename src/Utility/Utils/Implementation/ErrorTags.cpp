@@ -21,6 +21,7 @@ std::string nestedSupportcode(const boost::exception_ptr& nested) {
 
 std::string get_string_from_errno(int number) {
     char buffer[512] = "";
+    // The GNU form, which may return a text of its own instead of `buffer`.
     const char* const description = strerror_r(number, buffer, sizeof(buffer));
     std::ostringstream text;
     text << " errno=" << number;

@@ -13,6 +13,7 @@ thread_local bool isKept = false;
 
 void KeptInterruption::keep() {
     try {
+        // Rethrows what the caller's catch block handles.
         throw;
     } catch (const boost::thread_interrupted&) {
         isKept = true;

@@ -1,4 +1,4 @@
-// What others send to a proxy's connection never stands in the way of its calls.
+// Messages that others send to a proxy's connection never delay its calls.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -340,7 +340,7 @@ TEST_F(CDBUSProxyTrafficTest, AProxyWhoseConnectionBrokeLeavesTheOthersAlone) {
     EXPECT_THROW(callWith(*broken), RemoteObjectNotAccessible);
     const PrivateBus next;
     RawServer server(NAME, arrays({"REPLY", "method", "result"}));
-    const auto proxy = createImpatientProxy(); // it may well have the descriptor that the broken one had
+    const auto proxy = createImpatientProxy(); // it may get the descriptor number of the broken one
     EXPECT_THROW(callWith(*broken), RemoteObjectNotAccessible);
     broken.reset();
     TravellingPipe pipe;

@@ -9,6 +9,7 @@ void writeLines(std::ostream& out, const Lines&... lines) {
     ((out << lines << std::endl), ...);
 }
 
+// Clients get exactly these bytes, the blank after "<?" included.
 void writeBegin(std::ostream& out, const std::string& interfaceName) {
     writeLines(out, R"(<? xml version ="1.0" encoding ="UTF-8" ?>)", "<!DOCTYPE node PUBLIC",
                R"("-//freedesktop//DTD D-BUS Object Introspection 1.0//EN" )"

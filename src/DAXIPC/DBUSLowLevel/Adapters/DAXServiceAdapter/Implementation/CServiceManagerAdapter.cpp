@@ -218,6 +218,7 @@ void CServiceManagerAdapter::handle_getService(std::stringstream& in, std::strin
                 return {};
             }
             DAX_LOG(INF) << "New Service for " << proxyName << " created.";
+            // Replaces an older session, which the service manager has ended by now.
             m_service = NameAndService{nameOf(sender), proxyName, NOT_SET, std::move(service)};
             m_eventsSubscriber->subscribeForConnectionCloseEvent(m_service->serviceManagerClient);
             return Manager::CONNECTION_NAME;
@@ -225,6 +226,7 @@ void CServiceManagerAdapter::handle_getService(std::stringstream& in, std::strin
 }
 
 void CServiceManagerAdapter::handle_getServiceOwner(std::stringstream&, std::stringstream& out, const char*) {
+    // The one method that does not open its parameter archive: its clients send none.
     ArchiveOutput archive(out);
     auto priority = ServiceClientPriority(0);
     std::string clientName;
@@ -258,6 +260,8 @@ void CServiceManagerAdapter::handle_startNewTransaction(std::stringstream& in, s
         [&]() -> std::string {
             const auto& [upgradeType, proxyName, connectionId] = arguments;
             DAX_LOG(INF) << "Starting new service transaction for proxy: " << proxyName << ", " << connectionId;
+            // Null when the session is no longer valid. The answer stays the bus name; the calls of the transaction are
+            // refused.
             m_serviceTransaction =
                 NameAndServiceTransaction{proxyName, NOT_SET, service->startNewTransaction(upgradeType)};
             return Manager::CONNECTION_NAME;
@@ -265,6 +269,7 @@ void CServiceManagerAdapter::handle_startNewTransaction(std::stringstream& in, s
 }
 
 void CServiceManagerAdapter::handle_invalidate(std::stringstream& in, std::stringstream& out, const char* sender) {
+    // When this throws, the session and the subscription stay.
     relay<&IService::invalidate>(in, out, sender);
     m_eventsSubscriber->unsubscribeFromConnectionCloseEvent();
     m_service.reset();

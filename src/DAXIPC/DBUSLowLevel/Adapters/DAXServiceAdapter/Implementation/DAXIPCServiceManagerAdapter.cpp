@@ -27,6 +27,7 @@ DAXIPCServiceManagerAdapter::~DAXIPCServiceManagerAdapter() {
         DAX_LOG(ERR) << "Exception caught in ~DAXIPCServiceManagerAdapter. Ignoring: "
                      << boost::current_exception_diagnostic_information(true);
     }
+    // In this order: an adapter must not outlive its factory.
     m_adapter.reset();
     m_adapterFactory.reset();
 }

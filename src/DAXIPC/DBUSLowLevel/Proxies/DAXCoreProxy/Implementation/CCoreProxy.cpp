@@ -84,6 +84,7 @@ std::shared_ptr<Core::ICoreTransaction> CCoreProxy::createTransaction(Core::Sear
         }
         DAX_LOG(ERR) << "Activation of DAXCore through DBUS Activation failed (" << attempt << "/" << HELLO_ATTEMPTS
                      << "). Trying again.";
+        // Also after the last attempt, and the line above is logged then, too.
         boost::this_thread::sleep_for(boost::chrono::milliseconds(1000));
     }
     DAX_LOG(ERR) << ACTIVATION_FAILED;

@@ -34,6 +34,7 @@ std::vector<DAXCommon::UpgradeType> CServiceManagerProxy::getSupportedUpgradeTyp
 std::shared_ptr<Service::IService> CServiceManagerProxy::getService(DAXCommon::ServiceClientPriority priority,
                                                                     const std::string& clientName,
                                                                     DAXCommon::ServiceTransactionType type) {
+    // The session's connection is opened first, since the request carries its name.
     const auto session = connectToService(*m_proxyFactory);
     const auto busName = callRemote<std::string>(*m_proxy, Methods::getService, priority, clientName, type,
                                                  session->getProxyUniqueId(), session->getDBUSDebugConnectionId());
@@ -46,6 +47,7 @@ std::shared_ptr<Service::IService> CServiceManagerProxy::getService(DAXCommon::S
 
 bool CServiceManagerProxy::getServiceOwner(DAXCommon::ServiceClientPriority& priority, std::string& clientName,
                                            DAXCommon::ServiceTransactionType& type) {
+    // This method alone takes no parameter archive, not even an empty one.
     const std::stringstream noBody;
     std::stringstream output;
     DBUSHelper::exchange(Methods::getServiceOwner, noBody, output, *m_proxy, StandardExceptionHandler());
@@ -54,6 +56,7 @@ bool CServiceManagerProxy::getServiceOwner(DAXCommon::ServiceClientPriority& pri
     std::string ownerName;
     auto ownerType = type;
     DBUSHelper::readResult(output, isOwned, ownerPriority, ownerName, ownerType);
+    // Without an owner the answer holds values, too, but the caller's must stay.
     if (isOwned) {
         priority = ownerPriority;
         clientName = ownerName;
