@@ -25,8 +25,8 @@ std::string outputOf(const std::vector<std::string>& line) {
     return run.output;
 }
 
-// Whether the compile command is for a program that people run: of a file in one of these folders, and not for a test,
-// which may take such a file in.
+// Whether the compile command is for a program that people run: for a file in one of these folders, and not for a test,
+// which may compile such a file as well.
 bool isProduction(const nlohmann::json& entry) {
     if (entry.at("command").get<std::string>().find(" -o tests/") != std::string::npos) {
         return false;

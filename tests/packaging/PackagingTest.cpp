@@ -45,7 +45,7 @@ std::string valueOf(const std::string& key, const std::string& text) {
     return "(no " + key + ")";
 }
 
-// A bus that denies names as the system bus does, with the packaged policy on top.
+// A bus that denies names like the system bus, with the packaged policy added.
 class PolicedBus {
 public:
     PolicedBus()
@@ -98,7 +98,7 @@ TEST(PackagingTest, BusStartsTheDaemonByItsName) {
 TEST(PackagingTest, UnitRunsTheSameCommandUnderTheSameName) {
     const std::string unit = packaged("DAXService.service");
 
-    EXPECT_EQ(valueOf("Type", unit), "exec"); // one of "dbus" would be stopped when the name is given back
+    EXPECT_EQ(valueOf("Type", unit), "exec"); // with "dbus" it would be stopped when it gives its name back
     EXPECT_EQ(valueOf("BusName", unit), NAME);
     EXPECT_EQ(valueOf("Exec", packaged(NAME + ".service")), valueOf("ExecStart", unit));
     EXPECT_EQ(valueOf("NotifyAccess", unit), "main");

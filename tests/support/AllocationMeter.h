@@ -4,13 +4,13 @@
 
 namespace DAX::Tests {
 
-// What operator new gave to the calling thread since the construction. A test program that links the target
-// AllocationMeter and makes one has its operator new replaced. One at a time in a thread.
+// Measures what operator new gives to the calling thread from the construction on. A test program that links the target
+// AllocationMeter and makes one gets its operator new replaced. One at a time in a thread.
 class AllocationMeter {
 public:
     AllocationMeter();
 
-    // All that was taken, whether or not it was given back.
+    // All bytes that were taken, whether or not they were given back.
     std::size_t bytes() const;
 
     // The largest piece.

@@ -8,9 +8,9 @@
 
 namespace DAX::Tests {
 
-// What can become of the bytes of a good message on purpose or by accident. All of it repeats from run to run.
+// What can become of the bytes of a good message, on purpose or by accident. It is the same in each run.
 
-// Cut off at every byte: all true beginnings, the empty one first.
+// The message cut off at every byte: all its proper beginnings, the empty one first.
 inline std::vector<std::string> cutsOf(const std::string& bytes) {
     std::vector<std::string> cuts;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
@@ -19,11 +19,11 @@ inline std::vector<std::string> cutsOf(const std::string& bytes) {
     return cuts;
 }
 
-// Bytes that mean something in an archive, and those that mean nothing anywhere.
+// Bytes with a meaning in an archive, and bytes without any.
 inline const std::string TELLING_BYTES("0123456789 -+.ea\0\n\x7f\xff", 20);
 inline const std::string FEW_TELLING_BYTES("09 -\0\xff", 6);
 
-// Every byte in turn replaced by every one of `values`.
+// The message with each byte in turn replaced by each of `values`.
 inline std::vector<std::string> changesOf(const std::string& bytes, const std::string& values) {
     std::vector<std::string> changes;
     for (std::size_t position = 0; position < bytes.size(); ++position) {
@@ -37,7 +37,7 @@ inline std::vector<std::string> changesOf(const std::string& bytes, const std::s
     return changes;
 }
 
-// The tokens between the blanks, those of the header among them: its first is the length of its signature.
+// The tokens between the blanks, including those of the header, whose first one is the length of its signature.
 inline std::vector<std::string> tokensOf(const std::string& bytes) {
     std::vector<std::string> tokens;
     std::istringstream text(bytes);
@@ -47,7 +47,7 @@ inline std::vector<std::string> tokensOf(const std::string& bytes) {
     return tokens;
 }
 
-// Every token in turn replaced by every one of `values`.
+// The message with each token in turn replaced by each of `values`.
 inline std::vector<std::string> tokenChangesOf(const std::string& bytes, const std::vector<std::string>& values) {
     const std::vector<std::string> tokens = tokensOf(bytes);
     std::vector<std::string> changes;
@@ -69,7 +69,7 @@ inline const std::vector<std::string> HUGE_LENGTHS{"2147483648", "4294967296", "
 // Numbers beyond the range of every type that is read.
 inline const std::vector<std::string> NUMBERS_OUT_OF_RANGE{"99999999999999999999", "-99999999999999999999", "1e999"};
 
-// Bytes without any sense, and such as look like the beginning of some.
+// Bytes without any meaning, and bytes that look like the beginning of a message.
 inline std::vector<std::string> noise(std::size_t size) {
     std::minstd_rand random(1);
     std::string any(size, '\0');

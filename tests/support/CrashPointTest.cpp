@@ -8,7 +8,7 @@
 namespace DAX::Tests {
 namespace {
 
-// Touches no object: a sanitizer that looks at one makes calls of its own.
+// Touches no object, since a sanitizer that checks one makes system calls of its own.
 void takeThreeSteps(int* steps) {
     for (int step = 0; step < 3; ++step) {
         syscall(SYS_getppid);
@@ -16,7 +16,7 @@ void takeThreeSteps(int* steps) {
     }
 }
 
-// How far a child came.
+// How far a child got.
 class CrashPointTest : public testing::Test {
 protected:
     ~CrashPointTest() override { munmap(steps, sizeof(int)); }

@@ -9,8 +9,8 @@
 
 namespace DAX::Tests {
 
-// A file of tests/golden/debug, which hold what debug files have always looked like: defaults.xml is what a device
-// writes that has changed nothing, changed.xml has another value in every element, version0.xml is of the first class
+// A file of tests/golden/debug, where the debug files are in their unchanging form: defaults.xml is the file of a
+// device that has changed nothing, changed.xml has another value in every element, version0.xml has the first class
 // version.
 inline std::string goldenDebugFile(const std::string& name) {
     const auto path = std::filesystem::path(__FILE__).parent_path() / "../golden/debug" / name;
@@ -21,7 +21,7 @@ inline std::string goldenDebugFile(const std::string& name) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// A debug file with the defaults, but for these elements that hold one value.
+// A debug file with the defaults, except for these elements, which hold one value each.
 inline std::string debugFile(const std::map<std::string, std::string>& values) {
     std::string text = goldenDebugFile("defaults.xml");
     for (const auto& value : values) {

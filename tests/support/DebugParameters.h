@@ -11,9 +11,9 @@
 
 namespace DAX::Tests {
 
-// The debug and test parameters while the object lives: loaded, as at the start of a program, and afterwards as they
-// were before it. Loading asks for a path, which stays for the life of the process: a root of the test's own comes
-// first. It logs, but once in a process: forget the records behind it.
+// Loads the debug and test parameters, as at the start of a program, for as long as the object lives; the destructor
+// restores them. Loading asks for a path, which stays for the life of the process, so make a root of the test's own
+// first. It also logs once in a process, so empty the journal afterwards.
 class DebugParameters {
 public:
     DebugParameters() : m_before(loaded()) {}
@@ -23,7 +23,7 @@ public:
 
     DAXCommon::DebugAndTestParameters* operator->() { return &record(); }
 
-    // Writes a debug file with these values beside the defaults, and has it read.
+    // Writes a debug file with the defaults and these values, and has it read.
     void read(const std::map<std::string, std::string>& values) {
         const std::string path = Record::getConfigFilePath();
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());

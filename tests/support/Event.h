@@ -10,7 +10,7 @@ class Event {
 public:
     void happen() { m_promise.set_value(); }
 
-    // False when the bound passes first.
+    // Waits for it. False when that takes longer than the bound.
     bool wait() const { return m_future.wait_for(std::chrono::seconds(20)) == std::future_status::ready; }
 
     bool happened() const { return m_future.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }

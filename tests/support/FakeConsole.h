@@ -2,14 +2,14 @@
 
 #include <string>
 
-// Stands before freopen in a test program that links the target FakeConsole, so that "/dev/console" is what the test
-// says, whatever the machine has. Without a knob, calls pass through. Set by the test's thread.
+// Replaces freopen in a test program that links the target FakeConsole, so that the test decides what "/dev/console"
+// is, whatever the machine has. Until a knob is set, calls pass through. Only the test's thread sets the knobs.
 namespace FakeConsole {
 
-// "/dev/console" is this file.
+// Makes "/dev/console" this file.
 void redirectTo(const std::string& path);
 
-// "/dev/console" cannot be opened.
+// Makes "/dev/console" impossible to open.
 void refuse();
 
 } // namespace FakeConsole

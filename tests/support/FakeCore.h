@@ -21,19 +21,19 @@ namespace DAX::Tests {
 
 // An update core in memory. The test holds the script; the factory, the core and the transactions share it.
 //
-// Knobs: the fields are the answers, and may be changed at any time. `on` runs an action at every call of an operation,
-// before it answers; `fail` makes every call of it throw, `failOnce` only the next one; `observer` hears of every call,
-// so that it can be put in order with what other fakes record.
+// Knobs: the fields are the answers and may be changed at any time. `on` runs an action at every call of an operation,
+// before the answer. `fail` makes every call of it throw, `failOnce` only the next one. `observer` is told of every
+// call, so that calls can be put in order with what other fakes record.
 //
 // Record: `calls()` has one text for each call of the factory, the core and the transactions, in order: the operation
-// and its arguments, "startInstallation({a, b})". Texts stand as they are, numbers in decimal, flags as 0 or 1.
+// and its arguments, as in "startInstallation({a, b})". Texts are unchanged, numbers decimal, flags 0 or 1.
 //
 // Any thread may call the fakes; the knobs belong to the test's thread, while no call runs.
 class FakeCoreScript {
 public:
     std::vector<DAXCommon::UpgradeType> supportedUpgradeTypes{DAXCommon::OTN, DAXCommon::USB};
     std::string currentVersion = "1000";
-    bool refusesTransactions = false; // createTransaction then answers with an empty pointer
+    bool refusesTransactions = false; // makes createTransaction answer with an empty pointer
     boost::optional<bool> searchingPossible = true;
     Core::TransactionProgress searchProgress;
     Core::TransactionProgress installationProgress;
@@ -65,7 +65,7 @@ public:
         return m_calls;
     }
 
-    // The calls since the last taking.
+    // The calls since the last call of this function.
     std::vector<std::string> takeCalls() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return std::exchange(m_calls, {});
@@ -98,7 +98,7 @@ private:
         record(operation + "(" + text.str() + ")");
         const auto found = m_actions.find(operation);
         if (found != m_actions.end()) {
-            const std::function<void()> action = found->second; // the action may take itself out
+            const std::function<void()> action = found->second; // a copy, since the action may remove itself
             action();
         }
     }

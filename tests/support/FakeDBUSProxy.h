@@ -19,14 +19,14 @@ namespace DAX::Tests {
 // A bus in memory, on which every proxy answers by one script. The proxies are "Proxy-1", "Proxy-2" in the order in
 // which they are made, with the connections ":1.1", ":1.2".
 //
-// Knobs: `reply`, `replyWithException` and `fail` say how a method answers from now on; `nextReply` and `failNext` say
-// it for the next calls only, one each, in order. A method that nobody scripted is an std::logic_error. `failCreate`
-// makes every new connection fail; `failInit` every init.
+// Knobs: `reply`, `replyWithException` and `fail` set how a method answers from now on; `nextReply` and `failNext` set
+// it for one of the next calls each, in order. A method without a script throws std::logic_error. `failCreate` makes
+// every new connection fail, `failInit` every init.
 //
 // Record: `events()` has a text for each step, in order:
 //   "create Proxy-1 <bus> <path> <interface> <activation ms> <call ms>"   "none" for an empty time-out
 //   "init Proxy-1 <bus name>", "call Proxy-1 <method>", "drop Proxy-1"
-// `parameters(method)` has the bytes of the last call. For one thread.
+// `parameters(method)` has the bytes of the last call. One thread at a time.
 class FakeDBUS {
     using IDBUSProxy = Common::DBUSWrapper::IDBUSProxy;
 

@@ -4,8 +4,8 @@
 
 namespace FakeKovan {
 
-// From now on the reporting service does this with each event before it takes it. For the rest of the process: set it
-// in a child.
+// From now on the reporting service calls this with each event before it takes the event. It stays for the rest of the
+// process: set it in a child.
 void onEvent(std::function<void()> action);
 
 } // namespace FakeKovan

@@ -12,8 +12,8 @@
 namespace DAX::Tests {
 
 // The device's power events, fired by the test. The test holds the script, which the factory and its subscribers share.
-// `observer` hears "create", "subscribe" and "unsubscribe" of the power-mode subscriber, so that they can be put in
-// order with what other fakes record. Belongs to the test's thread, but for `change`.
+// `observer` is told of "create", "subscribe" and "unsubscribe" of the power-mode subscriber, so that they can be put
+// in order with what other fakes record. Only `change` may be called on another thread than the test's.
 class FakePowerModeScript {
 public:
     std::function<void(const std::string& what)> observer;
@@ -57,7 +57,7 @@ private:
     std::shared_ptr<FakePowerModeScript> m_script;
 };
 
-// Makes the power-mode subscriber alone; the other two are empty pointers.
+// Makes only the power-mode subscriber; the other two are empty pointers.
 class FakePowerModeFactory : public Platform::IPowerModeSubscribersFactory {
 public:
     explicit FakePowerModeFactory(std::shared_ptr<FakePowerModeScript> script) : m_script(std::move(script)) {}

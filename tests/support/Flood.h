@@ -17,14 +17,15 @@ inline RawMessage signalTo(const std::string& destination, std::size_t size = 0)
     return signal;
 }
 
-// More signals than libdbus holds for a connection that nobody reads. The bus has taken them all at the return.
+// Sends more signals than libdbus holds for a connection that nobody reads. The bus has taken all of them when this
+// returns.
 inline void sendGreatSignals(RawPeer& peer, const std::string& destination) {
     for (int i = 0; i < 134; ++i) {
         peer.send(*signalTo(destination, 1000000));
     }
 }
 
-// Small signals to one connection, as many as the bus takes, while the object lives.
+// Sends small signals to one connection while the object lives, as many as the bus takes.
 class Flood {
 public:
     explicit Flood(const std::string& destination) : m_thread([this, destination] { run(destination); }) {}
@@ -35,7 +36,7 @@ public:
     Flood(const Flood&) = delete;
     Flood& operator=(const Flood&) = delete;
 
-    // False when the bus has not taken so many at the usual bound.
+    // Waits until the bus has taken this many. False when that takes longer than the usual bound.
     bool waitFor(int count) const {
         return waitUntil([this, count] { return m_count >= count; });
     }

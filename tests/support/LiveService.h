@@ -17,10 +17,10 @@
 
 namespace DAX::Tests {
 
-// The real request handler over the real service logic and a fake core, with a session and a transaction that are open:
-// every method has something behind it that answers. The device's root has to be there before it.
+// The real request handler over the real service logic and a fake core. A session and a transaction are open, so that
+// there is something to answer every method. The device's root must exist before.
 //
-// The core's search has ended well, so that its result may be asked for at any time.
+// The core's search has succeeded, so that its result may be asked for at any time.
 class LiveService {
 public:
     static constexpr char PROXY_OF_SESSION[] = "Proxy-1";
@@ -28,7 +28,7 @@ public:
 
     LiveService() { build(); }
 
-    // The core of it.
+    // The script of its core.
     static std::shared_ptr<FakeCoreScript> makeCore() {
         auto core = std::make_shared<FakeCoreScript>();
         core->searchResult.result = Core::TRANSACTION_SUCCESS;
@@ -40,7 +40,7 @@ public:
         return core;
     }
 
-    // A call by the connection that the method is for, or by another one.
+    // Calls from the connection that the method is for, or from another one.
     Reply call(const ServiceMethod& method, const std::string& parameters) {
         return call(method, method.caller, parameters);
     }
@@ -50,7 +50,7 @@ public:
         return reply;
     }
 
-    // Puts everything back that the calls so far have changed: the session, the transaction, the locks and the files.
+    // Restores everything that the calls so far have changed: the session, the transaction, the locks and the files.
     void restore() {
         m_core->takeCalls();
         if (std::exchange(m_changed, false)) {

@@ -6,7 +6,7 @@
 
 namespace DAX::Tests {
 
-// Iterates GLib's default main context until `condition` holds. False when the bound passes first.
+// Iterates GLib's default main context until `condition` holds. False when that takes longer than the bound.
 template <class Condition>
 bool iterateUntil(Condition condition, std::chrono::milliseconds bound = std::chrono::seconds(20)) {
     bool expired = false;

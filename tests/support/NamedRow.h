@@ -5,7 +5,7 @@
 
 namespace DAX::Tests {
 
-// The base of a row of a parameterized suite: its name is what GoogleTest prints of it.
+// The base of a row of a parameterized suite. GoogleTest prints the row by its name.
 struct NamedRow {
     const char* name;
 };

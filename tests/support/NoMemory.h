@@ -5,8 +5,8 @@
 
 namespace DAX::Tests {
 
-// While it lives, the calling thread's operator new fails, but for the first `allocations`. For a test program that
-// links the target AllocationMeter. One at a time in a thread.
+// While the object lives, the calling thread's operator new fails after the first `allocations` calls. For a test
+// program that links the target AllocationMeter. One at a time in a thread.
 class NoMemory {
 public:
     explicit NoMemory(std::size_t allocations = 0);
@@ -15,7 +15,7 @@ public:
     NoMemory& operator=(const NoMemory&) = delete;
 };
 
-// Has the calling thread's next operator new call this first.
+// Makes the calling thread's next operator new call this first.
 void beforeTheNextAllocation(std::function<void()> action);
 
 } // namespace DAX::Tests

@@ -6,7 +6,7 @@
 
 namespace DAX::Tests {
 
-// While it lives, no thread can be made, since its stack would have to be larger than any memory.
+// While the object lives, no thread can be made, since its stack would have to be larger than any memory.
 class NoThreads {
 public:
     NoThreads() {

@@ -6,8 +6,8 @@
 
 namespace DAX::Tests {
 
-// The process has no rights beyond those of an ordinary user while the object lives, so that the modes of files count
-// for it; nothing changes when it is one already.
+// While the object lives, the process has only the rights of an ordinary user, so that the modes of files apply to it.
+// Nothing changes when it has no other rights anyway.
 class OrdinaryUser {
 public:
     OrdinaryUser() : m_before(::geteuid()) {

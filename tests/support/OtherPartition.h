@@ -9,7 +9,7 @@
 
 namespace DAX::Tests {
 
-// While it lives, the product's data is said to be in another directory, the persistent and the temporary.
+// While the object lives, the persistent and the temporary data of the product are in another directory.
 class OtherPartition {
 public:
     explicit OtherPartition(const std::string& directory) {

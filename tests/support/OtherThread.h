@@ -8,7 +8,7 @@
 
 namespace DAX::Tests {
 
-// A call on a thread of its own. It is waited for at the object's end, so what it waits for has to come before that.
+// A call on a thread of its own. The destructor waits for it, so what the call waits for must happen before.
 class OtherThread {
 public:
     explicit OtherThread(const std::function<void()>& function);
@@ -16,11 +16,11 @@ public:
     OtherThread(const OtherThread&) = delete;
     OtherThread& operator=(const OtherThread&) = delete;
 
-    // Waits until the call waits for something: a lock, a condition, another thread. False when it has returned, or
-    // the bound passes first.
+    // Waits until the call is waiting for something: a lock, a condition, another thread. False when it has returned,
+    // or when that takes longer than the bound.
     bool waitUntilItWaits() const;
 
-    // Waits for the call's end and throws what it threw.
+    // Waits for the end of the call and throws what it threw.
     void finish() { m_returned.get(); }
 
 private:

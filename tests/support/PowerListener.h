@@ -27,7 +27,8 @@ public:
     PowerListener(const PowerListener&) = delete;
     PowerListener& operator=(const PowerListener&) = delete;
 
-    // Iterates GLib's default main context until `last` has been heard, with a bound, and gives all that has been.
+    // Iterates GLib's default main context until `last` was announced, or a bound has passed, and returns all
+    // announcements.
     const std::vector<std::string>& hearUntil(const std::string& last) {
         iterateUntil([&] { return !m_heard.empty() && m_heard.back() == last; });
         return m_heard;

@@ -8,31 +8,32 @@
 
 namespace DAX::Tests {
 
-// What a system bus allows and how much of it: the distribution's own rules, and the bus daemon's own limits.
+// What a system bus allows, and how much of it: by default the distribution's own rules and the bus daemon's own
+// limits.
 struct SystemBusRules {
-    // Files such as packages bring for the system bus; their rules follow the distribution's in this order. Whoever
-    // runs the tests stands for root: a rule for the user "root" is one for that user. A rule for the group "dax",
-    // which this machine may not have, is one for DAX_GROUP.
+    // Policy files, such as packages install for the system bus. Their rules follow the distribution's in this order.
+    // The user who runs the tests takes the place of root in them, and DAX_GROUP that of the group "dax", which this
+    // machine may not have.
     std::vector<std::string> policies;
     static constexpr char DAX_GROUP[] = "daemon";
 
-    // The limits that differ, by the name that the bus daemon has for them: {"max_completed_connections", 5000}.
+    // The limits that differ from the default, by the bus daemon's name for them: {"max_completed_connections", 5000}.
     std::map<std::string, unsigned int> limits;
 
-    // With the daemon's packaged policy, and one for the core that lets root alone own and call it.
+    // With the daemon's packaged policy, and with one for the core that lets only root own and call it.
     static SystemBusRules ofDevice(std::map<std::string, unsigned int> limits = {});
 };
 
 // A message bus of the test's own: a dbus-daemon on a socket in a temporary folder. By default everything is allowed
-// and the limits are raised; with rules it is as strict as a system bus, and every user of the machine can connect to
-// it. The constructor returns when the bus can be connected to; the destructor ends the daemon and waits for it. The
-// daemon ends as well when the thread that made it dies.
+// and the limits are raised. With rules it is as strict as a system bus, and every user of the machine can connect to
+// it. When the constructor returns, the bus accepts connections; the destructor ends the daemon and waits for it. The
+// daemon also ends when the thread that made it dies.
 //
-// libdbus reads the bus addresses once per process. So the folder is made once per process, all system buses that one
-// process makes one after the other have the same address, and so have all session buses. Both
-// DBUS_SYSTEM_BUS_ADDRESS and DBUS_SESSION_BUS_ADDRESS are set before the first daemon starts: no test reaches the
-// machine's own buses, and activated services inherit the addresses, as they inherit the rest of the environment that
-// the process has when the bus is made.
+// libdbus reads the bus addresses once per process. Therefore the folder is made once per process, and all system buses
+// that a process makes one after the other have the same address, as have all session buses. Both
+// DBUS_SYSTEM_BUS_ADDRESS and DBUS_SESSION_BUS_ADDRESS are set before the first daemon starts, so that no test reaches
+// the machine's own buses. Activated services inherit the addresses, together with the rest of the environment that the
+// process has when the bus is made.
 //
 // Failures throw std::runtime_error.
 class PrivateBus {
@@ -45,10 +46,10 @@ public:
     PrivateBus& operator=(const PrivateBus&) = delete;
     ~PrivateBus();
 
-    // Makes `busName` activatable by the command `execLine`, from now on. Replaces an earlier command.
+    // From now on the bus activates `busName` by the command `execLine`, which replaces an earlier one.
     void addService(const std::string& busName, const std::string& execLine);
 
-    // Ends the daemon now: every connection breaks.
+    // Ends the daemon now, which breaks every connection.
     void stop();
 
     const std::string& address() const { return m_address; }

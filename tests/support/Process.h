@@ -26,18 +26,18 @@ struct ProcessEnd {
 bool operator==(const ProcessEnd& left, const ProcessEnd& right);
 std::ostream& operator<<(std::ostream& stream, const ProcessEnd& end);
 
-// What to start. The environment stands over the caller's own; an empty optional takes a variable away.
+// What to start. The environment is added to the caller's own; an empty optional removes a variable.
 struct Command {
     std::vector<std::string> line; // the program first; one without "/" is looked for in PATH
     std::map<std::string, std::optional<std::string>> environment;
     std::string input;               // what it finds on its standard input
-    std::vector<int> ignoredSignals; // the signals that it starts with ignored
+    std::vector<int> ignoredSignals; // signals that are ignored when it starts
 };
 
-// A running program. Its standard output and error are collected all the time, so that it never blocks on them.
-// It cannot outlive the object, which kills and reaps it, nor the thread that started it, with which the kernel kills
-// it. Waits end as soon as their condition holds, at the latest after their bound. A program that cannot be started
-// ends with code 127 and the reason on its standard error. Any thread may call.
+// A running program. Its standard output and error are collected all the time, so that it never blocks on them. It does
+// not outlive the object, whose destructor kills it, nor the thread that started it, since the kernel kills it with
+// that. Waits end as soon as their condition holds, and after their bound at the latest. A program that cannot be
+// started ends with code 127 and the reason on its standard error. Any thread may call.
 class Process {
 public:
     static constexpr std::chrono::seconds DEFAULT_BOUND{20};
@@ -52,11 +52,12 @@ public:
     // Does nothing once the process has ended.
     void send(int signal);
 
-    // Empty when it still runs at the bound. All its output has been collected when this returns its end.
+    // Waits for its end. Empty when it still runs after the bound. All its output has been collected when this returns
+    // an end.
     std::optional<ProcessEnd> waitForEnd(std::chrono::milliseconds bound = DEFAULT_BOUND);
 
-    // True as soon as the output (the error output) holds the text; false when the process has ended without it, or at
-    // the bound.
+    // Waits until the output, or the error output, holds the text. False when the process has ended without it, or
+    // after the bound.
     bool waitForOutput(const std::string& text, std::chrono::milliseconds bound = DEFAULT_BOUND);
     bool waitForErrors(const std::string& text, std::chrono::milliseconds bound = DEFAULT_BOUND);
 
@@ -88,7 +89,7 @@ struct FinishedRun {
     std::string errors;
 };
 
-// Starts the program, waits for its end and returns what came of it. One that still runs at the bound is killed.
+// Starts the program, waits for its end and returns the result. A program that still runs after the bound is killed.
 FinishedRun run(const Command& command, std::chrono::milliseconds bound = Process::DEFAULT_BOUND);
 
 } // namespace DAX::Tests

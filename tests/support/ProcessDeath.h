@@ -10,9 +10,10 @@
 
 #include "support/FakeKovan.h"
 
-// Tests of what ends a process, or must not be done in the process of the other tests.
+// For tests of what ends a process, or what must not be done in the process of the other tests.
 
-// The statement fails an assertion whose expression has this very text: EXPECT_ASSERTION(watchdog.arm(), "!m_armed").
+// Expects that the statement fails an assertion whose expression has exactly this text:
+// EXPECT_ASSERTION(watchdog.arm(), "!m_armed").
 #define EXPECT_ASSERTION(STATEMENT, EXPRESSION)                                                                        \
     EXPECT_EXIT(                                                                                                       \
         {                                                                                                              \
@@ -33,7 +34,7 @@
         ::testing::AllOf(::testing::HasSubstr(std::string(">ASSERTION FAILED: ") + (EXPRESSION) + ", "),               \
                          ::testing::HasSubstr(std::string("\nMESSAGE: ") + (MESSAGE) + "\n")))
 
-// The same for one that has none.
+// The same for an assertion that has no message.
 #define EXPECT_ASSERTION_WITHOUT_MSG(STATEMENT, EXPRESSION)                                                            \
     EXPECT_EXIT(                                                                                                       \
         {                                                                                                              \
@@ -44,8 +45,8 @@
         ::testing::AllOf(::testing::HasSubstr(std::string(">ASSERTION FAILED: ") + (EXPRESSION) + ", "),               \
                          ::testing::Not(::testing::HasSubstr("\nMESSAGE: "))))
 
-// Runs the statement, with its own expectations, in a child process: for what leaves a mark on the process it runs in.
-// The child ends without static destructors: the objects of the test around it are still there.
+// Runs the statement, with its own expectations, in a child process, for what would leave a mark on the process. The
+// child ends without static destructors, since the objects of the surrounding test still exist.
 #define EXPECT_IN_CHILD(STATEMENT)                                                                                     \
     EXPECT_EXIT(                                                                                                       \
         {                                                                                                              \

@@ -6,7 +6,7 @@
 
 namespace DAX::Tests {
 
-// Within what a call returns that nothing holds up.
+// The time within which a call returns when nothing holds it up.
 constexpr std::chrono::seconds PROMPT{HAS_SANITIZER ? 10 : 1};
 
 } // namespace DAX::Tests

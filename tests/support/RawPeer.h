@@ -16,7 +16,7 @@
 
 namespace DAX::Tests {
 
-// Peers on the private bus that speak libdbus themselves, for messages that the system's own ends never make.
+// Peers on the private bus that use libdbus themselves, for messages that the system's own ends never send.
 
 struct RawUnref {
     void operator()(DBusMessage* message) const { dbus_message_unref(message); }
@@ -34,19 +34,19 @@ using RawConnection = std::unique_ptr<DBusConnection, RawClose>;
 // Appends one `ay`.
 void appendBytes(DBusMessage& message, const std::string& bytes);
 
-// The `ay` arguments of a message, one text each. Stops at the first argument that is none.
+// The `ay` arguments of a message, one text for each. Stops at the first argument of another type.
 std::vector<std::string> byteArrays(DBusMessage& message);
 
-// A peer that sends and collects. One thread at a time. What the bus refuses raises std::runtime_error.
+// A peer that sends and collects messages. One thread at a time. Throws std::runtime_error for what the bus refuses.
 class RawPeer {
 public:
     static constexpr std::chrono::milliseconds DEFAULT_BOUND{20000};
 
     explicit RawPeer(DBusBusType type = DBUS_BUS_SYSTEM);
 
-    // A peer of the user "nobody" in these groups, which the bus gives that user's rights for good: it looks at who
-    // makes the connection, and this process is that user for as long as that takes. For tests that run as root, on a
-    // bus that has rules.
+    // A peer of the user "nobody" in these groups. The bus looks at the user that makes the connection, which this
+    // process is for as long as that takes; the peer keeps that user's rights. For tests that run as root, on a bus
+    // with rules.
     static RawPeer ofNobody(const std::vector<gid_t>& groups = {});
 
     // Its unique name.
@@ -55,17 +55,17 @@ public:
     // The result of RequestName.
     int requestName(const std::string& name, unsigned int flags = DBUS_NAME_FLAG_DO_NOT_QUEUE);
 
-    // Waits until nobody has the name, or somebody has it. False at the bound.
+    // Waits until somebody has the name, or nobody has it. False after the bound.
     bool waitForNameOwner(const std::string& name, bool owned, std::chrono::milliseconds bound = DEFAULT_BOUND);
 
-    // Sends and writes it out. Returns the serial.
+    // Sends the message and writes it out. Returns its serial.
     std::uint32_t send(DBusMessage& message);
 
-    // The reply, an error reply included; empty at the bound. What else comes in is kept.
+    // The reply, which may be an error; empty after the bound. Other messages that arrive are kept.
     RawMessage waitForReply(std::uint32_t serial, std::chrono::milliseconds bound = DEFAULT_BOUND);
     RawMessage call(DBusMessage& message, std::chrono::milliseconds bound = DEFAULT_BOUND);
 
-    // Takes what is kept out: all that came and was waited for by nobody.
+    // Takes out the kept messages: all that arrived and nobody waited for.
     std::list<RawMessage> takeOthers();
 
     // How many of the kept messages are replies to the serial.
@@ -81,7 +81,7 @@ private:
     std::list<RawMessage> m_others;
 };
 
-// A peer with a name that answers on a thread of its own. An empty answer leaves the caller without one.
+// A peer with a name that answers on a thread of its own. An empty answer sends no reply to the caller.
 class RawServer {
 public:
     using Answer = std::function<RawMessage(DBusMessage& call)>;

@@ -8,7 +8,7 @@
 #include "ServiceInterface/ServiceSearchResult.h"
 #include "ServiceInterface/ServiceTransactionProgress.h"
 
-// The records that stand in the golden files.
+// The records in the golden files.
 namespace DAX::Tests {
 
 inline const std::vector<unsigned char> SAMPLE_UPGRADE_ID{1, 255};
@@ -52,7 +52,7 @@ inline Service::ServiceSearchResult sampleServiceSearchResult() {
     return result;
 }
 
-// The progress of either side: its result, how far, and for the client.
+// A progress as the core or a client sees it.
 template <class Progress>
 Progress sampleProgress(int result, int percent, boost::optional<float> detail) {
     Progress progress;

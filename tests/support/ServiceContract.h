@@ -8,7 +8,7 @@
 
 namespace DAX::Tests {
 
-// What every caller of the service manager's object may rely on, for tests that loop over all of it.
+// What callers of the service manager's object may rely on, for tests that loop over all of it.
 
 // Which of a client's connections a method is for. Those of a session and of a transaction refuse all others.
 enum class Caller { MANAGER, SESSION, TRANSACTION };
@@ -16,10 +16,10 @@ enum class Caller { MANAGER, SESSION, TRANSACTION };
 struct ServiceMethod {
     std::string name;
     Caller caller;
-    bool changes = false; // a normal answer may have changed the session, the transaction, a lock or a file
+    bool changes = false; // a normal answer may mean that the session, the transaction, a lock or a file has changed
 };
 
-// All 23.
+// All 23 methods.
 inline const std::vector<ServiceMethod>& serviceMethods() {
     namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager::Methods;
     namespace Session = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIService::Methods;

@@ -5,16 +5,16 @@
 
 namespace DAX::Tests {
 
-// A temporary folder that is the device's root while the object lives: KOVAN_ROOT names it, so that the test's own
-// calls of the platform and every program that it starts work under it. It goes with all that is in it, and KOVAN_ROOT
-// is as it was before. One at a time in a process. A folder that cannot be made raises std::system_error.
+// A temporary folder that is the device's root while the object lives. KOVAN_ROOT names it, so that the test's own
+// calls of the platform, and every program that it starts, work under it. The destructor removes the folder with its
+// content and restores KOVAN_ROOT. One at a time in a process. Throws std::system_error when the folder cannot be made.
 class TemporaryRoot {
 public:
     TemporaryRoot();
     enum SameForAll { SAME_FOR_ALL };
 
-    // The same path for all that are made so in this process, one after the other: for tests of what keeps a path for
-    // the life of the process.
+    // All roots that one process makes in this way, one after the other, have the same path. For tests of code that
+    // keeps a path for the life of the process.
     explicit TemporaryRoot(SameForAll);
 
     ~TemporaryRoot();

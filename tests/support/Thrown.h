@@ -11,14 +11,14 @@
 
 namespace DAX::Tests {
 
-// The text that an exception carries under a tag; what stands for its absence is in angle brackets.
+// The text that an exception carries under a tag, or a text in angle brackets when there is none.
 template <class Info, class E>
 std::string textOf(const E& exception) {
     const auto* const text = boost::get_error_info<Info>(exception);
     return text != nullptr ? *text : "<no such text>";
 }
 
-// Runs the statement and gives the text of the exception of type E that it throws; other exceptions pass.
+// Runs the statement and returns the text of the exception of type E that it throws. Other exceptions pass.
 template <class Info, class E = Common::Utils::GenericException, class Statement>
 std::string thrownText(const Statement& statement) {
     try {
@@ -39,7 +39,7 @@ std::string thrownStreamText(const Statement& statement) {
     return thrownText<Common::Utils::errinfo_stream_text, E>(statement);
 }
 
-// What the exception of type E that the statement throws describes, and its error code.
+// The description and the error code of the exception of type E that the statement throws.
 template <class E = Common::Utils::GenericException, class Statement>
 std::pair<std::string, int> thrownFailure(const Statement& statement) {
     try {
@@ -52,14 +52,14 @@ std::pair<std::string, int> thrownFailure(const Statement& statement) {
     return {"<nothing thrown>", 0};
 }
 
-// Where an exception says that it was thrown.
+// The place where an exception was thrown, according to the exception.
 struct ThrowSite {
     std::string function; // the compiler's full signature
     std::string file;     // the full path
     int line = -1;
 };
 
-// Runs the statement, which throws a boost::exception that says where.
+// Runs the statement, which must throw a boost::exception, and returns the place in it.
 template <class Statement>
 ThrowSite siteThrownBy(const Statement& statement) {
     try {

@@ -5,7 +5,7 @@
 
 namespace DAX::Tests {
 
-// Asks until `condition` holds. False when the bound passes first.
+// Asks repeatedly until `condition` holds. False when that takes longer than the bound.
 template <class Condition>
 bool waitUntil(Condition condition, std::chrono::milliseconds bound = std::chrono::seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + bound;

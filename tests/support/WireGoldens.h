@@ -16,8 +16,8 @@
 //   core/<method>.request, .reply      the methods of the update core
 //   records/<record>                   each record alone
 //   exceptions/<name>                  the third array of an exception reply
-// An empty file stands for no archive. A request is sent while its archive is open and has no line end; all others end
-// in the one with which the library closes an archive.
+// An empty file stands for no archive. A request is sent while its archive is still open, and so has no line end. All
+// others end with the line end by which the library closes an archive.
 namespace DAX::Tests {
 
 inline std::string golden(const std::string& name) {
@@ -55,7 +55,7 @@ std::tuple<Values...> decode(const std::string& bytes) {
     return values;
 }
 
-// The value alone in an archive is the file, and the file is the value.
+// Checks that an archive with only this value is equal to the file, and that the file is read as the value.
 template <class Value>
 void expectGolden(const std::string& name, const Value& value) {
     EXPECT_EQ(encode(value), golden(name));

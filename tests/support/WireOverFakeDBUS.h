@@ -11,12 +11,12 @@
 
 namespace DAX::Tests {
 
-// A fake bus whose messages are held against the golden files of one side, "core" or "service".
+// A fake bus whose messages are compared with the golden files of one side, "core" or "service".
 class WireOverFakeDBUS {
 public:
     explicit WireOverFakeDBUS(std::string side) : m_side(std::move(side)) {}
 
-    // The far side's answer to `method` is these values; the file is how they are written.
+    // Makes the far side answer `method` with the bytes of the file, and checks that these are the values in it.
     template <class... Values>
     void reply(const std::string& method, const Values&... values) {
         const std::string bytes = golden(m_side + "/" + method + ".reply");
@@ -24,13 +24,13 @@ public:
         bus.reply(method, bytes);
     }
 
-    // The far side's answer brings nothing.
+    // Makes the far side answer `method` without a value.
     void replyNothing(const std::string& method) {
         EXPECT_EQ("", golden(m_side + "/" + method + ".reply")) << method;
         bus.reply(method);
     }
 
-    // The last request of `method` is the file, and the file is these values.
+    // Checks that the last request of `method` is equal to the file, and that the file is these values.
     template <class... Values>
     void expectRequest(const std::string& method, const Values&... values) const {
         EXPECT_EQ(bus.parameters(method), golden(m_side + "/" + method + ".request")) << method;

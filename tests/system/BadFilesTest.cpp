@@ -1,4 +1,4 @@
-// What stands in the way of the daemon's files.
+// Obstacles in the place of the daemon's files.
 #include <filesystem>
 
 #include <boost/date_time/posix_time/posix_time_io.hpp>
@@ -38,7 +38,7 @@ protected:
         daemon = desk.daemon();
     }
 
-    // The finalization fails before the core hears of it, with this text, and the daemon goes on.
+    // Checks that the finalization fails with this text before the core is called, and that the daemon goes on.
     void expectRefusal(const std::string& text) {
         try {
             transaction->startFinalization({}, false);
@@ -84,7 +84,7 @@ TEST_F(BadLockFile, LeadsToAFullMedium) {
 
 class BadDateFile : public Test {
 protected:
-    // No date is given, with this line, and the daemon goes on.
+    // Checks that there is no date but this log line, and that the daemon goes on.
     void expectNoDate(const std::string& line) {
         const auto manager = desk.connect();
         EXPECT_EQ(manager->getLastSearchingForUpgradeDate(), boost::none);
@@ -137,7 +137,7 @@ TEST_F(BadDateFile, IsAFolder) {
     expectNoDate("SearchingDateRegister::getDate cannot open the file: " + path());
 }
 
-// The settings store cannot be made; the daemon goes on, and works when there is room.
+// The settings store cannot be made. The daemon goes on, and the store works again when there is room.
 TEST(FullMedium, EndsNobodyAndIsForgottenWithRoom) {
     SKIP_WITHOUT_SMALL_DISK();
     const TemporaryRoot place;

@@ -1,4 +1,4 @@
-// What a writer that is killed at any of its system calls leaves to the daemon.
+// What the daemon finds after a writer was killed at any of its system calls.
 #include <filesystem>
 #include <iostream>
 
@@ -22,12 +22,12 @@ using Service::ServiceManager::SearchingDateRegister;
 
 const std::string FOLDER = "mnt/systemrw/org.kovan.tv.dax/data/tv/";
 
-// With what the file holds before: nothing at all, or something whole.
+// The file's content before: none, or something complete.
 class Crash : public testing::TestWithParam<const char*> {
 protected:
     bool existedBefore() const { return *GetParam() != '\0'; }
 
-    // Tries every point of the operation, each from the same beginning, until the operation comes to its end.
+    // Kills the operation at each of its system calls, always from the same beginning, until it comes to its end.
     template <class Operation, class Look>
     void crashEverywhere(const std::string& file, Operation operation, Look look) {
         int point = 0;
@@ -37,7 +37,7 @@ protected:
                 desk.root.write(file, GetParam());
             }
             crashed = killAtSystemCall(operation, point);
-            look(crashed, *desk.connect()); // which starts a daemon
+            look(crashed, *desk.connect()); // starts a daemon
             desk.killDaemon();
         }
         std::cout << "points tried: " << point - 1 << "\n";

@@ -1,4 +1,4 @@
-// What a person gets from daxctl.
+// daxctl, as a person sees it.
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
@@ -27,7 +27,7 @@ protected:
         return nlohmann::json::parse(daxctl(arguments).output);
     }
 
-    // Somebody who holds the service and searches for ever.
+    // A client that has the service and searches for ever.
     std::unique_ptr<Process> holder(const std::string& name, const std::string& priority) {
         desk.play("[search]\nseconds=1000\n");
         auto process = desk.start("daxctl", {"upgrade", "--name", name, "--priority", priority});
@@ -220,11 +220,11 @@ TEST_F(Daxctl, LockHoldEndsItsCommandAndReleasesTheLockWhenItIsInterrupted) {
 // A lock that is held while its command waits for the test to go on.
 class DaxctlLockHold : public Daxctl {
 protected:
-    // `before` is what the command's shell does first.
+    // `before` is run first by the command's shell.
     std::unique_ptr<Process> hold(const std::string& before = "", const std::vector<std::string>& options = {}) {
         std::vector<std::string> arguments = {"lock", "hold", "--name", "builder"};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        const std::string root = desk.root.path().string(); // a failed test takes the command along with it
+        const std::string root = desk.root.path().string(); // so that the command ends when a test fails and removes it
         const std::string wait =
             "until test -e " + goOn.string() + " -o ! -d " + root + "; do sleep 0.02; done; exit 7";
         arguments.insert(arguments.end(), {"--", "sh", "-c", before + "echo started >&2; " + wait});
@@ -235,7 +235,7 @@ protected:
 
     void letTheCommandEnd() { desk.root.write("go-on", ""); }
 
-    // Sends the signal and waits until the process has taken it.
+    // Sends the signal and waits until the process has received it.
     static void sendAndWait(Process& process, int signal) {
         process.send(signal);
         EXPECT_TRUE(waitUntil([&] { return !isPending(process.pid(), signal); }));
@@ -326,7 +326,7 @@ TEST_F(DaxctlLockHold, BelievesNobodyButTheBus) {
                                  DBUS_TYPE_STRING, &texts[2], DBUS_TYPE_INVALID);
         forger.send(*forged);
     }
-    ASSERT_TRUE(forger.waitForNameOwner(daemon, true)); // the bus has passed them on by now
+    ASSERT_TRUE(forger.waitForNameOwner(daemon, true)); // so that the bus has passed them on
     letTheCommandEnd();
     EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(7));
     EXPECT_EQ(held->errors(), "started\n");
@@ -387,7 +387,7 @@ TEST_F(Daxctl, HelpIsEverywhere) {
     }
 }
 
-// Each exception of the core reaches the client by its name, with its support code and text.
+// Each exception of the core reaches the client with its name, support code and text.
 class CoreException : public Daxctl, public WithParamInterface<const char*> {};
 
 TEST_P(CoreException, IsShownByNameSupportCodeAndText) {

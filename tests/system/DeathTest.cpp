@@ -1,4 +1,4 @@
-// Who dies at which step of an upgrade, and what becomes of the others.
+// A client, the core or the daemon dies at a step of an upgrade: what happens to the others.
 #include <csignal>
 #include <fstream>
 
@@ -46,7 +46,7 @@ void walkTransaction(IServiceTransaction& transaction, ClientStep last) {
     }
 }
 
-// A client that walks to a step, says so by a file and stays there.
+// A client that goes to a step, reports that by a file and stays there.
 int stayAt(const Desk& desk, ClientStep last, const std::string& arrival) {
     const auto manager = desk.connect();
     manager->getCurrentVersion();

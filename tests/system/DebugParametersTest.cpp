@@ -1,4 +1,4 @@
-// What the debug file does to the daemon, and what a bad one does not.
+// The effect of the debug file on the daemon, and that a bad one has none.
 #include <boost/exception/diagnostic_information.hpp>
 #include <gmock/gmock.h>
 
@@ -41,7 +41,8 @@ protected:
         return session->startNewTransaction(OTN);
     }
 
-    // A file that cannot be read is told by one line, and the daemon does its work with what it has read so far.
+    // Checks that a file that cannot be read is reported by one line, and that the daemon works with what it has read
+    // before.
     void expectOneLineAndService(const std::string& text) {
         desk.root.write(DEBUG_FILE, text);
         EXPECT_EQ(desk.connect()->getCurrentVersion(), "1000");
@@ -129,7 +130,7 @@ TEST_F(DebugFileOfTheDaemon, MayBeAFolder) {
     EXPECT_EQ(desk.countMessages("Failed to load DebugAndTestParameters from "), 1);
 }
 
-// --- A scenario in place of transactions
+// --- A scenario instead of real transactions
 
 class ScenarioOfTheDaemon : public DebugFileOfTheDaemon {
 protected:

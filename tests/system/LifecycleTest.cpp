@@ -19,10 +19,10 @@ namespace {
 
 using namespace testing;
 
-// The stop condition is looked at every three seconds.
+// The stop condition is checked every three seconds.
 const auto WITHIN_TWO_LOOKS = std::chrono::seconds(7);
 
-// What is needed by the main loop too is given back once more.
+// The main loop also needs it, and so gives it back once more.
 const std::vector<std::string> IN_REVERSE_ORDER = {"Unmarking needed: singleton id: SINGLETON_BOOTCLOCK_INITIALIZER",
                                                    "Unmarking needed: singleton id: G_MAIN_LOOP",
                                                    "Unmarking needed: singleton id: USER_DATA_REGISTER",
@@ -32,7 +32,7 @@ const std::vector<std::string> IN_REVERSE_ORDER = {"Unmarking needed: singleton 
                                                    "Unmarking needed: singleton id: USER_DATA_REGISTER",
                                                    "Unmarking needed: singleton id: USER_DATA_REGISTER"};
 
-// Where each of these messages begins.
+// The position at which each of these messages begins.
 const std::vector<std::string> IN_START_ORDER = {"Registering main thread id ",
                                                  "Registering signal (signum: 15)",
                                                  "Registering signal (signum: 2)",
@@ -57,7 +57,7 @@ const std::vector<std::string> IN_START_ORDER = {"Registering main thread id ",
 
 class Lifecycle : public Test {
 protected:
-    // Holds the daemon in a call to a core that does not answer, so that it cannot stop before the core goes.
+    // Keeps the daemon in a call to a core that does not answer, so that it cannot stop before the core ends.
     std::unique_ptr<Process> holdDaemon() {
         desk.play("[fault getCurrentVersion]\nstall_seconds=1000\n");
         auto client = desk.start("daxctl", {"status"});
@@ -73,7 +73,7 @@ protected:
         }
     }
 
-    // The threads of the process that watch another, by the beginnings of their names.
+    // The threads of the process that watch another thread, found by the beginnings of their names.
     static std::vector<std::string> guardsOf(pid_t process) {
         std::vector<std::string> guards;
         for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
@@ -86,7 +86,7 @@ protected:
         return guards;
     }
 
-    // A line of the daemon's main file, as an expression: its level and how its message begins.
+    // A regular expression for a line of the daemon's main file, with this level and this beginning of the message.
     static std::string line(const std::string& level, const std::string& message) {
         return "\\[" + level + "\\] DAXService\\.cpp:[0-9]+>" + message;
     }
@@ -148,7 +148,7 @@ TEST_F(Lifecycle, InProductionWatchesNothing) {
     desk.root.write("etc/kovan/device.ini", "[software]\nproduction=true\n");
     const auto daemon = desk.startDaemon();
     ASSERT_TRUE(desk.waitForDaemon());
-    EXPECT_EQ(desk.connect()->getCurrentVersion(), "1000"); // the loop runs, past the place where guards are made
+    EXPECT_EQ(desk.connect()->getCurrentVersion(), "1000"); // the loop runs, so the guards would have been made by now
     EXPECT_THAT(guardsOf(daemon->pid()), IsEmpty());
 }
 
@@ -227,7 +227,7 @@ TEST_F(Lifecycle, TheThirdSigtermEndsItAtOnceWithStatus143) {
     EXPECT_EQ(daemon->waitForEnd(std::chrono::seconds(2)), ProcessEnd::exited(143));
     EXPECT_EQ(desk.countMessages("Received subsequent SIGTERM, forcing exit."), 1);
     EXPECT_EQ(desk.countMessages("DBUSAdapter thread method exit."), 0);
-    desk.killCore(); // it stalls and would not see the end of the bus
+    desk.killCore(); // it stalls and would not notice the end of the bus
 }
 
 TEST_F(Lifecycle, KeepsIgnoringASigtermThatItsParentIgnored) {
@@ -305,7 +305,7 @@ TEST_F(Lifecycle, SaysToItsStarterThatItStopsWhenItHasGivenItsNameBack) {
     for (char text[256] = ""; message != "STOPPING=1";) {
         const ssize_t length = recv(starter, text, sizeof(text), 0);
         ASSERT_GT(length, 0) << "it does not say so";
-        message.assign(text, static_cast<std::size_t>(length)); // those of the watchdog come before
+        message.assign(text, static_cast<std::size_t>(length)); // the last one, since the watchdog's come before
     }
     EXPECT_EQ(desk.daemon(), 0);
     close(starter);

@@ -1,4 +1,4 @@
-// Locks with names as long as a client likes.
+// Locks with names of any length.
 #include <chrono>
 
 #include <gmock/gmock.h>

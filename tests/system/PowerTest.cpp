@@ -1,4 +1,4 @@
-// What a change of the device's power does to the daemon and its clients.
+// The effect of a change of the device's power on the daemon and its clients.
 #include <filesystem>
 
 #include <gmock/gmock.h>

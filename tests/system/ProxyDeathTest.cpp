@@ -1,4 +1,4 @@
-// The connection that asked for the session decides about its life, not the one of the session's proxy.
+// The session lives as long as the connection that asked for it, whatever happens to the connection of its proxy.
 #include <boost/archive/text_iarchive.hpp>
 #include <boost/archive/text_oarchive.hpp>
 #include <gmock/gmock.h>
@@ -13,12 +13,12 @@ namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceMa
 
 const char PROXY_ID[] = "Proxy-1";
 
-// One connection of a client, and what it is answered.
+// One connection of a client, and the answers to it.
 class Connection {
 public:
     std::string name() const { return m_peer.name(); }
 
-    // The result that the call gives as its archive, or the name of the exception.
+    // The call's result as an archive, or the name of the exception.
     template <class... Values>
     std::string call(const std::string& method, const Values&... values) {
         std::ostringstream parameters;

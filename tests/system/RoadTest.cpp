@@ -1,4 +1,4 @@
-// One upgrade from the first call to the last, by the client library and by daxctl.
+// A whole upgrade, by the client library and by daxctl.
 #include <boost/date_time/posix_time/posix_time_io.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ class Road : public Test {
 protected:
     Road() { desk.play(QUICK); }
 
-    // The methods that the core was called with, a run of polls as one.
+    // The methods that were called at the core, where polls in a row count as one.
     std::vector<std::string> coreRoad() const {
         auto methods = desk.coreMethods();
         methods.erase(std::unique(methods.begin(), methods.end()), methods.end());

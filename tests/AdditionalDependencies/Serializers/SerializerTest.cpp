@@ -39,7 +39,7 @@ private:
     const bool m_saving;
 };
 
-// The number of bytes that a lossy conversion tells, 0 when the value fits.
+// The number of bytes that the exception of a lossy conversion names; 0 when the value fits.
 template <std::size_t N, class T>
 T bytesThatDoNotHold(T value) {
     Serializer serializer(true);
@@ -102,7 +102,7 @@ TEST(Serializer, SerializesInItsDirection) {
     EXPECT_EQ(value, 3U);
 }
 
-// What the statement throws: its description, and the function that it names.
+// The description and the function in the exception that the statement throws.
 template <class Statement>
 std::vector<std::string> failureOf(const Statement& statement) {
     try {

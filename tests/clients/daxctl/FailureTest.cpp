@@ -30,7 +30,7 @@ Failure failureOf(const Statement& statement) {
     return {"nothing was thrown", {}, {}, {}};
 }
 
-// What the statement throws, as it comes out on the near side of one hop over the bus.
+// The exception that the statement throws, as it arrives after one hop over the bus.
 template <class Statement>
 void overTheBus(const Statement& statement) {
     std::string name;

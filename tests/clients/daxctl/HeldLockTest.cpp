@@ -1,4 +1,4 @@
-// Which daemon a lock is of.
+// To which daemon a lock belongs.
 #include "daxctl/HeldLock.h"
 
 #include <future>
@@ -21,7 +21,7 @@ using daxctl::Request;
 
 const char NAME[] = "org.kovan.tv.dax.service.servicemanager";
 
-// A daemon by hand, which gets the name now or as soon as the one before has left.
+// A daemon played by the test. It gets the name now, or as soon as the daemon before has left.
 class Daemon {
 public:
     Daemon() { m_peer.requestName(NAME, 0); }
@@ -29,7 +29,7 @@ public:
     std::string name() const { return m_peer.name(); }
     void leave() { m_peer.disconnect(); }
 
-    // The next call, which has to be one of the method.
+    // The next call, which must be a call of the method.
     RawMessage next(const std::string& method) {
         RawMessage call;
         waitUntil([&] {
@@ -64,7 +64,7 @@ private:
 
 class HeldLockTest : public Test {
 protected:
-    // The lock is asked for while the test plays the daemon.
+    // Asks for the lock on another thread, while the test plays the daemon.
     static std::future<std::unique_ptr<HeldLock>> begin() {
         return std::async(std::launch::async, [] { return std::make_unique<HeldLock>(Request()); });
     }
@@ -119,7 +119,7 @@ TEST_F(HeldLockTest, IsNotReleasedAtADaemonThatTookTheNameOver) {
     first.leave();
     EXPECT_FALSE(lock->release());
     EXPECT_EQ(errors.text(), "The lock 1 is lost: the daemon that gave it has left the bus.\n");
-    auto next = begin(); // whose call is the first that the second gets
+    auto next = begin(); // makes the first call that the second daemon gets
     second.giveLock(2);
     auto released = std::async(std::launch::async, [&next] { next.get().reset(); });
     second.answer(*second.next("releaseExternalLock"), "");

@@ -1,4 +1,5 @@
-// What signals do to daxctl and to the commands that it runs. A test that raises one does so in a child process.
+// The effect of signals on daxctl and on the commands that it runs. A test that raises a signal does so in a child
+// process.
 #include <csignal>
 
 #include <gmock/gmock.h>

@@ -4,8 +4,8 @@
 
 namespace DAX::Tests {
 
-// Puts a pipe, or a terminal that passes bytes on as they are, in the place of standard error, for less than a pipe can
-// hold. Standard error is back when text() was called, or when the object goes.
+// Replaces standard error by a pipe, or by a terminal that passes bytes on unchanged. Write less than a pipe can hold.
+// text() and the destructor restore standard error.
 class StandardError {
 public:
     enum class Kind { PIPE, TERMINAL };
@@ -15,7 +15,7 @@ public:
     StandardError(const StandardError&) = delete;
     StandardError& operator=(const StandardError&) = delete;
 
-    // All that was written. Once.
+    // All that was written. Call it once.
     std::string text();
 
 private:

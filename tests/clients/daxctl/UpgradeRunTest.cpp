@@ -36,7 +36,7 @@ protected:
         ON_CALL(*transaction, getSearchResult).WillByDefault(Return(found));
     }
 
-    // What the run says to people; its result and report are kept.
+    // Runs the upgrade and returns what it shows to people. Keeps its result and its report.
     std::string run(bool silent = false) {
         StandardError pipe(StandardError::Kind::PIPE);
         daxctl::UpgradeRun upgrade(manager, plan, interruption, silent);
@@ -187,7 +187,7 @@ TEST_F(UpgradeRunTest, AnInterruptionDuringTheLastCallComesTooLate) {
     EXPECT_CALL(*transaction, cancelServiceTransaction).Times(0);
     run();
     EXPECT_TRUE(succeeded);
-    EXPECT_TRUE(interruption.requested()); // and is taken here, lest it end the test
+    EXPECT_TRUE(interruption.requested()); // also takes the signal, which would otherwise end the test
 }
 
 TEST(Session, TellsOfALockThatBlocksByTheDevicesSetting) {

@@ -25,7 +25,7 @@ protected:
     const TemporaryRoot m_root;
 };
 
-// Calls that leave nothing on standard output.
+// Command lines that print nothing on standard output.
 inline void expectFailure(const FinishedRun& run, const ProcessEnd& end, const std::string& message) {
     EXPECT_EQ(end, run.end);
     EXPECT_EQ(run.output, "");

@@ -22,7 +22,7 @@ struct Stick : NamedRow {
     std::string id;
 };
 
-// What is plugged in at a desk is what the system finds.
+// The system finds the sticks that are plugged in at a desk.
 class UsbIdTest : public KovanctlTest, public testing::WithParamInterface<Stick> {
 protected:
     static std::string plug(const std::string& path) {

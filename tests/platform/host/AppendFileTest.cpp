@@ -20,7 +20,7 @@ namespace {
 
 class AppendFileTest : public testing::Test {
 protected:
-    // A log of so many bytes, which takes no room.
+    // Makes a log of this size that takes no room on the disk.
     void makeLog(long bytes) const {
         m_root.write("log", "");
         std::filesystem::resize_file(m_path, static_cast<std::uintmax_t>(bytes));
@@ -65,7 +65,7 @@ TEST_F(AppendFileTest, ProcessesThatFindItFullSetItAsideOnceAndLoseNoLine) {
     constexpr int WRITERS = 6;
     constexpr int LINES = 50;
     for (int round = 0; round < 5; ++round) {
-        makeLog(MOST_LOG_BYTES - 1000); // full in the middle of it
+        makeLog(MOST_LOG_BYTES - 1000); // it gets full in the middle of the writing
         std::vector<std::unique_ptr<ForkedProcess>> writers;
         for (int writer = 0; writer < WRITERS; ++writer) {
             writers.push_back(std::make_unique<ForkedProcess>([this] {

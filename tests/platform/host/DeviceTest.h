@@ -9,7 +9,7 @@
 
 namespace DAX::Tests {
 
-// What `action` leaves on standard error.
+// What `action` writes to standard error.
 inline std::string errorsOf(const std::function<void()>& action) {
     testing::internal::CaptureStderr();
     action();

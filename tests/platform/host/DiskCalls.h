@@ -6,11 +6,11 @@
 
 namespace DAX::Tests {
 
-// What the calling thread does for a file to last while the action runs, in order: "fsync file", "fsync folder" and
-// "rename". The calls stand under --wrap in the build file of these tests.
+// The calls by which the calling thread makes a file last, while the action runs and in order: "fsync file", "fsync
+// folder" and "rename". The build file of these tests lists them under --wrap.
 std::vector<std::string> diskCallsOf(const std::function<void()>& action);
 
-// The next call of that kind by this thread fails with this errno value, and does nothing.
+// Makes the next call of that kind by this thread fail with this errno value, without an effect.
 void failNextDiskCall(const std::string& kind, int errnoValue);
 
 } // namespace DAX::Tests

@@ -58,7 +58,7 @@ bool isGood(const std::string& text) {
     return g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != FALSE;
 }
 
-// One beginning after the other.
+// All beginnings of the text, one after the other.
 std::size_t firstBadLineByTrial(const std::string& text) {
     std::size_t line = 1;
     for (std::size_t end = text.find('\n'); end != std::string::npos && isGood(text.substr(0, end + 1)); ++line) {

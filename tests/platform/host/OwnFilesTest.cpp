@@ -21,7 +21,7 @@ namespace {
 using DAX::Tests::TemporaryRoot;
 using KovanHost::makeFolders;
 
-// The umask of the process while the object lives.
+// Sets the umask of the process while the object lives.
 class Umask {
 public:
     explicit Umask(mode_t mask) : m_before(umask(mask)) {}

@@ -35,7 +35,7 @@ protected:
     void write(const std::string& text) const { m_root.write(FILE_NAME, text); }
     std::string path() const { return (m_root / FILE_NAME).string(); }
 
-    // Puts a whole file in the place of the old one, as another program would do.
+    // Replaces the whole file, as another program would.
     void replace(const std::string& text) const {
         m_root.write("elsewhere", text);
         std::filesystem::rename(m_root / "elsewhere", path());
@@ -44,7 +44,7 @@ protected:
     const TemporaryRoot m_root;
 };
 
-// Another process, made before this one has threads, that changes something when it is told to.
+// Another process that makes a change on request. It is made before this process has threads.
 class Other {
 public:
     explicit Other(const std::function<void()>& change)
@@ -310,7 +310,7 @@ TEST_F(PowerAnnouncementsTest, MoreThanTheFileHoldsEndsInTheRightState) {
 
 namespace {
 
-// Standard error is a file while the object lives.
+// Sends standard error to a file while the object lives.
 class ErrorsInFile {
 public:
     explicit ErrorsInFile(const std::filesystem::path& path) : m_before(dup(STDERR_FILENO)) {

@@ -45,7 +45,7 @@ protected:
     void write(const std::string& text) const { m_root.write(FILE_NAME, text); }
     std::string path() const { return (m_root / FILE_NAME).string(); }
 
-    // What is told on standard error while the state is asked for twice, and must be `state` both times.
+    // Asks for the state twice, which must be `state` both times, and returns what is reported on standard error.
     std::string errorsOfTwoQuestions(int state) const {
         testing::internal::CaptureStderr();
         EXPECT_EQ(state, device_power_get_state());

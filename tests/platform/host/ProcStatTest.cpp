@@ -20,7 +20,8 @@ int adjustment() {
 
 } // namespace
 
-// Whether a process may protect itself is up to the machine, so both outcomes are right if they are told as they are.
+// Whether a process may protect itself depends on the machine, so both outcomes are right if the result tells the
+// truth.
 TEST(ProcStatTest, ResultTellsWhetherTheProcessIsProtected) {
     ForkedProcess process([] {
         const int before = adjustment();

@@ -22,12 +22,12 @@ namespace {
 constexpr int PAGE = 4096;
 const char* const STORES[] = {"var/lib/kovan/settings", "run/kovan/settings"};
 
-// For each store, in the order of STORES.
+// One for each store, in the order of STORES.
 const char* const KEYS[] = {"db/key", "memory/key"};
 
 class SettingsDiskTest : public testing::Test {
 protected:
-    // Another store, in this folder under the root: one that this process has open stays open.
+    // Sets another store up in this folder under the root, since a store that this process has opened stays open.
     void useRoot(const std::string& folder) const {
         std::filesystem::create_directories(m_root / folder);
         setenv("KOVAN_ROOT", (m_root / folder).c_str(), 1);
@@ -38,7 +38,7 @@ protected:
         std::filesystem::create_directories(m_root / (folder + "/" + store));
     }
 
-    // Leaves this many pages of room on the disk.
+    // Fills the disk up to this many pages.
     void leavePages(int pages) const {
         fillDisk(m_root.path());
         const auto filler = m_root / "filler";
@@ -87,7 +87,7 @@ protected:
         std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
     }
 
-    // A process that reads and writes all of it comes to its end, with a success or failures.
+    // Checks that a process that reads and writes the whole store comes to its end, with or without failures.
     enum Outcome { FAILED, WORKED };
     static int tryAll() {
         bool good = true;
@@ -145,7 +145,8 @@ TEST_F(SettingsDiskTest, FullDiskWithoutAFolderIsAFailureToo) {
 TEST_F(SettingsDiskTest, LockFileThatTakesNoRoomYetIsNoTrap) {
     SKIP_WITHOUT_SMALL_DISK();
     EXPECT_TRUE(onSmallDisk(m_root.path(), 64 * 1024, [this] {
-        const std::string lock = std::string(STORES[0]) + "/lock.mdb"; // as a process left it that died of it
+        const std::string lock =
+            std::string(STORES[0]) + "/lock.mdb"; // as left by a process that died of the full disk
         m_root.write(lock, "");
         std::filesystem::resize_file(m_root / lock, 2 * PAGE);
         fillDisk(m_root.path());
@@ -192,8 +193,8 @@ TEST_P(DamagedStore, ThatWasCutIsAFailureAtMost) {
     EXPECT_EQ(outcome(), WORKED);
 }
 
-// The number of the last page stands behind the page's own header and the databases' records, in both of the first
-// pages.
+// The number of the last page is in both of the first two pages, after the page's own header and the databases'
+// records.
 TEST_P(DamagedStore, ThatClaimsMorePagesThanAnyHasTakesNoRoom) {
     const std::size_t lastPage = 136;
     std::string bytes = m_good;
@@ -206,7 +207,7 @@ TEST_P(DamagedStore, ThatClaimsMorePagesThanAnyHasTakesNoRoom) {
     EXPECT_EQ(std::filesystem::file_size(dataFile()), m_good.size());
 }
 
-// What a process leaves that dies, or has no more room, while it makes the store.
+// What is left by a process that dies, or runs out of room, while it makes the store.
 TEST_P(DamagedStore, ThatWasNeverMadeWholeIsMadeAnew) {
     const std::string fresh = freshStore();
     ASSERT_EQ(2u * PAGE, fresh.size());

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int WRITERS = 4;
 constexpr int WRITES = 200;
-constexpr int READER_PLACES = 126; // LMDB's own number
+constexpr int READER_PLACES = 126; // LMDB's default
 
 std::string keyOf(int writer, int number) {
     return "db/writer" + std::to_string(writer) + "/" + std::to_string(number);

@@ -24,7 +24,7 @@ namespace {
 
 const std::string HEIGHT = "com.velmora/featureconf/panel_resolution_height";
 
-// What a question gives: its result, and what became of the value.
+// The answer to a question: the result, and the value afterwards.
 using Text = std::pair<int, std::string>;
 using Number = std::pair<int, int>;
 using Flag = std::pair<int, bool>;
@@ -66,7 +66,7 @@ Number customNumber(const std::string& key) {
     return askValue(UNTOUCHED, [&](int* number) { return system_info_get_custom_int(key.c_str(), number); });
 }
 
-// A flag stays as it was `before`, unless it is read.
+// A flag keeps the value `before` unless it is read.
 Flag valueFlag(int key, bool before) {
     return askValue(before, [=](bool* flag) { return system_info_get_value_bool(keyOf(key), flag); });
 }

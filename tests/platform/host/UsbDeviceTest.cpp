@@ -170,7 +170,7 @@ TEST_F(UsbDeviceTest, ListNeedsAnInitializationThatIsNotEnded) {
     usb_device_list_h list = nullptr;
     ASSERT_EQ(usb_device_init(), 0);
     EXPECT_EQ(usb_device_fini(), 0);
-    EXPECT_EQ(usb_device_get_device_list(&list), 0); // the fixture's own still holds
+    EXPECT_EQ(usb_device_get_device_list(&list), 0); // the fixture's own initialization is still in force
     usb_device_free_device_list(list);
     EXPECT_EQ(usb_device_fini(), 0);
     EXPECT_EQ(usb_device_get_device_list(&list), -EPERM);
@@ -301,6 +301,6 @@ TEST_F(UsbDeviceTest, KilledWriterLeavesTheFileAsItWasOrAsItShallBe) {
     }
     EXPECT_LT(10, point);
     EXPECT_EQ(seen, (std::set<std::string>{before, after}));
-    plug({"sdc1", "/c", {}, {}, {}, 0, 0}); // no lock is left
+    plug({"sdc1", "/c", {}, {}, {}, 0, 0}); // works, since no lock is left
     EXPECT_EQ(devices().size(), 3u);
 }

@@ -73,7 +73,7 @@ protected:
         EXPECT_EQ(callAsInFile("helloMessage").exception, "");
     }
 
-    // What a further transaction, which is granted, puts on standard error.
+    // Gets a further transaction granted and returns what that writes to standard error.
     std::string complaintOfATransaction() {
         testing::internal::CaptureStderr();
         EXPECT_EQ(callAsInFile("createTransaction").exception, "");

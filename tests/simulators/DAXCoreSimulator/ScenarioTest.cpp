@@ -23,7 +23,7 @@ protected:
         return readScenario(path());
     }
 
-    // What the refusal says behind the path of the file.
+    // The text of the refusal after the path of the file.
     std::string refusalOf(const std::string& text) const {
         try {
             read(text);
@@ -209,7 +209,7 @@ TEST_P(BrokenScenarioTest, IsRefusedByFileGroupAndKey) {
     EXPECT_EQ(GetParam().refusal, refusalOf(GetParam().text));
 }
 
-// The reasons of these are the key file library's.
+// The reasons in these texts come from the key file library.
 TEST_F(ScenarioTest, RefusesValuesOfAnotherTypeByFileGroupAndKey) {
     using testing::StartsWith;
     EXPECT_THAT(refusalOf("[search]\nscope=wide\n"), StartsWith("[search] scope: "));

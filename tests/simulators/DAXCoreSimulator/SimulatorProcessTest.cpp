@@ -1,4 +1,4 @@
-// The program as the bus starts it.
+// The program, as the bus starts it.
 #include <csignal>
 
 #include <gmock/gmock.h>
@@ -28,7 +28,7 @@ protected:
         return std::make_unique<Process>(Command{options, {{"KOVAN_DLOG", "none"}}, "", {}});
     }
 
-    // A core that answers, which it does as soon as it has its name.
+    // A core that answers: it does as soon as it has its name.
     std::unique_ptr<Core::ICore> connect() const {
         auto core = DAXIPC::DBUSLowLevel::CCoreProxyFactory(IDBUSProxy::createDefaultProxyFactory(), 50).create();
         EXPECT_TRUE(waitUntil([&core] {

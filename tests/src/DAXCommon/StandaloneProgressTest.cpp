@@ -13,7 +13,7 @@ using testing::ElementsAre;
 
 namespace {
 
-// While it lives, streams write 1234567.5 as "1.234.567,5".
+// While the object lives, streams write 1234567.5 as "1.234.567,5".
 class ForeignLocale {
 public:
     ForeignLocale() = default;

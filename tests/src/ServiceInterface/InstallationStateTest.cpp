@@ -38,7 +38,7 @@ class InstallationStateTest : public ::testing::Test {
 protected:
     std::string bytes() const { return root.read("lock"); }
 
-    // The text of what saving throws under a tag.
+    // The text under a tag in the exception that the saving throws.
     template <class Info, class E = FileSinkIOException>
     static std::string failureOfSaving(const std::string& path) {
         return thrownText<Info, E>([&] { saveInstallationState(path, "info"); });

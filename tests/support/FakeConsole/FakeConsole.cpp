@@ -8,7 +8,8 @@
 namespace FakeConsole {
 namespace {
 
-// Of the console's path, when it is not empty. Never destroyed: an assertion may fail at the process's very end.
+// What takes the console's place, when it is not empty. Never destroyed, since an assertion may fail at the very end of
+// the process.
 std::string& replacement() {
     static std::string& path = *std::make_unique<std::string>().release();
     return path;

@@ -11,7 +11,7 @@
 namespace FakeKovan {
 namespace {
 
-// Takes the text up to `delimiter` off `rest`. Leaves `rest` alone when there is none.
+// Takes the text up to `delimiter` off `rest`. Leaves `rest` as it is when there is no delimiter.
 std::string take(std::string& rest, const std::string& opening, const std::string& delimiter) {
     const size_t end = rest.find(delimiter, opening.size());
     if (rest.compare(0, opening.size(), opening) != 0 || end == std::string::npos) {

@@ -8,7 +8,7 @@
 namespace FakeKovan {
 namespace {
 
-// Numbered and custom values share one map: a numbered one under its number's decimal text.
+// Numbered and custom values share one map, where the key of a numbered one is its number in decimal.
 using Key = std::string;
 
 void copy(const SystemInfoValue& stored, int* value) {

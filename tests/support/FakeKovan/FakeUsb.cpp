@@ -13,7 +13,7 @@ struct usb_device_s {
 
 struct usb_device_list_s {
     std::vector<usb_device_s> devices;
-    int next = 0; // what a walk gives next
+    int next = 0; // the position that a walk gives next
 };
 
 namespace FakeKovan {
@@ -27,7 +27,7 @@ State::Usb usb() {
     return locked([](State::Content& content) { return content.usb; });
 }
 
-// A handle that was freed already ends the test.
+// Ends the test when the handle was freed already.
 usb_device_s& alive(usb_device_h device) {
     if (device->isFree) {
         std::fputs("FakeKovan: a freed USB device is used\n", stderr);

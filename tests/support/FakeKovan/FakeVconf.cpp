@@ -113,7 +113,7 @@ std::vector<std::string> reads() {
 
 } // namespace FakeKovan
 
-// Any number but 0 is true, so a stored true does not come as 1.
+// Gives a stored true as another number than 1, since readers must take any number except 0 for true.
 int vconf_get_bool(const char* key, int* value) {
     return FakeKovan::read<bool>(key, [value](bool stored) { *value = stored ? 2 : 0; });
 }

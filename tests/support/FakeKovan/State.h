@@ -97,7 +97,7 @@ struct State {
         Usb usb;
     } content;
 
-    // Never destroyed: what outlives main may still log.
+    // Never destroyed, since objects that outlive main may still log.
     static State& get();
 };
 

@@ -125,7 +125,7 @@ TEST_P(FakePowerSignalTest, ForgetsSubscriptionsAndResultsWhenItIsReset) {
     EXPECT_EQ(unsubscribe(first), 0);
 }
 
-// Unsubscribes the callback that comes after it, and itself.
+// Unsubscribes the callback after it, and itself.
 int endsAll(int, void* signal) {
     static_cast<const SignalCase*>(signal)->unsubscribe(second);
     return static_cast<const SignalCase*>(signal)->unsubscribe(endsAll);

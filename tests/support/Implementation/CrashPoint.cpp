@@ -19,7 +19,7 @@ const int SYSTEM_CALL_STOP = SIGTRAP | 0x80;
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-// In the child.
+// Runs in the child.
 [[noreturn]] void runTraced(const std::function<void()>& operation) {
     if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
         _exit(1);
@@ -27,11 +27,11 @@ const int SYSTEM_CALL_STOP = SIGTRAP | 0x80;
     raise(SIGSTOP); // the count begins here
     operation();
     for (;;) {
-        syscall(SYS_exit_group, 0); // and nothing else, which _exit() may do under a sanitizer
+        syscall(SYS_exit_group, 0); // not _exit(), which may do more under a sanitizer
     }
 }
 
-// Lets the child go on to its next stop.
+// Lets the child run to its next stop.
 int nextStop(pid_t child, int signal) {
     int status = 0;
     if (ptrace(PTRACE_SYSCALL, child, nullptr, signal) != 0 || waitpid(child, &status, 0) != child) {

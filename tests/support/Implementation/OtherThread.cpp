@@ -13,7 +13,7 @@
 namespace DAX::Tests {
 namespace {
 
-// Locks of the moment, such as those of the allocator, are held for less.
+// Short locks, such as those of the allocator, are held for less time.
 const int LOOKS = 10;
 
 // "S" for a thread that waits.

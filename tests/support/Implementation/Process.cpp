@@ -88,7 +88,8 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     return result;
 }
 
-// All that the child needs, made before the fork: between fork and exec only plain system calls are allowed.
+// All that the child needs. It is made before the fork, since only plain system calls are allowed between fork and
+// exec.
 struct Start {
     std::vector<std::string> line;
     std::vector<std::string> environment;
@@ -192,7 +193,7 @@ void Process::collect(Pipes pipes) {
         {pipes.process.get(), POLLIN, 0}, {pipes.output.get(), POLLIN, 0}, {pipes.errors.get(), POLLIN, 0}};
     for (bool ended = false; !ended;) {
         poll(watched, 3, -1);
-        // The process is looked at before its pipes, so that what it wrote last is read once more after its end.
+        // Looks at the process before its pipes, so that its last output is still read after its end.
         ended = (watched[0].revents & POLLIN) != 0;
         bool atEnd[2] = {};
         const std::string output = readAvailable(pipes.output, atEnd[0]);

@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The fd at which the daemon finds the pipe for its address.
+// The descriptor at which the daemon finds the pipe for its address.
 const int ADDRESS_FD = 3;
 
 // The folder of all buses of this process. A forked child, such as a death test, leaves it to its parent.
@@ -61,7 +61,7 @@ std::string everythingAllowed(unsigned int serviceStartTimeoutMs) {
     return "  <policy context=\"default\">\n"
            "    <allow user=\"*\"/>\n"
            "    <allow own=\"*\"/>\n"
-           "    <allow send_destination=\"*\"/>\n" // but no reply that nobody waits for, as on the system bus
+           "    <allow send_destination=\"*\"/>\n" // except for replies that nobody waits for, as on the system bus
            "    <allow receive_type=\"method_call\"/>\n"
            "    <allow receive_type=\"method_return\"/>\n"
            "    <allow receive_type=\"error\"/>\n"
@@ -109,7 +109,7 @@ void replaceAll(std::string& text, const std::string& what, const std::string& b
     }
 }
 
-// The policy with who runs the test in root's place, and DAX_GROUP in that of its own group.
+// The policy with the user who runs the test in place of root, and DAX_GROUP in place of its own group.
 std::string cast(std::string policy) {
     replaceAll(policy, "user=\"root\"", "user=\"" + std::to_string(geteuid()) + "\"");
     replaceAll(policy, "group=\"dax\"", std::string("group=\"") + SystemBusRules::DAX_GROUP + "\"");
@@ -137,7 +137,7 @@ std::string rulesText(const SystemBusRules& rules) {
     return text;
 }
 
-// setpriv gives the daemon a signal for the death of this thread and becomes the daemon.
+// setpriv arranges that the death of this thread signals the daemon, and then becomes the daemon.
 pid_t spawnDaemon(const std::string& configPath, int addressPipe) {
     const std::string configOption = "--config-file=" + configPath;
     const std::string addressOption = "--print-address=" + std::to_string(ADDRESS_FD);
@@ -158,7 +158,7 @@ pid_t spawnDaemon(const std::string& configPath, int addressPipe) {
     return pid;
 }
 
-// True when the daemon has said its address, false when it ended before.
+// True when the daemon has printed its address, false when it ended before.
 bool waitForAddress(int addressPipe) {
     char character = 0;
     ssize_t count = 0;

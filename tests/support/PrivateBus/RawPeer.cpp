@@ -31,7 +31,7 @@ private:
     DBusError m_error;
 };
 
-// This process is of nobody's user and group, and in the groups, while the object lives.
+// While the object lives, this process has the user and group of nobody, and these groups.
 class Nobody {
 public:
     explicit Nobody(const std::vector<gid_t>& groups) : m_groups(static_cast<std::size_t>(getgroups(0, nullptr))) {
@@ -91,8 +91,9 @@ RawPeer::RawPeer(DBusBusType type) {
     dbus_connection_set_exit_on_disconnect(m_connection.get(), false);
 }
 
-// libdbus reads the bus addresses at the first connection of a process, and then not from the environment when the
-// process has the rights of another user: it would find the machine's own bus. So the first one is an ordinary one.
+// libdbus reads the bus addresses at the first connection of a process. When the process then has the rights of another
+// user, it ignores the environment and would find the machine's own bus. Therefore the first connection is an ordinary
+// one.
 RawPeer RawPeer::ofNobody(const std::vector<gid_t>& groups) {
     const RawPeer addressesAreKnown;
     const Nobody nobody(groups);

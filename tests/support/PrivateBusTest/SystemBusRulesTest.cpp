@@ -22,7 +22,7 @@ using testing::Not;
 const char* const MACHINES_CONFIGURATION = "/usr/share/dbus-1/system.conf";
 const char* const BUS = "org.freedesktop.DBus";
 
-// The elements of all policies in a configuration, without comments and needless blanks.
+// The elements of all policies in a configuration, without comments and superfluous blanks.
 std::vector<std::string> rulesIn(const std::string& file) {
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();

@@ -6,8 +6,8 @@
 
 namespace DAX::Tests {
 
-// Appends one value of a type that is given by its signature, "a{sv}" as well as "y": numbers are 0, texts are empty,
-// a file is /dev/null, a variant holds an empty array of bytes, and an array has one element.
+// Appends one value of the type with this signature, such as "a{sv}" or "y": numbers are 0, texts are empty, a file is
+// /dev/null, a variant holds an empty array of bytes, and an array has one element.
 void appendAnyValue(DBusMessage& message, const std::string& signature);
 
 } // namespace DAX::Tests

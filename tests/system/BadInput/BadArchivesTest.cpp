@@ -1,4 +1,4 @@
-// Archives that are not what they should be, for every method.
+// Corrupt archives, for every method.
 #include "ClientUnderTest.h"
 #include "support/Corruption.h"
 
@@ -9,7 +9,7 @@ using testing::HasSubstr;
 
 class BadArchives : public ClientUnderTest {
 protected:
-    // Each of the messages that `corrupt` makes of the good one of each method.
+    // Sends each message that `corrupt` makes of the good message of each method.
     template <class Corrupt>
     void askAll(Corrupt corrupt) {
         for (const ServiceMethod& method : serviceMethods()) {
@@ -20,7 +20,7 @@ protected:
         }
     }
 
-    // Each method that reads its parameters refuses each of the messages as unreadable.
+    // Checks that each method that reads its parameters refuses each of the messages as unreadable.
     template <class Corrupt>
     void expectUnreadable(Corrupt corrupt) {
         for (const ServiceMethod& method : serviceMethods()) {

@@ -1,4 +1,4 @@
-// Callers that may not call, and callers that do not wait.
+// Callers without the right to call, and callers that do not wait.
 #include "ClientUnderTest.h"
 
 namespace DAX::Tests {
@@ -8,7 +8,7 @@ using testing::HasSubstr;
 
 class BadCallers : public ClientUnderTest {
 protected:
-    // All connections but the one that the method is for.
+    // Calls from all connections except the one that the method is for.
     std::vector<RawPeer*> others(const ServiceMethod& method) {
         std::vector<RawPeer*> peers{&m_stranger};
         for (const Caller caller : {Caller::MANAGER, Caller::SESSION, Caller::TRANSACTION}) {

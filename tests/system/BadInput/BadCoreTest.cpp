@@ -29,7 +29,7 @@ RawMessage replyWith(DBusMessage& call, const std::vector<std::string>& arrays) 
 // The test answers the daemon's calls to the core, one by one.
 class BadCore : public DaemonUnderTest {
 protected:
-    // The simulated core is not started where the name has an owner.
+    // Takes the core's name, so that the simulated core is not started.
     BadCore() {
         m_core.requestName(CoreNames::CONNECTION_NAME());
         expectGoodAnswer();
@@ -46,7 +46,7 @@ protected:
     std::uint32_t ask() { return m_client.send(*makeCallWith("getCurrentVersion", encode())); }
     Answer answer(std::uint32_t serial) { return answerIn(m_client.waitForReply(serial)); }
 
-    // The daemon's next call of the core.
+    // The daemon's next call to the core.
     RawMessage nextCall() {
         do {
             while (RawMessage message{dbus_connection_pop_message(m_core.connection())}) {
@@ -58,7 +58,7 @@ protected:
         throw std::runtime_error("the daemon did not call the core");
     }
 
-    // What the client gets for "getCurrentVersion" when the core replies with what `make` makes of the call.
+    // The client's answer to "getCurrentVersion" when the core replies with the message that `make` makes for the call.
     template <class Make>
     Answer answerWhenCore(Make make) {
         const std::uint32_t serial = ask();
@@ -149,13 +149,13 @@ TEST_F(BadCore, ThatRepliesTwiceIsHeardOnce) {
     }
 }
 
-// The name of the bus connection for a transaction comes off the wire, too.
+// The bus name for a transaction's connection also comes from the core.
 TEST_F(BadCore, ThatNamesAConnectionThatCannotBeIsRefused) {
     RawPeer session;
     m_client.call(*makeCallWith("getService",
                                 encode(4, std::string("update app"), 2, std::string("Proxy-1"), std::string(":1.7"))));
     session.call(*makeCallWith("helloMessage", encode(std::string("Proxy-1"))));
-    remember(); // the settings are open since the session is
+    remember(); // now, since the session has opened the settings
     for (const std::string name : {"x", "not a name", ":1.999999", "org.example.absent", ".", "a.b\xff"}) {
         const std::uint32_t serial =
             session.send(*makeCallWith("startNewTransaction", encode(2, std::string("Proxy-2"), std::string(":1.8"))));

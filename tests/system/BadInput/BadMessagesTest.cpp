@@ -1,4 +1,4 @@
-// Messages of another shape than a call with one byte array, for every method.
+// Messages in another form than a call with one byte array, for every method.
 #include "AnyValue.h"
 #include "ClientUnderTest.h"
 
@@ -13,7 +13,7 @@ protected:
         return answerIn(peer(method.caller).call(*message));
     }
 
-    // Sends what nobody answers, and waits until it has been handled.
+    // Sends a message that gets no answer, and waits until it has been handled.
     void sendUnanswered(const ServiceMethod& method, const RawMessage& message) {
         const std::uint32_t serial = peer(method.caller).send(*message);
         EXPECT_TRUE(ask({"getServiceOwner", method.caller}, "").isReply());
@@ -34,7 +34,7 @@ TEST_F(BadMessages, WithoutABodyAreRefusedByEveryMethodThatReadsOne) {
     }
 }
 
-// Every type that can stand first, but for an array of bytes.
+// Every type that the first argument can have, except for an array of bytes.
 const std::vector<std::string> OTHER_TYPES{"y",  "b",  "n",  "q",  "i",   "u",    "x",       "t",     "d",
                                            "s",  "o",  "g",  "h",  "v",   "(ay)", "(y(ss))", "a{sv}", "a{yay}",
                                            "ab", "an", "aq", "ai", "au",  "ax",   "at",      "ad",    "as",

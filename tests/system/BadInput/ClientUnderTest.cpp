@@ -100,7 +100,7 @@ void ClientUnderTest::connect() {
 void ClientUnderTest::comeBack() {
     connect();
     ASSERT_TRUE(waitUntil([this] { return isFree(); }));
-    removeInstallationLock(); // whatever the old connections have sent has been handled by now
+    removeInstallationLock(); // now, since all that the old connections have sent has been handled
     open();
 }
 
@@ -135,7 +135,7 @@ void ClientUnderTest::expectNoOtherReplies() {
     }
 }
 
-// Every connection asks once more, so that a second reply to an earlier call would have come before.
+// Every connection makes one more call, so that a second reply to an earlier call would arrive before its answer.
 void ClientUnderTest::TearDown() {
     EXPECT_TRUE(isSessionOpen());
     EXPECT_TRUE(isTransactionOpen());

@@ -11,7 +11,7 @@ namespace {
 
 const std::size_t GROWTH_KIB = 8 * 1024;
 
-const bool HAS_MEMORY_OF_ITS_OWN = !HAS_SANITIZER; // which would keep what the daemon gives back
+const bool HAS_MEMORY_OF_ITS_OWN = !HAS_SANITIZER; // a sanitizer keeps memory that the daemon has freed
 
 std::size_t kibibytes(pid_t pid, const std::string& field) {
     std::ifstream rollup("/proc/" + std::to_string(pid) + "/smaps_rollup");

@@ -15,7 +15,7 @@ namespace DAX::Tests {
 
 namespace ManagerNames = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager;
 
-// A call of the service manager's object; without an interface, too.
+// A call to the service manager's object, with its interface or without one.
 inline RawMessage makeCall(const std::string& member, const char* interfaceName = ManagerNames::INTERFACE_NAME) {
     return RawMessage(dbus_message_new_method_call(ManagerNames::CONNECTION_NAME, ManagerNames::OBJECT_PATH,
                                                    interfaceName, member.c_str()));
@@ -27,7 +27,7 @@ inline RawMessage makeCallWith(const std::string& member, const std::string& byt
     return message;
 }
 
-// What came back for a call: "REPLY" and the method, or "EXCEPTION" and its name; and an archive.
+// The answer to a call: "REPLY" and the method, or "EXCEPTION" and its name; and an archive.
 struct Answer {
     std::string type;
     std::string function;
@@ -44,16 +44,16 @@ struct Answer {
 };
 void PrintTo(const Answer& answer, std::ostream* out);
 
-// The answer that a reply of the bus holds. Whatever is not made of three byte arrays is a failure of the test.
+// The answer in a reply of the bus. Anything but three byte arrays fails the test.
 Answer answerIn(const RawMessage& reply);
 
-// The daemon's process, that of one whole test. At the end of the test it is the same one, has the memory and the open
-// files that it had when `remember` was called, and answers.
+// The daemon's process during one test. At the end of the test it must be the same process, have the same memory and
+// open files as at the call of `remember`, and still answer.
 class DaemonUnderTest : public testing::Test {
 protected:
     void TearDown() override;
 
-    // From now on.
+    // Takes the figures with which those at the end are compared.
     void remember();
 
     Desk desk;

@@ -128,7 +128,7 @@ class IdleEnds : public Clients {
 protected:
     IdleEnds() : Clients("--idle-timeout=1") {}
 
-    // Looks without being a client, all the time.
+    // Watches all the time, without being a client.
     void look(const std::atomic<bool>& stop) {
         RawPeer peer;
         while (!stop) {
@@ -136,7 +136,7 @@ protected:
         }
     }
 
-    // Asks for the service, uses it and leaves for about as long as the daemon is idle.
+    // Asks for the service, uses it, and leaves for about the time after which the daemon ends.
     void use(const std::atomic<bool>& stop) {
         std::minstd_rand random(1);
         while (!stop) {
@@ -157,7 +157,7 @@ protected:
     std::atomic<int> droppedSessions{0};
 
 private:
-    // What kind of answer the call gets.
+    // The kind of answer that the call gets.
     std::string serve(RawPeer& peer, DBusMessage& call) {
         const RawMessage reply = peer.call(call);
         if (!reply || dbus_message_get_error_name(reply.get()) != nullptr) {

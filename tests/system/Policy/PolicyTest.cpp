@@ -1,4 +1,4 @@
-// The daemon on a system bus with the packaged policy: who reaches it.
+// Who can reach the daemon on a system bus with the packaged policy.
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -29,8 +29,8 @@ const gid_t ANOTHER_GROUP = 65533;
 const int STARTS = 50;
 const int FEW_STARTS = 5;
 
-// How many of the unique names that come next an attacker tries: the daemon's connections to its core and for its own
-// name, and one more.
+// The number of next unique names that an attacker tries: the daemon's connections to its core and for its own name,
+// and one more.
 const int GUESSES = 3;
 const int REPETITIONS = 10;
 
@@ -42,8 +42,9 @@ gid_t idOfGroup() {
     return found->gr_gid;
 }
 
-// Messages of one type that the object would serve as calls if they reached it: of its own interface, of others, and of
-// none (but for signals, whose sender would be disconnected). They have all that their type needs, and want no reply.
+// Messages of one type that the object would serve as calls if they reached it: with its own interface, with others,
+// and without one (except for signals, whose sender would be disconnected). They have all that their type needs, and
+// want no reply.
 std::vector<RawMessage> attacksOf(int type) {
     std::vector<RawMessage> attacks;
     for (const char* const member : {Names::Methods::acquireExternalLock, Names::Methods::scheduleFactoryReset}) {
@@ -82,7 +83,7 @@ std::vector<RawMessage> addressedBehind(const std::string& name, const std::vect
     return addressed;
 }
 
-// What came of a call: "served", or the name of the error.
+// The result of a call: "served", or the name of the error.
 std::string outcomeOf(RawPeer& caller, DBusMessage& call) {
     const RawMessage reply = caller.call(call);
     if (!reply) {
@@ -116,7 +117,7 @@ protected:
         }
     }
 
-    // How many of the starts of the daemon served a message that one of these groups' peers sprayed at it.
+    // In how many of its starts the daemon served a message that a peer in these groups sprayed at it.
     int countStartsThatServed(const std::vector<RawMessage>& attacks, int starts,
                               const std::vector<gid_t>& groups = {}) {
         std::vector<std::string> attackers;
@@ -125,7 +126,7 @@ protected:
             attackers.push_back(attacker.name());
             const auto daemon = desk.startDaemon();
             spray(attacker, attacks);
-            EXPECT_EQ(askForOwner(root), "served"); // so that what came before it has been handled
+            EXPECT_EQ(askForOwner(root), "served"); // so that all earlier messages have been handled
             daemon->send(SIGKILL);
             EXPECT_TRUE(desk.waitForNoDaemon());
         }
@@ -135,7 +136,7 @@ protected:
         }));
     }
 
-    // True when the daemon, started by a call of root, serves one of the messages, by its name or its unique name.
+    // True when the daemon, started by a call of root, serves one of the messages to its name or its unique name.
     bool servesAny(const std::vector<RawMessage>& attacks, RawPeer& attacker) {
         EXPECT_EQ(askForOwner(root), "served");
         for (const std::string& destination : {std::string(Names::CONNECTION_NAME), desk.uniqueNameOfDaemon()}) {
@@ -151,8 +152,8 @@ protected:
     }
 
 private:
-    // Sends to the names that come next until the daemon has its well-known name. The bus always has some of the
-    // messages to read: there is no pause, and the question whether that is so comes from another connection.
+    // Sends to the next names until the daemon has its well-known name. The bus always has some of the messages to
+    // read: there is no pause, and another connection asks for the name.
     void spray(RawPeer& attacker, const std::vector<RawMessage>& attacks) {
         const std::vector<RawMessage> volley = addressedBehind(attacker.name(), attacks);
         const auto bound = std::chrono::steady_clock::now() + RawPeer::DEFAULT_BOUND;
@@ -246,7 +247,7 @@ TEST_F(PolicyForOthers, LetsNobodyStartNoDaemon) {
     EXPECT_EQ(desk.daemonLog(), "");
 }
 
-// A call without a destination is one to nobody.
+// A call without a destination reaches nobody.
 TEST_F(PolicyForOthers, ServesNoCallWithoutADestination) {
     const auto daemon = desk.startDaemon();
     ASSERT_TRUE(desk.waitForDaemon());

@@ -1,4 +1,4 @@
-// What a peer can do to the daemon by sending to the connections on which the daemon calls the core.
+// The effect of messages that a peer sends to the connections on which the daemon calls the core.
 #include <chrono>
 
 #include <gmock/gmock.h>
@@ -23,13 +23,13 @@ class Traffic : public testing::Test {
 protected:
     Traffic() { desk.play(QUICK); }
 
-    // The daemon's connections for calls to the core, of which a call has been made already.
+    // The daemon's connections for calls to the core. A call to the core must have been made before.
     std::vector<std::string> coreConnections() {
         EXPECT_EQ(manager->getCurrentVersion(), "1000");
         return desk.namelessConnectionsOf(desk.daemon());
     }
 
-    // How long a call of a client takes that the daemon hands on to the core.
+    // How long a client's call takes that the daemon passes to the core.
     Clock::duration timeOfCall() const {
         const auto begin = Clock::now();
         EXPECT_EQ(manager->getCurrentVersion(), "1000");

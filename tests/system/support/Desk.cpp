@@ -44,7 +44,7 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-// The argument of a reply, be it a text or an array of texts; nothing for an error.
+// The argument of a reply, a text or an array of texts; empty for an error.
 std::vector<std::string> stringsOf(const RawMessage& reply) {
     std::vector<std::string> strings;
     DBusMessageIter argument;
@@ -81,8 +81,8 @@ Desk::Desk(const std::string& daemonOptions, const SystemBusRules& rules) : m_bu
 }
 
 void Desk::setUp(const std::string& daemonOptions) {
-    setenv("KOVAN_DLOG", "none", 1);                       // of this process; what is on the desk logs to its own files
-    std::filesystem::create_directories(root / PARTITION); // which every device has
+    setenv("KOVAN_DLOG", "none", 1); // for this process; the desk's programs log to their own files
+    std::filesystem::create_directories(root / PARTITION); // every device has it
     m_bus.addService(DAEMON_NAME, execLine(root, DAEMON_LOG, "DAXService " + daemonOptions));
     m_bus.addService(CORE_NAME, execLine(root, CORE_LOG, "DAXCoreSimulator"));
 }
@@ -92,7 +92,7 @@ Desk::~Desk() {
     m_observer.disconnect();
     m_bus.stop();
     for (const pid_t pid : processes) {
-        // A name that the test itself had may still be its own to the bus.
+        // To the bus, a name that the test itself had may still be the test's.
         if (pid != 0 && pid != getpid() && !waitUntil([pid] { return hasEnded(pid); })) {
             ::kill(pid, SIGKILL);
         }
@@ -182,12 +182,12 @@ std::vector<std::string> Desk::namelessConnectionsOf(pid_t pid) {
         return name.front() == ':' && owners.count(name) == 0 && ownerOf(name) == pid;
     });
     std::sort(connections.begin(), connections.end(), [](const std::string& left, const std::string& right) {
-        return std::stoi(left.substr(3)) < std::stoi(right.substr(3)); // behind ":1."
+        return std::stoi(left.substr(3)) < std::stoi(right.substr(3)); // after ":1."
     });
     return connections;
 }
 
-// A call can have the bus start the program anew between two looks.
+// Between two looks, a call can make the bus start the program again.
 void Desk::killOwner(const std::string& name) {
     waitUntil([&] {
         const pid_t pid = ownerOf(name);

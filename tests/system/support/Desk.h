@@ -15,35 +15,35 @@
 namespace DAX::Tests {
 
 // A tester's desk: a device's root, a bus of its own, and on it the daemon and the simulated core, which the bus starts
-// at their first call. Both log to files under the root. When the desk goes, so does every process on it.
+// at their first call. Both log to files under the root. The destructor ends every process of the desk.
 class Desk {
 public:
-    // `daemonOptions` stand behind the daemon's name in its activation file.
+    // `daemonOptions` follow the daemon's name in its activation file.
     explicit Desk(const std::string& daemonOptions = "");
 
-    // On a bus with the rules of a device.
+    // A desk whose bus has the rules of a device.
     Desk(const std::string& daemonOptions, const SystemBusRules& rules);
     ~Desk();
     Desk(const Desk&) = delete;
     Desk& operator=(const Desk&) = delete;
 
-    // What the simulated core plays from its next transaction on: the text of a scenario file.
+    // Sets the scenario that the simulated core plays from its next transaction on, as the text of a scenario file.
     void play(const std::string& scenario) const;
 
     // Runs a tool of the build ("daxctl", "kovanctl") to its end, or starts one and leaves it running.
     FinishedRun run(const std::string& tool, const std::vector<std::string>& arguments) const;
-    // The same as the user nobody, whom the desk's folders let through to what they show; only the superuser can do it.
+    // The same as the user nobody, who may enter the desk's folders. Only the superuser can do this.
     FinishedRun runAsNobody(const std::string& tool, const std::vector<std::string>& arguments) const;
     std::unique_ptr<Process> start(const std::string& tool, const std::vector<std::string>& arguments) const;
 
-    // The daemon started by hand rather than by the bus.
+    // Starts the daemon by hand instead of by the bus.
     std::unique_ptr<Process> startDaemon(const std::vector<std::string>& options = {},
                                          const std::vector<int>& ignoredSignals = {}) const;
 
-    // The client library, in this process.
+    // Connects this process to the daemon by the client library.
     std::unique_ptr<Service::IServiceManager> connect() const;
 
-    // The process that has the name now, be it a unique one; 0 when none has.
+    // The process that has the name now, which may be a unique name; 0 when none has it.
     pid_t ownerOf(const std::string& name);
     pid_t daemon() { return ownerOf(DAEMON_NAME); }
     pid_t core() { return ownerOf(CORE_NAME); }
@@ -54,23 +54,24 @@ public:
     // The unique name of the daemon's connection; empty when there is none.
     std::string uniqueNameOfDaemon();
 
-    // Ends a process of the desk by a signal and waits until its name is free.
+    // Ends a process of the desk with a signal and waits until its name is free.
     void killDaemon();
     void killCore();
 
-    // The daemon's whole log, its messages behind "file:line>", and whether a message comes within the usual bound.
+    // The daemon's whole log; its messages, which are the texts after "file:line>"; and whether a message comes within
+    // the usual bound.
     std::string daemonLog() const { return root.read(DAEMON_LOG); }
     std::vector<std::string> daemonMessages() const;
     bool waitForMessage(const std::string& part) const;
     int countMessages(const std::string& part) const;
 
-    // The unique names of a process's connections that own no name besides, oldest first.
+    // The unique names of a process's connections that have no other name, oldest first.
     std::vector<std::string> namelessConnectionsOf(pid_t pid);
 
-    // Ends the bus: every connection breaks.
+    // Ends the bus, which breaks every connection.
     void stopBus() { m_bus.stop(); }
 
-    // What the simulated core was called with, oldest first; and the names of the methods alone.
+    // The calls that the simulated core got, oldest first; and only the names of their methods.
     std::vector<nlohmann::json> coreCalls() const;
     std::vector<std::string> coreMethods() const;
     bool waitForCoreCall(const std::string& method, int count = 1) const;
@@ -85,7 +86,7 @@ private:
     static const char* const CORE_NAME;
     static const char* const DAEMON_LOG;
 
-    // Everything on the desk that is the same on every bus.
+    // Sets up what is the same on every bus.
     void setUp(const std::string& daemonOptions);
 
     RawMessage askBus(const char* method, const std::string& argument = "");
@@ -95,7 +96,7 @@ private:
     RawPeer m_observer;
 };
 
-// True when the process is gone, or waits only for its parent to take notice.
+// True when the process has ended, even if its parent has not noticed yet.
 bool hasEnded(pid_t pid);
 
 } // namespace DAX::Tests

@@ -4,10 +4,10 @@
 
 namespace DAX::Tests {
 
-// Every step takes next to no time.
+// Every step takes almost no time.
 const char* const QUICK = "[search]\nseconds=0.01\n[installation]\nseconds=0.01\n[finalization]\nseconds=0.01\n";
 
-// Quick, with one fault.
+// The quick scenario with one fault.
 inline std::string withFault(const std::string& method, const std::string& fault) {
     return QUICK + ("[fault " + method + "]\n") + fault + "\n";
 }

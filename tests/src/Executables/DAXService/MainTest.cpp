@@ -13,13 +13,13 @@ int daemonMain(int argc, char** argv);
 
 namespace {
 
-// The three times that the adapter was told to listen with, in seconds.
+// The three times with which the adapter was told to listen, in seconds.
 std::vector<unsigned int> listenedWith;
 std::function<void()> whileListening;
 
 } // namespace
 
-// The arguments that are objects come as their addresses.
+// Arguments that are objects are passed as their addresses.
 extern "C" void
 __wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSESt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENS9_ISA_IFvvEEEE(
     void* adapter, void* factory, unsigned int stopConditionInterval, unsigned int idleTimeout,

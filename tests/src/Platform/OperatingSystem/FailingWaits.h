@@ -2,13 +2,14 @@
 
 namespace DAX::Tests {
 
-// Stand before the system in this test program: from now on each signalfd fails with this error, each poll does, or
-// each poll finds all that it looks at broken. For the rest of the process: set it in a child.
+// These replace calls of the system in this test program. From now on every signalfd fails with this error, every poll
+// fails with it, or every poll finds all its descriptors broken. It stays so for the rest of the process: set it in a
+// child.
 void failSignalfd(int error);
 void failPoll(int error);
 void findAllBroken();
 
-// How often poll has been called since.
+// How often poll has been called since then.
 int polls();
 
 } // namespace DAX::Tests

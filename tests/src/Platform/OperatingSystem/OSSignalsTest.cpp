@@ -38,14 +38,14 @@ void rememberSignal(int signum) {
 }
 void doNothing(int) {}
 
-// What the process does with the signal now.
+// The current disposition of the signal.
 void (*dispositionOf(int signum))(int) {
     struct sigaction action {};
     ::sigaction(signum, nullptr, &action);
     return action.sa_handler;
 }
 
-// What is written to standard output while the object lives.
+// Captures what is written to standard output while the object lives.
 class StandardOutput {
 public:
     StandardOutput() : m_before(std::cout.rdbuf(m_text.rdbuf())) {}
@@ -164,12 +164,12 @@ TEST(NiceQuitHelper, SigIntNeverCountsAsASigTerm) {
     });
 }
 
-// A thread that waits for the quit flag, for a time that nobody wakes it before.
+// A thread that waits for the quit flag, for so long that only a notification can wake it in time.
 class Waiter {
 public:
     Waiter() { EXPECT_TRUE(m_thread.waitUntilItWaits()); }
 
-    // Whether it was woken, rather than having waited in vain.
+    // Whether it was woken, and did not wait in vain.
     bool isWoken() {
         m_thread.finish();
         return m_woken;
@@ -218,7 +218,7 @@ TEST(NiceQuitHelper, PutsSigIntBackBeforeSigTerm) {
     });
 }
 
-// Standard output is a file, whose text is written when it is flushed.
+// Standard output is a file here, so its text shows only after a flush.
 TEST(NiceQuitHelper, TheThirdSigTermLosesNothingThatWasSaid) {
     const TemporaryRoot root;
     const std::string file = (root / "output").string();

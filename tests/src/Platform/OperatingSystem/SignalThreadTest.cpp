@@ -139,7 +139,7 @@ TEST(SignalThread, LeavesNothingOpenAtItsEnd) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-// The handlers run though nobody can wait for the signals, and nothing spins meanwhile.
+// The handlers run although the wait for signals fails, and the thread does not spin.
 void expectHandlersWithoutWaiting(const std::string& problem) {
     const auto begun = std::chrono::steady_clock::now();
     {

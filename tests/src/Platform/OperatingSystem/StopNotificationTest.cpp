@@ -15,7 +15,7 @@
 namespace DAX::Tests {
 namespace {
 
-// The end of a service manager, at an address as NOTIFY_SOCKET has it.
+// The service manager's end of the socket, at an address in the form of NOTIFY_SOCKET.
 class ServiceManagerEnd {
 public:
     explicit ServiceManagerEnd(const std::string& name) : m_socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0)) {
@@ -36,14 +36,14 @@ public:
         close(m_socket);
     }
 
-    // The next message that has come, "" when there is none.
+    // The next message that has arrived; empty when there is none.
     std::string take() {
         char text[64];
         const ssize_t length = recv(m_socket, text, sizeof(text), 0);
         return std::string(text, length > 0 ? static_cast<std::size_t>(length) : 0);
     }
 
-    // Leaves no room for another message.
+    // Fills the socket, so that it has no room for another message.
     void fill() {
         sockaddr_un address{};
         socklen_t length = sizeof(address);

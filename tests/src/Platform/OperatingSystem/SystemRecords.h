@@ -6,20 +6,22 @@
 
 namespace DAX::Tests {
 
-// Stand before the system in this test program, for the rest of the process: set them in a child.
+// These replace calls of the system in this test program, for the rest of the process: set them in a child.
 
-// From now on the signals whose handlers are set are kept in their order.
+// From now on records the signals whose handlers are set, in order.
 void recordHandlerChanges();
 std::vector<int> handlerChanges();
 
-// From now on each wait for a condition with a time-out has run out at once; with the last of them the action runs.
+// From now on every wait for a condition with a time-out times out at once; at the last of so many waits the action
+// runs.
 void letTimeRunOut(int times, std::function<void()> action);
 
-// The time-outs of those waits. Each was counted from a time between the end of the wait before (for the first one,
-// from the call of letTimeRunOut) and the wait's own begin.
+// The time-outs of those waits. The caller took the start of each at some time between the end of the wait before (for
+// the first one, the call of letTimeRunOut) and the beginning of the wait itself, so the true value lies between the
+// two.
 struct TimeOut {
-    std::chrono::nanoseconds fromTheWaitBefore; // no shorter than it was
-    std::chrono::nanoseconds fromTheBegin;      // no longer than it was
+    std::chrono::nanoseconds fromTheWaitBefore; // not shorter than the true value
+    std::chrono::nanoseconds fromTheBegin;      // not longer than the true value
 };
 std::vector<TimeOut> timeOuts();
 

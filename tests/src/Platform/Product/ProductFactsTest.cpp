@@ -165,7 +165,7 @@ TEST(PartitionTxt, IsTheFileThatItsKeyTells) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Partition.txt file path is: /etc/partition.txt"));
 }
 
-// A text of the platform's. A numbered one has its number for a key.
+// A text of the platform. The key of a numbered one is its number.
 struct TextFact : NamedRow {
     std::string (*operation)();
     std::string key;
@@ -218,7 +218,7 @@ TEST(ModelLine, MustTellItsTextInChina) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log ERR Unable to read china model line from system-info"));
 }
 
-// What has no answer without the platform's.
+// An operation that has no answer without the platform's.
 struct RequiredFact : NamedRow {
     std::function<void()> operation;
     std::string key;
@@ -281,7 +281,7 @@ TEST(RequiredProductFact, IsMissedAtTheOperationThatAsksForIt) {
         {"isIWBSuppoted()", IProductInfo::isIWBSuppoted},
         {"getProductType()", IProductInfo::getProductType},
     };
-    int line = 0; // they stand in the source in this order
+    int line = 0; // they are in the source in this order
     for (const auto& [name, operation] : OPERATIONS) {
         const ThrowSite site = siteThrownBy(operation);
         EXPECT_THAT(site.function, HasSubstr("IProductInfo::" + name));

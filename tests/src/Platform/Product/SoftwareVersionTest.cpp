@@ -18,7 +18,7 @@ void setVersion(const std::string& version) {
     FakeKovan::setSystemInfo(128, version);
 }
 
-// What is told of each split.
+// The log lines of each split.
 const char GOT[] = "log DBG parsedModelAndVersion got version string 'T-MARLOW-1703.12'";
 const char REST[] = "log DBG version string: 1703.12";
 const char NUMBERS[] = "log DBG version:1703.12";

@@ -1,5 +1,5 @@
-// On the device the root is empty: what is joined to it with a slash stands at the root of the file system, what is
-// joined without one in the working directory, which is "/" for a daemon.
+// On the device the root is empty. A path that is joined to it with a slash begins at the root of the file system; one
+// that is joined without a slash begins in the working directory, which is "/" for a daemon.
 #include <filesystem>
 
 #include <gmock/gmock.h>
@@ -20,11 +20,10 @@ namespace {
 using Platform::IProductInfo;
 using Platform::ISystemControl;
 
-// Each in a process of its own, since the paths stay what they were at the first question, and so does the working
-// directory.
+// Each test runs in a process of its own, since the paths, and the working directory, keep their first value.
 class EmptyRoot : public testing::Test {
 protected:
-    // Has the paths of the device, and a working directory that looks like the root of one.
+    // Sets the device's own paths, and a working directory that looks like the root of a device.
     void becomeTheDevice() const {
         Platform::ProductPaths::Details::setImplementationSingleton(std::make_unique<Platform::CProductPaths>());
         ASSERT_EQ(chdir(root.path().c_str()), 0);

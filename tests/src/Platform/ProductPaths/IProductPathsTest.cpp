@@ -112,7 +112,7 @@ void expectLocationsUnder(const std::string& root) {
     }
 }
 
-// Each in a process of its own, since the paths stay what they were at the first question.
+// Each test runs in a process of its own, since the paths keep their first value.
 
 TEST(IProductPathsTest, AreThoseOfTheDeviceWithoutARoot) {
     EXPECT_IN_CHILD({

@@ -248,7 +248,7 @@ TEST_F(CServiceManagerTest, ItsEndInvalidatesTheSessionAndThenUnsubscribes) {
     EXPECT_FALSE(service->startNewTransaction(DAXCommon::OTN));
 }
 
-// Notes its end.
+// Records its destruction.
 class NotedCore : public FakeCore {
 public:
     using FakeCore::FakeCore;

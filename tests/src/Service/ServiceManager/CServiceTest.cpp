@@ -34,7 +34,7 @@ protected:
         return service;
     }
 
-    // What the core hears of a cancellation for this reason, and what is logged ahead of it.
+    // The core's call for a cancellation with this reason, and the log line before it.
     static std::string cancelLine(const std::string& reason) {
         return "core cancelCoreTransaction(cancelServiceTransaction() is canceling CoreTransaction. Reason: " + reason +
                ")";

@@ -12,7 +12,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using UserInterestExceptions::ExternalLockDenied;
 
-// Identifiers are the process's own: a test looks at their differences, or starts a process.
+// Identifiers are counted for the whole process, so a test looks at their differences, or starts a process.
 class ExternalLocksTest : public ManagerFixture {
 protected:
     ExternalLockId acquire(const std::string& client, int priority) {

@@ -2,8 +2,8 @@
 
 namespace DAX::Tests {
 
-// The next lock of a mutex by this thread fails: std::mutex::lock() throws std::system_error. The function of the
-// library that stands under --wrap in the build file of these tests goes through here.
+// Makes the next lock of a mutex by this thread fail: std::mutex::lock() throws std::system_error. The build file of
+// these tests lists the library's function under --wrap, so that its calls come here.
 void failNextLock();
 
 } // namespace DAX::Tests

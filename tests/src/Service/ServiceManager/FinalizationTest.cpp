@@ -16,7 +16,7 @@ using ::testing::StartsWith;
 
 class FinalizationTest : public TransactionFixture {
 protected:
-    // The report in the lock file, without what stands around it.
+    // The report in the lock file, without the record around it.
     std::string report() const {
         std::ifstream file(lockPath(), std::ios::binary);
         const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());

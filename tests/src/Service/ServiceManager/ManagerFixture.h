@@ -6,7 +6,7 @@
 
 namespace DAX::Tests {
 
-// A service manager that has been started; its start is forgotten.
+// A service manager that has been started. The journal begins after that.
 class ManagerFixture : public ServiceFixture {
 protected:
     ManagerFixture() {

@@ -44,8 +44,8 @@ protected:
     void openFoldersToAll() const { std::filesystem::permissions(root.path(), std::filesystem::perms(0755)); }
 };
 
-// The process of the statement runs no other test, so these are its first callers. The second comes while the first one
-// is making the object.
+// The process that runs the statement runs no other test, so these are its first callers. The second one comes while
+// the first one is making the object.
 TEST_F(SearchingDateRegisterTest, GivesTheSameObjectToItsFirstTwoCallers) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_IN_CHILD({
@@ -178,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P(NoPointInTime, CorruptedDate,
 
 class UnreadableDate : public SearchingDateRegisterTest {
 protected:
-    // No date, within a second and a megabyte, and this line alone.
+    // Checks that there is no date and only this log line, and that it takes neither a second nor a megabyte.
     void expectNoDate(const std::string& line) {
         const auto begin = std::chrono::steady_clock::now();
         const AllocationMeter meter;
@@ -255,7 +255,7 @@ class UnwritableDate : public SearchingDateRegisterTest {
 protected:
     UnwritableDate() { FakeKovan::setLocalTime(1424435696); }
 
-    // The lines of level ERR; nothing says that a date was saved.
+    // The lines of level ERR. Checks that no line says that a date was saved.
     static std::string toldFailure() {
         EXPECT_EQ(FakeKovan::countContaining("INF", "will be saved in file"), 0);
         return logged("ERR");
@@ -346,7 +346,7 @@ TEST_F(SearchingDateRegisterTest, WritesThroughNoLink) {
 }
 
 TEST_F(SearchingDateRegisterTest, LeavesNothingBesideTheFile) {
-    root.write(std::string(DATE_FILE) + ".new", "2020"); // of a power cut
+    root.write(std::string(DATE_FILE) + ".new", "2020"); // left by a power cut
     SearchingDateRegister::getInstance()->registerCurrentDate();
     EXPECT_FALSE(std::filesystem::exists(path() + ".new"));
     EXPECT_EQ(root.read(DATE_FILE), "19700101T000000");

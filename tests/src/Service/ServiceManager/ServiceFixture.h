@@ -36,7 +36,7 @@ inline DAXCommon::ServiceTransactionType purpose(int value) {
 }
 
 // The service logic over a fake core ("core <call>" in the journal), fake power events ("power <what>"), the platform
-// in memory and a root of its own, in which the data partition exists.
+// in memory, and a root of its own in which the data partition exists.
 class ServiceFixture : public ::testing::Test {
 protected:
     ServiceFixture() {
@@ -52,7 +52,7 @@ protected:
         return std::vector<std::string>(all.begin() + static_cast<std::ptrdiff_t>(m_forgotten), all.end());
     }
 
-    // All that was logged at this level, as one text: a long message is more than one line.
+    // All that was logged at this level, as one text, since a long message has more than one line.
     static std::string logged(const std::string& level) {
         std::string text;
         for (const std::string& message : FakeKovan::messages(level)) {

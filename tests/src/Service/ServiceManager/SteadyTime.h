@@ -4,8 +4,8 @@
 
 namespace DAX::Tests {
 
-// The standard library's steady clock stands still while the object lives, but for what `pass` lets go by. One at a
-// time; for a test program that links with --wrap for the clock's now().
+// The standard library's steady clock stands still while the object lives, and only `pass` moves it. One at a time. For
+// a test program that links with --wrap for the clock's now().
 class SteadyTime {
 public:
     SteadyTime();

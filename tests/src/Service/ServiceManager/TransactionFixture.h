@@ -5,7 +5,7 @@
 
 namespace DAX::Tests {
 
-// A transaction over the fake core, made for what the parameters say; what its making did is forgotten.
+// A transaction over the fake core, made with the parameters. The journal begins after that.
 class TransactionFixture : public ServiceFixture {
 protected:
     std::unique_ptr<Service::IServiceTransaction> makeTransaction(int upgradeType = DAXCommon::OTN,
@@ -19,7 +19,7 @@ protected:
         return transaction;
     }
 
-    // What the core finds from now on.
+    // Sets what the core finds from now on.
     void coreFinds(const boost::optional<std::string>& version, int scope = 0,
                    const std::vector<unsigned char>& upgradeId = {1, 2, 255}) {
         script->searchResult.result = Core::TRANSACTION_SUCCESS;

@@ -14,12 +14,12 @@
 
 namespace DAX::Tests {
 
-// The debug parameters are loaded and override nothing; the factory menu tells nothing; nothing is recorded.
+// The debug parameters are loaded and override nothing, the factory menu is empty, and the journal is empty.
 class FactorySettingsFixture : public testing::Test {
 protected:
     FactorySettingsFixture() { FakeKovan::forgetRecords(); }
 
-    // How a default is told in the journal. A value of the factory menu is told by nothing that comes out.
+    // The journal's entry for a default. A value that was read from the factory menu leaves no entry.
     static std::string toldByDefault(const std::string& key, const std::string& name, int value) {
         return "log INF Failed to fetch key " + key + " (" + name +
                ") from factory menu. Default value will be used: " + std::to_string(value);

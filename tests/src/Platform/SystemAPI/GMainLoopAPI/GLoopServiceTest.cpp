@@ -28,7 +28,7 @@ const GSourceFunc CALL = &Common::Utils::UserDataRegister::GenericFunctorCallbac
 
 class GLoopServiceTest : public LoopFixture {
 protected:
-    // What the loop has not run is not for the loop of another test.
+    // Runs what the loop has left over, so that it does not reach the loop of another test.
     ~GLoopServiceTest() override {
         service.reset();
         while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
@@ -40,7 +40,7 @@ protected:
         FakeKovan::forgetRecords();
     }
 
-    // Has the function run on the loop's thread, which has to be waited for.
+    // Has the function run on the loop's thread. The caller must wait for it.
     void dispatch(const Registration& registration) { service->dispatchInMainLoop(registration.id()); }
 
     std::string dispatchLine() const {
@@ -50,8 +50,7 @@ protected:
     std::unique_ptr<GLoopService> service = std::make_unique<GLoopService>();
 };
 
-// --- Start
-// ----------------------------------------------------------------------------------------------------------------
+// --- Start ----------------------------------------------------------------------------------------------------------
 
 TEST_F(GLoopServiceTest, IsNotInitializedAtFirst) {
     EXPECT_FALSE(service->isInitialized());
@@ -144,7 +143,7 @@ TEST_F(GLoopServiceTest, GoesOnWhileAnotherThreadHasTheContext) {
     EXPECT_EQ(thread, service->getMainLoopThreadId());
 }
 
-// What waits in the context already may ask for the thread before initialize() has come back.
+// A function that already waits in the context may ask for the thread before initialize() has returned.
 TEST_F(GLoopServiceTest, KnowsItsThreadFromItsFirstCallback) {
     for (int i = 0; i < 50; ++i) {
         GLoopService loop;
@@ -164,8 +163,7 @@ TEST_F(GLoopServiceTest, KnowsItsThreadFromItsFirstCallback) {
     }
 }
 
-// --- Dispatch
-// -------------------------------------------------------------------------------------------------------------
+// --- Dispatch -------------------------------------------------------------------------------------------------------
 
 TEST_F(GLoopServiceTest, RunsAFunctionOnItsThread) {
     start();
@@ -321,8 +319,7 @@ TEST_F(GLoopServiceTest, RunsWhatIsUnregisteredAtTheSameTimeOrNot) {
     }
 }
 
-// --- A callback of a user
-// -------------------------------------------------------------------------------------------------
+// --- A callback of a user -------------------------------------------------------------------------------------------
 
 TEST_F(GLoopServiceTest, MakesACallbackWithoutAFunction) {
     const auto callback = service->createUserRegisteredCallback();
@@ -358,8 +355,7 @@ TEST_F(GLoopServiceTest, EndsTheProcessForACallbackWithoutAFunction) {
         "false", "Callbacks must not throw!");
 }
 
-// --- Stop
-// -----------------------------------------------------------------------------------------------------------------
+// --- Stop -----------------------------------------------------------------------------------------------------------
 
 TEST_F(GLoopServiceTest, CannotStopWithoutAStart) {
     EXPECT_EQ(thrownDescription([this] { service->stop(); }), "GMainLoop not initialized!");
@@ -572,8 +568,7 @@ TEST_F(GLoopServiceTest, MayBeStoppedOnItsOwnThreadWhileAnotherThreadStopsIt) {
     EXPECT_EQ(FakeKovan::count("INF", "GLoopService closed."), 1);
 }
 
-// --- The end on its own thread
-// --------------------------------------------------------------------------------------------
+// --- The end on its own thread --------------------------------------------------------------------------------------
 
 TEST_F(GLoopServiceTest, CannotWaitForItselfWhenItStopsOnItsOwnThread) {
     start();

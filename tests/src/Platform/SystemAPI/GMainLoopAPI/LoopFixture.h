@@ -51,7 +51,7 @@ private:
     void* const m_id;
 };
 
-// What a loop logs at its start and at its end.
+// The log lines of a loop at its start and at its end.
 inline std::vector<std::string> startOf(boost::thread::id loop) {
     return {"log INF GLoopService::GLoopService(): Starting.",
             "log INF Changed name of thread " + inWords(loop) + " to GMainLoop_thread.",
@@ -63,7 +63,7 @@ inline std::vector<std::string> endOfALoop() {
             "log INF GLoopService::LoopThreadFunction(): Stopped.", "log INF GLoopService closed."};
 }
 
-// The two singletons, as main makes them, without an implementation of the loop; nothing is recorded of that.
+// The two singletons, as main makes them, without an implementation of the loop. The journal begins after that.
 class LoopFixture : public testing::Test {
 protected:
     using UserDataRegister = Common::Utils::UserDataRegister;

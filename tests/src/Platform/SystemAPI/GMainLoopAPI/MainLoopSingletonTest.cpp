@@ -13,7 +13,7 @@ using Platform::MainLoop::UserRegisteredCallback;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Notes what it is asked.
+// Records each call.
 class NotingLoop : public Platform::MainLoop::MainLoopSingleton {
 public:
     explicit NotingLoop(std::string name = "loop") : m_name(std::move(name)) {}
@@ -120,8 +120,7 @@ TEST_F(MainLoopSingletonTest, DestroysItsImplementationAtItsEnd) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("loop ends"));
 }
 
-// --- Without an implementation
-// --------------------------------------------------------------------------------------------
+// --- Without an implementation --------------------------------------------------------------------------------------
 
 const char NO_IMPLEMENTATION[] = "m_implementation != nullptr";
 

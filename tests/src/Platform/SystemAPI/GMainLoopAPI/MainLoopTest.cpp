@@ -120,8 +120,7 @@ TEST_F(MainLoopTest, ReplacesTheLoopWhenItIsInitializedAgain) {
     runInLoop([] { EXPECT_TRUE(isRunningInMainLoop()); });
 }
 
-// --- Without a guard, or without a start
-// ----------------------------------------------------------------------------------
+// --- Without a guard, or without a start ----------------------------------------------------------------------------
 
 const char NO_SINGLETON[] = "Singleton G_MAIN_LOOP does not exist.";
 
@@ -142,10 +141,9 @@ TEST_F(LoopFixture, AnswersNoQuestionBeforeItsStart) {
     EXPECT_ASSERTION(getMainLoopTheadId(), EXPRESSION);
 }
 
-// --- The names of the users
-// -----------------------------------------------------------------------------------------------
+// --- The names of the users -----------------------------------------------------------------------------------------
 
-// Takes the singleton away in whatever it is asked.
+// Withdraws the singleton in whichever operation is called.
 struct Saboteur : MainLoopSingleton {
     static void sabotage() { theRegister().unmarkNeeded(MainLoopSingleton::getID()); }
 
@@ -162,7 +160,7 @@ struct Saboteur : MainLoopSingleton {
 
 class MainLoopUserTest : public LoopFixture {
 protected:
-    // In the process that dies of it.
+    // Runs in the process that dies of it.
     static void sabotage() { mainLoop()->setMainLoopImplementation(std::make_unique<Saboteur>()); }
 
     static std::string usedBy(const std::string& user) {

@@ -2,9 +2,9 @@
 
 #include <functional>
 
-// Stands before GLib in this test program. While an object lives, a loop does not seem to run for its first `looks`;
-// each look is noted in the journal ("look"), and a pause is noted ("pause 100000", in microseconds) and not made. One
-// at a time.
+// Replaces functions of GLib in this test program. While an object lives, a loop does not seem to run for the first
+// `looks` looks. Each look is recorded in the journal ("look"), and a pause is recorded ("pause 100000", in
+// microseconds) but not made. One at a time.
 class SlowStart {
 public:
     explicit SlowStart(int looks);
@@ -13,5 +13,5 @@ public:
     SlowStart& operator=(const SlowStart&) = delete;
 };
 
-// Has the next start of a loop call this, on the starting thread, before there is the loop or its thread.
+// Makes the next start of a loop call this, on the starting thread, before the loop and its thread exist.
 void beforeTheNextStart(std::function<void()> action);

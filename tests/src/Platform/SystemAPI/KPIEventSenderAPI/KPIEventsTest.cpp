@@ -15,7 +15,7 @@ namespace {
 using namespace Platform::KpiEvent;
 using testing::ElementsAre;
 
-// What the values from `first` to `last` are written as.
+// The codes that are written for the values from `first` to `last`.
 template <class Enumeration>
 std::vector<std::string> codesFrom(int first, int last) {
     std::vector<std::string> codes;

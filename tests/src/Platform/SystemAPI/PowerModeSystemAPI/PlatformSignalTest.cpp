@@ -14,14 +14,14 @@ struct Case {
     std::string id;
     const Platform::PlatformSignal* signal;
     PowerSignal fake;
-    std::string function; // what the fake calls it
+    std::string function; // its name in the fake
     std::string announcement;
     std::string name;
 };
 
 class PlatformSignalTest : public PowerFixture, public testing::WithParamInterface<Case> {
 protected:
-    // What the refusal says in its exception.
+    // The text of the exception at a refusal.
     std::string refuse(int result) {
         FakeKovan::setPowerSubscribeResult(GetParam().fake, result);
         return thrownText<errinfo_stream_text>([] { Platform::subscribeTo(*GetParam().signal, nullptr); });

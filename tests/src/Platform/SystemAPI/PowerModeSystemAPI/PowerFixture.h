@@ -17,7 +17,7 @@
 
 namespace DAX::Tests {
 
-// A main loop whose thread is the one that made it, so that a test announces power events by itself.
+// A main loop whose thread is the one that made it, so that the test itself can announce power events.
 class LoopHere : public Platform::MainLoop::MainLoopSingleton {
 public:
     boost::thread::id getMainLoopThreadId() const override {
@@ -33,7 +33,7 @@ private:
     const boost::thread::id m_thread = boost::this_thread::get_id();
 };
 
-// The singletons that the subscribers stand on, as main makes them, with a main loop on the test's own thread.
+// The singletons that the subscribers need, as main makes them, with a main loop on the test's own thread.
 class PowerFixture : public testing::Test {
 protected:
     using Subscriber = Common::Utils::SignalSubscriber<void(DAXCommon::PowerMode)>;
@@ -50,7 +50,7 @@ protected:
 
     std::unique_ptr<Subscriber> makePowerOff() { return factory.createPowerOffSignalSubscriber(); }
 
-    // Keeps what it is called with in `modes`.
+    // A callback that keeps its argument in `modes`.
     std::function<void(DAXCommon::PowerMode)> collect() {
         return [this](DAXCommon::PowerMode mode) { modes.push_back(mode); };
     }

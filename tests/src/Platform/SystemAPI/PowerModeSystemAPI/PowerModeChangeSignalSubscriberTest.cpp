@@ -128,7 +128,7 @@ TEST_F(PowerModeChangeSignalSubscriberTest, TakesItsRegistrationBackAfterARefusa
     FakeKovan::setPowerSubscribeResult(PowerSignal::STATE_CHANGED, -16);
     EXPECT_ANY_THROW(subscriber->subscribe(collect()));
     FakeKovan::forgetRecords();
-    subscriber.reset(); // a registration that is left would end the process with the fixture's guard
+    subscriber.reset(); // a registration that stays would end the process when the fixture's guard is dropped
     EXPECT_THAT(FakeKovan::messages("INF"),
                 ElementsAre("Probably an exception was thrown while subscribing the callback in exernal API. The "
                             "callback is not subscribed, but it was registered in UserDataRegister. We need to "

@@ -10,7 +10,7 @@ using Platform::toPowerMode;
 
 class PowerModesTest : public testing::Test {
 protected:
-    // As if no unknown state had been met.
+    // Restores the table as if no unknown state had been met.
     PowerModesTest() {
         auto& modes = powerModes();
         modes.erase(modes.upper_bound(POWER_STATE_RESTART), modes.end());

@@ -28,7 +28,8 @@ private:
 
 class PowerSubscriberTest : public PowerFixture {
 protected:
-    // Withdraws every need of the singleton when the thread is asked for the time-th time, while it is in use.
+    // Withdraws every need of the singleton when the thread is asked for the `time`th time, while the singleton is in
+    // use.
     void dropWhenAsked(SingletonsID id, int time) {
         loop->whenAsked = [id, time, asked = 0]() mutable {
             while (asked + 1 >= time) {

@@ -4,8 +4,8 @@
 
 namespace DAX::Tests {
 
-// While it lives, this happens when the program has all file systems written, instead of the system's own sync(), which
-// stands under --wrap in the build file of these tests.
+// While the object lives, the action runs in place of the system's own sync(), which the build file of these tests
+// lists under --wrap.
 class AtSync {
 public:
     explicit AtSync(const std::function<void()>& event);

@@ -65,14 +65,14 @@ TEST_F(AutoUpdateOptionTest, IsInactiveWhenItCannotBeRead) {
 
 class AutoUpdateTest : public SystemControlTest {};
 
-// What a setter writes, and how it tells a failure.
+// What a setter writes, and how it reports a failure.
 struct Setter {
     std::string name;
     std::string key;
     FakeKovan::Value value;
     std::string valueText;
     std::function<void()> set;
-    std::string failure; // empty for one that tells none
+    std::string failure; // empty for a setter that does not report it
 };
 
 const Setter SETTERS[] = {

@@ -4,8 +4,8 @@
 
 namespace DAX::Tests {
 
-// While it lives, the program counts as built for this board. IProductInfo::getBoardType stands under --wrap in the
-// build file of these tests, and goes through here.
+// While the object lives, the program counts as built for this board. The build file of these tests lists
+// IProductInfo::getBoardType under --wrap, so that its calls come here.
 class BoardType {
 public:
     explicit BoardType(const std::string& board);

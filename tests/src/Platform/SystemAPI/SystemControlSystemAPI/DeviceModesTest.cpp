@@ -22,7 +22,7 @@ const int OTA_SUPPORT = 890;
 
 class DeviceModesTest : public SystemControlTest {
 protected:
-    // A setting that is on for the value one alone, off when it cannot be read.
+    // Checks a setting that is on only for the value 1, and off when it cannot be read.
     void expectOnForOneAlone(const std::string& key, bool (*operation)()) {
         for (const int value : {-1, 0, 2}) {
             FakeKovan::setSetting(key, value);
@@ -160,7 +160,7 @@ TEST_F(DeviceModesTest, UpdateALargeDisplayWithoutABoardByItself) {
     EXPECT_FALSE(ISystemControl::isAutoUpdateAlwaysOn());
 }
 
-// In a process of its own: only the superuser may raise its priority again.
+// In a process of its own, since only the superuser may raise its priority again.
 TEST_F(DeviceModesTest, SetTheProcesssPriority) {
     EXPECT_IN_CHILD({
         EXPECT_TRUE(ISystemControl::setProcessPriority(ProcessPriority::FOREGROUND));

@@ -16,8 +16,8 @@ using Platform::ISystemControlImpl;
 using Platform::ProcessPriority;
 using testing::ElementsAre;
 
-// Every operation in the order of its slot: what it gives, its name, and what it takes. It is a macro because each row
-// declares an operation of its own, too.
+// Every operation in the order of the slots: its result, its name and its arguments. This is a macro because each row
+// also declares an operation.
 #define FOR_EACH_OPERATION(OPERATION)                                                                                  \
     OPERATION(const char*, DAXRevisionDescription, (), ())                                                             \
     OPERATION(void, shutdown, (), ())                                                                                  \
@@ -88,7 +88,7 @@ using testing::ElementsAre;
     OPERATION(bool, setAutoUpgradeTrigger, (), ())                                                                     \
     OPERATION(std::string, getWocOTNModelPrefix, (), ())
 
-// Two answers, and two arguments, of each type; the tests go through them with both.
+// Two answers and two arguments of each type. The tests run with both.
 bool second = false;
 
 template <class T>

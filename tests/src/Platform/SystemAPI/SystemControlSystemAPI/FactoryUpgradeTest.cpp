@@ -18,7 +18,7 @@ using testing::StartsWith;
 
 class FactoryUpgradeTest : public SystemControlTest {
 protected:
-    // Mounts as many devices under "usb0", "usb1" and so on.
+    // Mounts this many devices, under "usb0", "usb1" and so on.
     void plug(int devices) {
         std::vector<FakeKovan::UsbDevice> plugged;
         for (int number = 0; number < devices; ++number) {
@@ -139,7 +139,7 @@ TEST_F(FactoryUpgradeTest, IsNotSequentialWhenTheFileCannotBeRead) {
     EXPECT_EQ(FakeKovan::journal().back(), "log INF There is no flag file for Sequential upgrade.");
 }
 
-// What somebody may lay down on a stick to hold the device up, to fill its memory or to have it show its own files.
+// What somebody may put on a stick to block the device, to fill its memory or to make it show its own files.
 class HostileFactoryUpgrade : public FactoryUpgradeTest {
 protected:
     HostileFactoryUpgrade() {
@@ -149,7 +149,7 @@ protected:
 
     std::string flag() const { return mountPath(0) + "/DAX_AUTO_FLAG"; }
 
-    // All operations take it for a file that cannot be read, for this reason, and show nothing of it.
+    // Checks that all operations take it for a file that cannot be read, for this reason, and show nothing of it.
     void expectRefusal(const std::string& reason) {
         EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled());
         EXPECT_EQ(ISystemControl::getSequentialUpgradeDeviceMntPath(), "");

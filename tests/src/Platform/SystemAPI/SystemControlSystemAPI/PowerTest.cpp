@@ -19,7 +19,7 @@ using testing::IsEmpty;
 
 const char COLD_SHUTDOWN_KEY[] = "memory/boot/cold_poweroff_request_pkg";
 
-// "<description> <code>" of the device's failure that the statement tells.
+// "<description> <code>" of the device's failure in the exception that the statement throws.
 template <class Statement>
 std::string powerFailureOf(const Statement& statement) {
     try {
@@ -250,7 +250,7 @@ TEST_F(PowerTest, RefusesAPowerModeThatThereIsNot) {
 }
 
 TEST_F(PowerTest, AsksForAModeThatADeviceCanBeIn) {
-    FakeKovan::setPowerSetStateResult(-1); // which nobody looks at
+    FakeKovan::setPowerSetStateResult(-1); // which is ignored
     ISystemControl::setCurrentPowerMode(DAXCommon::POWER_MODE_NORMAL, false);
     ISystemControl::setCurrentPowerMode(DAXCommon::POWER_MODE_STANDBY, true);
     ISystemControl::setCurrentPowerMode(DAXCommon::POWER_MODE_SUSPEND, false);

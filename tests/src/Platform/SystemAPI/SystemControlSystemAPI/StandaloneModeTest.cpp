@@ -32,7 +32,7 @@ protected:
     const std::string request = PARTITION + "STANDALONE";
 };
 
-// No file of the process gets any content from now on.
+// From now on no file of this process can get any content.
 void forbidContent() {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit nothing{0, 0};

@@ -24,7 +24,7 @@ inline const std::string VOLATILE_UPDATE_SETTINGS = "memory/menu/support/softwar
 inline const char B2B_FEATURE[] = "com.velmora/featureconf/product.b2b_option_support";
 inline const char PRODUCT_TYPE_FEATURE[] = "com.velmora/featureconf/product.product_type";
 
-// A device with the debug parameters loaded, all of them at their defaults, and nothing recorded.
+// A device whose debug parameters are loaded and have their defaults. The journal is empty.
 class SystemControlTest : public testing::Test {
 protected:
     SystemControlTest() {
@@ -39,13 +39,13 @@ protected:
         return DAXCommon::DebugAndTestParameters::getDebugAndTestParameters();
     }
 
-    // Makes it a television that the user decides about.
+    // Makes it a television on which the user decides about updates.
     static void makeTelevision() {
         FakeKovan::setSystemInfo(B2B_FEATURE, false);
         FakeKovan::setSystemInfo(PRODUCT_TYPE_FEATURE, 0);
     }
 
-    // How the store tells of a failed access, in the journal.
+    // The journal's entry for a failed access to the store.
     static std::string failedRead(const std::string& key) {
         return "log WRN vconf_get failed while trying to access key: " + key;
     }
@@ -54,14 +54,14 @@ protected:
         return "log WRN vconf_set failed while trying to access key: " + key;
     }
 
-    // The first entries of the journal, which may end within a diagnostic.
+    // The first entries of the journal. They may end within a diagnostic text.
     static std::vector<std::string> beginning(std::size_t size) {
         std::vector<std::string> entries = FakeKovan::journal();
         entries.resize(std::min(size, entries.size()));
         return entries;
     }
 
-    // All that was logged at this level as one text: a diagnostic has many lines.
+    // All that was logged at this level, as one text, since a diagnostic has many lines.
     static std::string told(const std::string& level) {
         std::string text;
         for (const std::string& message : FakeKovan::messages(level)) {

@@ -10,13 +10,13 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 namespace fs = std::filesystem;
 
-// The answers lie in the working directory.
+// The answers are kept in the working directory.
 class UpgradeStatusTest : public SystemControlTest {
 protected:
     UpgradeStatusTest() : m_before(fs::current_path()) { fs::current_path(root.path()); }
     ~UpgradeStatusTest() override { fs::current_path(m_before); }
 
-    // "<description>|<string>" of what the statement throws.
+    // "<description>|<string>" of the exception that the statement throws.
     template <class Statement>
     static std::string failureOf(const Statement& statement) {
         try {

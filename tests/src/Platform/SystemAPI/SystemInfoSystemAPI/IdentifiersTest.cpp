@@ -8,7 +8,7 @@ using Platform::ISystemInfo;
 using Platform::VConfException;
 using testing::ElementsAre;
 
-// A text of the store.
+// A text setting of the store.
 struct Identifier : NamedRow {
     std::string (*operation)();
     std::string key;

@@ -109,7 +109,7 @@ TEST(PlatformFact, IsMissedAtTheOperationThatAsksForIt) {
         {"m_getSystemInfoCustomInt(const char*)", [] { ISystemInfo::getSystemInfoCustomInt(CUSTOM); }},
         {"m_getSystemInfoCustomString(const char*)", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }},
     };
-    int line = 0; // they stand in the source in this order
+    int line = 0; // they are in the source in this order
     for (const auto& [name, operation] : OPERATIONS) {
         const ThrowSite site = siteThrownBy(operation);
         EXPECT_THAT(site.function, testing::HasSubstr("CSystemInfo::" + name));

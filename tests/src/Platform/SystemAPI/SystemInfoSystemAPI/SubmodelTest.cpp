@@ -28,8 +28,8 @@ protected:
     static void setZone(char letter) { FakeKovan::setSystemInfo(904, letter - 'A' + 1); }
     static std::string selectedIn(ISystemInfo::ZoneType zone) { return ISystemInfo::getSelectedSubModelString(zone); }
 
-    // The failed write of "SUB", the last in the journal, is told by this text with a diagnostic of several lines
-    // behind it.
+    // Checks that the failed write of "SUB", the last one in the journal, is logged with this text, followed by a
+    // diagnostic of several lines.
     static void expectLoggedWithDiagnostic(const std::string& key, const std::string& text) {
         std::vector<std::string> told = FakeKovan::journal();
         const auto write = std::find(told.begin(), told.end(), "write " + key + "=SUB -> -9");

@@ -17,7 +17,7 @@ using Platform::ISystemInfo;
 using Platform::ISystemInfoImpl;
 using testing::ElementsAre;
 
-// Tells each call with its argument; a text is answered by the call's name, a number by 42.
+// Records each call with its argument. The answer is the call's name where it is a text, 42 where it is a number.
 class OtherInfo : public ISystemInfoImpl {
 public:
     explicit OtherInfo(std::vector<std::string>& calls) : m_calls(calls) {}

@@ -15,7 +15,7 @@ namespace DAX::Tests {
 inline const std::string UPDATE_SETTINGS = "db/menu/support/softwareupdate/";
 inline const std::string VOLATILE_UPDATE_SETTINGS = "memory/menu/support/softwareupdate/";
 
-// How the store tells of a failed access, in the journal.
+// The journal's entry for a failed access to the store.
 inline std::string failedRead(const std::string& key) {
     return "log WRN vconf_get failed while trying to access key: " + key;
 }

@@ -14,7 +14,7 @@ class IUSBDeviceManagerTest : public StartedUSBDeviceFixture {
 protected:
     std::string fakeUSB() const { return (root / "usb/fake-usb").string(); }
 
-    // What the listing throws.
+    // The exception of the listing.
     static std::pair<std::string, int> failure() {
         return thrownFailure<USBAPIException>([] { IUSBDeviceManager::getUSBMountPaths(); });
     }

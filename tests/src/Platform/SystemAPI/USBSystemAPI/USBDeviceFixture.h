@@ -19,7 +19,7 @@
 
 namespace DAX::Tests {
 
-// The debug parameters are loaded, without a fake device; nothing is recorded.
+// The debug parameters are loaded, without a fake device. The journal is empty.
 class USBDeviceFixture : public testing::Test {
 protected:
     USBDeviceFixture() { FakeKovan::forgetRecords(); }
@@ -32,7 +32,7 @@ protected:
     DebugParameters parameters;
 };
 
-// The USB library is started, if nothing else is told.
+// The USB library is started, unless its start is set to fail.
 class StartedUSBDeviceFixture : public USBDeviceFixture {
 protected:
     StartedUSBDeviceFixture() { FakeKovan::forgetRecords(); }

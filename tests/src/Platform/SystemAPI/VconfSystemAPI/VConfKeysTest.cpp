@@ -6,7 +6,7 @@ using namespace DAX::Platform;
 
 namespace {
 
-// Other programs read and write these keys: their texts are an agreement.
+// Other programs read and write these keys, so their texts must not change.
 TEST(VConfKeysTest, NameTheKeysThatSurviveAReboot) {
     EXPECT_STREQ(VCONF_KEY_RETAIL_MODE, "db/menu/support/use_mode");
     EXPECT_STREQ(VCONF_KEY_MAINTENANCE_MODE, "db/menu/maintenance_mode");

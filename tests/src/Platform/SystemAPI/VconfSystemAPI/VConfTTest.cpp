@@ -20,7 +20,7 @@ namespace {
 
 const std::string KEY = "db/a/key";
 
-// A value type with two values of its own, so that every behaviour holds for each of the four types.
+// A value type with two of its values: every behaviour is tested with each of the four types.
 template <class T>
 struct Values;
 template <>
@@ -54,7 +54,7 @@ protected:
 using ValueTypes = testing::Types<bool, int, double, std::string>;
 TYPED_TEST_SUITE(VConfTTest, ValueTypes);
 
-// The result of the store that the exception of this access carries, and its text.
+// The store's result and the text in the exception of this access.
 template <class Access>
 std::pair<int, std::string> failureOf(Access access) {
     try {
