@@ -34,7 +34,7 @@ TEST(ProcessTest, GivesTheProgramItsInput) {
     EXPECT_EQ(run(command).output, "some\ntext");
 }
 
-TEST(ProcessTest, EnvironmentStandsOverTheCallersOwn) {
+TEST(ProcessTest, EnvironmentIsAddedToTheCallersOwn) {
     setenv("PROCESS_TEST_CHANGED", "old", 1);
     setenv("PROCESS_TEST_GONE", "old", 1);
     Command command = shell("echo $PROCESS_TEST_CHANGED ${PROCESS_TEST_GONE-none}");

@@ -16,7 +16,7 @@ TEST(TemporaryRootTest, IsTheRootWhileItLives) {
     EXPECT_STREQ(std::getenv("KOVAN_ROOT"), "/before");
 }
 
-TEST(TemporaryRootTest, WritesAndReadsFilesUnderItAndTakesThemAway) {
+TEST(TemporaryRootTest, WritesAndReadsFilesUnderItAndRemovesThem) {
     std::filesystem::path path;
     {
         const TemporaryRoot root;

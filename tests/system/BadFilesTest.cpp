@@ -138,7 +138,7 @@ TEST_F(BadDateFile, IsAFolder) {
 }
 
 // The settings store cannot be made. The daemon goes on, and the store works again when there is room.
-TEST(FullMedium, EndsNobodyAndIsForgottenWithRoom) {
+TEST(FullMedium, EndsNoProcessAndDoesNoHarmOnceThereIsRoom) {
     SKIP_WITHOUT_SMALL_DISK();
     const TemporaryRoot place;
     const std::string folder = place.path().string();

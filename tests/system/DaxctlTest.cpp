@@ -421,7 +421,7 @@ TEST_F(Daxctl, ACoreThatRefusesATransactionIsAFailure) {
     EXPECT_THAT(run.errors, HasSubstr("DAXUnknownException: Core refused to create a transaction."));
 }
 
-TEST_F(Daxctl, ACoreThatStallsHoldsTheCallUpAndNoLonger) {
+TEST_F(Daxctl, ACoreThatStallsOnlyDelaysTheCall) {
     desk.play(withFault("startInstallation", "stall_seconds=0.5\ncall=1"));
     EXPECT_EQ(daxctl({"upgrade"}).end, ProcessEnd::exited(0));
 }

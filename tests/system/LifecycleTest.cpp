@@ -272,7 +272,7 @@ TEST_F(Lifecycle, ASecondDaemonDoesNotGetTheName) {
     EXPECT_EQ(desk.daemon(), first->pid());
 }
 
-TEST_F(Lifecycle, LetsNobodyElseWriteWhatItMakesWhateverItsUmask) {
+TEST_F(Lifecycle, MakesFilesThatNobodyElseMayWriteWhateverItsUmask) {
     const mode_t before = umask(0);
     const auto daemon = desk.startDaemon();
     umask(before);
@@ -319,7 +319,7 @@ TEST_F(Lifecycle, AnUnknownOptionEndsItWithStatus1) {
     EXPECT_EQ(desk.countMessages("Initialization of Watchdog status successfully sent with result: 0"), 1);
 }
 
-TEST_F(Lifecycle, SaysWhatEndedItsStartBehindAllElse) {
+TEST_F(Lifecycle, LogsTheReasonOfAFailedStartLast) {
     desk.startDaemon({"--no-such-option"})->waitForEnd();
     const std::vector<std::string> messages = desk.daemonMessages();
     const auto said = std::find_if(messages.begin(), messages.end(), [](const std::string& message) {

@@ -87,7 +87,7 @@ TEST(ProxyDeath, LeavesTheSessionToTheClientWhoseManagerLives) {
     EXPECT_TRUE(desk.waitForCoreCall("createTransaction"));
 }
 
-TEST(ProxyDeath, WithTheManagerAliveIsNotTheEndThatTheManagersDeathIs) {
+TEST(ProxyDeath, WithTheProxyAliveTheDeathOfTheManagerEndsTheSession) {
     const Desk desk;
     auto manager = std::make_unique<Connection>();
     Connection proxy;

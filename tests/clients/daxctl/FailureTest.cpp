@@ -48,7 +48,7 @@ TEST(Failure, IsShownByNameSupportCodeAndText) {
               "CWrongKeys (support code E-42): It is broken.");
 }
 
-TEST(Failure, IsShownWithoutASupportCodeThatItHasNot) {
+TEST(Failure, IsShownWithoutASupportCodeWhenItHasNone) {
     EXPECT_EQ((Failure{"CWrongKeys", "", "It is broken.", "chain"}.toString()), "CWrongKeys: It is broken.");
 }
 
@@ -106,12 +106,12 @@ TEST(DescribeCurrentException, TellsTheDiagnosticOfAnExceptionWithoutAText) {
     EXPECT_EQ(failure.toString(), "CUSBReadError: " + failure.diagnostic);
 }
 
-TEST(DescribeCurrentException, NamesWhatIsNotOnTheBusAsTheBusDoes) {
+TEST(DescribeCurrentException, NamesAnExceptionWithoutABusNameAsTheBusDoes) {
     const auto far = [] { DAX_THROW(UserInterestExceptions::ServiceRevokedException(), "It is over."); };
     EXPECT_EQ(failureOf([&] { overTheBus(far); }).toString(), "DAXUnknownException: It is over.");
 }
 
-TEST(DescribeCurrentException, TellsWhatStoodInTheWayOfTheCall) {
+TEST(DescribeCurrentException, TellsWhatPreventedTheCall) {
     const auto nameOf = [](auto exception) {
         const Failure failure = failureOf([&] { DAX_THROW(exception, "No way."); });
         EXPECT_EQ(failure.supportCode, "");

@@ -88,7 +88,7 @@ TEST_F(HeldLockTest, IsAskedForAndReleasedByTheUniqueNameOfTheDaemon) {
     EXPECT_TRUE(lock->release());
 }
 
-TEST_F(HeldLockTest, IsOfTheNextDaemonWhenOneLeavesBeforeItAnswers) {
+TEST_F(HeldLockTest, BelongsToTheNextDaemonWhenOneLeavesBeforeItAnswers) {
     StandardError errors(StandardError::Kind::PIPE);
     Daemon first;
     Daemon second;
@@ -126,7 +126,7 @@ TEST_F(HeldLockTest, IsNotReleasedAtADaemonThatTookTheNameOver) {
     released.get();
 }
 
-TEST_F(HeldLockTest, IsNotHadWithoutADaemon) {
+TEST_F(HeldLockTest, CannotBeAcquiredWithoutADaemon) {
     EXPECT_THROW(HeldLock lock((Request())), Common::DBUSWrapper::DBUSWrapperExceptions::RemoteObjectNotAccessible);
 }
 

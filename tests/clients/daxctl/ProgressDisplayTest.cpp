@@ -28,7 +28,7 @@ TEST(ProgressDisplayOnATerminal, RedrawsOneBar) {
     EXPECT_EQ(terminal.text(), BAR_OF_0 + BAR_OF_50 + BAR_OF_100 + BAR_OF_100 + " done\n");
 }
 
-TEST(ProgressDisplayOnATerminal, LeavesTheBarWhereAFailureMetIt) {
+TEST(ProgressDisplayOnATerminal, KeepsTheBarAsItWasAtAFailure) {
     StandardError terminal(StandardError::Kind::TERMINAL);
     ProgressDisplay display("Search", false);
     display.show(percent(50));
@@ -42,7 +42,7 @@ TEST(ProgressDisplayOnATerminal, DrawsAnEmptyBarForAStepThatWasNeverShown) {
     EXPECT_EQ(terminal.text(), BAR_OF_0 + " failed\n");
 }
 
-TEST(ProgressDisplayOnATerminal, DrawsNoPercentsThatThereAreNot) {
+TEST(ProgressDisplayOnATerminal, DrawsPercentsOutsideOfTheRangeAsItsLimits) {
     StandardError terminal(StandardError::Kind::TERMINAL);
     ProgressDisplay display("Search", false);
     display.show(percent(-7));

@@ -140,7 +140,7 @@ TEST_F(InfoCommandsTest, WritesWhatThePlatformReads) {
     EXPECT_EQ(number, 7);
 }
 
-TEST_F(InfoCommandsTest, ResultThatIsSetFailsTheQuestionUntilItIsSuccessAgain) {
+TEST_F(InfoCommandsTest, ResultThatIsSetFailsTheReadUntilItIsSuccessAgain) {
     int number = 0;
     info({"set", "results/system_info/otn_onoff", "--", "-5"});
     EXPECT_EQ(system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, &number), -5);
@@ -158,7 +158,7 @@ TEST_F(InfoCommandsTest, SetKeepsCommentsAndOtherLines) {
               "# mine\n[system_info]\n# where\nlocalset=US\nodd = 1\notn_onoff=0\n\n# more\n[plantcfg]\nmodel=2\n");
 }
 
-TEST_F(InfoCommandsTest, SetWithJsonSaysWhatHolds) {
+TEST_F(InfoCommandsTest, SetWithJsonPrintsTheNewValue) {
     EXPECT_EQ(Json::parse(info({"set", HEIGHT, "540", "--json"}).output),
               Json({{"key", HEIGHT}, {"type", "int"}, {"value", 540}, {"given", true}}));
 }
@@ -196,7 +196,7 @@ TEST_F(InfoCommandsTest, BadFileIsRefusedByAllAndStays) {
     EXPECT_EQ(device(), "[plantcfg]\nmodel\n");
 }
 
-TEST_F(InfoCommandsTest, ValueOfTheWrongTypeIsToldAndTheDefaultHolds) {
+TEST_F(InfoCommandsTest, ValueOfTheWrongTypeIsReportedAndTheDefaultIsUsed) {
     device("[plantcfg]\nmodel=M\n");
     const FinishedRun run = info({"get", "plantcfg/model"});
 
@@ -207,7 +207,7 @@ TEST_F(InfoCommandsTest, ValueOfTheWrongTypeIsToldAndTheDefaultHolds) {
     EXPECT_EQ(get("plantcfg/model"), "2\n");
 }
 
-TEST_F(InfoCommandsTest, ListShowsAllAndWhatElseIsGiven) {
+TEST_F(InfoCommandsTest, ListShowsAllFactsAndWhatElseTheFileHas) {
     device(
         "[system_info]\nlocalset=US\n12345=7\nnothing=1\n[features]\ncom.velmora/a=two\\nlines\nb=\\q\n[other]\nc=1\n");
     const FinishedRun run = info({"list"});

@@ -135,7 +135,7 @@ TEST_F(PowerCommandsTest, StateThatHasNoNameIsUnknown) {
     EXPECT_THAT(kovanctl({"power"}).output, HasSubstr("state           7 (unknown)\n"));
 }
 
-TEST_F(PowerCommandsTest, ChangesWithJsonSayWhatHolds) {
+TEST_F(PowerCommandsTest, ChangesWithJsonPrintTheNewValues) {
     EXPECT_EQ(Json::parse(kovanctl({"power-mode", "2", "--json"}).output), Json({{"state", 2}}));
     EXPECT_EQ(Json::parse(kovanctl({"--json", "power-off-signal", "3"}).output), Json({{"number", 3}}));
     EXPECT_EQ(Json::parse(kovanctl({"wake-up", "--reason", "41", "--json"}).output), Json({{"wakeUpReason", 41}}));
@@ -149,7 +149,7 @@ TEST_F(PowerCommandsTest, BadFileIsRefusedWithPathAndReason) {
     EXPECT_EQ(Json::parse(kovanctl({"power", "--json"}).output), Json({{"error", path() + ": the file is empty"}}));
 }
 
-TEST_F(PowerCommandsTest, ChangeMakesABadFileWhole) {
+TEST_F(PowerCommandsTest, ChangeRepairsABadFile) {
     m_root.write("run/kovan/power.ini", "[pow");
     const FinishedRun run = kovanctl({"power-mode", "2"});
 

@@ -103,7 +103,7 @@ TEST_F(UsbCommandsTest, DevicesAreNamedInTheirTurn) {
                       "sda1 SN-sda:Marlow:Stick:4660:22136:1 /e\n");
 }
 
-TEST_F(UsbCommandsTest, NamesGoOnBehindTheAlphabet) {
+TEST_F(UsbCommandsTest, NamesGoOnAfterTheAlphabet) {
     std::string text;
     for (char letter = 'a'; letter <= 'z'; ++letter) {
         text += std::string("[sd") + letter + "1]\n";
@@ -154,7 +154,7 @@ TEST_F(UsbCommandsTest, UnplugTakesTheFirstOfTwoWithOneId) {
     EXPECT_EQ(list(), "sdb1 S:Marlow:Stick:4660:22136:1 /b\n");
 }
 
-TEST_F(UsbCommandsTest, UnplugWithJsonSaysWhatIsGone) {
+TEST_F(UsbCommandsTest, UnplugWithJsonPrintsTheRemovedStick) {
     usb({"plug", "/mnt/usb/a"});
 
     EXPECT_EQ(Json::parse(usb({"unplug", "--json", PLAUSIBLE.at("id").get<std::string>()}).output), PLAUSIBLE);

@@ -158,7 +158,7 @@ TEST_F(DlogTest, NoneWritesNothingAndDoesNotLookAtTheValues) {
     EXPECT_EQ(logTo("none", [&] { return __dlog_print(0, 4, "tag", "%s", unreadable); }), 0);
 }
 
-TEST_F(DlogTest, FileThatCannotBeOpenedIsToldOnceAndStandardErrorTakesItsPlace) {
+TEST_F(DlogTest, FileThatCannotBeOpenedIsReportedOnceAndStandardErrorTakesItsPlace) {
     const std::string place = (m_root / "absent/log").string();
 
     const auto lines = linesOf(errorsAfter(place, [] { return logOne() + logOne(); }));
@@ -185,7 +185,7 @@ TEST_F(DlogTest, WithoutAChoiceAndAJournalStandardErrorIsTakenSilently) {
     EXPECT_EQ(sink.descriptor(), STDERR_FILENO);
 }
 
-TEST_F(DlogTest, JournalThatIsAskedForAndAbsentIsTold) {
+TEST_F(DlogTest, JournalThatIsAskedForAndAbsentIsReported) {
     testing::internal::CaptureStderr();
     const DlogSink sink = DlogSink::choose("journal", (m_root / "socket").c_str());
 

@@ -101,7 +101,7 @@ TEST(KeyFileTest, EmptyTextHoldsNothing) {
     EXPECT_THAT(KeyFile("").groups(), ElementsAre());
 }
 
-TEST(KeyFileTest, BadLineIsToldByItsNumber) {
+TEST(KeyFileTest, BadLineIsReportedByItsNumber) {
     EXPECT_EQ(reasonAgainst("a=b\n"), "line 1: Key file does not start with a group");
     EXPECT_EQ(reasonAgainst("[a]\n\nx\ny\n"),
               "line 3: Key file contains line “x” which is not a key-value pair, group, or comment");
@@ -112,12 +112,12 @@ TEST(KeyFileTest, BadLineIsToldByItsNumber) {
     EXPECT_EQ(reasonAgainst(std::string("[a]\na=b\0\n", 9)), "line 2: a byte that is zero");
 }
 
-TEST(KeyFileTest, FirstOfSeveralBadLinesIsTold) {
+TEST(KeyFileTest, FirstOfSeveralBadLinesIsReported) {
     EXPECT_THAT(reasonAgainst(std::string("[a]\nx\n\0\n", 8)), StartsWith("line 2: Key file contains line “x”"));
     EXPECT_EQ(reasonAgainst(std::string("[a]\n\0\nx\n", 8)), "line 2: a byte that is zero");
 }
 
-TEST(KeyFileTest, EncodingIsReadInTheFirstGroupAlone) {
+TEST(KeyFileTest, EncodingCountsOnlyInTheFirstGroup) {
     EXPECT_EQ(reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n"), "<none>");
     EXPECT_THAT(reasonAgainst("[a]\nx=1\n[b]\nEncoding=x\n[a]\nEncoding=x\n"), StartsWith("line 6: "));
 }
@@ -145,7 +145,7 @@ TEST(KeyFileTest, LongReasonIsShortenedAndHarmless) {
     EXPECT_GT(200u, reason.size());
 }
 
-TEST(KeyFileTest, ValueOfAnotherTypeIsToldByLineAndKey) {
+TEST(KeyFileTest, ValueOfAnotherTypeIsReportedByLineAndKey) {
     EXPECT_EQ(reasonAgainstValue<bool>("yes"), "line 2: 'key' in [group] is no boolean (true or false): 'yes'");
     EXPECT_EQ(reasonAgainstValue<bool>(""), "line 2: 'key' in [group] is no boolean (true or false): ''");
     EXPECT_EQ(reasonAgainstValue<int>("1.5"), "line 2: 'key' in [group] is no number of 32 bits: '1.5'");
@@ -156,7 +156,7 @@ TEST(KeyFileTest, ValueOfAnotherTypeIsToldByLineAndKey) {
     EXPECT_EQ(reasonAgainstValue<std::string>("\xff"), text + "'\xef\xbf\xbd'");
 }
 
-TEST(KeyFileTest, LineOfAKeyIsTheLastThatSaysIt) {
+TEST(KeyFileTest, LineOfAKeyIsTheLastOneWithIt) {
     const std::string text = "#[b]\n[a]\nx=1\n#x=2\n[b]\n x = 3\ny=x=4\n[a]\nx=5\n";
 
     EXPECT_EQ(KovanHost::lineOfKey(text, "a", "x"), 9u);
@@ -179,7 +179,7 @@ TEST(KeyFileTest, SetLeavesAllOtherLinesAsTheyAre) {
     EXPECT_EQ(file.get<std::string>("a", "x"), "one");
 }
 
-TEST(KeyFileTest, SetWritesTheLineThatHolds) {
+TEST(KeyFileTest, SetWritesTheLineThatIsInForce) {
     KeyFile file("[a]\nx=1\n[b]\n[a]\nx=2\n[b]\n");
     file.set("a", "x", "3");
     file.set("b", "y", "4");
@@ -188,7 +188,7 @@ TEST(KeyFileTest, SetWritesTheLineThatHolds) {
     EXPECT_EQ(file.get<int>("a", "x"), 3);
 }
 
-TEST(KeyFileTest, WhatIsSetIsReadAgain) {
+TEST(KeyFileTest, WhatIsSetIsReadBack) {
     for (const char* value : {"", " ", "a\nb", "tab\t", "\\", "ä", "a=b", "#", "[x]", "\v", "a\f"}) {
         KeyFile file;
         file.set("group", "com.velmora/featureconf/a.b", value);

@@ -39,7 +39,7 @@ TEST_F(PlantcfgTest, NumbersAreTakenFromTheFile) {
     EXPECT_EQ(localset(), -3);
 }
 
-TEST_F(PlantcfgTest, NumberThatIsNoneIsToldAndHasItsDefault) {
+TEST_F(PlantcfgTest, TextInPlaceOfANumberIsReportedAndTheDefaultIsUsed) {
     device("[plantcfg]\nmodel=M\nlocalset=4\n");
 
     EXPECT_EQ(DAX::Tests::errorsOf([] {
@@ -64,12 +64,12 @@ TEST_F(PlantcfgTest, ResultThatIsSuccessFailsNothing) {
     EXPECT_EQ(model(), 17);
 }
 
-TEST_F(PlantcfgTest, NowhereToPutANumberFails) {
+TEST_F(PlantcfgTest, NullPointerForTheNumberFails) {
     EXPECT_EQ(plantcfg_get_model_enum(nullptr), -1);
     EXPECT_EQ(plantcfg_get_localset_enum(nullptr), -1);
 }
 
-TEST_F(PlantcfgTest, ResetIsWrittenDownAndDoesNothingElse) {
+TEST_F(PlantcfgTest, ResetIsRecordedAndDoesNothingElse) {
     device("[plantcfg]\nmodel=17\n");
     EXPECT_EQ(plantcfg_reset(0), 1);
     EXPECT_EQ(plantcfg_reset(2), 1);
@@ -80,7 +80,7 @@ TEST_F(PlantcfgTest, ResetIsWrittenDownAndDoesNothingElse) {
     EXPECT_EQ(m_root.read("etc/kovan/device.ini"), "[plantcfg]\nmodel=17\n");
 }
 
-TEST_F(PlantcfgTest, ResetThatCannotBeWrittenDownFails) {
+TEST_F(PlantcfgTest, ResetThatCannotBeRecordedFails) {
     m_root.write("run", "a file where a folder has to be");
     EXPECT_EQ(plantcfg_reset(0), -1);
 }

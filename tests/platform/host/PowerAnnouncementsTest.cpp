@@ -148,7 +148,7 @@ TEST_P(PowerPairTest, TakesACallbackAgainAfterItsUnsubscription) {
     EXPECT_THAT(hear(1), ElementsAre(2));
 }
 
-TEST_P(PowerPairTest, CallsTheUnsubscribedNoMore) {
+TEST_P(PowerPairTest, DoesNotCallTheUnsubscribed) {
     subscribe(append);
     subscribe(appendToo);
     GetParam().announce(1);
@@ -158,7 +158,7 @@ TEST_P(PowerPairTest, CallsTheUnsubscribedNoMore) {
     EXPECT_THAT(hear(2), ElementsAre(-1, -2));
 }
 
-TEST_P(PowerPairTest, RefusesNoCallback) {
+TEST_P(PowerPairTest, RefusesANullCallback) {
     EXPECT_EQ(subscribe(nullptr), -EINVAL);
     EXPECT_EQ(GetParam().unsubscribe(nullptr), -ENOENT);
 }
@@ -239,7 +239,7 @@ TEST_F(PowerAnnouncementsTest, SameEventTwiceIsAnnouncedTwice) {
                 ElementsAre("poweroff 3", "poweroff 3", "post_wakeup 5", "post_wakeup 5", "state_changed 1"));
 }
 
-TEST_F(PowerAnnouncementsTest, WhatIsNoChangeIsNotAnnounced) {
+TEST_F(PowerAnnouncementsTest, SameStateReasonsAndRequestsAreNotAnnounced) {
     PowerListener listener;
     device_power_set_state(0, 1);
     device_power_set_wakeup_reason(5);
@@ -258,7 +258,7 @@ TEST_F(PowerAnnouncementsTest, StateThatAPersonWroteIsAnnounced) {
     EXPECT_THAT(listener.hearUntil("state_changed 7"), ElementsAre("state_changed 7"));
 }
 
-TEST_F(PowerAnnouncementsTest, FileThatIsPutInThePlaceOfTheOldOneIsSeen) {
+TEST_F(PowerAnnouncementsTest, FileThatReplacesTheOldOneIsSeen) {
     write(fileWith(1));
     PowerListener listener;
     replace(fileWith(2));
@@ -331,7 +331,7 @@ class PowerBadFileTest : public PowerAnnouncementsTest, public testing::WithPara
 
 } // namespace
 
-TEST_P(PowerBadFileTest, IsToldOnceAndAnnouncesNothing) {
+TEST_P(PowerBadFileTest, IsReportedOnceAndAnnouncesNothing) {
     device_power_set_state(2, 0);
     PowerListener listener;
     const ErrorsInFile errors(m_root / "errors");

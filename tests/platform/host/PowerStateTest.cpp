@@ -126,21 +126,21 @@ TEST_F(PowerStateTest, FileThatIsGoneIsZeroAgain) {
     EXPECT_EQ(device_power_get_state(), 0);
 }
 
-TEST_F(PowerStateTest, EmptyFileLeavesTheLastKnownStateAndIsToldOnce) {
+TEST_F(PowerStateTest, EmptyFileLeavesTheLastKnownStateAndIsReportedOnce) {
     device_power_set_state(2, 0);
     write("");
 
     EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": the file is empty; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, TornFileLeavesTheLastKnownStateAndIsToldOnce) {
+TEST_F(PowerStateTest, TornFileLeavesTheLastKnownStateAndIsReportedOnce) {
     device_power_set_state(2, 0);
     write("[power]\nstate=1\nwakeup_rea");
 
     EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": the last line has no end; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, GarbageLeavesTheLastKnownStateAndIsToldOnce) {
+TEST_F(PowerStateTest, GarbageLeavesTheLastKnownStateAndIsReportedOnce) {
     device_power_set_state(2, 0);
     write("no key file\n");
 
@@ -150,7 +150,7 @@ TEST_F(PowerStateTest, GarbageLeavesTheLastKnownStateAndIsToldOnce) {
                                       "pair, group, or comment; keeping what was known\n"));
 }
 
-TEST_F(PowerStateTest, FolderInItsPlaceLeavesTheLastKnownStateAndIsToldOnce) {
+TEST_F(PowerStateTest, FolderInItsPlaceLeavesTheLastKnownStateAndIsReportedOnce) {
     device_power_set_state(2, 0);
     std::filesystem::remove(path());
     std::filesystem::create_directory(path());
@@ -158,7 +158,7 @@ TEST_F(PowerStateTest, FolderInItsPlaceLeavesTheLastKnownStateAndIsToldOnce) {
     EXPECT_EQ(errorsOfTwoQuestions(2), path() + ": Is a directory; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, FileThatMayNotBeReadLeavesTheLastKnownStateAndIsToldOnce) {
+TEST_F(PowerStateTest, FileThatMayNotBeReadLeavesTheLastKnownStateAndIsReportedOnce) {
     std::filesystem::permissions(m_root.path(), std::filesystem::perms::all);
     device_power_set_state(2, 0);
     std::filesystem::permissions(path(), std::filesystem::perms::none);
@@ -173,7 +173,7 @@ TEST_F(PowerStateTest, BadFileMeansZeroToAProcessThatKnowsNothing) {
     EXPECT_EQ(errorsOfTwoQuestions(0), path() + ": the file is empty; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, AnotherBadFileIsToldAnew) {
+TEST_F(PowerStateTest, AnotherBadFileIsReportedAsWell) {
     write("");
     errorsOfTwoQuestions(0);
     write("x");
@@ -181,7 +181,7 @@ TEST_F(PowerStateTest, AnotherBadFileIsToldAnew) {
     EXPECT_EQ(errorsOfTwoQuestions(0), path() + ": the last line has no end; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, FileThatIsBadAgainIsToldAgain) {
+TEST_F(PowerStateTest, FileThatIsBadAgainIsReportedAgain) {
     write("");
     errorsOfTwoQuestions(0);
     write(fileWith(1, 0));
@@ -191,7 +191,7 @@ TEST_F(PowerStateTest, FileThatIsBadAgainIsToldAgain) {
     EXPECT_EQ(errorsOfTwoQuestions(1), path() + ": the file is empty; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, ChangeMakesABadFileWholeFromWhatWasKnown) {
+TEST_F(PowerStateTest, ChangeRepairsABadFileFromWhatWasKnown) {
     device_power_set_wakeup_reason(5);
     write("[power]\nstate");
     testing::internal::CaptureStderr();
@@ -220,7 +220,7 @@ TEST_F(PowerStateTest, FileThatCannotBeReplacedFailsTheChangeAndStays) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), path() + ": Is a directory; keeping what was known\n");
 }
 
-TEST_F(PowerStateTest, WhatADeadWriterLeftIsInNobodysWay) {
+TEST_F(PowerStateTest, LeftoversOfADeadWriterDoNoHarm) {
     m_root.write(std::string(FILE_NAME) + ".new", std::string(5000, 'x'));
 
     EXPECT_EQ(device_power_set_wakeup_reason(3), 0);

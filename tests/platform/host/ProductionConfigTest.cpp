@@ -51,7 +51,7 @@ TEST_F(ProductionConfigTest, AbsentKeyOrGroupIsSilentlyFalse) {
     EXPECT_EQ(errorsOfTwoQuestions(), "");
 }
 
-TEST_F(ProductionConfigTest, BrokenFileIsToldOnceWithPathAndReason) {
+TEST_F(ProductionConfigTest, BrokenFileIsReportedOnceWithPathAndReason) {
     device("no key file");
 
     EXPECT_EQ(errorsOfTwoQuestions(),
@@ -59,7 +59,7 @@ TEST_F(ProductionConfigTest, BrokenFileIsToldOnceWithPathAndReason) {
                        "comment; using the defaults\n");
 }
 
-TEST_F(ProductionConfigTest, ValueThatIsNoBooleanIsToldOnce) {
+TEST_F(ProductionConfigTest, ValueThatIsNoBooleanIsReportedOnce) {
     device("[software]\nproduction=perhaps\n");
 
     EXPECT_EQ(errorsOfTwoQuestions(),

@@ -142,11 +142,10 @@ TEST_F(SettingsDiskTest, FullDiskWithoutAFolderIsAFailureToo) {
     }));
 }
 
-TEST_F(SettingsDiskTest, LockFileThatTakesNoRoomYetIsNoTrap) {
+TEST_F(SettingsDiskTest, LockFileWithoutRoomOnTheDiskDoesNotEndTheProcess) {
     SKIP_WITHOUT_SMALL_DISK();
     EXPECT_TRUE(onSmallDisk(m_root.path(), 64 * 1024, [this] {
-        const std::string lock =
-            std::string(STORES[0]) + "/lock.mdb"; // as left by a process that died of the full disk
+        const std::string lock = std::string(STORES[0]) + "/lock.mdb"; // of a process that died of the full disk
         m_root.write(lock, "");
         std::filesystem::resize_file(m_root / lock, 2 * PAGE);
         fillDisk(m_root.path());
@@ -208,7 +207,7 @@ TEST_P(DamagedStore, ThatClaimsMorePagesThanAnyHasTakesNoRoom) {
 }
 
 // What is left by a process that dies, or runs out of room, while it makes the store.
-TEST_P(DamagedStore, ThatWasNeverMadeWholeIsMadeAnew) {
+TEST_P(DamagedStore, ThatWasNeverCompletedIsMadeAgain) {
     const std::string fresh = freshStore();
     ASSERT_EQ(2u * PAGE, fresh.size());
     for (const std::string& bytes :

@@ -205,7 +205,7 @@ TEST_F(SystemInfoTest, OtherValuesAndKeysCanBeGiven) {
     EXPECT_EQ(customFlag("another/key", true), (Flag{0, false}));
 }
 
-TEST_F(SystemInfoTest, OtherValueThatDoesNotReadAsItsTypeIsAnErrorAndIsToldOnce) {
+TEST_F(SystemInfoTest, OtherValueOfTheWrongTypeIsAnErrorAndIsReportedOnce) {
     device("[system_info]\n12345=x\n[features]\nanother/key=a\\q\n");
 
     EXPECT_EQ(errorsOf([] {
@@ -253,7 +253,7 @@ TEST_F(SystemInfoTest, ResultThatIsSuccessOrIsForAnotherFactFailsNothing) {
     EXPECT_EQ(valueNumber(890), (Number{-5, UNTOUCHED}));
 }
 
-TEST_F(SystemInfoTest, ResultThatIsNoNumberIsToldAndFailsNothing) {
+TEST_F(SystemInfoTest, ResultThatIsNoNumberIsReportedAndFailsNothing) {
     device("[results]\nsystem_info/otn_onoff=fail\n");
 
     EXPECT_EQ(errorsOf([] {
@@ -264,7 +264,7 @@ TEST_F(SystemInfoTest, ResultThatIsNoNumberIsToldAndFailsNothing) {
                        "default\n");
 }
 
-TEST_F(SystemInfoTest, NowhereToPutAValueIsAnInvalidParameter) {
+TEST_F(SystemInfoTest, NullPointerForTheValueIsAnInvalidParameter) {
     EXPECT_EQ(system_info_get_value_int(SYSTEM_INFO_KEY_OTN_ONOFF, nullptr), -22);
     EXPECT_EQ(system_info_get_value_bool(SYSTEM_INFO_KEY_OTN_ONOFF, nullptr), -22);
     EXPECT_EQ(system_info_get_value_string(SYSTEM_INFO_KEY_LOCALSET, nullptr), -22);
@@ -273,7 +273,7 @@ TEST_F(SystemInfoTest, NowhereToPutAValueIsAnInvalidParameter) {
     EXPECT_EQ(system_info_get_custom_string(HEIGHT.c_str(), nullptr), -22);
 }
 
-TEST_F(SystemInfoTest, NoKeyIsAnInvalidParameter) {
+TEST_F(SystemInfoTest, NullKeyIsAnInvalidParameter) {
     int number = 0;
     bool flag = false;
     char* text = nullptr;
@@ -298,7 +298,7 @@ TEST_F(SystemInfoTest, TextMayBeEmptyOrHaveEscapes) {
     EXPECT_EQ(valueText(0), (Text{0, " a\nb"}));
 }
 
-TEST_F(SystemInfoTest, ValueOfTheWrongTypeHasItsDefaultAndTheRestHolds) {
+TEST_F(SystemInfoTest, ValueOfTheWrongTypeHasItsDefaultAndTheRestIsUsed) {
     device("[system_info]\notn_onoff=0\nota_support=maybe\n\n[features]\n" + HEIGHT + "=540\n");
 
     EXPECT_EQ(errorsOf([] {
@@ -312,7 +312,7 @@ TEST_F(SystemInfoTest, ValueOfTheWrongTypeHasItsDefaultAndTheRestHolds) {
                   ": line 3: 'ota_support' in [system_info] is no number of 32 bits: 'maybe'; using the default\n");
 }
 
-TEST_F(SystemInfoTest, ValueThatStaysWrongIsNotToldAgainWhenAnotherChanges) {
+TEST_F(SystemInfoTest, ValueThatStaysWrongIsNotReportedAgainWhenAnotherChanges) {
     device("[system_info]\nota_support=maybe\n");
     errorsOf([] { valueNumber(890); });
     device("[system_info]\notn_onoff=0\nota_support=maybe\n");
@@ -320,7 +320,7 @@ TEST_F(SystemInfoTest, ValueThatStaysWrongIsNotToldAgainWhenAnotherChanges) {
     EXPECT_EQ(errorsOf([] { valueNumber(890); }), "");
 }
 
-TEST_F(SystemInfoTest, ValueThatIsWrongInAnotherWayIsToldAnew) {
+TEST_F(SystemInfoTest, ValueThatIsWrongInAnotherWayIsReportedAgain) {
     device("[system_info]\nota_support=maybe\n");
     errorsOf([] { valueNumber(890); });
     device("[system_info]\nota_support=perhaps\n");
@@ -328,7 +328,7 @@ TEST_F(SystemInfoTest, ValueThatIsWrongInAnotherWayIsToldAnew) {
     EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'perhaps'"));
 }
 
-TEST_F(SystemInfoTest, ValueThatIsWrongAgainIsToldAgain) {
+TEST_F(SystemInfoTest, ValueThatIsWrongAgainIsReportedAgain) {
     const std::string wrong = "[system_info]\nota_support=maybe\n";
     device(wrong);
     errorsOf([] { valueNumber(890); });
@@ -339,7 +339,7 @@ TEST_F(SystemInfoTest, ValueThatIsWrongAgainIsToldAgain) {
     EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'maybe'"));
 }
 
-TEST_F(SystemInfoTest, ValueThatIsWrongInANewFileIsToldAgain) {
+TEST_F(SystemInfoTest, ValueThatIsWrongInANewFileIsReportedAgain) {
     const std::string wrong = "[system_info]\nota_support=maybe\n";
     device(wrong);
     errorsOf([] { valueNumber(890); });
@@ -350,7 +350,7 @@ TEST_F(SystemInfoTest, ValueThatIsWrongInANewFileIsToldAgain) {
     EXPECT_THAT(errorsOf([] { valueNumber(890); }), HasSubstr("'maybe'"));
 }
 
-TEST_F(SystemInfoTest, BadFileIsToldOnceAndEverythingHasItsDefault) {
+TEST_F(SystemInfoTest, BadFileIsReportedOnceAndEverythingHasItsDefault) {
     device("[system_info]\notn_onoff=0\n\nlocalset\n");
 
     EXPECT_EQ(errorsOf([] {
@@ -364,7 +364,7 @@ TEST_F(SystemInfoTest, BadFileIsToldOnceAndEverythingHasItsDefault) {
                        "using the defaults\n");
 }
 
-TEST_F(SystemInfoTest, FileThatIsBadAgainOrForAnotherReasonIsToldAgain) {
+TEST_F(SystemInfoTest, FileThatIsBadAgainOrForAnotherReasonIsReportedAgain) {
     const auto ask = [] { valueNumber(902); };
     device("a");
     EXPECT_THAT(errorsOf(ask), HasSubstr("line 1: "));
@@ -376,7 +376,7 @@ TEST_F(SystemInfoTest, FileThatIsBadAgainOrForAnotherReasonIsToldAgain) {
     EXPECT_THAT(errorsOf(ask), HasSubstr("line 1: "));
 }
 
-TEST_F(SystemInfoTest, FileThatIsTooLargeIsToldOnce) {
+TEST_F(SystemInfoTest, FileThatIsTooLargeIsReportedOnce) {
     device("[system_info]\notn_onoff=0\n#" + std::string(1 << 20, 'x'));
 
     EXPECT_EQ(errorsOf([] {
@@ -386,7 +386,7 @@ TEST_F(SystemInfoTest, FileThatIsTooLargeIsToldOnce) {
               path() + ": larger than 65536 bytes; using the defaults\n");
 }
 
-TEST_F(SystemInfoTest, FolderInItsPlaceIsToldOnceUntilTheFileIsBack) {
+TEST_F(SystemInfoTest, FolderInItsPlaceIsReportedOnceUntilTheFileIsBack) {
     device("[system_info]\notn_onoff=0\n");
     EXPECT_EQ(valueNumber(902), (Number{0, 0}));
     std::filesystem::remove(path());

@@ -57,7 +57,7 @@ TEST_F(TextFileTest, ReadsWhatWasWritten) {
     EXPECT_FALSE(std::filesystem::exists(m_path + ".new"));
 }
 
-TEST_F(TextFileTest, TooLargeAFileIsRefusedAndNeverWritten) {
+TEST_F(TextFileTest, TooLargeFileIsRefusedAndNeverWritten) {
     m_root.write("file", std::string(MOST_BYTES + 1, 'x'));
     EXPECT_EQ(reasonAgainst([&] { readText(m_path); }), m_path + ": larger than 65536 bytes");
 
@@ -85,7 +85,7 @@ TEST_F(TextFileTest, FolderIsRefused) {
     EXPECT_EQ(reasonAgainst([&] { readText(m_root.path()); }), m_root.path().string() + ": Is a directory");
 }
 
-TEST_F(TextFileTest, NewTextIsOnItsMediumBeforeItHasTheNameAndTheFolderBehindThat) {
+TEST_F(TextFileTest, NewTextIsOnItsMediumBeforeItHasTheNameAndTheFolderAfterwards) {
     EXPECT_THAT(diskCallsOf([&] { replaceText(m_path, "text"); }),
                 testing::ElementsAre("fsync file", "rename", "fsync folder"));
 }

@@ -147,7 +147,7 @@ TEST_F(UsbDeviceTest, HandlesMayBeFreedDuringAWalk) {
     EXPECT_EQ(usb_device_free_device_list(list), 0);
 }
 
-TEST_F(UsbDeviceTest, NothingInThePlaceOfAListOrADeviceFails) {
+TEST_F(UsbDeviceTest, NullListOrDeviceFails) {
     usb_device_h device = nullptr;
     EXPECT_EQ(usb_device_get_device_list(nullptr), -EINVAL);
     EXPECT_EQ(usb_device_free_device_list(nullptr), -EINVAL);
@@ -158,7 +158,7 @@ TEST_F(UsbDeviceTest, NothingInThePlaceOfAListOrADeviceFails) {
     EXPECT_EQ(describe(nullptr), "<null> <null> <null> <null> <null> -22 -22");
 }
 
-TEST_F(UsbDeviceTest, NowhereToPutADeviceFails) {
+TEST_F(UsbDeviceTest, NullPointerForTheDeviceFails) {
     usb_device_list_h list = nullptr;
     ASSERT_EQ(usb_device_get_device_list(&list), 0);
     EXPECT_EQ(usb_device_list_get_first(list, nullptr), -EINVAL);
@@ -178,7 +178,7 @@ TEST_F(UsbDeviceTest, ListNeedsAnInitializationThatIsNotEnded) {
     EXPECT_EQ(usb_device_init(), 0);
 }
 
-TEST_F(UsbDeviceTest, BadFileLeavesWhatWasKnownAndIsToldOnce) {
+TEST_F(UsbDeviceTest, BadFileLeavesWhatWasKnownAndIsReportedOnce) {
     plug(STICK);
     EXPECT_EQ(devices().size(), 1u);
     write(TEXT + "\nserial\n");
@@ -218,7 +218,7 @@ TEST_F(UsbDeviceTest, DeviceNameHasDigitsAtItsEndOrNone) {
     }
 }
 
-TEST_F(UsbDeviceTest, FileThatIsBadAgainIsToldAgain) {
+TEST_F(UsbDeviceTest, FileThatIsBadAgainIsReportedAgain) {
     write("x");
     errorsOf([] { devices(); });
     write(TEXT);
@@ -235,7 +235,7 @@ TEST_F(UsbDeviceTest, ChangeOfABadFileIsRefusedAndLeavesIt) {
     EXPECT_EQ(m_root.read(FILE_NAME), "x");
 }
 
-TEST_F(UsbDeviceTest, SticksAreWrittenAndReadAgain) {
+TEST_F(UsbDeviceTest, SticksAreWrittenAndReadBack) {
     plug(STICK);
     EXPECT_EQ(m_root.read(FILE_NAME), TEXT);
     plug({"sdb", std::nullopt, "", "ä\n", std::nullopt, 65535, 0});

@@ -64,11 +64,11 @@ TEST_F(ScenarioTest, HasEverythingBuiltIn) {
     expectBuiltIn(Scenario());
 }
 
-TEST_F(ScenarioTest, OfAnEmptyFileIsWhatIsBuiltIn) {
+TEST_F(ScenarioTest, OfAnEmptyFileIsTheBuiltInOne) {
     expectBuiltIn(read(""));
 }
 
-TEST_F(ScenarioTest, OfTheExampleIsWhatIsBuiltIn) {
+TEST_F(ScenarioTest, OfTheExampleIsTheBuiltInOne) {
     expectBuiltIn(readScenario(EXAMPLE_SCENARIO));
 }
 
@@ -225,7 +225,7 @@ TEST_F(ScenarioTest, RefusesValuesOfAnotherTypeByFileGroupAndKey) {
     EXPECT_THAT(refusalOf("[search]\nmodels=\xFF;\n"), StartsWith("[search] models: "));
 }
 
-TEST_F(ScenarioTest, RefusesWhatIsNoKeyFileAndWhatIsNotThere) {
+TEST_F(ScenarioTest, RefusesAMissingFileAndAFileThatIsNoKeyFile) {
     EXPECT_NE(refusalOf("version=1000\n"), "it was read");
     const std::string nowhere = (m_root / "nowhere.ini").string();
     try {

@@ -69,7 +69,7 @@ TEST_F(SimulatorProcessTest, EndsWithStatus2WhenTheNamedScenarioIsNotThere) {
     EXPECT_EQ(start({"--scenario", "/nowhere.ini"})->waitForEnd(), ProcessEnd::exited(2));
 }
 
-TEST_F(SimulatorProcessTest, PlaysWhatIsBuiltInWithoutAScenario) {
+TEST_F(SimulatorProcessTest, PlaysTheBuiltInScenarioWithoutAFile) {
     const auto process = start();
     EXPECT_EQ(connect()->getCurrentVersion(), "1000");
 }

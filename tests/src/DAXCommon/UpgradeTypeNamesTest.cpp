@@ -23,7 +23,7 @@ TEST(UpgradeTypeToString, DoesNotKnowUndefined) {
     EXPECT_ASSERTION_WITHOUT_MSG(upgradeTypeToString(UNDEFINED), "false");
 }
 
-TEST(UpgradeTypeToString, FailsAnAssertionBehindTheLastType) {
+TEST(UpgradeTypeToString, FailsAnAssertionBeyondTheLastType) {
     EXPECT_ASSERTION_WITHOUT_MSG(upgradeTypeToString(UpgradeType(5)), "false");
 }
 

@@ -184,7 +184,7 @@ TEST_F(InstallationStateTest, AMediumThatIsFullInTheMiddleLeavesTheBeginningOfTh
     }));
 }
 
-TEST_F(InstallationStateTest, AFullMediumIsToldAsSuchWhenTheTextIsLongerThanTheBuffer) {
+TEST_F(InstallationStateTest, AFullMediumIsReportedAsSuchWhenTheTextIsLongerThanTheBuffer) {
     EXPECT_EQ((thrownText<errinfo_description, FileSinkNotEnoughSpaceException>(
                   [] { saveInstallationState("/dev/full", std::string(100000, 'x')); })),
               "No space left on device.");

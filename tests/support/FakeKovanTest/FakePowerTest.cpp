@@ -78,7 +78,7 @@ TEST_P(FakePowerSignalTest, RefusesASecondSubscriptionOfOneCallback) {
     EXPECT_THAT(others, ElementsAre());
 }
 
-TEST_P(FakePowerSignalTest, CallsTheUnsubscribedNoMore) {
+TEST_P(FakePowerSignalTest, DoesNotCallTheUnsubscribed) {
     subscribe(first);
 
     EXPECT_EQ(unsubscribe(first), 0);

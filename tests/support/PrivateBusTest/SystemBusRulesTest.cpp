@@ -87,7 +87,7 @@ TEST(SystemBusRulesTest, Allow512MatchRulesPerConnectionUnlessTheRulesSayOtherwi
     EXPECT_EQ(addMatch(peer, 2), DBUS_ERROR_LIMITS_EXCEEDED);
 }
 
-TEST(SystemBusRulesTest, LetAPeerOfNobodyConnectWithThatUsersRights) {
+TEST(SystemBusRulesTest, LetAPeerOfTheUserNobodyConnectWithItsRights) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "needs root, to make a connection as nobody";
     }

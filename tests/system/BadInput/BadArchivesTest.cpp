@@ -84,7 +84,7 @@ TEST_F(BadArchives, AreRefusedWithASignatureThatNoMessageHolds) {
     });
 }
 
-TEST_F(BadArchives, AreReadWhateverStandsBehindThem) {
+TEST_F(BadArchives, AreReadWhateverFollowsThem) {
     for (const ServiceMethod& method : serviceMethods()) {
         const Answer expected = askAndRestore(method, goodRequest(method));
         for (const std::string& rest : {std::string("\n"), std::string(" 1 2 3"), " " + noise(1000)[0]}) {

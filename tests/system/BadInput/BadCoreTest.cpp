@@ -150,7 +150,7 @@ TEST_F(BadCore, ThatRepliesTwiceIsHeardOnce) {
 }
 
 // The bus name for a transaction's connection also comes from the core.
-TEST_F(BadCore, ThatNamesAConnectionThatCannotBeIsRefused) {
+TEST_F(BadCore, ThatNamesAnImpossibleConnectionIsRefused) {
     RawPeer session;
     m_client.call(*makeCallWith("getService",
                                 encode(4, std::string("update app"), 2, std::string("Proxy-1"), std::string(":1.7"))));

@@ -183,7 +183,7 @@ TEST_F(Policy, LetsRootLookAround) {
     }
 }
 
-TEST_F(PolicyForOthers, ServesNoSignalOfNobodyWhileTheDaemonStarts) {
+TEST_F(PolicyForOthers, ServesNoSignalOfTheUserNobodyWhileTheDaemonStarts) {
     EXPECT_EQ(countStartsThatServed(attacksOf(DBUS_MESSAGE_TYPE_SIGNAL), STARTS), 0);
 }
 
@@ -191,13 +191,13 @@ TEST_F(PolicyForOthers, ServesNoSignalOfTheGroupWhileTheDaemonStarts) {
     EXPECT_EQ(countStartsThatServed(attacksOf(DBUS_MESSAGE_TYPE_SIGNAL), FEW_STARTS, {idOfGroup()}), 0);
 }
 
-TEST_F(PolicyForOthers, ServesNoOtherMessageOfNobodyWhileTheDaemonStarts) {
+TEST_F(PolicyForOthers, ServesNoOtherMessageOfTheUserNobodyWhileTheDaemonStarts) {
     for (const int type : {DBUS_MESSAGE_TYPE_METHOD_CALL, DBUS_MESSAGE_TYPE_METHOD_RETURN, DBUS_MESSAGE_TYPE_ERROR}) {
         EXPECT_EQ(countStartsThatServed(attacksOf(type), FEW_STARTS), 0) << dbus_message_type_to_string(type);
     }
 }
 
-TEST_F(PolicyForOthers, ServesNothingOfNobodyOnceTheDaemonHasItsName) {
+TEST_F(PolicyForOthers, ServesNothingOfTheUserNobodyOnceTheDaemonHasItsName) {
     RawPeer nobody = RawPeer::ofNobody();
     for (const int type : {DBUS_MESSAGE_TYPE_SIGNAL, DBUS_MESSAGE_TYPE_METHOD_CALL, DBUS_MESSAGE_TYPE_METHOD_RETURN,
                            DBUS_MESSAGE_TYPE_ERROR}) {
@@ -205,7 +205,7 @@ TEST_F(PolicyForOthers, ServesNothingOfNobodyOnceTheDaemonHasItsName) {
     }
 }
 
-TEST_F(PolicyForOthers, DeliversNoSignalOfNobodyForAnotherPath) {
+TEST_F(PolicyForOthers, DeliversNoSignalOfTheUserNobodyForAnotherPath) {
     EXPECT_EQ(askForOwner(root), "served");
     RawPeer nobody = RawPeer::ofNobody();
     RawMessage death(dbus_message_new_signal(DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "NameOwnerChanged"));
@@ -227,7 +227,7 @@ TEST_F(PolicyForOthers, ServesNoSignalOfThoseWhoMayCall) {
     EXPECT_FALSE(servesAny(attacksOf(DBUS_MESSAGE_TYPE_SIGNAL), ofRoot));
 }
 
-TEST_F(PolicyForOthers, RefusesEveryCallOfNobodyWithAnError) {
+TEST_F(PolicyForOthers, RefusesEveryCallOfTheUserNobodyWithAnError) {
     const auto daemon = desk.startDaemon();
     ASSERT_TRUE(desk.waitForDaemon());
     RawPeer nobody = RawPeer::ofNobody();
@@ -240,7 +240,7 @@ TEST_F(PolicyForOthers, RefusesEveryCallOfNobodyWithAnError) {
 }
 
 // The bus starts nothing for a call that it denies.
-TEST_F(PolicyForOthers, LetsNobodyStartNoDaemon) {
+TEST_F(PolicyForOthers, DoesNotLetTheUserNobodyStartTheDaemon) {
     RawPeer nobody = RawPeer::ofNobody();
     EXPECT_EQ(askForOwner(nobody), DBUS_ERROR_ACCESS_DENIED);
     EXPECT_EQ(desk.daemon(), 0);

@@ -40,7 +40,7 @@ protected:
     const std::unique_ptr<Service::IServiceManager> manager = desk.connect();
 };
 
-TEST_F(Traffic, OfGreatSignalsHoldsNoCallToTheCoreUp) {
+TEST_F(Traffic, OfLargeSignalsDelaysNoCallToTheCore) {
     const auto connections = coreConnections();
     ASSERT_THAT(connections, SizeIs(1));
     const long before = residentKilobytes(desk.daemon());
@@ -52,7 +52,7 @@ TEST_F(Traffic, OfGreatSignalsHoldsNoCallToTheCoreUp) {
     EXPECT_LT(peakKilobytes(desk.daemon()), before + LARGEST_GROWTH);
 }
 
-TEST_F(Traffic, OfSmallSignalsWithoutEndHoldsNoCallToTheCoreUp) {
+TEST_F(Traffic, OfEndlessSmallSignalsDelaysNoCallToTheCore) {
     const auto connections = coreConnections();
     ASSERT_THAT(connections, SizeIs(1));
     const long before = residentKilobytes(desk.daemon());
@@ -64,7 +64,7 @@ TEST_F(Traffic, OfSmallSignalsWithoutEndHoldsNoCallToTheCoreUp) {
     EXPECT_LT(peakKilobytes(desk.daemon()), before + LARGEST_GROWTH);
 }
 
-TEST_F(Traffic, ToAClientHoldsNoneOfItsCallsUp) {
+TEST_F(Traffic, ToAClientDelaysNoneOfItsCalls) {
     coreConnections();
     const auto connections = desk.namelessConnectionsOf(getpid());
     const Flood flood(connections.back());

@@ -106,7 +106,7 @@ TEST(NiceQuitHelper, AProcessStartedWithSigTermIgnoredKeepsIgnoringIt) {
     });
 }
 
-TEST(NiceQuitHelper, SigIntAsksForTheStopAlone) {
+TEST(NiceQuitHelper, SigIntOnlyAsksForTheStop) {
     EXPECT_IN_CHILD({
         const NiceQuitHelper helper;
         const StandardOutput output;
@@ -219,7 +219,7 @@ TEST(NiceQuitHelper, PutsSigIntBackBeforeSigTerm) {
 }
 
 // Standard output is a file here, so its text shows only after a flush.
-TEST(NiceQuitHelper, TheThirdSigTermLosesNothingThatWasSaid) {
+TEST(NiceQuitHelper, TheThirdSigTermLosesNoOutput) {
     const TemporaryRoot root;
     const std::string file = (root / "output").string();
     EXPECT_EXIT(

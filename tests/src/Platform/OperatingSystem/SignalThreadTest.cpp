@@ -171,7 +171,7 @@ TEST(SignalThread, RunsTheHandlersWhilePollFindsItsDescriptorsBroken) {
     });
 }
 
-TEST(SignalThread, WaitsOnWithoutAWordWhenPollIsInterrupted) {
+TEST(SignalThread, GoesOnWaitingSilentlyWhenPollIsInterrupted) {
     EXPECT_IN_CHILD({
         const SignalThread thread;
         handlingThread = 0;

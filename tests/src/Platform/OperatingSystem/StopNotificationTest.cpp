@@ -72,7 +72,7 @@ TEST(StopNotification, ReachesAnAbstractSocket) {
     EXPECT_EQ(manager.take(), "STOPPING=1");
 }
 
-TEST(StopNotification, WaitsForNobodyWhoTakesNoMessage) {
+TEST(StopNotification, DoesNotWaitForAFullSocket) {
     const TemporaryRoot root;
     ServiceManagerEnd manager(root / "notify");
     manager.fill();

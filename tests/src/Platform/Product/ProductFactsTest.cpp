@@ -89,7 +89,7 @@ TEST(QuorinModel, IsNoneWhenItsKeyCannotBeRead) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log ERR Getting quorin model error!"));
 }
 
-TEST(SBOX, IsThatVeryText) {
+TEST(SBOX, IsExactlyThatText) {
     for (const std::string text : {"SBOX", "sbox", "SBOX2", ""}) {
         FakeKovan::reset();
         FakeKovan::setSystemInfo(FEATURE + "lfd_sbb_type", text);
@@ -204,7 +204,7 @@ TEST(ModelLine, IsAnotherTextInChina) {
     EXPECT_THAT(FakeKovan::systemInfoReads(), ElementsAre("0", "620"));
 }
 
-TEST(ModelLine, IsOfChinaByThatVeryTextAlone) {
+TEST(ModelLine, IsTheChineseOneOnlyForExactlyThatText) {
     for (const std::string line : {"CHI_DTV2", "chi_dtv", "CHI_DT"}) {
         FakeKovan::setSystemInfo("0", line);
         EXPECT_EQ(IProductInfo::getModelLine(), line);
@@ -264,7 +264,7 @@ INSTANTIATE_TEST_SUITE_P(
     rowName);
 
 // Each required fact with the operation that asks for it.
-TEST(RequiredProductFact, IsMissedAtTheOperationThatAsksForIt) {
+TEST(RequiredProductFact, FailsAtTheOperationThatAsksForIt) {
     const std::pair<std::string, std::function<void()>> OPERATIONS[] = {
         {"getVersionString()", IProductInfo::getVersionString},
         {"getMainSoftwareVersionMajor()", IProductInfo::getMainSoftwareVersionMajor},

@@ -143,7 +143,7 @@ TEST(IProductPathsTest, StandUnderTheRootOfTheSimulatedDevice) {
     });
 }
 
-TEST(IProductPathsTest, TakeASlashAtTheEndOfTheRootForNothing) {
+TEST(IProductPathsTest, IgnoreASlashAtTheEndOfTheRoot) {
     EXPECT_IN_CHILD({
         setRoot("/simulated/device//");
         expectLocationsUnder("/simulated/device");

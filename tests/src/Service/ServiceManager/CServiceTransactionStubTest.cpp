@@ -153,11 +153,11 @@ TEST_F(Stub, AGoodScenarioEndsTheProcess) {
     EXPECT_ASSERTION(CServiceTransactionStub::load("scenario.xml"), "this->is_initialized()");
 }
 
-TEST_F(Stub, AScenarioThatIsNotThereThrows) {
+TEST_F(Stub, AMissingScenarioThrows) {
     EXPECT_THROW(CServiceTransactionStub::load("scenario.xml"), archive_exception);
 }
 
-TEST_F(Stub, AScenarioThatIsNoneThrows) {
+TEST_F(Stub, AFileThatIsNoScenarioThrows) {
     for (const char* text : {"", "text", "<?xml version=\"1.0\"?>", "\xff"}) {
         root.write("scenario.xml", text);
         EXPECT_THROW(CServiceTransactionStub::load("scenario.xml"), archive_exception) << text;

@@ -20,7 +20,7 @@ ExternalLocks locksOf(const std::vector<std::string>& names) {
     return locks;
 }
 
-TEST(ExternalLocksText, NamesEveryHolderBehindABlank) {
+TEST(ExternalLocksText, NamesEveryHolderAfterABlank) {
     EXPECT_EQ(describeHolders(locksOf({"app", "", "menu"})), " app  menu");
     EXPECT_EQ(describeHolders(locksOf({})), "");
 }
@@ -33,7 +33,7 @@ TEST(ExternalLocksText, IsWholeUpToItsLimit) {
     EXPECT_EQ(describeHolders(locksOf({name, name, name, name, "last"})), text + " last");
 }
 
-TEST(ExternalLocksText, BehindItsLimitCountsTheHoldersThatAreLeft) {
+TEST(ExternalLocksText, BeyondItsLimitCountsTheHoldersThatAreLeft) {
     const std::string name(LIMIT, 'n');
     EXPECT_EQ(describeHolders(locksOf({name})), " " + name);
     EXPECT_EQ(describeHolders(locksOf({name, "a"})), " " + name + ", and 1 more");

@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(AllTypes, ReportedType,
 
 class ReportedScope : public FinalizationTest, public ::testing::WithParamInterface<std::pair<int, const char*>> {};
 
-TEST_P(ReportedScope, StandsBehindTheType) {
+TEST_P(ReportedScope, FollowsTheType) {
     EXPECT_EQ(reportOf(DAXCommon::USB, GetParam().first),
               std::string("Type: USB") + GetParam().second + " from: 1000 to: 1100");
 }

@@ -106,7 +106,7 @@ TEST_F(Progress, BeginsAgainAtASecondStart) {
     expectProgress(helper, 1, 0, 0);
 }
 
-TEST_F(Progress, FailsOnlyBehindTheTimeOfItsFailure) {
+TEST_F(Progress, FailsOnlyAfterTheTimeOfItsFailure) {
     ProgressHelper helper(10, 4, pointerTo<CWrongKeys>());
     helper.startProgress();
     time.pass(4999ms);
@@ -126,7 +126,7 @@ TEST_F(Progress, OfAStepThatFailedCanBeginAgain) {
     expectProgress(helper, 1, 0, 0);
 }
 
-TEST_F(Progress, WithAFailureBehindItsEndIsAnAssertionFailure) {
+TEST_F(Progress, WithAFailureAfterItsEndIsAnAssertionFailure) {
     ProgressHelper helper(4, 4, pointerTo<CWrongKeys>());
     helper.startProgress();
     EXPECT_ASSERTION(helper.getProgress(), "*m_throwAfterSeconds < m_executingTimeInSeconds");

@@ -163,7 +163,7 @@ TEST_F(OTNZoneTest, IsALetterForEachValueButOne) {
     }
 }
 
-TEST_F(OTNZoneTest, IsNoneBelowOneWithoutAWord) {
+TEST_F(OTNZoneTest, IsNoneBelowOneWithoutALogLine) {
     for (const int value : {0, -1}) {
         EXPECT_EQ(zone(value), boost::none);
         EXPECT_THAT(FakeKovan::journal(), IsEmpty());

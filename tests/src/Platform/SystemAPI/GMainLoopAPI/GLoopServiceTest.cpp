@@ -310,7 +310,7 @@ TEST_F(GLoopServiceTest, TakesFunctionsOfManyThreads) {
     EXPECT_EQ(runsOfTheLoop, THREADS * ROUNDS);
 }
 
-TEST_F(GLoopServiceTest, RunsWhatIsUnregisteredAtTheSameTimeOrNot) {
+TEST_F(GLoopServiceTest, RunsAFunctionThatIsUnregisteredAtTheSameTimeOrSkipsIt) {
     start();
     for (int i = 0; i < 200; ++i) {
         const auto object = std::make_unique<int>(0);

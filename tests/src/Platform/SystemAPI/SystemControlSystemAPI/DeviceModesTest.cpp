@@ -51,7 +51,7 @@ TEST_F(DeviceModesTest, KnowADeviceForBusinesses) {
                 ElementsAre("log INF B2B support option is active.", "log INF B2B support option is inactive."));
 }
 
-TEST_F(DeviceModesTest, TakeADeviceThatTellsNothingForNoneForBusinesses) {
+TEST_F(DeviceModesTest, TakeADeviceThatCannotTellForOneAtHome) {
     FakeKovan::failSystemInfo(B2B_FEATURE, -5);
     EXPECT_FALSE(ISystemControl::isB2BTv());
     EXPECT_THAT(FakeKovan::messages(),

@@ -205,7 +205,7 @@ TEST_F(HostileFactoryUpgrade, IsTooLarge) {
     EXPECT_FALSE(ISystemControl::isFactoryUpgradeEnabled());
 }
 
-TEST_F(HostileFactoryUpgrade, MayHaveAsManyBytesAsThat) {
+TEST_F(HostileFactoryUpgrade, MayBeAsLargeAsTheLimit) {
     writeFlag(0, std::string(64 * 1024 - 1, '\n') + "1");
     EXPECT_TRUE(ISystemControl::isFactoryUpgradeEnabled());
 }

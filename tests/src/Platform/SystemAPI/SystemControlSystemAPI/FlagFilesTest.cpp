@@ -111,7 +111,7 @@ TEST_F(ModifiedPartitionsTest, AreMarkedByOneSlot) {
     }
 }
 
-TEST_F(ModifiedPartitionsTest, AreMarkedWhereThatGoes) {
+TEST_F(ModifiedPartitionsTest, AreMarkedWhereThatIsPossible) {
     const std::string folders[] = {PARTITION, BIG_TEMP};
     for (int broken : {0, 1}) {
         std::filesystem::remove_all(root / folders[broken]);
@@ -127,7 +127,7 @@ TEST_F(ModifiedPartitionsTest, AreMarkedWhereThatGoes) {
     }
 }
 
-TEST_F(ModifiedPartitionsTest, CannotBeMarkedNowhere) {
+TEST_F(ModifiedPartitionsTest, CannotBeMarkedWhenNoSlotCanBeWritten) {
     std::filesystem::remove_all(root / PARTITION);
     std::filesystem::remove_all(root / BIG_TEMP);
     EXPECT_EQ(thrownDescription([] { ISystemControl::setModifiedPartitionsMarker(""); }),
@@ -143,7 +143,7 @@ TEST_F(ModifiedPartitionsTest, KeepThePlacesOfTheirMarkers) {
     EXPECT_TRUE(ISystemControl::isModifiedPartitionsMarkerSet());
 }
 
-TEST_F(ModifiedPartitionsTest, LoseNothingWhenTheyAreNotMarked) {
+TEST_F(ModifiedPartitionsTest, CanBeReleasedWhenTheyAreNotMarked) {
     ISystemControl::removeModifiedPartitionsMarker();
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }

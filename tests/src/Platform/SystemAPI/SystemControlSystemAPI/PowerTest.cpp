@@ -67,7 +67,7 @@ TEST_F(PowerTest, TellsThatTheDeviceDoesNotPowerOff) {
     }
 }
 
-TEST_F(PowerTest, PowersOffAlthoughThereShallBeNoReboot) {
+TEST_F(PowerTest, PowersOffDespiteTheNoRebootFlag) {
     parameters().setNoRebootFlag(true);
     ISystemControl::shutdown();
     EXPECT_THAT(FakeKovan::journal("power"), ElementsAre("power request_poweroff 12"));
@@ -108,7 +108,7 @@ TEST_F(PowerTest, TellsThatTheDeviceDoesNotRestart) {
     }
 }
 
-TEST_F(PowerTest, DoesNothingElseWhenThereShallBeNoReboot) {
+TEST_F(PowerTest, DoesNothingElseWithTheNoRebootFlag) {
     parameters().setNoRebootFlag(true);
     parameters().setCustomIntParam("CSystemControl::delayedShutdown", 1000);
     ISystemControl::reboot();
@@ -172,7 +172,7 @@ TEST_F(PowerTest, AsksForAColdStartInAnothersName) {
                                 " = org.kovan.other. Cold shutdown will be performed as next shutdown."));
 }
 
-TEST_F(PowerTest, TellsInAnExceptionOfItsOwnThatNoColdStartCanBeAskedFor) {
+TEST_F(PowerTest, ThrowsItsOwnExceptionWhenNoColdStartCanBeRequested) {
     FakeKovan::failWrites(COLD_SHUTDOWN_KEY, -7);
     try {
         ISystemControl::reboot();
@@ -212,7 +212,7 @@ TEST_F(PowerTest, SetsTheReasonAndGivesTheDevicesResult) {
     }
 }
 
-TEST_F(PowerTest, TellsThatTheReasonCannotBeSetInTheNameOfItsReading) {
+TEST_F(PowerTest, ReportsAReasonThatCannotBeSetUnderTheNameOfTheRead) {
     FakeKovan::setWakeUpReasonResult(-2);
     EXPECT_EQ(powerFailureOf([] { ISystemControl::setWakeUpReason(5); }), "device_power_get_wakeup_reason() failed -2");
     EXPECT_THAT(FakeKovan::messages(), IsEmpty());

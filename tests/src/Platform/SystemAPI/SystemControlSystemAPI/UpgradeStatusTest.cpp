@@ -119,7 +119,7 @@ TEST_F(UpgradeStatusTest, IsRemovedWhenThereIsNone) {
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());
 }
 
-TEST_F(UpgradeStatusTest, IsRemovedAsFarAsItGoes) {
+TEST_F(UpgradeStatusTest, IsRemovedAsFarAsPossible) {
     fill("system_update_success");
     fs::create_directory("system_update_failed");
     EXPECT_EQ(failureOf(ISystemControl::removeUpgradeStatusFlag),

@@ -25,7 +25,7 @@ TEST_F(WocPrefixTest, IsInTheLog) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Returning WOC OTN Model prefix: PRE_"));
 }
 
-TEST_F(WocPrefixTest, IsMissedWithItsPath) {
+TEST_F(WocPrefixTest, ThrowsWithItsPathWhenItIsMissing) {
     EXPECT_EQ(thrownText<Common::Utils::errinfo_stream_text>(ISystemControl::getWocOTNModelPrefix),
               "WOC OTN Model prefix file does not exist: " + (root / PREFIX_FILE).string());
     EXPECT_THAT(FakeKovan::journal(), IsEmpty());

@@ -28,23 +28,23 @@ protected:
     }
 };
 
-class ThereIdentifier : public IdentifierTest {};
+class StoredIdentifier : public IdentifierTest {};
 
-TEST_P(ThereIdentifier, IsTheTextOfTheStore) {
+TEST_P(StoredIdentifier, IsTheTextOfTheStore) {
     FakeKovan::setSetting(GetParam().key, "AT");
     EXPECT_EQ(GetParam().operation(), "AT");
     EXPECT_THAT(FakeKovan::journal(), ElementsAre(told("AT")));
     EXPECT_THAT(FakeKovan::reads(), ElementsAre(GetParam().key));
 }
 
-TEST_P(ThereIdentifier, IsReadAfresh) {
+TEST_P(StoredIdentifier, IsReadAfresh) {
     for (const std::string value : {"AT", "PL"}) {
         FakeKovan::setSetting(GetParam().key, value);
         EXPECT_EQ(GetParam().operation(), value);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, ThereIdentifier, testing::Values(DUID, ATOKEN, OTN_URL, FIRMWARE, COUNTRY), rowName);
+INSTANTIATE_TEST_SUITE_P(Of, StoredIdentifier, testing::Values(DUID, ATOKEN, OTN_URL, FIRMWARE, COUNTRY), rowName);
 
 class RequiredIdentifier : public IdentifierTest {};
 

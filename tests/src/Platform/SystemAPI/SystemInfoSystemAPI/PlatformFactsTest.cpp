@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Read{"CustomString", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }, CUSTOM}),
     rowName);
 
-TEST(PlatformFact, IsMissedAtTheOperationThatAsksForIt) {
+TEST(PlatformFact, FailsAtTheOperationThatAsksForIt) {
     FakeKovan::failSystemInfo(7, -5);
     FakeKovan::failSystemInfo(CUSTOM, -5);
     const std::pair<std::string, std::function<void()>> OPERATIONS[] = {

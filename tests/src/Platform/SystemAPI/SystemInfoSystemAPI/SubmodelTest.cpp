@@ -48,7 +48,7 @@ TEST_F(SubmodelTest, OnTheDeviceIsThatOfTheStore) {
     EXPECT_THAT(FakeKovan::systemInfoReads(), IsEmpty());
 }
 
-TEST_F(SubmodelTest, OnTheDeviceIsTheModelWithoutOne) {
+TEST_F(SubmodelTest, OnTheDeviceIsTheModelWhenNoneIsStored) {
     EXPECT_EQ(ISystemInfo::getFlashedSubModelString(), "T-MARLOW");
     FakeKovan::setSetting(FLASHED, "");
     EXPECT_EQ(ISystemInfo::getFlashedSubModelString(), "T-MARLOW");
@@ -79,12 +79,12 @@ TEST_F(SubmodelTest, OfTheUserIsThatOfTheStore) {
     EXPECT_TRUE(ISystemInfo::isAnySubmodelSelected());
 }
 
-TEST_F(SubmodelTest, OfTheUserIsTheModelWithoutOne) {
+TEST_F(SubmodelTest, OfTheUserIsTheModelWhenNoneIsStored) {
     EXPECT_EQ(selectedIn(ISystemInfo::WITH_OTN_ZONE), "T-MARLOW");
     EXPECT_EQ(selectedIn(ISystemInfo::AS_STORED), "T-MARLOW");
 }
 
-TEST_F(SubmodelTest, OfTheUserIsNoneWithoutOne) {
+TEST_F(SubmodelTest, OfTheUserIsEmptyWhenNoneIsStored) {
     EXPECT_EQ(ISystemInfo::getSelectedSubModelOrEmptyString(), "");
     EXPECT_FALSE(ISystemInfo::isAnySubmodelSelected());
     FakeKovan::setSetting(SELECTED, "");
@@ -107,13 +107,13 @@ TEST_F(SubmodelTest, OfTheUserHasItsOwnLetterForEveryOtherZoneType) {
     }
 }
 
-TEST_F(SubmodelTest, OfTheUserIsTheModelWithTheLetterOfTheZoneWithoutOne) {
+TEST_F(SubmodelTest, OfTheUserIsTheModelWithTheLetterOfTheZoneWhenNoneIsStored) {
     setZone('K');
     EXPECT_EQ(selectedIn(ISystemInfo::WITH_OTN_ZONE), "K-MARLOW");
     EXPECT_EQ(selectedIn(ISystemInfo::AS_STORED), "T-MARLOW");
 }
 
-TEST_F(SubmodelTest, OfTheUserAsksForTheZoneBehindTheModel) {
+TEST_F(SubmodelTest, OfTheUserAsksForTheZoneAfterTheModel) {
     for (const ISystemInfo::ZoneType zone : {ISystemInfo::WITH_OTN_ZONE, ISystemInfo::AS_STORED}) {
         FakeKovan::forgetRecords();
         selectedIn(zone);

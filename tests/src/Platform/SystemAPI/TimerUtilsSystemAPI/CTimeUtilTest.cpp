@@ -26,7 +26,7 @@ TEST(TimeUtil, WritesTheLocalTimeWithoutAZone) {
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("log INF Current local time and date: 1763708950"));
 }
 
-TEST(TimeUtil, WritesATimeBehindTheYear2038) {
+TEST(TimeUtil, WritesATimeAfterTheYear2038) {
     FakeKovan::setLocalTime(5000000000);
     EXPECT_EQ(ITimeUtil::getCurrentLocalTimeToString(), "2128-06-11T08:53:20");
 }
@@ -41,7 +41,7 @@ TEST(TimeUtil, GivesUTCAndLogsBothTimes) {
                                                   "log INF Current UTC date and time: 2025-11-21 08:39:10"));
 }
 
-TEST(TimeUtil, RefusesAYearThatIsNone) {
+TEST(TimeUtil, RefusesAYearAfter9999) {
     FakeKovan::setLocalTime(UINT64_MAX);
     EXPECT_THROW(ITimeUtil::getCurrentLocalTimeToString(), std::out_of_range);
     EXPECT_EQ(ITimeUtil::getCurrentLocalTime(), UINT64_MAX);
