@@ -8,9 +8,24 @@ target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJE
 target_include_directories(dax_build SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
 # Boost's own targets define the second as well; a precompiled header fits only sources that agree with it.
 target_compile_definitions(dax_build INTERFACE BOOST_ENABLE_ASSERT_HANDLER BOOST_ALL_NO_LIB)
+# The libraries' own targets define these for whoever links a shared one, and again a precompiled header wants all to agree.
+if(NOT DAX_BOOST_STATIC)
+  foreach(library IN ITEMS ATOMIC CHRONO DATE_TIME FILESYSTEM PROGRAM_OPTIONS SERIALIZATION SYSTEM THREAD)
+    target_compile_definitions(dax_build INTERFACE BOOST_${library}_DYN_LINK)
+  endforeach()
+endif()
 # Every path is put together by `/`, which means something else for an absolute right side in the next version.
 target_compile_definitions(dax_build INTERFACE BOOST_FILESYSTEM_VERSION=3)
-target_compile_options(dax_build INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+# A newer compiler has warnings that nobody has seen yet: they stay warnings there.
+set(newest_tried_GNU 12)
+set(newest_tried_Clang 14)
+set(werror "")
+if(DAX_WERROR AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS_EQUAL "${newest_tried_${CMAKE_CXX_COMPILER_ID}}.99")
+  set(werror -Werror)
+elseif(DAX_WERROR)
+  message(STATUS "Warnings are no errors: the sources are not tried with this compiler")
+endif()
+target_compile_options(dax_build INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion ${werror}
                                            -ffunction-sections -fdata-sections)
 target_link_options(dax_build INTERFACE -Wl,--gc-sections -Wl,--as-needed)
 target_link_libraries(dax_build INTERFACE Threads::Threads)
@@ -73,8 +88,8 @@ function(dax_program target)
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
 endfunction()
 
-if(DAX_TESTS)
-  find_package(GTest REQUIRED)
+if(DAX_BUILD_TESTS)
+  find_package(GTest 1.12 REQUIRED)
   dax_precompile_for_tests()
 endif()
 

@@ -3,7 +3,7 @@
 # pays for them at each start, and keeps the pages that they touch as memory of its own.
 #
 # Off for a device: a platform library in C++ brings the shared runtime, and two runtimes in one process do not know each
-# other's exceptions. Never with a sanitizer, which replaces functions of the shared one.
+# other's exceptions. So does a shared Boost. Never with a sanitizer, which replaces functions of the shared one.
 include(CheckCXXSourceCompiles)
 
 set(dax_static_runtime_options -static-libstdc++ -static-libgcc)
@@ -13,7 +13,7 @@ if(DAX_SANITIZE OR dax_flags MATCHES "-fsanitize")
 endif()
 
 set(dax_default OFF)
-if(KOVAN_PLATFORM STREQUAL "host" AND NOT dax_sanitized)
+if(KOVAN_PLATFORM STREQUAL "host" AND DAX_BOOST_STATIC AND NOT dax_sanitized)
   set(CMAKE_REQUIRED_LINK_OPTIONS ${dax_static_runtime_options})
   check_cxx_source_compiles("#include <stdexcept>\nint main() { throw std::runtime_error(\"\"); }"
                             DAX_CAN_LINK_STATIC_RUNTIME)
