@@ -12,6 +12,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "Common/Logging/Implementation/Version.h"
+
 namespace DAX::Common::Logging {
 
 const char* const LOG_TAG = "org.kovan.tv.dax.DAX";
@@ -22,8 +24,6 @@ __attribute__((init_priority(101))) std::string LoggingClass::m_processName;
 bool LoggingClass::m_bSocketInitialized = false;
 
 namespace {
-
-const char* const VERSION_SUFFIX = "-17.037.0";
 
 // How the system log shows a level.
 struct LevelRoute {
@@ -108,7 +108,7 @@ void dump(LoggingClass::Sink sink, const char* tag, LoggingClass::Level level, F
 } // namespace
 
 void LoggingClass::init(const char* processName) {
-    m_processName = std::string(processName) + VERSION_SUFFIX;
+    m_processName = std::string(processName) + "-" + VERSION;
     socketConnectionInitialize();
 }
 
