@@ -1,17 +1,14 @@
-#include <fstream>
 #include <map>
-#include <vector>
+#include <string>
 
-#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
 #include <system_info.h>
 
-#include "Common/IO/FlagFile.h"
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/DAXCommonUtils.h"
 #include "Platform/Product/IProductInfo.h"
+#include "Platform/Product/Implementation/SystemFacts.h"
 #include "Platform/Product/SystemInfoAPIInternalProblemException.h"
-#include "Platform/ProductPaths/IProductPaths.h"
-#include "Utility/Utils/CText.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
@@ -22,56 +19,16 @@ using boost::filesystem::path;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_string;
 using Common::Utils::GenericException;
+using SystemFacts::read;
+using SystemFacts::textOf;
 
-const int STRETCHED_PANEL_HEIGHT = 540;
 const int MEBIBYTE = 1024 * 1024;
-
-const std::vector<std::string> NOT_GENUINE_FLAG_LINES = {
-    "This flag file means that the last BDiff upgrade failed because source partitions' CRCs on device and in the "
-    "BDiff didn't match.",
-    "It could be caused by manual changes to the source partition on the device.", "Next upgrade should be full."};
 
 // From the platform's numbers.
 const std::map<int, IProductInfo::EProductType> productTypeConversionMap = {
     {0, IProductInfo::TV},          {1, IProductInfo::MONITOR},   {2, IProductInfo::AV},  {6, IProductInfo::AV_PLAYER},
     {7, IProductInfo::AV_RECEIVER}, {3, IProductInfo::PROJECTOR}, {4, IProductInfo::LFD}, {5, IProductInfo::SMD},
     {9, IProductInfo::SPK},         {8, IProductInfo::HTV}};
-
-const char* textOf(bool value) {
-    return value ? "true" : "false";
-}
-
-// A text of the platform's, which is freed with its copy made. One that is missing in spite of a success was not read.
-int copied(int result, char* text, std::string& value) {
-    const Common::Utils::CText owned(text);
-    if (result == 0 && text == nullptr) {
-        return SYSTEM_INFO_ERROR_IO_ERROR;
-    }
-    if (result == 0) {
-        value = text;
-    }
-    return result;
-}
-
-int read(system_info_key_e key, std::string& value) {
-    char* text = nullptr;
-    const int result = system_info_get_value_string(key, &text);
-    return copied(result, text, value);
-}
-
-int read(const char* key, std::string& value) {
-    char* text = nullptr;
-    const int result = system_info_get_custom_string(key, &text);
-    return copied(result, text, value);
-}
-
-int read(const char* key, bool& value) {
-    return system_info_get_custom_bool(key, &value);
-}
-
-int read(const char* key, int& value) {
-    return system_info_get_custom_int(key, &value);
-}
 
 // The value, which must be there.
 template <class Value, class Key>
@@ -107,44 +64,6 @@ ModelAndVersion getParsedModelAndVersion(const boost::source_location& site) {
     return parsed;
 }
 
-// A model that has its own feature key; false when it cannot be read.
-bool hasFeature(const char* key, const char* failure, const char* answer) {
-    bool value = false;
-    if (read(key, value) != 0) {
-        DAX_LOG(ERR) << failure;
-        return false;
-    }
-    DAX_LOG(INF) << answer << textOf(value) << "].";
-    return value;
-}
-
-// The value of the first line with "VERSION" and a "=".
-std::string versionIn(std::istream& file) {
-    for (std::string line; std::getline(file, line);) {
-        const std::size_t equals = line.find('=');
-        if (line.find("VERSION") != std::string::npos && equals != std::string::npos) {
-            const std::string value = line.substr(equals + 1);
-            DAX_LOG(INF) << "Kovan version is: " << value;
-            return value;
-        }
-    }
-    DAX_LOG(ERR) << "Unable to parse kovan version from file";
-    return {};
-}
-
-std::string versionOf(const path& releaseFile) {
-    if (!exists(releaseFile)) {
-        DAX_LOG(ERR) << "Unable to locate kovan_release file";
-        return {};
-    }
-    std::ifstream file(releaseFile.string());
-    if (!file) {
-        DAX_LOG(ERR) << "Unable to read kovan_release file";
-        return {};
-    }
-    return versionIn(file);
-}
-
 } // namespace
 
 std::string IProductInfo::getBoardType() {
@@ -155,116 +74,12 @@ void IProductInfo::initializeProduct() {
     DAX_LOG(INF) << "Product was build for " << getBoardType();
 }
 
-bool IProductInfo::isRovetaModel() {
-    DAX_LOG(INF) << "Roveta model is set to " << false;
-    return false;
-}
-
-bool IProductInfo::isWOCModel() {
-    DAX_LOG(INF) << "WOC model is set to " << false;
-    return false;
-}
-
-bool IProductInfo::isStretchedModel() {
-    static const char key[] = "com.velmora/featureconf/panel_resolution_height";
-    int height = 0;
-    const int result = read(key, height);
-    if (result != 0) {
-        DAX_LOG(ERR) << "Read " << key << " from FMS failed with error " << result;
-        height = 0;
-    }
-    return height == STRETCHED_PANEL_HEIGHT;
-}
-
-bool IProductInfo::isPictorModel() {
-    return hasFeature("com.velmora/featureconf/pictor_portrait_mode_support", "Getting pictor model error!",
-                      "Pictor Model: [");
-}
-
-bool IProductInfo::isQuorinModel() {
-    return hasFeature("com.velmora/featureconf/display_rotator_supported", "Getting quorin model error!",
-                      "Quorin Model: [");
-}
-
-bool IProductInfo::isSBOX() {
-    std::string type;
-    if (read("com.velmora/featureconf/lfd_sbb_type", type) != 0) {
-        DAX_LOG(ERR) << "Getting sbox property error!";
-        return false;
-    }
-    DAX_LOG(INF) << "Is SBOX: [" << type << "].";
-    return type == "SBOX";
-}
-
-bool IProductInfo::IsPowerBatteryFrameworkSupported() {
-    static const char key[] = "com.velmora/featureconf/power.battery_framework_support";
-    bool value = false;
-    const int result = read(key, value);
-    if (result != 0) {
-        DAX_LOG(ERR) << "Getting " << key << " failed with status: " << result;
-        value = false;
-    }
-    DAX_LOG(INF) << "isPowerBatteryFrameworkSupported: " << value;
-    return value;
-}
-
 int IProductInfo::getDAXBigTempStorageMaxSize() {
     return 900 * MEBIBYTE;
 }
 
 int IProductInfo::getDAXSmallTempStorageMaxSize() {
     return 100 * MEBIBYTE;
-}
-
-bool IProductInfo::isInstallationLocked() {
-    return exists(IProductPaths::getInstallationLockPath());
-}
-
-void IProductInfo::releaseInstallationLock() {
-    const path lock = IProductPaths::getInstallationLockPath();
-    if (!Common::IO::removeFlagFile(lock)) {
-        DAX_LOG(WRN) << "InstallationLock was not locked (checked for file:  " << lock.string() << ")";
-    }
-}
-
-bool IProductInfo::isSourcePartitionNotGenuine() {
-    return exists(IProductPaths::getSourcePartitionNotGenuineFlagPath());
-}
-
-void IProductInfo::setSourcePartitionNotGenuineFlag() {
-    DAX_LOG(INF) << "Setting DAX SourcePartitionNotGenuine flag.";
-    if (!isSourcePartitionNotGenuine()) {
-        Common::IO::writeFlagFile(IProductPaths::getSourcePartitionNotGenuineFlagPath(), NOT_GENUINE_FLAG_LINES);
-    }
-}
-
-void IProductInfo::releaseSourcePartitionNotGenuineFlag() {
-    DAX_LOG(INF) << "Releasing SourcePartitionNotGenuine flag.";
-    Common::IO::removeFlagFile(IProductPaths::getSourcePartitionNotGenuineFlagPath());
-}
-
-std::string IProductInfo::getKovanVersionString() {
-    const std::string version = versionOf(IProductPaths::getFlashDeviceRootPath() / "etc" / "kovan-release");
-    if (version.empty()) {
-        DAX_THROW(GenericException(), errinfo_description("Could not get kovan version from /etc/kovan-release file"));
-    }
-    return version;
-}
-
-bool IProductInfo::getKovanVersion(std::uint16_t& major, std::uint16_t& minor) {
-    major = minor = 0;
-    const std::string version = getKovanVersionString();
-    const std::size_t firstDot = version.find('.');
-    if (firstDot == std::string::npos) {
-        return false;
-    }
-    major = static_cast<std::uint16_t>(std::stoi(version.substr(0, firstDot)));
-    const std::size_t secondDot = version.find('.', firstDot + 1);
-    if (secondDot == std::string::npos) {
-        return false;
-    }
-    minor = static_cast<std::uint16_t>(std::stoi(version.substr(firstDot + 1, secondDot - firstDot - 1)));
-    return true;
 }
 
 std::string IProductInfo::getVersionString() {
@@ -363,30 +178,6 @@ IProductInfo::EProductType IProductInfo::getProductType() {
     }
     DAX_LOG(INF) << "Product Type: " << type;
     return type;
-}
-
-bool IProductInfo::isTBMModel() {
-    try {
-        return getProductType() == LFD && !isIWBSuppoted();
-    } catch (...) {
-        DAX_LOG(ERR) << "Unable to determine if this model is TBM. By default do not use TBM mode";
-        return false;
-    }
-}
-
-std::string IProductInfo::productTypeToString(EProductType type) {
-    static const std::map<EProductType, std::string> texts = {{TV, "TV"},          {MONITOR, "MONITOR"},
-                                                              {AV, "AV"},          {AV_PLAYER, "AV"},
-                                                              {AV_RECEIVER, "AV"}, {PROJECTOR, "PROJECTOR"},
-                                                              {LFD, "LFD"},        {SMD, "SMD"},
-                                                              {SPK, "SPK"},        {HTV, "HTV"}};
-    const auto found = texts.find(type);
-    if (found == texts.end()) {
-        DAX_LOG(ERR) << "Can't convert this productType value to string: " << type;
-        DAX_THROW(SystemInfoAPIInternalProblemException(),
-                  errinfo_description("Unable to convert this productType value to string"));
-    }
-    return found->second;
 }
 
 } // namespace DAX::Platform
