@@ -33,6 +33,16 @@ void announceAndSet(const char* operation, const char* key, const T& value, cons
     }
 }
 
+// Writes it, or logs that it cannot be done and lets the store's exception pass.
+inline void setQuoted(const char* key, int value) {
+    try {
+        VConfT<int>(key).set(value);
+    } catch (const VConfException&) {
+        DAX_LOG(ERR) << "Cannot set the value: \"" << value << "\" in vconf variable: \"" << key << "\"";
+        throw;
+    }
+}
+
 // The value, or the default, with a log line, when the store fails.
 template <class T>
 T getOrDefault(const char* key, const T& defaultValue) {
