@@ -58,7 +58,7 @@ protected:
 
     AdapterFixture() { FakeKovan::setProduction(true); }
 
-    // On a bus with the rules of a system bus, on which this user may do everything with the adapter's name.
+    // On a bus with the rules of a system bus, which allow this user everything with the adapter's name.
     explicit AdapterFixture(const std::map<std::string, unsigned int>& limits) : bus({{OBJECT_POLICY}, limits}) {
         FakeKovan::setProduction(true);
     }
@@ -81,7 +81,8 @@ protected:
         adapter->listenDBUS(run.stopInterval, run.idleTimeout, run.pingInterval, stopCondition, ping, CONNECTION_NAME);
     }
 
-    // Runs the loop and returns when the adapter has its name. What leaves the loop is in `failure` after stop().
+    // Runs the loop and returns when the adapter has its name. After stop(), `failure` holds an exception that left the
+    // loop.
     void start(const Run& run) {
         m_loop = std::thread([this, run] {
             try {
@@ -94,7 +95,7 @@ protected:
     }
     void start() { start(Run()); }
 
-    // Sets the stop condition, wakes the loop with a call that counts as no client, and waits for its end.
+    // Sets the stop condition, wakes the loop with a call that does not count as a client, and waits for its end.
     void stop() {
         if (m_loop.joinable()) {
             stopWanted = true;
@@ -113,7 +114,7 @@ protected:
         }
     }
 
-    // The messages of the adapter itself, without those of the watchdogs' threads.
+    // The log messages of the adapter itself, without those of the watchdogs' threads.
     static std::vector<std::string> messages() {
         std::vector<std::string> result;
         for (const FakeKovan::LogLine& line : FakeKovan::logLines()) {

@@ -159,7 +159,7 @@ TEST_F(CDBUSProxyTest, WaitsAMinuteForTheReplyUnlessToldOtherwise) {
     EXPECT_THAT(takeLongestWaitMs(), AllOf(Gt(20000), Le(30000)));
 }
 
-TEST_F(CDBUSProxyTest, TakesTheLongestTimeoutForOneThatIsTooLong) {
+TEST_F(CDBUSProxyTest, UsesTheLongestTimeoutForOneThatIsTooLong) {
     RawServer server(NAME, arrays({"REPLY", "method", ""}));
     takeLongestWaitMs();
     EXPECT_TRUE(call("", std::numeric_limits<unsigned int>::max()).normal);
@@ -176,7 +176,7 @@ TEST_F(CDBUSProxyTest, ReplacesTheFunctionAndAppendsTheResult) {
     EXPECT_EQ(result.output.str(), "before result");
 }
 
-TEST_F(CDBUSProxyTest, TellsAnExceptionByTheFirstArray) {
+TEST_F(CDBUSProxyTest, RecognizesAnExceptionByTheFirstArray) {
     RawServer server(NAME, arrays({"EXCEPTION", "CWrongKeys", "archive"}));
     const Result result = call();
     EXPECT_FALSE(result.normal);
@@ -191,7 +191,7 @@ TEST_F(CDBUSProxyTest, TakesAnExceptionWithoutAName) {
     EXPECT_EQ(result.function, "");
 }
 
-TEST_F(CDBUSProxyTest, TakesEveryOtherFirstArrayForANormalReply) {
+TEST_F(CDBUSProxyTest, TreatsEveryOtherFirstArrayAsANormalReply) {
     for (const char* type : {"", "exception", "EXCEPTION ", "EXCEPTIO", "REPLY"}) {
         RawServer server(NAME, arrays({type, "method", ""}));
         EXPECT_TRUE(call().normal) << type;
@@ -206,7 +206,7 @@ TEST_F(CDBUSProxyTest, LeavesTheOutputAloneWhenThereIsNoThirdArray) {
     EXPECT_EQ(result.output.str(), "before ");
 }
 
-TEST_F(CDBUSProxyTest, TakesAReplyWithoutArgumentsForANormalOne) {
+TEST_F(CDBUSProxyTest, TreatsAReplyWithoutArgumentsAsANormalOne) {
     RawServer server(NAME, arrays({}));
     const Result result = call();
     EXPECT_TRUE(result.normal);
@@ -311,7 +311,7 @@ TEST_F(CDBUSProxyTest, ThrowsWhenTheRemoteSideFailsToStart) {
     EXPECT_THAT(thrownStreamText<RemoteObjectNotAccessible>([this] { call(); }), HasSubstr("exited with status 1"));
 }
 
-TEST_F(CDBUSProxyTest, TellsAnActivationThatTookTooLongByTheErrorsName) {
+TEST_F(CDBUSProxyTest, RecognizesAnActivationTimeOutByTheNameOfTheError) {
     RawServer server(NAME, error("org.freedesktop.DBus.Error.TimedOut", "too slow"));
     EXPECT_EQ(thrownStreamText<RemoteObjectActivationTimedOut>([this] { call(); }), "too slow");
 }

@@ -230,7 +230,7 @@ TEST_F(CDBUSProxyTrafficTest, ManyDescriptorsAreClosedAndHoldNoCallUp) {
     EXPECT_TRUE(waitUntil([&pipe] { return pipe.isHeldByNobody(); }));
 }
 
-TEST_F(CDBUSProxyTrafficTest, OnlyAReplyOrAnErrorIsTakenForTheReply) {
+TEST_F(CDBUSProxyTrafficTest, OnlyAReplyOrAnErrorCountsAsTheReply) {
     RawPeer server;
     server.requestName(NAME);
     const auto proxy = createImpatientProxy(300);
@@ -322,7 +322,7 @@ TEST_F(CDBUSProxyTrafficTest, CallsToAProxyAreServedByNobody) {
     }
 }
 
-TEST_F(CDBUSProxyTrafficTest, TellsThatTheConnectionBrokeDuringTheCall) {
+TEST_F(CDBUSProxyTrafficTest, ReportsAConnectionThatBreaksDuringTheCall) {
     RawPeer server;
     server.requestName(NAME);
     const auto proxy = createImpatientProxy();

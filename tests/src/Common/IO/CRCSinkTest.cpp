@@ -20,7 +20,7 @@ std::uint32_t sumOf(const std::string& text) {
     return sink.getCRC32();
 }
 
-TEST(CRCSink, KnowsTheCommonSum) {
+TEST(CRCSink, ComputesTheCommonSum) {
     EXPECT_EQ(sumOf(""), 0U);
     EXPECT_EQ(sumOf("123456789"), 0xCBF43926U);
 }
@@ -45,7 +45,7 @@ TEST(CRCSink, SumsOverChunks) {
     EXPECT_EQ(sink.getCRC32(), 0xCBF43926U);
 }
 
-TEST(CRCSink, MarksTheEndWhenItIsAsked) {
+TEST(CRCSink, MarksTheEndWhenItIsAskedForTheSum) {
     CRCSink<Crc32> sink;
     sink.getCRC32();
     EXPECT_TRUE(sink.endOfDataMarked());

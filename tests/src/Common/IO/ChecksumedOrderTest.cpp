@@ -126,7 +126,7 @@ TEST_F(ChecksumedOrder, LogsAFailureToMarkUnfinishedData) {
                                   HasSubstr("failed to mark"))));
 }
 
-TEST_F(ChecksumedOrder, TakesNoDataForTheSumThatTheSinkBelowRefused) {
+TEST_F(ChecksumedOrder, AddsNoDataToTheSumThatTheSinkBelowRefused) {
     below->failing = "write 34";
     write("12");
     EXPECT_THROW(write("34"), std::runtime_error);
@@ -166,7 +166,7 @@ public:
     streamsize_t size() override { return text.size() + 4; }
 };
 
-TEST(VerifyChecksumOrder, RaisesWhereTheSumIsMissing) {
+TEST(VerifyChecksumOrder, ThrowsWhereTheSumIsMissing) {
     const auto stream = std::make_shared<TooShort>("123456789CHECKSUMED");
     EXPECT_EQ((thrownText<Common::Utils::errinfo_stream_text, StreamDepletedException>(
                   [&] { ChecksumedStream::verifyChecksum(stream); })),
@@ -198,7 +198,7 @@ public:
     void seek(streamsize_t) override { throw std::runtime_error("no"); }
 };
 
-TEST(VerifyChecksumOrder, TakesAStreamThatDoesNotRewindForCorrupted) {
+TEST(VerifyChecksumOrder, TreatsAStreamThatDoesNotRewindAsCorrupted) {
     const auto stream = std::make_shared<FailsToSeek>("CHECKSUMED" + std::string(4, '\0'));
     EXPECT_FALSE(ChecksumedStream::verifyChecksum(stream));
     EXPECT_EQ(stream->reads, 0);

@@ -139,7 +139,7 @@ TEST_F(ChecksumedSinkTest, LeavesUnfinishedDataWithoutATrailer) {
                 ElementsAre("log WRN Destroying ChecksumedSink without markEndOfData(). CRC will not be appended."));
 }
 
-TEST_F(ChecksumedSinkTest, DiesInSilenceWhenItWasNeverOpenedOrIsMarked) {
+TEST_F(ChecksumedSinkTest, LogsNothingWhenItIsDestroyedUnopenedOrMarked) {
     { ChecksumedSink unused(fileSink(), true); }
     {
         ChecksumedSink marked(fileSink(), true);
@@ -149,7 +149,7 @@ TEST_F(ChecksumedSinkTest, DiesInSilenceWhenItWasNeverOpenedOrIsMarked) {
     EXPECT_TRUE(FakeKovan::messages().empty());
 }
 
-TEST_F(ChecksumedSinkTest, LogsWhatFailsWhenItDies) {
+TEST_F(ChecksumedSinkTest, LogsWhatFailsWhenItIsDestroyed) {
     {
         ChecksumedSink unfinished(file, true);
         write(unfinished, "1");
@@ -177,7 +177,7 @@ TEST_F(VerifyChecksum, AcceptsAnIntactFile) {
     EXPECT_TRUE(verifies(DIGITS));
 }
 
-TEST_F(VerifyChecksum, TakesDataThatLooksLikeATrailer) {
+TEST_F(VerifyChecksum, AcceptsDataThatLooksLikeATrailer) {
     ChecksumedSink sink(fileSink(), true);
     sink.writeChunk(bytesOf("CHECKSUMED"), 10);
     sink.close();
@@ -206,7 +206,7 @@ TEST_F(VerifyChecksum, BeginsAtTheBeginning) {
     EXPECT_TRUE(ChecksumedStream::verifyChecksum(stream));
 }
 
-TEST_F(VerifyChecksum, TakesAFileThatCannotBeOpenedForCorrupted) {
+TEST_F(VerifyChecksum, TreatsAFileThatCannotBeOpenedAsCorrupted) {
     EXPECT_FALSE(ChecksumedStream::verifyChecksum(fileStream()));
 }
 
@@ -223,7 +223,7 @@ TEST_F(VerifyChecksum, PassesOtherFailuresOnWithItsContext) {
     }
 }
 
-TEST_F(VerifyChecksum, AllocatesNoMoreForALongerFile) {
+TEST_F(VerifyChecksum, AllocatesNothingMoreForALongerFile) {
     const auto allocated = [](std::size_t length) {
         const auto stream = std::make_shared<MemorySeekableStream>(std::string(length, 'x'));
         const AllocationMeter meter;
@@ -295,7 +295,7 @@ TEST_F(ChecksumedStreamTest, IsClosedThoughItsStreamDoesNotClose) {
     EXPECT_FALSE(stream.isOpened());
 }
 
-TEST_F(ChecksumedStreamTest, LogsWhatFailsWhenItDies) {
+TEST_F(ChecksumedStreamTest, LogsWhatFailsWhenItIsDestroyed) {
     {
         ChecksumedStream dying(fileStream());
         dying.open();

@@ -115,7 +115,7 @@ TEST_P(FailingReplacement, LeavesTheOldFile) {
 INSTANTIATE_TEST_SUITE_P(AtEachStep, FailingReplacement,
                          testing::Values(Step{"write", 1}, Step{"fsync", 1}, Step{"close", 1}, Step{"rename", 1}));
 
-TEST_F(FileReplacementTest, TellsThatTheFolderCannotBeSynced) {
+TEST_F(FileReplacementTest, ReportsThatTheFolderCannotBeSynced) {
     root.write("file", "old");
     {
         FileReplacement replacement(path);
@@ -135,7 +135,7 @@ TEST_F(FileReplacementTest, TakesAFolderThatItsFileSystemCannotSync) {
     EXPECT_EQ(root.read("file"), "text");
 }
 
-TEST_F(FileReplacementTest, TellsAFullDisk) {
+TEST_F(FileReplacementTest, ReportsAFullDisk) {
     root.write("file", "old");
     failNext("write", ENOSPC);
     EXPECT_EQ((thrownText<errinfo_description, FileSinkNotEnoughSpaceException>([this] { replace("new"); })),

@@ -57,7 +57,7 @@ protected:
     const std::string path = (root / "file").string();
 };
 
-TEST_F(FileSinkTest, MakesAFileOfWhatIsWritten) {
+TEST_F(FileSinkTest, WritesTheFile) {
     for (const bool truncate : {true, false}) {
         std::filesystem::remove(path);
         FileSink sink(path, truncate);
@@ -189,7 +189,7 @@ TEST_F(FileSinkTest, OpensAndClosesOnce) {
     EXPECT_THROW(sink.markEndOfData(), EndOfDataMarkedException);
 }
 
-TEST_F(FileSinkTest, TellsWhatFailsWhenItOpens) {
+TEST_F(FileSinkTest, ReportsWhatFailsWhenItOpens) {
     EXPECT_EQ(failureOf([&] {
                   std::filesystem::create_directory(path);
                   FileSink(path, true).open();
@@ -204,7 +204,7 @@ TEST_F(FileSinkTest, TellsWhatFailsWhenItOpens) {
               "Getting file size failed.| errno=5 (Input/output error)");
 }
 
-TEST_F(FileSinkTest, TellsAFullDisk) {
+TEST_F(FileSinkTest, ReportsAFullDisk) {
     FileSink sink(path, true);
     write(sink, "ab");
     failNext("fwrite", ENOSPC);
@@ -220,7 +220,7 @@ TEST_F(FileSinkTest, MeetsARealFullDisk) {
     EXPECT_THROW(write(sink, std::string(100000, 'x')), FileSinkNotEnoughSpaceException);
 }
 
-TEST_F(FileSinkTest, TellsAFailingWrite) {
+TEST_F(FileSinkTest, ReportsAFailingWrite) {
     FileSink sink(path, true);
     write(sink, "ab");
     failNext("fwrite", EIO);
@@ -253,7 +253,7 @@ TEST_F(FileSinkTest, SeeksToThePositionThatItRememberedWhenAWriteFailed) {
     EXPECT_EQ(content(), "abxye"); // nothing is cut
 }
 
-TEST_F(FileSinkTest, TellsThatItCannotReturnToWhereAWriteFailed) {
+TEST_F(FileSinkTest, ReportsThatItCannotReturnToWhereAWriteFailed) {
     FileSink sink(path, true);
     write(sink, "ab");
     failNext("fwrite", EIO, 1, 3);
@@ -345,7 +345,7 @@ TEST_F(FileSinkTest, EndsTheDataOnceLostChunksAreWrittenAgain) {
     EXPECT_EQ(content(), "abcdef");
 }
 
-TEST_F(FileSinkTest, TellsWhatFailsWhenItFlushes) {
+TEST_F(FileSinkTest, ReportsWhatFailsWhenItFlushes) {
     FileSink sink(path, true);
     sink.open();
     failNext("fflush", EIO);
@@ -379,7 +379,7 @@ TEST_F(FileSinkTest, LeavesNoFileOpenWhenTheEndOfDataFails) {
     EXPECT_EQ(takeCalls("fclose"), 1);
 }
 
-TEST_F(FileSinkTest, TellsAFailingClose) {
+TEST_F(FileSinkTest, ReportsAFailingClose) {
     FileSink sink(path, true);
     sink.open();
     failNext("fclose", EIO);
@@ -387,7 +387,7 @@ TEST_F(FileSinkTest, TellsAFailingClose) {
     EXPECT_TRUE(sink.isOpened());
 }
 
-TEST_F(FileSinkTest, EndsTheDataWhenItDies) {
+TEST_F(FileSinkTest, EndsTheDataWhenItIsDestroyed) {
     {
         FileSink sink(path, true);
         write(sink, "ab");
@@ -396,7 +396,7 @@ TEST_F(FileSinkTest, EndsTheDataWhenItDies) {
     EXPECT_TRUE(FakeKovan::messages().empty());
 }
 
-TEST_F(FileSinkTest, LogsAFailureWhenItDies) {
+TEST_F(FileSinkTest, LogsAFailureWhenItIsDestroyed) {
     {
         FileSink sink(path, true);
         write(sink, "ab");
@@ -492,7 +492,7 @@ TEST_F(FileSinkTest, IsMarkedOnARealFullDiskThatTakesNothingOfTheBuffer) {
     EXPECT_TRUE(sink.alreadyClosed());
 }
 
-TEST_F(FileSinkTest, TakesNoOtherFailureForAFullDisk) {
+TEST_F(FileSinkTest, DoesNotTreatAnotherFailureAsAFullDisk) {
     FileSink sink(path, true);
     sink.open();
     failNext("fwrite", EFBIG);
@@ -549,7 +549,7 @@ TEST_F(FileSinkTest, ReachesBeyondFourGibibytes) {
     EXPECT_EQ(std::filesystem::file_size(path), far + 3);
 }
 
-TEST_F(FileSinkTest, SaysWhichOneRefuses) {
+TEST_F(FileSinkTest, NamesTheObjectThatRefuses) {
     FileSink sink(path, true);
     const std::string name = "FileSink(" + path + ")";
     EXPECT_EQ((thrownText<errinfo_subject, NotOpenedException>([&] { sink.close(); })), name);

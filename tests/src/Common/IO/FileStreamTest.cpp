@@ -123,13 +123,13 @@ TEST_F(FileStreamTest, NoticesAFileThatGrewAtTheReadThatPassesTheOldEnd) {
     EXPECT_EQ(failureOf([&] { read(11); }), "File is manipulated by someone after file open.| errno=0 (Success)");
 }
 
-TEST_F(FileStreamTest, TellsAMissingFile) {
+TEST_F(FileStreamTest, ReportsAMissingFile) {
     std::filesystem::remove(path);
     EXPECT_EQ(failureOf([&] { stream.open(); }), "<no such text>| errno=2 (No such file or directory)");
     EXPECT_FALSE(stream.isOpened());
 }
 
-TEST_F(FileStreamTest, TellsWhatFailsWhenItOpens) {
+TEST_F(FileStreamTest, ReportsWhatFailsWhenItOpens) {
     failNext("fopen64", EMFILE);
     EXPECT_EQ(failureOf([&] { FileStream(path).open(); }), "<no such text>| errno=24 (Too many open files)");
     failNext("fseeko64", EIO);
@@ -139,12 +139,12 @@ TEST_F(FileStreamTest, TellsWhatFailsWhenItOpens) {
     EXPECT_EQ(failureOf([&] { FileStream(path).open(); }), "Getting file size failed.| errno=5 (Input/output error)");
 }
 
-TEST_F(FileStreamTest, TellsAFailureToReturnToTheBeginning) {
+TEST_F(FileStreamTest, ReportsAFailureToReturnToTheBeginning) {
     failNext("fseeko64", EIO, 2);
     EXPECT_EQ(failureOf([&] { stream.open(); }), "Seeking to beginning of file failed.| errno=5 (Input/output error)");
 }
 
-TEST_F(FileStreamTest, TellsAFailingRead) {
+TEST_F(FileStreamTest, ReportsAFailingRead) {
     stream.open();
     failNext("fread", EIO);
     EXPECT_EQ(failureOf([&] { read(3); }), "Reading from file failed.| errno=5 (Input/output error)");
@@ -179,7 +179,7 @@ TEST_F(FileStreamTest, ReadsToItsEndAfterAReadThatFailed) {
     EXPECT_TRUE(stream.atEnd());
 }
 
-TEST_F(FileStreamTest, TellsThatItCannotReturnToWhereAReadFailed) {
+TEST_F(FileStreamTest, ReportsThatItCannotReturnToWhereAReadFailed) {
     EXPECT_EQ(read(2), "01");
     failNext("fread", EIO, 1, 3);
     EXPECT_THROW(read(5), FileStreamIOException);
@@ -189,14 +189,14 @@ TEST_F(FileStreamTest, TellsThatItCannotReturnToWhereAReadFailed) {
     EXPECT_EQ(read(5), "23456");
 }
 
-TEST_F(FileStreamTest, TellsAFailingSeek) {
+TEST_F(FileStreamTest, ReportsAFailingSeek) {
     stream.open();
     failNext("fseeko64", EINVAL);
     EXPECT_EQ(failureOf([&] { stream.seek(3); }), "Seeking file failed.| errno=22 (Invalid argument)");
     EXPECT_EQ(stream.position(), 0U);
 }
 
-TEST_F(FileStreamTest, TellsAFailingClose) {
+TEST_F(FileStreamTest, ReportsAFailingClose) {
     stream.open();
     failNext("fclose", EIO);
     EXPECT_EQ(failureOf([&] { stream.close(); }), "Closing file failed.| errno=5 (Input/output error)");
@@ -215,7 +215,7 @@ TEST_F(FileStreamTest, OpensAndClosesOnce) {
     EXPECT_THROW(read(1), IOExceptions::AlreadyClosedException);
 }
 
-TEST_F(FileStreamTest, SaysWhichOneRefuses) {
+TEST_F(FileStreamTest, NamesTheObjectThatRefuses) {
     EXPECT_EQ((thrownText<errinfo_subject, IOExceptions::OutOfRangeException>([&] { FileStream(path).seek(11); })),
               "FileStream(" + path + ")");
     EXPECT_EQ((thrownText<errinfo_subject, IOExceptions::NotOpenedException>([&] { stream.close(); })),
@@ -229,7 +229,7 @@ TEST_F(FileStreamTest, TakesAnotherNameBeforeItOpens) {
     EXPECT_THROW(stream.setFileName(path), IOExceptions::AlreadyOpenedException);
 }
 
-TEST_F(FileStreamTest, ClosesWhenItDies) {
+TEST_F(FileStreamTest, ClosesWhenItIsDestroyed) {
     takeCalls("fclose");
     { FileStream(path).open(); }
     EXPECT_EQ(takeCalls("fclose"), 1);
@@ -237,7 +237,7 @@ TEST_F(FileStreamTest, ClosesWhenItDies) {
     EXPECT_EQ(takeCalls("fclose"), 0);
 }
 
-TEST_F(FileStreamTest, LogsAFailureToCloseWhenItDies) {
+TEST_F(FileStreamTest, LogsAFailureToCloseWhenItIsDestroyed) {
     {
         FileStream dying(path);
         dying.open();
@@ -271,7 +271,7 @@ TEST_F(FileStreamTest, IsInterruptedBeforeItReads) {
     EXPECT_EQ(read(3), "012");
 }
 
-TEST_F(FileStreamTest, ClosesAFileThatItCouldNotMeasureWhenItDies) {
+TEST_F(FileStreamTest, ClosesAFileThatItCouldNotMeasureWhenItIsDestroyed) {
     takeCalls("fclose");
     {
         FileStream immeasurable(path);

@@ -56,7 +56,7 @@ TEST(ISink, RefusesToCopyAfterTheEndOfData) {
     EXPECT_THROW(sink.appendAllStream(&stream, 3), IOExceptions::EndOfDataMarkedException);
 }
 
-TEST(ISink, SaysWhichOneIsMarked) {
+TEST(ISink, NamesTheMarkedSink) {
     MemorySink sink;
     EXPECT_NO_THROW(sink.throwIfEndOfDataMarked());
     sink.markEndOfData();

@@ -42,13 +42,13 @@ TEST(IStream, RefusesToReadAPartOfAValue) {
               "Stream does not contain full entry. bytesRead=3, sizeof(pod)=4");
 }
 
-TEST(IStream, SaysWhichOneIsDepleted) {
+TEST(IStream, NamesTheDepletedStream) {
     for (const char* const text : {"", "abc"}) {
         EXPECT_THAT(failureOfRead<errinfo_subject>(text), AllOf(HasSubstr("IStream"), HasSubstr("=0x")));
     }
 }
 
-TEST(IStream, CallsAStreamByItsDebugNameWhereItHasOne) {
+TEST(IStream, UsesTheDebugNameOfAStreamThatHasOne) {
     StreamBuffer buffer(std::make_shared<MemoryStream>(""), 4);
     std::uint8_t value = 0;
     EXPECT_THAT((thrownText<errinfo_subject, StreamDepletedException>([&] { buffer.read(value); })),

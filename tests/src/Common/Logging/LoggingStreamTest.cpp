@@ -13,7 +13,7 @@ using testing::HasSubstr;
 
 namespace {
 
-TEST(LoggingStreamTest, PrintsItsTextWithFileAndLineWhenItDies) {
+TEST(LoggingStreamTest, PrintsItsTextWithFileAndLineWhenItIsDestroyed) {
     {
         LoggingStream line("a tag", LoggingClass::ERR, "File.cpp", 12);
         line.getStream() << "text " << 5;

@@ -21,7 +21,7 @@ TEST(SafePlusTest, AddsNothingToTheLargestValue) {
     EXPECT_EQ(safePlus<unsigned long>(0, LARGEST), LARGEST);
 }
 
-TEST(SafePlusTest, RaisesWithBothValuesWhenTheSumWraps) {
+TEST(SafePlusTest, ThrowsWithBothValuesWhenTheSumWraps) {
     try {
         safePlus<unsigned long>(LARGEST, 1);
         FAIL();

@@ -47,7 +47,7 @@ const char* const END = R"(  </interface>
 </node>
 )";
 
-TEST_F(Introspection, TellsEveryMethodSortedByName) {
+TEST_F(Introspection, ListsEveryMethodSortedByName) {
     std::string expected = BEGIN;
     for (const char* name : {"acquireExternalLock",
                              "cancelServiceTransaction",
