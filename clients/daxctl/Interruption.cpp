@@ -32,7 +32,7 @@ Interruption::Interruption() : m_signals(signalsToHold()) {
 }
 
 Interruption::~Interruption() {
-    pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
+    pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr); // a signal that nobody has taken takes effect now
 }
 
 bool Interruption::wait(std::chrono::milliseconds time) {

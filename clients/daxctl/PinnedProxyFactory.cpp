@@ -20,6 +20,7 @@ public:
               std::string& function) override {
         return m_proxy->call(method, parameters, output, function);
     }
+    // The name that the caller gives is the well-known one, which another peer may have by now.
     void init(const std::string& /*connectionName*/) override { m_proxy->init(m_uniqueName); }
 
 private:

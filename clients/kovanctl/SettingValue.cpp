@@ -43,7 +43,7 @@ std::optional<SettingsValue> parse(const std::string& type, const std::string& t
 } // namespace
 
 std::string typeOf(const SettingsValue& value) {
-    static const char* const NAMES[] = {"bool", "int", "double", "string"};
+    static const char* const NAMES[] = {"bool", "int", "double", "string"}; // in the order of the variant
     return NAMES[value.index()];
 }
 

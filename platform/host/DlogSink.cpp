@@ -84,7 +84,7 @@ bool DlogSink::write(int priority, const char* tag, const char* text) const {
 }
 
 std::string dlogLine(int priority, const char* tag, const char* text) {
-    static const char LETTERS[] = "??VDIWEF";
+    static const char LETTERS[] = "??VDIWEF"; // dlog's priorities begin at 2
     std::string line(1, priority >= 0 && priority <= 7 ? LETTERS[priority] : '?');
     line.append(" ").append(tag).append(": ");
     for (; *text != '\0'; ++text) {

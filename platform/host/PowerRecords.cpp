@@ -69,6 +69,7 @@ void writeRecords(std::ostream& text, const char* group, const Records& records)
 } // namespace
 
 void addRecord(Records& records, const std::string& name, int number) {
+    // The clock may have been set back since the last record.
     records.push_back({std::max(lastSequence(records) + 1, microsecondsSince1970()), name, number});
     if (records.size() > MOST_RECORDS) {
         records.erase(records.begin());
@@ -91,7 +92,7 @@ Power parsePower(const std::string& text) {
     if (text.empty()) {
         throw std::runtime_error("the file is empty");
     }
-    if (text.back() != '\n') {
+    if (text.back() != '\n') { // a last number that was cut off could pass for a smaller one
         throw std::runtime_error("the last line has no end");
     }
     const KeyFile file(text);

@@ -14,7 +14,7 @@ constexpr int FAILED = -1;
 
 int writeFormatted(const KovanHost::DlogSink& sink, int priority, const char* tag, const char* format, va_list values) {
     char buffer[1024];
-    va_list again;
+    va_list again; // the first pass uses the values up
     va_copy(again, values);
     const int length = std::vsnprintf(buffer, sizeof(buffer), format, values);
     std::string longText;
@@ -30,7 +30,7 @@ int writeFormatted(const KovanHost::DlogSink& sink, int priority, const char* ta
 } // namespace
 
 int __dlog_print(int, int priority, const char* tag, const char* format, ...) {
-    const int callersError = errno;
+    const int callersError = errno; // to log must not change what the caller may look at next
     va_list values;
     va_start(values, format);
     const int result = KovanHost::atBorder(FAILED, [&] {

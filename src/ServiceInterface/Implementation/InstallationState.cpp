@@ -18,7 +18,7 @@ using Common::Utils::GenericException;
 void saveInstallationState(std::string path, std::string info) {
     writeInstallationRecord(path, info);
     ChecksumedStream stream(std::make_shared<FileStream>(path));
-    if (!stream.openCheck()) {
+    if (!stream.openCheck()) { // the checksum alone decides: the text is not compared
         DAX_THROW(GenericException(), errinfo_description("InstallationState verification failed.")
                                           << errinfo_path(path));
     }

@@ -18,7 +18,7 @@ namespace {
 const int WATCHDOG_PING_INTERVAL_IN_SECONDS = 10;
 
 bool exitChecking() {
-    const auto [pressed, key] = Platform::wasAnyKeyPressed();
+    const auto [pressed, key] = Platform::wasAnyKeyPressed(); // never on this platform; another may tell keys
     if (pressed && key == 'q') {
         return true;
     }

@@ -121,7 +121,7 @@ void ProgressHelper::serialize(Archive& archive, unsigned int version) {
 template <class Archive>
 void ProgressHelper::save(Archive& archive, unsigned int) const {
     archive << make_nvp("workingTimeInSeconds", m_executingTimeInSeconds);
-    archive << make_nvp("throwAfterSeconds", *m_throwAfterSeconds);
+    archive << make_nvp("throwAfterSeconds", *m_throwAfterSeconds); // fails an assertion when it is empty
     const std::string name = nameOf(m_exception);
     archive << make_nvp("Exception", name);
 }
@@ -129,7 +129,7 @@ void ProgressHelper::save(Archive& archive, unsigned int) const {
 template <class Archive>
 void ProgressHelper::load(Archive& archive, unsigned int) {
     archive >> make_nvp("workingTimeInSeconds", m_executingTimeInSeconds);
-    archive >> make_nvp("throwAfterSeconds", *m_throwAfterSeconds);
+    archive >> make_nvp("throwAfterSeconds", *m_throwAfterSeconds); // fails an assertion when it is empty
     std::string name;
     archive >> make_nvp("Exception", name);
     m_exception = exceptionNamed(name);

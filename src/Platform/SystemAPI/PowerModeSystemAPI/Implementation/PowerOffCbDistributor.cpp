@@ -30,7 +30,7 @@ std::function<int(int)> PowerOffCbDistributor::doGetMultiCallback() {
 }
 
 int PowerOffCbDistributor::multiCallback(int state) {
-    for (void* const id : subscribers()) {
+    for (void* const id : subscribers()) { // a copy: a callback may subscribe or unsubscribe
         UserDataRegister::GenericFunctorCallback<int(int)>::call<0>(state, id);
     }
     return 0;

@@ -19,7 +19,7 @@ SingletonPointer<PowerOffCbDistributor> distributor() {
 } // namespace
 
 PowerOffSignalSubscriber::~PowerOffSignalSubscriber() {
-    unsubscribeAtEnd(NAME);
+    unsubscribeAtEnd(NAME); // while the distributor still exists
     if (m_distributorId) {
         SingletonsRegister::getSingletonsRegister().unmarkNeeded(*m_distributorId);
     }

@@ -17,6 +17,7 @@ using Common::Utils::GenericException;
 const char SUCCESS[] = "system_update_success";
 const char FAILED[] = "system_update_failed";
 
+// A file of that name is no answer, but remove() takes it away as well.
 bool isDirectory(const char* name) {
     error_code failure;
     const boost::filesystem::file_status status = boost::filesystem::status(name, failure);
@@ -66,7 +67,7 @@ boost::optional<bool> get() {
 
 void remove() {
     const error_code success = removeIfThere(SUCCESS);
-    const error_code failed = removeIfThere(FAILED);
+    const error_code failed = removeIfThere(FAILED); // even when the first one cannot be removed
     if (success || failed) {
         const std::string messages = success.message() + " | " + failed.message();
         DAX_LOG(ERR) << "Removing UpgradeStatusFlag directories failed: " << messages << ".";

@@ -25,7 +25,7 @@ std::uint64_t ITimeUtil::getCurrentLocalTime() {
 }
 
 std::string ITimeUtil::getCurrentLocalTimeToString() {
-    return format(getCurrentLocalTime(), "%FT%T%z");
+    return format(getCurrentLocalTime(), "%FT%T%z"); // the zone comes out empty, since to_tm() knows none
 }
 
 std::uint64_t ITimeUtil::getCurrentTime() {
