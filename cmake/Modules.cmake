@@ -1,7 +1,7 @@
 # How a folder becomes a module, a program or a test program.
 
-# Test code runs once and is compiled often: a release does not optimise it. What it tests is the code that people run.
-set(DAX_TEST_OPTIONS $<$<CONFIG:Release>:-O0>)
+# Test code runs once and is compiled often, so it is not optimised. What it tests is the code that people run.
+set(DAX_TEST_OPTIONS -O0)
 
 add_library(dax_build INTERFACE)
 target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
