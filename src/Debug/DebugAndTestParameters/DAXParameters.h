@@ -9,6 +9,7 @@ namespace DAX::DAXCommon {
 // setting.
 class DAXParameters {
 public:
+    // The switches, numbers and texts of the record, under the same names and with the same defaults.
     bool getNoRebootFlag() const;
     void setNoRebootFlag(bool value);
     bool getSkipCompatibilityChecker() const;
@@ -33,10 +34,12 @@ public:
     void setOTASetServiceOption(int value);
 
     std::string getOTNTestServerAddress() const;
-    // The scenario file to play instead of a real transaction; empty in normal operation.
+    // The scenario file to play instead of a real transaction of the service, or of the core; empty in normal
+    // operation.
     std::string getServiceTransactionStubScenarioPath() const;
-    // The same for the core.
     std::string getCoreTransactionStubScenarioPath() const;
+
+    // Directories to use instead of the usual ones; empty in normal operation.
     std::string getOtnOUItemDownloadDirectory() const;
     std::string getResumeDataBackupDirectory() const;
 };

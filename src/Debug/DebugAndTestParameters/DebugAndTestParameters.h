@@ -66,6 +66,8 @@ public:
         return m_installationPerformanceParameters;
     }
 
+    // The fields of the file. All switches are off, all numbers 0 and all texts empty by default, except the address of
+    // the server, "<host>:<port>/".
     bool isNoRebootFlag() const { return m_noRebootFlag; }
     void setNoRebootFlag(bool value) { m_noRebootFlag = value; }
     bool isSkipCompatibilityChecker() const { return m_skipCompatibilityChecker; }
