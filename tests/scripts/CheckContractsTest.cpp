@@ -1,0 +1,121 @@
+#include <filesystem>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX::Tests {
+namespace {
+
+const std::filesystem::path SOURCES(SOURCE_FOLDER);
+
+const char INTERFACE[] = "#pragma once\n"
+                         "\n"
+                         "// What a room offers.\n"
+                         "class IRoom {\n"
+                         "public:\n"
+                         "    virtual ~IRoom() = default;\n"
+                         "\n"
+                         "    // Opens the door. Throws when it is locked.\n"
+                         "    virtual void open(int door,\n"
+                         "                      int key) = 0;\n"
+                         "\n"
+                         "    // In metres.\n"
+                         "    virtual float width() const = 0;\n"
+                         "    virtual float length() const = 0;\n"
+                         "\n"
+                         "    virtual void m_open(int door) = 0;\n"
+                         "\n"
+                         "    int doors = 0;\n"
+                         "};\n";
+
+// A tree with a public header in each folder that the script looks at. Everything in it has a comment.
+class CheckContracts : public testing::Test {
+protected:
+    CheckContracts() {
+        std::filesystem::create_directories(m_tree / "scripts");
+        std::filesystem::copy_file(SOURCES / "scripts/check-contracts", m_tree / "scripts/check-contracts");
+        write("src/Room/IRoom.h", INTERFACE);
+        write("src/Room/Implementation/CRoom.h", "class CRoom {};\n");
+        write("include/Size.h", "// A size.\nstruct Size {\n    int width;\n};\n");
+        write("platform/include/door.h", "// A door.\nstruct door;\n");
+    }
+
+    void write(const std::string& file, const std::string& text) const { m_tree.write(file, text); }
+
+    // Writes the interface without this text.
+    void writeWithout(const std::string& removed) const {
+        std::string text = INTERFACE;
+        ASSERT_NE(text.find(removed), std::string::npos);
+        write("src/Room/IRoom.h", text.erase(text.find(removed), removed.size()));
+    }
+
+    FinishedRun check(const std::string& option = "") const {
+        const std::string script = (m_tree / "scripts/check-contracts").string();
+        return option.empty() ? run({{script}, {}, {}, {}}) : run({{script, option}, {}, {}, {}});
+    }
+
+    void expectRefused(const std::string& complaints) const {
+        const FinishedRun finished = check();
+        EXPECT_EQ(finished.output, complaints) << finished.errors;
+        EXPECT_EQ(finished.end, ProcessEnd::exited(1));
+    }
+
+    const TemporaryRoot m_tree;
+};
+
+TEST_F(CheckContracts, PassATreeInWhichEverythingHasAComment) {
+    const FinishedRun finished = check();
+    EXPECT_EQ(finished.output, "") << finished.errors;
+    EXPECT_EQ(finished.end, ProcessEnd::exited(0));
+}
+
+TEST(CheckContractsOfThisTree, Pass) {
+    const FinishedRun finished = run({{(SOURCES / "scripts/check-contracts").string()}, {}, {}, {}});
+    EXPECT_EQ(finished.output, "") << finished.errors;
+    EXPECT_EQ(finished.end, ProcessEnd::exited(0));
+}
+
+TEST_F(CheckContracts, RefuseAnOperationWhoseCommentWasRemoved) {
+    writeWithout("    // Opens the door. Throws when it is locked.\n");
+    expectRefused("src/Room/IRoom.h:8: pure virtual open has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseEachOperationOfAGroupWhoseCommentWasRemoved) {
+    writeWithout("    // In metres.\n");
+    expectRefused("src/Room/IRoom.h:12: pure virtual width has no comment\n"
+                  "src/Room/IRoom.h:13: pure virtual length has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseAnOperationAfterTheBlankLineThatEndsAGroup) {
+    std::string text = INTERFACE;
+    text.insert(text.find("    virtual float length"), "\n");
+    write("src/Room/IRoom.h", text);
+    expectRefused("src/Room/IRoom.h:15: pure virtual length has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseAClassWhoseCommentWasRemoved) {
+    writeWithout("// What a room offers.\n");
+    expectRefused("src/Room/IRoom.h:3: class IRoom has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseAClassOfTheSharedAndOfThePlatformHeaders) {
+    write("include/Size.h", "struct Size {};\n");
+    write("platform/include/door.h", "class Door {};\n");
+    expectRefused("include/Size.h:1: class Size has no comment\n"
+                  "platform/include/door.h:1: class Door has no comment\n");
+}
+
+TEST_F(CheckContracts, CountWhatHasACommentAndWhatHasNone) {
+    writeWithout("    // In metres.\n");
+    const FinishedRun finished = check("--count");
+    EXPECT_THAT(finished.output, testing::EndsWith("pure virtual: 1 with a comment, 2 without\n"
+                                                   "class: 2 with a comment, 0 without\n"
+                                                   "static: 0 with a comment, 0 without\n"));
+    EXPECT_EQ(finished.end, ProcessEnd::exited(1));
+}
+
+} // namespace
+} // namespace DAX::Tests
