@@ -12,6 +12,7 @@
 
 namespace daxctl {
 
+// What the user wants from one run.
 struct UpgradePlan {
     Request request;
     DAX::DAXCommon::UpgradeType upgradeType = DAX::DAXCommon::OTN;

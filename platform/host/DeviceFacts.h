@@ -11,6 +11,7 @@ namespace KovanHost {
 
 using FactValue = std::variant<bool, int, std::string>;
 
+// One fact: "name" in the group "[group]" of the device file.
 struct DeviceFact {
     std::string group;
     std::string name;

@@ -6,6 +6,7 @@
 
 namespace KovanHost {
 
+// How GLib's objects are released.
 struct GLibFree {
     void operator()(GKeyFile* file) const { g_key_file_free(file); }
     void operator()(GError* error) const { g_error_free(error); }

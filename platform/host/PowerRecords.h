@@ -33,6 +33,7 @@ inline constexpr char POST_WAKEUP[] = "post_wakeup";
 inline constexpr char REBOOT_REQUEST[] = "reboot";
 inline constexpr char POWER_OFF_REQUEST[] = "poweroff";
 
+// All that the file holds.
 struct Power {
     int state = 0;
     int wakeUpReason = 0;
@@ -43,6 +44,7 @@ struct Power {
 
 constexpr std::size_t MOST_RECORDS = 100;
 
+// Adds a record of now, later than all others; drops the oldest one when there are too many.
 void addRecord(std::vector<PowerRecord>& records, const std::string& name, int number);
 
 // The place of the newest record; 0 when there is none.

@@ -16,6 +16,7 @@ namespace KovanHost {
 //     product_id=22136
 // The group has the device's name. A missing text is one that the stick does not tell; a missing number is 0.
 
+// One stick; an empty text is one that it does not tell.
 struct UsbStick {
     std::string deviceName;
     std::optional<std::string> mountPath;

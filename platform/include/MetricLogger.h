@@ -7,6 +7,7 @@ namespace MetricLogFramework {
 // The device's event reporting.
 class CLogger {
 public:
+    // The process's logger, which belongs to the platform; null when there is none. Any thread may call.
     static CLogger* GetInstance();
 
     // Sends one event and blocks until it is sent. 1 means that the event was taken, anything else that it was not. Any

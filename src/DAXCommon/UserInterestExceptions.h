@@ -30,7 +30,7 @@ class CImageLacksIntegrity : public UserInterestException {};
 // A session of the same or a higher priority stands against the external lock.
 class ExternalLockDenied : public UserInterestException {};
 
-// More of what the update core reports.
+// What the update core reports, too.
 class CWildcardImageNotAllowedException : public UserInterestException {};
 class InsufficientRWStorageSpace : public UserInterestException {};
 

@@ -16,6 +16,7 @@ namespace DAX::Platform::MainLoop {
 // implementation is set.
 class MainLoopSingleton : public Common::Utils::RegisterableSingleton {
 public:
+    // For the register: its id, and the singletons that it needs while it exists.
     static Common::Utils::SingletonsID getID() { return Common::Utils::G_MAIN_LOOP; }
     static std::list<Common::Utils::SingletonsID> getRequirements() { return {Common::Utils::USER_DATA_REGISTER}; }
 

@@ -11,6 +11,7 @@ namespace DAX::Platform {
 // main loop, which the library may use. If the library does not start, that is only logged.
 class BootClockInitializer : public Common::Utils::RegisterableSingleton {
 public:
+    // For the register: its id, and the singletons that it needs while it exists.
     static Common::Utils::SingletonsID getID() { return Common::Utils::SINGLETON_BOOTCLOCK_INITIALIZER; }
     static std::list<Common::Utils::SingletonsID> getRequirements() { return {Common::Utils::G_MAIN_LOOP}; }
 

@@ -11,6 +11,7 @@ namespace DAX::Platform {
 // lists USB devices must mark it as needed. Any thread may call it.
 class UsbDeviceInitializer : public Common::Utils::RegisterableSingleton {
 public:
+    // For the register: its id, and the singletons that it needs while it exists.
     static Common::Utils::SingletonsID getID() { return Common::Utils::SINGLETON_USB_DEVICE_INITIALIZER; }
     static std::list<Common::Utils::SingletonsID> getRequirements() { return {}; }
 

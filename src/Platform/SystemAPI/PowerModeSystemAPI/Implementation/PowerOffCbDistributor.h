@@ -13,6 +13,7 @@ namespace DAX::Platform {
 class PowerOffCbDistributor : public Common::Utils::SignalDistributor<int(int)>,
                               public Common::Utils::RegisterableSingleton {
 public:
+    // For the register: its id, and the singletons that it needs while it exists.
     static Common::Utils::SingletonsID getID() { return Common::Utils::POWER_OFF_CB_DISTRIBUTOR; }
     static std::list<Common::Utils::SingletonsID> getRequirements() { return {Common::Utils::USER_DATA_REGISTER}; }
 
