@@ -8,7 +8,7 @@
 #include <boost/chrono/system_clocks.hpp>
 #include <boost/exception_ptr.hpp>
 #include <boost/thread/condition_variable.hpp>
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 namespace DAX::Common::Utils {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 namespace DAX::Common::Debug {
 

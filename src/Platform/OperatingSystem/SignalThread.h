@@ -1,6 +1,6 @@
 #pragma once
 
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 #include "Utility/Utils/BlockedSignals.h"
 #include "Utility/Utils/FileDescriptor.h"

@@ -4,7 +4,7 @@
 
 #include <boost/core/noncopyable.hpp>
 #include <boost/optional.hpp>
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 namespace DAX::Common::Utils {
 

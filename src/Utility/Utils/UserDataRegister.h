@@ -9,7 +9,7 @@
 #include <boost/core/noncopyable.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/optional.hpp>
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/DAXAssert.h"

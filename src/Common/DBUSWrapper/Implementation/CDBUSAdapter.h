@@ -10,7 +10,7 @@
 
 #include <boost/optional.hpp>
 #include <boost/thread/future.hpp>
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 #include <dbus/dbus.h>
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <set>
 
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 #include "Utility/Utils/FileDescriptor.h"
 

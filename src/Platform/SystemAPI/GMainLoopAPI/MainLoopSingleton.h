@@ -3,7 +3,7 @@
 #include <list>
 #include <memory>
 
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 #include "Platform/SystemAPI/GMainLoopAPI/UserRegisteredCallback.h"
 #include "Utility/Utils/RegisterableSingleton.h"

@@ -3,7 +3,7 @@
 #include <memory>
 #include <mutex>
 
-#include <boost/thread/thread.hpp>
+#include <boost/thread/thread_only.hpp>
 
 #include "Platform/SystemAPI/GMainLoopAPI/MainLoopSingleton.h"
 
