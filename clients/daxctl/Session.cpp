@@ -62,7 +62,7 @@ boost::optional<bool> isInstallationLocked() {
 // A setting that does not exist, or cannot be read for another reason, counts as a lock that nobody holds.
 boost::optional<bool> isBlockingExternalLockHeld() {
     try {
-        return DAX::Platform::VConfT<int>("memory/menu/support/softwareupdate/isExternalLockAcquired").get() == 1;
+        return DAX::Platform::VConfT<int>(DAX::Platform::VCONF_KEY_EXTERNAL_LOCK_ACQUIRED).get() == 1;
     } catch (const DAX::Platform::VConfException& exception) {
         const int* const result = boost::get_error_info<DAX::Common::Utils::errinfo_errorcode>(exception);
         return result != nullptr && *result == EACCES ? boost::none : boost::optional<bool>(false);

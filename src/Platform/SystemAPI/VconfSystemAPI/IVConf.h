@@ -45,6 +45,7 @@ template <class GetterMapT, class SetterMapT, class T>
 class VConfT {
 public:
     explicit VConfT(std::string key) : m_key(std::move(key)) {}
+    explicit VConfT(const VConfKey<T>& key) : m_key(key.name) {}
 
     // Throws VConfException when the store fails, which is also logged.
     T get() const {
@@ -95,5 +96,11 @@ using Setters = SetterMapStruct<Setter<bool, vconf_set_bool_wrapper>, Setter<int
 // The settings store by value type: bool, int, double or std::string.
 template <class T>
 using VConfT = VConfDetails::VConfT<VConfDetails::Getters, VConfDetails::Setters, T>;
+
+// The value of a key that has a default, which stands for it when the store fails; see getOr.
+template <class T>
+T readOrDefault(const VConfKey<T>& key) {
+    return VConfT<T>(key).getOr(key.defaultValue.value());
+}
 
 } // namespace DAX::Platform

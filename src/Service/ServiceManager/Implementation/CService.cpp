@@ -18,7 +18,7 @@ using Platform::ISystemControl;
 namespace {
 
 void publishPriority(DAXCommon::ServiceClientPriority priority) {
-    Platform::VConfT<int>("memory/menu/support/softwareupdate/currentServiceClientPriority").set(priority);
+    Platform::VConfT<int>(Platform::VCONF_KEY_CURRENT_CLIENT_PRIORITY).set(priority);
 }
 
 } // namespace

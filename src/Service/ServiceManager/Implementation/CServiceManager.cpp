@@ -23,7 +23,7 @@ namespace {
 
 // 1 while a lock that blocks the main update application is held, for other programs to read.
 void publishIsExternalLockAcquired(int value) {
-    Platform::VConfT<int>("memory/menu/support/softwareupdate/isExternalLockAcquired").set(value);
+    Platform::VConfT<int>(Platform::VCONF_KEY_EXTERNAL_LOCK_ACQUIRED).set(value);
 }
 
 } // namespace

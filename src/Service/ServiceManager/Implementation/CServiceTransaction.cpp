@@ -71,7 +71,7 @@ SingleUpgradeDescription describe(const Core::SearchResult& found) {
 
 void publishInstallationLockIsNotReleased() {
     try {
-        Platform::VConfT<int>("memory/menu/support/softwareupdate/isInstallationLockReleased").set(0);
+        Platform::VConfT<int>(Platform::VCONF_KEY_INSTALLATION_LOCK_RELEASED).set(0);
     } catch (const Platform::VConfException&) {
         DAX_LOG(ERR) << "Error occurred while accessing to IVConf InstallationLockReleasedKey: "
                      << boost::current_exception_diagnostic_information(true);

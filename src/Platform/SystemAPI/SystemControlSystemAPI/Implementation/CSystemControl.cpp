@@ -86,8 +86,8 @@ int writeStandaloneRequest() {
     return errno;
 }
 
-bool isSettingOne(const char* key) {
-    return VConfT<int>(key).getOr(0) == 1;
+bool isSettingOne(const VConfKey<int>& key) {
+    return readOrDefault(key) == 1;
 }
 
 } // namespace
@@ -255,7 +255,7 @@ bool CSystemControl::m_isChineseMainlandModel() {
 }
 
 bool CSystemControl::m_isCellularConnectionAllowed() {
-    return isSettingOne("db/menu/support/softwareupdate/use_cellular_int");
+    return isSettingOne(VCONF_KEY_USE_CELLULAR);
 }
 
 bool CSystemControl::m_isOTNEnabled() {
@@ -267,7 +267,7 @@ bool CSystemControl::m_isOTAEnabled() {
 }
 
 bool CSystemControl::m_isStandaloneOTNEnabled() {
-    const bool enabled = VConfT<bool>("db/menu/support/softwareupdate/enable_standaloneOTN").getOr(false);
+    const bool enabled = readOrDefault(VCONF_KEY_STANDALONE_OTN);
     DAX_LOG(INF) << "CSystemControl::m_isStandaloneOTNEnabled returns value: " << enabled;
     return enabled;
 }

@@ -21,10 +21,6 @@ using DAXAutoUpdateKey::AUTOUPDATE_STATUS;
 using SettingAccess::announceAndSet;
 using SettingAccess::checked;
 
-const char AUTOUPDATE_STATUS_KEY[] = "memory/menu/support/softwareupdate/autoupdate_status";
-const char AUTOUPDATE_SPECIAL_MODE_KEY[] = "memory/menu/support/softwareupdate/autoupdate_special_mode";
-const char BACKGROUND_UPDATE_KEY[] = "db/ep-common/otn_onetime_update";
-
 const int LAST_AUTOUPDATE_STATUS = 7;
 const int LAST_AUTOUPDATE_SPECIAL_MODE = 1;
 
@@ -37,7 +33,7 @@ bool CSystemControl::m_isAutoUpdateOptionActive() {
             DAX_LOG(FTL) << "Auto update option is active. (B2B, Enterprise or AutoUpdateAlywaysOn option enable)";
             return true;
         }
-        const int value = VConfT<int>("db/menu/support/softwareupdate/autoupdate").get();
+        const int value = VConfT<int>(VCONF_KEY_AUTOUPDATE).get();
         DAX_LOG(DBG) << "Success getting info about AutoUpdate from vconf. Returned value:" << value;
         DAX_LOG(INF) << "AutoUpdate option is " << (value == 1 ? "active." : "inactive.");
         return value == 1;
@@ -49,7 +45,7 @@ bool CSystemControl::m_isAutoUpdateOptionActive() {
 }
 
 void CSystemControl::m_setAutoUpdateStatus(AUTOUPDATE_STATUS status) {
-    announceAndSet<int>("m_setAutoUpdateStatus", AUTOUPDATE_STATUS_KEY, status,
+    announceAndSet<int>("m_setAutoUpdateStatus", VCONF_KEY_AUTOUPDATE_STATUS, status,
                         "Cannot set AutoUpdate status value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
@@ -59,56 +55,56 @@ void CSystemControl::m_setOOBEAcceptedUpdateInfoDataId(const std::string& id) {
 }
 
 void CSystemControl::m_setUSBUIUpdateStatus(const std::string& status) {
-    announceAndSet("m_setUSBUIUpdateStatus", "memory/menu/support/softwareupdate/usbui_status", status,
+    announceAndSet("m_setUSBUIUpdateStatus", VCONF_KEY_USBUI_STATUS, status,
                    "Cannot set USB UI update status value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setUSBUIUpdateProgress(int progress) {
-    announceAndSet("m_setUSBUIUpdateProgress", "memory/menu/support/softwareupdate/usbui_progress", progress,
+    announceAndSet("m_setUSBUIUpdateProgress", VCONF_KEY_USBUI_PROGRESS, progress,
                    "Cannot set USB UI update progress status value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setAutoUpdateSpecialMode(AUTOUPDATE_SPECIAL_MODE mode) {
-    announceAndSet<int>("m_setAutoUpdateSpecialMode", AUTOUPDATE_SPECIAL_MODE_KEY, mode,
+    announceAndSet<int>("m_setAutoUpdateSpecialMode", VCONF_KEY_AUTOUPDATE_SPECIAL_MODE, mode,
                         "Cannot set AutoUpdate mode value in VConf.", BOOST_CURRENT_LOCATION);
 }
 
 void CSystemControl::m_setIsBgOTNImportantUpdateEnabled(bool enabled) {
-    announceAndSet("m_setIsBgOTNImportantUpdateEnabled", BACKGROUND_UPDATE_KEY, enabled);
+    announceAndSet("m_setIsBgOTNImportantUpdateEnabled", VCONF_KEY_BACKGROUND_UPDATE, enabled);
 }
 
 AUTOUPDATE_STATUS CSystemControl::m_getAutoUpdateStatus() {
     DAX_LOG(INF) << "CSystemControl::m_getAutoUpdateStatus()";
     int value = 0;
     try {
-        value = VConfT<int>(AUTOUPDATE_STATUS_KEY).get();
+        value = VConfT<int>(VCONF_KEY_AUTOUPDATE_STATUS).get();
     } catch (const VConfException&) {
-        DAX_LOG(ERR) << "Cannot get the value from VConf variable: " << AUTOUPDATE_STATUS_KEY;
+        DAX_LOG(ERR) << "Cannot get the value from VConf variable: " << VCONF_KEY_AUTOUPDATE_STATUS;
         DAX_THROW(GenericException(), errinfo_description("Cannot get AutoUpdate status from VConf."));
     }
     return static_cast<AUTOUPDATE_STATUS>(
-        checked(AUTOUPDATE_STATUS_KEY, value, LAST_AUTOUPDATE_STATUS, BOOST_CURRENT_LOCATION));
+        checked(VCONF_KEY_AUTOUPDATE_STATUS, value, LAST_AUTOUPDATE_STATUS, BOOST_CURRENT_LOCATION));
 }
 
 AUTOUPDATE_SPECIAL_MODE CSystemControl::m_getAutoUpdateSpecialMode() {
     DAX_LOG(INF) << "CSystemControl::m_getAutoUpdateSpecialMode()";
-    const int value = SettingAccess::getOrDefault(AUTOUPDATE_SPECIAL_MODE_KEY, 0);
+    const int value = SettingAccess::getOrDefault(VCONF_KEY_AUTOUPDATE_SPECIAL_MODE);
     return static_cast<AUTOUPDATE_SPECIAL_MODE>(
-        checked(AUTOUPDATE_SPECIAL_MODE_KEY, value, LAST_AUTOUPDATE_SPECIAL_MODE, BOOST_CURRENT_LOCATION));
+        checked(VCONF_KEY_AUTOUPDATE_SPECIAL_MODE, value, LAST_AUTOUPDATE_SPECIAL_MODE, BOOST_CURRENT_LOCATION));
 }
 
 std::string CSystemControl::m_getOOBEAcceptedUpdateInfoDataId() {
-    const std::string id = VConfT<std::string>(OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY).getOr("");
+    const std::string id = readOrDefault(OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY);
     DAX_LOG(INF) << "OOBE Accepted updateInfoDataId is " << id;
     return id;
 }
 
 bool CSystemControl::m_getIsBgOTNImportantUpdateEnabled() {
-    return SettingAccess::getOrDefault(BACKGROUND_UPDATE_KEY, false);
+    return SettingAccess::getOrDefault(VCONF_KEY_BACKGROUND_UPDATE);
 }
 
 std::string CSystemControl::m_getAutoUpgradeTriggerKey() {
-    return VCONF_KEY_AUTOUPGRADE_TRIGGER_KEY;
+    return VCONF_KEY_AUTOUPGRADE_TRIGGER_KEY.name;
 }
 
 bool CSystemControl::m_setAutoUpgradeTrigger() {

@@ -14,7 +14,7 @@ const int CONSENT_REQUIRED = 2;
 } // namespace
 
 bool CSystemControl::m_isPreUpdateConsentSet() {
-    return VConfT<int>(VCONF_KEY_PREUPDATE_CONSENT).getOr(0) != 0;
+    return readOrDefault(VCONF_KEY_PREUPDATE_CONSENT) != 0;
 }
 
 bool CSystemControl::m_isPreUpdateConsentRequired() {

@@ -9,11 +9,11 @@
 
 namespace DAX::Platform::SettingAccess {
 
-// How the settings for the user interface are read and written. Keys are complete, with their path.
+// How the settings for the user interface are read and written.
 
 // Logs the operation with its argument and writes the value. False when that fails, which is logged.
 template <class T>
-bool announceAndSet(const char* operation, const char* key, const T& value) {
+bool announceAndSet(const char* operation, const VConfKey<T>& key, const T& value) {
     DAX_LOG(INF) << "CSystemControl::" << operation << "(" << value << ")";
     try {
         VConfT<T>(key).set(value);
@@ -26,7 +26,7 @@ bool announceAndSet(const char* operation, const char* key, const T& value) {
 
 // The same, but a failure also throws GenericException with this description, as if from `site`.
 template <class T>
-void announceAndSet(const char* operation, const char* key, const T& value, const char* failure,
+void announceAndSet(const char* operation, const VConfKey<T>& key, const T& value, const char* failure,
                     const boost::source_location& site) {
     if (!announceAndSet(operation, key, value)) {
         DAX_THROW_AT(site, Common::Utils::GenericException(), Common::Utils::errinfo_description(failure));
@@ -34,7 +34,7 @@ void announceAndSet(const char* operation, const char* key, const T& value, cons
 }
 
 // Writes it, or logs that it cannot be done and lets the store's exception pass.
-inline void setQuoted(const char* key, int value) {
+inline void setQuoted(const VConfKey<int>& key, int value) {
     try {
         VConfT<int>(key).set(value);
     } catch (const VConfException&) {
@@ -43,21 +43,21 @@ inline void setQuoted(const char* key, int value) {
     }
 }
 
-// The value, or the default, with a log line, when the store fails.
+// The value, or the key's default, with a log line, when the store fails.
 template <class T>
-T getOrDefault(const char* key, const T& defaultValue) {
+T getOrDefault(const VConfKey<T>& key) {
     try {
         return VConfT<T>(key).get();
     } catch (const VConfException&) {
         DAX_LOG(ERR) << "Cannot get the value from VConf variable: " << key
-                     << ". Returning default value: " << defaultValue;
-        return defaultValue;
+                     << ". Returning default value: " << key.defaultValue.value();
+        return key.defaultValue.value();
     }
 }
 
 // Returns the value if it is in the enumeration, that is from 0 to `last`. Otherwise throws GenericException, as if
 // from `site`.
-inline int checked(const char* key, int value, int last, const boost::source_location& site) {
+inline int checked(const VConfKey<int>& key, int value, int last, const boost::source_location& site) {
     if (value < 0 || value > last) {
         DAX_LOG(ERR) << "Incorrect VConf value of key: " << key << ", value = " << value;
         DAX_THROW_AT(site, Common::Utils::GenericException(), "Incorrect value stored in VConf: " << value);

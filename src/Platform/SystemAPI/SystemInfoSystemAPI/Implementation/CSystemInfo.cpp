@@ -19,10 +19,6 @@ using Common::Utils::GenericException;
 
 const std::size_t COUNTRY_CODE_LENGTH = 2;
 
-std::string textOr(const char* key) {
-    return VConfT<std::string>(key).getOr("");
-}
-
 // Logs what the store holds, for debugging, and returns it.
 template <class T>
 T debugged(const char* text, const T& value) {
@@ -41,7 +37,7 @@ enum class Told { FAILURE, FAILURE_AND_DIAGNOSTIC };
 
 // A failed write is only logged.
 template <class T>
-void setOrLog(const char* key, const T& value, const char* failure, Told told = Told::FAILURE) {
+void setOrLog(const VConfKey<T>& key, const T& value, const char* failure, Told told = Told::FAILURE) {
     try {
         VConfT<T>(key).set(value);
     } catch (const VConfException&) {
@@ -49,39 +45,39 @@ void setOrLog(const char* key, const T& value, const char* failure, Told told = 
     }
 }
 
-std::string submodelOrModel(const char* key) {
-    const std::string submodel = textOr(key);
+std::string submodelOrModel(const VConfKey<std::string>& key) {
+    const std::string submodel = readOrDefault(key);
     return submodel.empty() ? IProductInfo::getModelString() : submodel;
 }
 
 } // namespace
 
 std::string CSystemInfo::m_getDuid() {
-    return notEmpty(debugged("Debug only log: DUID is ", VConfT<std::string>("db/comss/hwduid").get()),
+    return notEmpty(debugged("Debug only log: DUID is ", VConfT<std::string>(VCONF_KEY_DUID).get()),
                     "DUID value taken from vconf is empty", BOOST_CURRENT_LOCATION);
 }
 
 std::string CSystemInfo::m_getAtoken() {
-    return debugged("Debug only log: Atoken is ", VConfT<std::string>("db/comss/atoken").get());
+    return debugged("Debug only log: Atoken is ", VConfT<std::string>(VCONF_KEY_ATOKEN).get());
 }
 
 std::string CSystemInfo::m_getOtnUrl() {
-    return debugged("Debug only log: OTN URL is ", textOr("rtc/db/comss/gpmurl/otn"));
+    return debugged("Debug only log: OTN URL is ", readOrDefault(VCONF_KEY_OTN_URL));
 }
 
 bool CSystemInfo::m_isTermsConditionsAccepted() {
-    const int value = VConfT<int>("db/menu/home_deck/homedatacontrol/defaultdisclaimeragree").get();
+    const int value = VConfT<int>(VCONF_KEY_TERMS_ACCEPTED).get();
     DAX_LOG(DBG) << "Terms&Conditions: " << value;
     return value == 1;
 }
 
 std::string CSystemInfo::m_getFirmwareVersion() {
-    return notEmpty(debugged("Debug only log: FIRMWARE is ", VConfT<std::string>("db/comss/infolinkversion").get()),
+    return notEmpty(debugged("Debug only log: FIRMWARE is ", VConfT<std::string>(VCONF_KEY_FIRMWARE_VERSION).get()),
                     "Firmware value taken from vconf is empty", BOOST_CURRENT_LOCATION);
 }
 
 std::string CSystemInfo::m_getCountryCode() {
-    const std::string code = debugged("Debug only log: CountryCode is ", textOr("db/comss/countrycode"));
+    const std::string code = debugged("Debug only log: CountryCode is ", readOrDefault(VCONF_KEY_COUNTRY_CODE));
     if (code.size() != COUNTRY_CODE_LENGTH) {
         DAX_LOG(WRN) << "CountryCode value taken from vconf has not expected length";
         return {};
@@ -108,7 +104,7 @@ std::string CSystemInfo::m_getSelectedSubModelString(ISystemInfo::ZoneType zone)
 }
 
 std::string CSystemInfo::m_getSelectedSubModelOrEmptyString() {
-    return textOr(VCONF_SELECTED_SUB_MODEL_STRING_KEY);
+    return readOrDefault(VCONF_SELECTED_SUB_MODEL_STRING_KEY);
 }
 
 void CSystemInfo::m_setSelectedSubModelString(const std::string& submodel) {
@@ -127,11 +123,11 @@ void CSystemInfo::m_setSelectedSubModelString(const std::string& submodel) {
 }
 
 bool CSystemInfo::m_isAnySubmodelSelected() {
-    return !textOr(VCONF_SELECTED_SUB_MODEL_STRING_KEY).empty();
+    return !readOrDefault(VCONF_SELECTED_SUB_MODEL_STRING_KEY).empty();
 }
 
 bool CSystemInfo::m_isAnySubmodelFound() {
-    return VConfT<bool>(VCONF_IS_ANY_SUBMODEL_STRING_KEY).getOr(false);
+    return readOrDefault(VCONF_IS_ANY_SUBMODEL_STRING_KEY);
 }
 
 void CSystemInfo::m_setAnySubmodelFlag(bool found) {
@@ -167,7 +163,7 @@ void CSystemInfo::m_setMsdFolderPath(const std::string& folder) {
 }
 
 std::string CSystemInfo::m_getMsdFolderPath() {
-    return textOr(VCONF_KEY_MSD_PATH);
+    return readOrDefault(VCONF_KEY_MSD_PATH);
 }
 
 void CSystemInfo::m_setMsdVersions(const std::string& versions) {
@@ -175,17 +171,16 @@ void CSystemInfo::m_setMsdVersions(const std::string& versions) {
 }
 
 std::string CSystemInfo::m_getMsdVersions() {
-    return textOr(VCONF_KEY_MSD_VERSIONS);
+    return readOrDefault(VCONF_KEY_MSD_VERSIONS);
 }
 
 bool CSystemInfo::m_isHighContrastMode() {
-    return debugged("Debug only log: highcontrast is ",
-                    VConfT<int>("db/menu/system/accessibility/highcontrast").get()) != 0;
+    return debugged("Debug only log: highcontrast is ", VConfT<int>(VCONF_KEY_HIGH_CONTRAST).get()) != 0;
 }
 
 int CSystemInfo::m_getAccessibilityActCustomTimeout(int defaultSeconds) {
     static const std::map<int, int> minutesInSeconds = {{1, 60}, {2, 120}, {5, 300}, {10, 600}};
-    const int kind = VConfT<int>("db/menu/time-to-take-action").getOr(0);
+    const int kind = readOrDefault(VCONF_KEY_TIME_TO_TAKE_ACTION);
     DAX_LOG(DBG) << "AccessibilityAct timeout type: " << kind;
     if (kind == 0) {
         return defaultSeconds;
