@@ -3,6 +3,11 @@
 # Test code runs once and is compiled often, so it is not optimised. What it tests is the code that people run.
 set(DAX_TEST_OPTIONS -O0)
 
+# Without them, every source has to include what it uses.
+if(NOT DAX_PRECOMPILED_HEADERS)
+  set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
+endif()
+
 add_library(dax_build INTERFACE)
 target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 target_include_directories(dax_build SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
