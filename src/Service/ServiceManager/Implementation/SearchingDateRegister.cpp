@@ -19,7 +19,7 @@
 #include "Platform/ProductPaths/IProductPaths.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/ITimeUtil.h"
 #include "Platform/SystemAPI/TimerUtilsSystemAPI/TimeConversions.h"
-#include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/ThrowLogged.h"
 
 namespace DAX::Service::ServiceManager {
 
@@ -31,6 +31,7 @@ using Common::IO::FileStreamIOException;
 using Common::IO::RegularFile;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_path;
+using Common::Utils::throwLogged;
 using Platform::IProductPaths;
 
 namespace {
@@ -51,9 +52,8 @@ std::unique_ptr<FileReplacement> openForWriting(const path& file) {
     try {
         return std::make_unique<FileReplacement>(file);
     } catch (const FileSinkIOException&) {
-        const std::string failure = "Unable to open date register file: " + file.string();
-        DAX_LOG(ERR) << failure;
-        DAX_THROW(SearchingDateRegister::FailToOpenExistingFileException(), failure << errinfo_path(file));
+        throwLogged(SearchingDateRegister::FailToOpenExistingFileException() << errinfo_path(file),
+                    "Unable to open date register file: " + file.string(), BOOST_CURRENT_LOCATION);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
+#include "Utility/Utils/ThrowLogged.h"
 
 namespace DAX::Platform::UpgradeStatusDirectories {
 namespace {
@@ -13,6 +14,7 @@ using boost::system::error_code;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_string;
 using Common::Utils::GenericException;
+using Common::Utils::throwLogged;
 
 const char SUCCESS[] = "system_update_success";
 const char FAILED[] = "system_update_failed";
@@ -36,16 +38,12 @@ error_code removeIfThere(const char* name) {
     return failure;
 }
 
-[[noreturn]] void refuse(const char* text, const boost::source_location& site) {
-    DAX_LOG(ERR) << text;
-    DAX_THROW_AT(site, GenericException(), errinfo_description(text));
-}
-
 } // namespace
 
 void set(bool success) {
     if (get()) {
-        refuse("Can't set upgrade status flag when this flag is already set.", BOOST_CURRENT_LOCATION);
+        throwLogged<errinfo_description>(
+            GenericException(), "Can't set upgrade status flag when this flag is already set.", BOOST_CURRENT_LOCATION);
     }
     error_code failure;
     boost::filesystem::create_directory(success ? SUCCESS : FAILED, failure);
@@ -60,7 +58,8 @@ boost::optional<bool> get() {
     const bool success = isDirectory(SUCCESS);
     const bool failed = isDirectory(FAILED);
     if (success && failed) {
-        refuse("UpgradeStatusFlag is success and failed at once.", BOOST_CURRENT_LOCATION);
+        throwLogged<errinfo_description>(GenericException(), "UpgradeStatusFlag is success and failed at once.",
+                                         BOOST_CURRENT_LOCATION);
     }
     return success || failed ? boost::optional<bool>(success) : boost::none;
 }

@@ -16,11 +16,13 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/KeptInterruption.h"
+#include "Utility/Utils/ThrowLogged.h"
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
 using Common::Logging::SafeOstringStream;
 using Common::Utils::GenericException;
+using Common::Utils::throwLogged;
 using DAXCommon::ServiceClientPriority;
 using DAXCommon::ServiceTransactionType;
 using DAXCommon::UpgradeType;
@@ -74,13 +76,6 @@ bool isNamed(const char* sender, const std::string& name) {
 
 std::string nameOf(const char* sender) {
     return sender != nullptr ? sender : SafeOstringStream::NULLPTR_STR;
-}
-
-// Logs a refusal and throws it with the same text.
-template <class Exception>
-[[noreturn]] void refuse(const std::string& text) {
-    DAX_LOG(ERR) << text;
-    DAX_THROW(Exception(), text);
 }
 
 template <class Entry>
@@ -157,31 +152,37 @@ std::string CServiceManagerAdapter::describeServiceClient() const {
 
 std::shared_ptr<IService> CServiceManagerAdapter::throwIfWrongService(const char* sender) const {
     if (!m_service) {
-        refuse<ServiceRevokedException>("m_service was already destroyed or was never created. Sender: " +
-                                        nameOf(sender));
+        throwLogged(ServiceRevokedException(),
+                    "m_service was already destroyed or was never created. Sender: " + nameOf(sender),
+                    BOOST_CURRENT_LOCATION);
     }
     if (!isNamed(sender, m_service->originalSender)) {
-        refuse<ServiceRevokedException>("Accessing m_service that was created by a different sender. Proxy name: " +
-                                        describeAccess(*m_service, sender));
+        throwLogged(ServiceRevokedException(),
+                    "Accessing m_service that was created by a different sender. Proxy name: " +
+                        describeAccess(*m_service, sender),
+                    BOOST_CURRENT_LOCATION);
     }
     return m_service->service;
 }
 
 std::shared_ptr<IServiceTransaction> CServiceManagerAdapter::throwIfWrongTransaction(const char* sender) const {
     if (!m_serviceTransaction) {
-        refuse<TransactionInvalidatedException>(
-            "m_serviceTransaction is already canceled or was never created. Sender: " + nameOf(sender));
+        throwLogged(TransactionInvalidatedException(),
+                    "m_serviceTransaction is already canceled or was never created. Sender: " + nameOf(sender),
+                    BOOST_CURRENT_LOCATION);
     }
     if (!isNamed(sender, m_serviceTransaction->originalSender)) {
-        refuse<TransactionInvalidatedException>(
-            "Accessing m_serviceTransaction that was created by a different sender. Proxy name: " +
-            describeAccess(*m_serviceTransaction, sender));
+        throwLogged(TransactionInvalidatedException(),
+                    "Accessing m_serviceTransaction that was created by a different sender. Proxy name: " +
+                        describeAccess(*m_serviceTransaction, sender),
+                    BOOST_CURRENT_LOCATION);
     }
     auto transaction = m_serviceTransaction->transaction.lock();
     if (!transaction) {
-        refuse<TransactionInvalidatedException>(
-            "m_serviceTransaction is already destroyed on the CService side. Proxy name: " +
-            describeAccess(*m_serviceTransaction, sender));
+        throwLogged(TransactionInvalidatedException(),
+                    "m_serviceTransaction is already destroyed on the CService side. Proxy name: " +
+                        describeAccess(*m_serviceTransaction, sender),
+                    BOOST_CURRENT_LOCATION);
     }
     return transaction;
 }
