@@ -1,15 +1,16 @@
 #include "DAXCoreSimulator/FaultExceptions.h"
 
-#include <map>
+#include <cstdlib>
 
-#include "DAXCommon/UserInterestExceptions.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/NamedExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAXCoreSimulator {
 
 namespace {
 
-using namespace DAX::UserInterestExceptions;
+using DAX::DAXIPC::DBUSLowLevel::NAMED_EXCEPTIONS;
+using DAX::DAXIPC::DBUSLowLevel::NamedException;
 
 template <class Exception>
 [[noreturn]] void raise(const std::string& supportCode, const std::string& text) {
@@ -20,33 +21,23 @@ template <class Exception>
     DAX_THROW(exception, text);
 }
 
-using Raise = void (*)(const std::string& supportCode, const std::string& text);
-
-const std::map<std::string, Raise> RAISES{
-    {"TransactionInvalidatedException", &raise<TransactionInvalidatedException>},
-    {"CUpdateFailed", &raise<CUpdateFailed>},
-    {"CUSBReadError", &raise<CUSBReadError>},
-    {"CNetworkTransferError", &raise<CNetworkTransferError>},
-    {"CUSBImageCorrupted", &raise<CUSBImageCorrupted>},
-    {"CUSBDecryptionError", &raise<CUSBDecryptionError>},
-    {"CImageCorrupted", &raise<CImageCorrupted>},
-    {"CWrongKeys", &raise<CWrongKeys>},
-    {"CImageLacksIntegrity", &raise<CImageLacksIntegrity>},
-    {"ExternalLockDenied", &raise<ExternalLockDenied>},
-    {"CWildcardImageNotAllowedException", &raise<CWildcardImageNotAllowedException>},
-    {"InsufficientRWStorageSpace", &raise<InsufficientRWStorageSpace>},
-    {"DAXUnknownException", &raise<DAXUnknownException>},
-};
+template <class Exception>
+void raiseIfNamed(NamedException<Exception> named, const std::string& name, const std::string& supportCode,
+                  const std::string& text) {
+    if (name == named.wireName) {
+        raise<Exception>(supportCode, text);
+    }
+}
 
 } // namespace
 
 bool isExceptionName(const std::string& name) {
-    return RAISES.count(name) != 0;
+    return std::apply([&](auto... named) { return ((name == named.wireName) || ...); }, NAMED_EXCEPTIONS);
 }
 
 void raiseException(const std::string& name, const std::string& supportCode, const std::string& text) {
-    RAISES.at(name)(supportCode, text);
-    std::abort(); // not reached: every function of the table throws
+    std::apply([&](auto... named) { (raiseIfNamed(named, name, supportCode, text), ...); }, NAMED_EXCEPTIONS);
+    std::abort(); // the scenario has been checked for its names
 }
 
 } // namespace DAXCoreSimulator

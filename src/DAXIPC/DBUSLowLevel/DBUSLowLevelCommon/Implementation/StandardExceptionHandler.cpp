@@ -8,9 +8,9 @@
 #include <boost/exception/diagnostic_information.hpp>
 
 #include "Common/Logging/LoggingStream.h"
-#include "DAXCommon/UserInterestExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/NamedExceptions.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX::DAXIPC::DBUSLowLevel {
@@ -20,48 +20,19 @@ using namespace UserInterestExceptions;
 namespace {
 
 template <class ExceptionType>
-struct Row {
-    const char* wireName;
-};
-
-// In the order in which an exception is tried against the types.
-constexpr std::tuple TABLE{
-    Row<TransactionInvalidatedException>{"TransactionInvalidatedException"},
-    Row<CUpdateFailed>{"CUpdateFailed"},
-    Row<CUSBReadError>{"CUSBReadError"},
-    Row<CNetworkTransferError>{"CNetworkTransferError"},
-    Row<CUSBImageCorrupted>{"CUSBImageCorrupted"},
-    Row<CUSBDecryptionError>{"CUSBDecryptionError"},
-    Row<CImageCorrupted>{"CImageCorrupted"},
-    Row<CWrongKeys>{"CWrongKeys"},
-    Row<CImageLacksIntegrity>{"CImageLacksIntegrity"},
-    Row<ExternalLockDenied>{"ExternalLockDenied"},
-    Row<CWildcardImageNotAllowedException>{"CWildcardImageNotAllowedException"},
-    Row<InsufficientRWStorageSpace>{"InsufficientRWStorageSpace"},
-    Row<DAXUnknownException>{"DAXUnknownException"},
-};
-
-template <class ExceptionType>
 constexpr const char* wireNameOf() {
-    return std::get<Row<ExceptionType>>(TABLE).wireName;
-}
-
-std::string supportCodeOfCurrentException() {
-    try {
-        boost::rethrow_exception(boost::current_exception());
-    } catch (boost::exception& caught) {
-        return Common::Utils::get_combined_supportcode(caught);
-    } catch (...) {
-        return std::string();
-    }
+    return std::get<NamedException<ExceptionType>>(NAMED_EXCEPTIONS).wireName;
 }
 
 } // namespace
 
+// `caught` is what is being handled, or null when that carries no support code.
 template <class ExceptionType>
-void serializeException(const ExceptionType& exception, std::string& name, std::stringstream& stream) {
+void serializeException(const ExceptionType& exception, boost::exception* caught, std::string& name,
+                        std::stringstream& stream) {
     const std::string diagnostic = boost::current_exception_diagnostic_information(true);
-    const std::string supportCode = supportCodeOfCurrentException();
+    const std::string supportCode =
+        caught != nullptr ? Common::Utils::get_combined_supportcode(*caught) : std::string();
     DAX_LOG(DBG) << "IPC Call: Exception has been caught. SupportCode: " << supportCode
                  << " Diagnostic: " << diagnostic;
     name = wireNameOf<ExceptionType>();
@@ -89,32 +60,29 @@ template <class ExceptionType>
 
 namespace {
 
-// False when `exception` is of another type than the row's.
+// Null when the exception is of another type than the table's entry. A cast finds what a catch clause would find, since
+// every entry's type has boost::exception for a virtual base.
 template <class ExceptionType>
-bool serializeAs(Row<ExceptionType>, const boost::exception_ptr& exception, std::string& name,
+const ExceptionType* as(NamedException<ExceptionType>, const boost::exception& exception) {
+    return dynamic_cast<const ExceptionType*>(&exception);
+}
+
+// False when what was caught is of another type than the table's entry.
+template <class ExceptionType>
+bool serializeAs(NamedException<ExceptionType> named, boost::exception& caught, std::string& name,
                  std::stringstream& stream) {
-    try {
-        boost::rethrow_exception(exception);
-    } catch (const ExceptionType& caught) {
-        serializeException(caught, name, stream);
-        return true;
-    } catch (...) {
+    const ExceptionType* const exception = as(named, caught);
+    if (exception == nullptr) {
         return false;
     }
-}
-
-void serializeAsUnknown(const boost::exception_ptr& exception, std::string& name, std::stringstream& stream) {
-    try {
-        boost::rethrow_exception(exception);
-    } catch (...) {
-        serializeException(DAXUnknownException(), name, stream);
-    }
+    serializeException(*exception, &caught, name, stream);
+    return true;
 }
 
 template <class ExceptionType>
-void rethrowIfNamed(Row<ExceptionType> row, const std::string& method, const std::string& name,
+void rethrowIfNamed(NamedException<ExceptionType> named, const std::string& method, const std::string& name,
                     std::stringstream& stream) {
-    if (name == row.wireName) {
+    if (name == named.wireName) {
         rethrowException<ExceptionType>(method, stream);
     }
 }
@@ -123,16 +91,22 @@ void rethrowIfNamed(Row<ExceptionType> row, const std::string& method, const std
 
 void StandardExceptionHandler::wrapException(const boost::exception_ptr& exception, std::string& name,
                                              std::stringstream& stream) {
-    const auto serializeByType = [&](auto... rows) { return (serializeAs(rows, exception, name, stream) || ...); };
-    if (!std::apply(serializeByType, TABLE)) {
-        serializeAsUnknown(exception, name, stream);
+    try {
+        boost::rethrow_exception(exception);
+    } catch (boost::exception& caught) {
+        const auto serializeByType = [&](auto... named) { return (serializeAs(named, caught, name, stream) || ...); };
+        if (!std::apply(serializeByType, NAMED_EXCEPTIONS)) {
+            serializeException(DAXUnknownException(), &caught, name, stream);
+        }
+    } catch (...) {
+        serializeException(DAXUnknownException(), nullptr, name, stream);
     }
 }
 
 void StandardExceptionHandler::unwrapException(const std::string& method, const std::string& name,
                                                std::stringstream& stream) {
-    const auto rethrowByName = [&](auto... rows) { (rethrowIfNamed(rows, method, name, stream), ...); };
-    std::apply(rethrowByName, TABLE);
+    const auto rethrowByName = [&](auto... named) { (rethrowIfNamed(named, method, name, stream), ...); };
+    std::apply(rethrowByName, NAMED_EXCEPTIONS);
     BOOST_ASSERT_MSG(false, "Adapter sent exception that is not known by Proxy.");
     std::abort();
 }
