@@ -11,10 +11,9 @@
 #include "DAXCoreSimulator/ArgumentsAsJson.h"
 #include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSHelper.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/MethodRelay.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
 
 namespace DAXCoreSimulator {
@@ -24,11 +23,10 @@ namespace {
 namespace DBUSICore = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore;
 namespace Core = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::Methods;
 namespace Transaction = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICoreTransaction::Methods;
-using DAX::DAXIPC::DBUSLowLevel::ArchiveInput;
 namespace RequestBoundary = DAX::DAXIPC::DBUSLowLevel::RequestBoundary;
 using DAX::DAXIPC::DBUSLowLevel::methodNames;
+using DAX::DAXIPC::DBUSLowLevel::relayCall;
 using DAX::DAXIPC::DBUSLowLevel::writeIntrospection;
-namespace DBUSHelper = DAX::DAXIPC::DBUSLowLevel::DBUSHelper;
 
 // One call on its way to the simulated core.
 struct Call {
@@ -41,34 +39,23 @@ struct Call {
 
 using Handler = std::function<void(Call& call)>;
 
-template <class... Values, std::size_t... Indices>
-nlohmann::ordered_json named(const std::vector<std::string>& names, const std::tuple<Values...>& values,
-                             std::index_sequence<Indices...>) {
+template <class... Values>
+nlohmann::ordered_json named(const std::vector<std::string>& names, const Values&... values) {
     nlohmann::ordered_json arguments = nlohmann::ordered_json::object();
-    ((arguments[names.at(Indices)] = asJson(std::get<Indices>(values))), ...);
+    [[maybe_unused]] auto name = names.begin(); // used by nothing without values
+    ((arguments[*name++] = asJson(values)), ...);
     return arguments;
 }
 
-// Decodes the arguments of an operation, tells of them under these names, calls it and encodes its result.
-template <class R, class... Args>
-Handler handlerOf(R (SimulatedCore::*operation)(const std::string&, Args...), std::vector<std::string> names = {}) {
-    return [operation, names](Call& call) {
-        std::tuple<Args...> values;
-        const auto decode = [&](boost::archive::text_iarchive& archive) {
-            std::apply([&archive](auto&... value) { ((archive >> value), ...); }, values);
-            call.decoded(named(names, values, std::index_sequence_for<Args...>()));
-        };
-        const auto run = [&] {
-            return std::apply([&](auto&... value) { return (call.core.*operation)(call.sender, std::move(value)...); },
-                              values);
-        };
-        if constexpr (std::is_void_v<R>) {
-            ArchiveInput archive(call.in);
-            decode(archive.archive());
-            run();
-        } else {
-            DBUSHelper::handleAdapterMethod<R>(call.in, call.out, decode, run);
-        }
+// Relays a call to an operation of the core, and in between tells of its arguments under these names.
+template <class R, class... Args, class... Names>
+Handler handlerOf(R (SimulatedCore::*operation)(const std::string&, Args...), Names... names) {
+    static_assert(sizeof...(Args) == sizeof...(Names), "each argument has a name in the record");
+    return [operation, names = std::vector<std::string>{names...}](Call& call) {
+        relayCall<std::tuple<Args...>>(call.in, call.out, [&](Args... arguments) {
+            call.decoded(named(names, arguments...));
+            return (call.core.*operation)(call.sender, std::move(arguments)...);
+        });
     };
 }
 
@@ -78,19 +65,19 @@ const std::map<std::string, Handler>& methods() {
         {Core::getCurrentVersion, handlerOf(&C::getCurrentVersion)},
         {Core::getSupportedUpgradeTypes, handlerOf(&C::getSupportedUpgradeTypes)},
         {Core::scheduleFactoryReset, handlerOf(&C::scheduleFactoryReset)},
-        {Core::createTransaction, handlerOf(&C::createTransaction, {"parameters", "proxyId", "connectionId"})},
-        {Core::helloMessage, handlerOf(&C::helloMessage, {"proxyId"})},
+        {Core::createTransaction, handlerOf(&C::createTransaction, "parameters", "proxyId", "connectionId")},
+        {Core::helloMessage, handlerOf(&C::helloMessage, "proxyId")},
         {Transaction::isSearchingPossible, handlerOf(&C::isSearchingPossible)},
-        {Transaction::startSearching, handlerOf(&C::startSearching, {"searchParameter"})},
+        {Transaction::startSearching, handlerOf(&C::startSearching, "searchParameter")},
         {Transaction::startModelsSearching, handlerOf(&C::startModelsSearching)},
         {Transaction::getSearchProgress, handlerOf(&C::getSearchProgress)},
         {Transaction::getSearchResult, handlerOf(&C::getSearchResult)},
         {Transaction::getModelsSearchResult, handlerOf(&C::getModelsSearchResult)},
-        {Transaction::startInstallation, handlerOf(&C::startInstallation, {"items"})},
+        {Transaction::startInstallation, handlerOf(&C::startInstallation, "items")},
         {Transaction::getInstallationProgress, handlerOf(&C::getInstallationProgress)},
-        {Transaction::startFinalization, handlerOf(&C::startFinalization, {"items", "upgradeId", "flag"})},
+        {Transaction::startFinalization, handlerOf(&C::startFinalization, "items", "upgradeId", "flag")},
         {Transaction::getFinalizationProgress, handlerOf(&C::getFinalizationProgress)},
-        {Transaction::cancelCoreTransaction, handlerOf(&C::cancelCoreTransaction, {"reason"})},
+        {Transaction::cancelCoreTransaction, handlerOf(&C::cancelCoreTransaction, "reason")},
     };
     return table;
 }

@@ -8,10 +8,10 @@
 
 #include "Common/Logging/LoggingStream.h"
 #include "DAXCommon/UserInterestExceptions.h"
-#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/Implementation/MethodRelay.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/MethodRelay.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
@@ -209,21 +209,20 @@ void CServiceManagerAdapter::relay(std::stringstream& in, std::stringstream& out
 }
 
 void CServiceManagerAdapter::handle_getService(std::stringstream& in, std::stringstream& out, const char* sender) {
-    std::tuple<ServiceClientPriority, std::string, ServiceTransactionType, std::string, std::string> arguments;
-    DBUSHelper::handleAdapterMethod<std::string>(
-        in, out, [&](boost::archive::text_iarchive& archive) { decode(archive, arguments); },
-        [&]() -> std::string {
-            const auto& [priority, clientName, type, proxyName, connectionId] = arguments;
-            auto service = m_serviceManager->getService(priority, clientName, type);
-            if (!service) {
-                return {};
-            }
-            DAX_LOG(INF) << "New Service for " << proxyName << " created.";
-            // Replaces an older session, which the service manager has ended by now.
-            m_service = NameAndService{nameOf(sender), proxyName, NOT_SET, std::move(service)};
-            m_eventsSubscriber->subscribeForConnectionCloseEvent(m_service->serviceManagerClient);
-            return Manager::CONNECTION_NAME;
-        });
+    using Arguments = std::tuple<ServiceClientPriority, std::string, ServiceTransactionType, std::string, std::string>;
+    relayCall<Arguments>(in, out,
+                         [&](ServiceClientPriority priority, const std::string& clientName, ServiceTransactionType type,
+                             const std::string& proxyName, const std::string& /*connectionId*/) -> std::string {
+                             auto service = m_serviceManager->getService(priority, clientName, type);
+                             if (!service) {
+                                 return {};
+                             }
+                             DAX_LOG(INF) << "New Service for " << proxyName << " created.";
+                             // Replaces an older session, which the service manager has ended by now.
+                             m_service = NameAndService{nameOf(sender), proxyName, NOT_SET, std::move(service)};
+                             m_eventsSubscriber->subscribeForConnectionCloseEvent(m_service->serviceManagerClient);
+                             return Manager::CONNECTION_NAME;
+                         });
 }
 
 void CServiceManagerAdapter::handle_getServiceOwner(std::stringstream&, std::stringstream& out, const char*) {
@@ -255,17 +254,15 @@ void CServiceManagerAdapter::handle_helloMessage(std::stringstream& in, std::str
 void CServiceManagerAdapter::handle_startNewTransaction(std::stringstream& in, std::stringstream& out,
                                                         const char* sender) {
     const auto service = throwIfWrongService(sender);
-    std::tuple<UpgradeType, std::string, std::string> arguments;
-    DBUSHelper::handleAdapterMethod<std::string>(
-        in, out, [&](boost::archive::text_iarchive& archive) { decode(archive, arguments); },
-        [&]() -> std::string {
-            const auto& [upgradeType, proxyName, connectionId] = arguments;
+    using Arguments = std::tuple<UpgradeType, std::string, std::string>;
+    relayCall<Arguments>(
+        in, out, [&](UpgradeType upgradeType, const std::string& proxyName, const std::string& connectionId) {
             DAX_LOG(INF) << "Starting new service transaction for proxy: " << proxyName << ", " << connectionId;
             // Null when the session is no longer valid. The answer stays the bus name; the calls of the transaction are
             // refused.
             m_serviceTransaction =
                 NameAndServiceTransaction{proxyName, NOT_SET, service->startNewTransaction(upgradeType)};
-            return Manager::CONNECTION_NAME;
+            return std::string(Manager::CONNECTION_NAME);
         });
 }
 
