@@ -1,34 +1,24 @@
 #include "daxctl/Failure.h"
 
-#include <algorithm>
-#include <sstream>
-
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception/get_error_info.hpp>
-#include <boost/exception_ptr.hpp>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
-#include "DAXCommon/UserInterestExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "Utility/Utils/ErrorTags.h"
+#include "Utility/Utils/InnermostText.h"
 
 namespace daxctl {
 
 namespace {
 
 using namespace DAX::Common::Utils;
+using DAX::DAXIPC::DBUSLowLevel::StandardExceptionHandler;
 namespace Wrapper = DAX::Common::DBUSWrapper::DBUSWrapperExceptions;
 
 std::string streamedText(const boost::exception& exception) {
     const std::string* text = boost::get_error_info<errinfo_stream_text>(exception);
     return text != nullptr ? *text : std::string();
-}
-
-std::string wireNameOfCurrentException() {
-    std::string name;
-    std::stringstream archive;
-    DAX::DAXIPC::DBUSLowLevel::StandardExceptionHandler::wrapException(boost::current_exception(), name, archive);
-    return name;
 }
 
 Failure describeTransport(const char* name, const boost::exception& exception) {
@@ -49,17 +39,6 @@ nlohmann::ordered_json Failure::toJson() const {
     return {{"name", name}, {"supportCode", supportCode}, {"text", text}, {"diagnostic", diagnostic}};
 }
 
-std::string innermostText(const std::string& diagnostic) {
-    std::size_t begin = 0;
-    for (const std::string mark : {"tag_errinfo_stream*] = ", "tag_errinfo_description*] = "}) {
-        const auto found = diagnostic.rfind(mark);
-        if (found != std::string::npos) {
-            begin = std::max(begin, found + mark.size());
-        }
-    }
-    return begin == 0 ? std::string() : diagnostic.substr(begin, diagnostic.find('\n', begin) - begin);
-}
-
 Failure describeCurrentException() {
     try {
         throw;
@@ -71,9 +50,9 @@ Failure describeCurrentException() {
         return describeTransport("RemoteObjectNotAccessible", exception);
     } catch (boost::exception& exception) {
         const std::string* diagnostic = boost::get_error_info<errinfo_string>(exception);
-        Failure failure{wireNameOfCurrentException(), get_combined_supportcode(exception), {}, {}};
+        Failure failure{StandardExceptionHandler::wireNameOf(exception), get_combined_supportcode(exception), {}, {}};
         failure.diagnostic = diagnostic != nullptr ? *diagnostic : boost::diagnostic_information(exception);
-        failure.text = innermostText(failure.diagnostic);
+        failure.text = get_innermost_text(failure.diagnostic);
         return failure;
     } catch (const std::exception& exception) {
         return {"Error", {}, exception.what(), exception.what()};

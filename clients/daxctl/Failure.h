@@ -20,8 +20,4 @@ struct Failure {
 // Describes the current exception. Only within a catch block.
 Failure describeCurrentException();
 
-// The free text or the description from the throw site at the far end, taken out of the chain of a diagnostic text;
-// empty when there is neither.
-std::string innermostText(const std::string& diagnostic);
-
 } // namespace daxctl

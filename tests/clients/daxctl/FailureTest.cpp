@@ -15,7 +15,6 @@ using namespace testing;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_supportcode;
 using daxctl::Failure;
-using daxctl::innermostText;
 using DAXIPC::DBUSLowLevel::StandardExceptionHandler;
 using UserInterestExceptions::CUSBReadError;
 namespace Wrapper = Common::DBUSWrapper::DBUSWrapperExceptions;
@@ -59,31 +58,6 @@ TEST(Failure, IsShownByItsDiagnosticWhenItHasNoText) {
 TEST(Failure, IsADocumentOfFourFields) {
     EXPECT_EQ((Failure{"CWrongKeys", "E-42", "It is broken.", "chain"}.toJson().dump()),
               R"({"name":"CWrongKeys","supportCode":"E-42","text":"It is broken.","diagnostic":"chain"})");
-}
-
-TEST(InnermostText, IsTheFreeTextOfTheThrowSite) {
-    EXPECT_EQ(innermostText("[DAX::Common::Utils::tag_errinfo_stream*] = It is broken.\nmore"), "It is broken.");
-}
-
-TEST(InnermostText, IsTheDescriptionOfTheThrowSite) {
-    EXPECT_EQ(innermostText("[DAX::Common::Utils::tag_errinfo_description*] = It is broken.\nmore"), "It is broken.");
-}
-
-TEST(InnermostText, IsTheLastOfTheChain) {
-    const std::string stream = "[tag_errinfo_stream*] = streamed\n";
-    const std::string description = "[tag_errinfo_description*] = described\n";
-    EXPECT_EQ(innermostText(stream + description), "described");
-    EXPECT_EQ(innermostText(description + stream), "streamed");
-    EXPECT_EQ(innermostText("[tag_errinfo_stream*] = outer\n" + stream), "streamed");
-}
-
-TEST(InnermostText, EndsWithTheDiagnostic) {
-    EXPECT_EQ(innermostText("[tag_errinfo_stream*] = It is broken."), "It is broken.");
-}
-
-TEST(InnermostText, IsEmptyWhenThereIsNone) {
-    EXPECT_EQ(innermostText("[tag_errinfo_path*] = /etc\n"), "");
-    EXPECT_EQ(innermostText(""), "");
 }
 
 TEST(DescribeCurrentException, TellsWhatTheCoreThrewTwoHopsAway) {

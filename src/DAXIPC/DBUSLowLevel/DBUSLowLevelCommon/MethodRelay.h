@@ -15,6 +15,7 @@ namespace DAX::DAXIPC::DBUSLowLevel {
 template <class Operation>
 struct OperationTraits;
 
+// The one form that there is: a member function.
 template <class R, class I, class... Args>
 struct OperationTraits<R (I::*)(Args...)> {
     using Result = R;

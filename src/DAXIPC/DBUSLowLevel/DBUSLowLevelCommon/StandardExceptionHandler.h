@@ -16,6 +16,9 @@ public:
     // that is no boost::exception.
     static void wrapException(const boost::exception_ptr& exception, std::string& name, std::stringstream& stream);
 
+    // The name alone.
+    static const char* wireNameOf(const boost::exception& exception);
+
     // Throws the exception that `name` and the archive stand for, or archive_exception when the archive cannot be read.
     // A name that is not in the table is an assertion failure: the two ends were built from different tables.
     [[noreturn]] static void unwrapException(const std::string& method, const std::string& name,

@@ -103,6 +103,17 @@ void StandardExceptionHandler::wrapException(const boost::exception_ptr& excepti
     }
 }
 
+const char* StandardExceptionHandler::wireNameOf(const boost::exception& exception) {
+    const char* name = DBUSLowLevel::wireNameOf<DAXUnknownException>();
+    const auto isOf = [&](auto named) {
+        const bool is = as(named, exception) != nullptr;
+        name = is ? named.wireName : name;
+        return is;
+    };
+    std::apply([&](auto... named) { return (isOf(named) || ...); }, NAMED_EXCEPTIONS);
+    return name;
+}
+
 void StandardExceptionHandler::unwrapException(const std::string& method, const std::string& name,
                                                std::stringstream& stream) {
     const auto rethrowByName = [&](auto... named) { (rethrowIfNamed(named, method, name, stream), ...); };

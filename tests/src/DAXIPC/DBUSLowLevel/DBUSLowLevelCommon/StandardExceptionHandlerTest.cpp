@@ -84,6 +84,10 @@ TYPED_TEST(NamedException, LeavesUnderTheNameOfItsClass) {
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr(ownNameOf<TypeParam>()));
 }
 
+TYPED_TEST(NamedException, IsCalledByTheNameOfItsClass) {
+    EXPECT_EQ(StandardExceptionHandler::wireNameOf(TypeParam()), ownNameOf<TypeParam>());
+}
+
 TYPED_TEST(NamedException, ArrivesAsItsTypeWithCodeAndText) {
     const Wrapped sent{ownNameOf<TypeParam>(), exceptionArchive("S-1", "what happened")};
     try {
@@ -130,6 +134,11 @@ TEST(StandardExceptionHandler, SendsAnUnknownMethodAsUnknown) {
     const Wrapped wrapped = wrapThrown(UnknownMethodException());
     EXPECT_EQ(wrapped.name, "DAXUnknownException");
     EXPECT_THAT(wrapped.diagnostic(), HasSubstr("DBUSWrapperExceptions::UnknownMethodException"));
+}
+
+TEST(StandardExceptionHandler, CallsEveryOtherExceptionUnknown) {
+    EXPECT_STREQ(StandardExceptionHandler::wireNameOf(UnknownMethodException()), "DAXUnknownException");
+    EXPECT_STREQ(StandardExceptionHandler::wireNameOf(ServiceRevokedException()), "DAXUnknownException");
 }
 
 TEST(StandardExceptionHandler, SendsARevokedSessionAsUnknown) {
@@ -182,7 +191,8 @@ struct OfTwoTypes : Second, First {};
 // An exception of two neighbouring types of the table is sent under the name of the first one.
 template <class First, class Second, class... Rest>
 void expectTriedInOrder(testing::Types<First, Second, Rest...>) {
-    EXPECT_EQ(ownNameOf<First>(), (wrapThrown(OfTwoTypes<First, Second>()).name));
+    EXPECT_EQ((wrapThrown(OfTwoTypes<First, Second>()).name), ownNameOf<First>());
+    EXPECT_EQ((StandardExceptionHandler::wireNameOf(OfTwoTypes<First, Second>())), ownNameOf<First>());
     if constexpr (sizeof...(Rest) > 0) {
         expectTriedInOrder(testing::Types<Second, Rest...>());
     }
