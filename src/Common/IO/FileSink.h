@@ -10,6 +10,7 @@
 #include "Common/IO/FileExceptions.h"
 #include "Common/IO/ISink.h"
 #include "Common/IO/TransactionalSeekable.h"
+#include "Utility/Utils/FileDescriptor.h"
 #include "Utility/Utils/IDebugName.h"
 
 namespace DAX::Common::IO {
@@ -29,6 +30,10 @@ class FileSink : public IStorageSink,
 public:
     // With `truncate` the file is emptied when it is opened; without it, writing goes on after what the file holds.
     FileSink(const boost::filesystem::path& path, bool truncate);
+
+    // Writes behind what an open file holds; the path is for messages alone. Whoever has to be sure of which file it is
+    // opens it first.
+    FileSink(const boost::filesystem::path& path, Utils::FileDescriptor file);
     ~FileSink() override;
 
     void writeChunk(const std::uint8_t* data, std::size_t size) override;
@@ -50,6 +55,7 @@ public:
     std::string debugName() const override;
 
 private:
+    std::FILE* openFile();
     const char* mode() const;
     void finishFile();
     bool tryMoveTo(streamsize_t position); // false: errno says why
@@ -58,7 +64,8 @@ private:
 
     const std::string m_path;
     bool m_truncate;
-    std::FILE* m_file = nullptr; // null after the end of data, too
+    Utils::FileDescriptor m_given; // until it is opened
+    std::FILE* m_file = nullptr;   // null behind the end of data too
     streamsize_t m_position = 0;
     bool m_opened = false;
     bool m_endOfDataMarked = false;

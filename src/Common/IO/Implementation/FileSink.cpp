@@ -20,6 +20,9 @@ using Utils::GenericException;
 
 FileSink::FileSink(const boost::filesystem::path& path, bool truncate) : m_path(path.string()), m_truncate(truncate) {}
 
+FileSink::FileSink(const boost::filesystem::path& path, Utils::FileDescriptor file)
+    : m_path(path.string()), m_truncate(false), m_given(std::move(file)) {}
+
 FileSink::~FileSink() {
     try {
         if (m_opened) {
@@ -34,19 +37,31 @@ FileSink::~FileSink() {
     }
 }
 
+// A program that this one starts meanwhile gets no file of it: "e" sets O_CLOEXEC.
+std::FILE* FileSink::openFile() {
+    if (!m_given.isOpen()) {
+        return ::fopen64(m_path.c_str(), mode());
+    }
+    std::FILE* const file = ::fdopen(m_given.get(), "wb");
+    if (file != nullptr) {
+        m_given.release();
+    }
+    return file;
+}
+
 const char* FileSink::mode() const {
     if (m_truncate) {
-        return "wb";
+        return "wbe";
     }
     boost::system::error_code ignored; // if the file cannot be examined, fopen fails, too; it must not be emptied
     const bool missing = boost::filesystem::status(m_path, ignored).type() == boost::filesystem::file_not_found;
-    return missing ? "wb" : "rb+";
+    return missing ? "wbe" : "rb+e";
 }
 
 void FileSink::open() {
     throwIfOpened();
     throwIfAlreadyClosed();
-    m_file = ::fopen64(m_path.c_str(), mode());
+    m_file = openFile();
     if (m_file == nullptr) {
         DAX_THROW(FileSinkIOException(errno), errinfo_path(m_path));
     }

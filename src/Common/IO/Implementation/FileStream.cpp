@@ -35,7 +35,7 @@ void FileStream::setFileName(const boost::filesystem::path& path) {
 void FileStream::open() {
     throwIfOpened();
     throwIfAlreadyClosed();
-    m_file = ::fopen64(m_path.c_str(), "rb");
+    m_file = ::fopen64(m_path.c_str(), "rbe"); // "e": not for a program that is started meanwhile
     if (m_file == nullptr) {
         DAX_THROW(FileStreamIOException(errno), errinfo_path(m_path));
     }

@@ -32,8 +32,8 @@ inline unsigned int asSent(DAXCommon::ServiceClientPriority priority) {
     return static_cast<unsigned int>(static_cast<int>(priority));
 }
 
-// Decodes the values of a tuple from `in`, calls `call` with them and encodes its result, if it has one, to `out`. Throws
-// archive_exception for what cannot be decoded, before the call, and what the call throws.
+// Decodes the values of a tuple from `in`, calls `call` with them and encodes its result, if it has one, to `out`.
+// Throws archive_exception for what cannot be decoded, before the call, and what the call throws.
 template <class Arguments, class Call>
 void relayCall(std::stringstream& in, std::stringstream& out, const Call& call) {
     Arguments arguments;

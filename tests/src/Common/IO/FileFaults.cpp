@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace DAX::Tests {
@@ -17,6 +18,7 @@ thread_local std::size_t bytesBeforeTheFault = 0;
 thread_local std::FILE* flaggedFile = nullptr; // the file whose error flag is set
 thread_local std::map<std::string, int> calls;
 thread_local std::vector<std::string>* order = nullptr;
+thread_local std::function<void()> lookHook;
 
 // Whether this call is the one that has to fail.
 bool fails(const char* function) {
@@ -47,6 +49,10 @@ void failNext(const std::string& function, int errnoValue, int call, std::size_t
     faultyErrno = errnoValue;
 }
 
+void afterNextLook(std::function<void()> hook) {
+    lookHook = std::move(hook);
+}
+
 int takeCalls(const std::string& function) {
     return std::exchange(calls[function], 0);
 }
@@ -70,6 +76,7 @@ using DAX::Tests::bytesBeforeTheFault;
 using DAX::Tests::fails;
 using DAX::Tests::flaggedFile;
 using DAX::Tests::forgetFlagOf;
+using DAX::Tests::lookHook;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's
 extern "C" {
@@ -77,6 +84,17 @@ extern "C" {
 std::FILE* __real_fopen64(const char* path, const char* mode);
 std::FILE* __wrap_fopen64(const char* path, const char* mode) {
     return fails("fopen64") ? nullptr : __real_fopen64(path, mode);
+}
+
+int __real_fstatat(int folder, const char* path, struct stat* status, int flags);
+int __wrap_fstatat(int folder, const char* path, struct stat* status, int flags) {
+    const int result = __real_fstatat(folder, path, status, flags);
+    const int failure = errno;
+    if (const auto hook = std::exchange(lookHook, nullptr)) {
+        hook();
+    }
+    errno = failure;
+    return result;
 }
 
 int __real_fseeko64(std::FILE* file, off64_t offset, int whence);

@@ -15,6 +15,9 @@ namespace DAX::Tests {
 // bytes before they fail.
 void failNext(const std::string& function, int errnoValue, int call = 1, std::size_t bytesBefore = 0);
 
+// Runs once, when this thread has looked at a file by its name (fstatat) for the next time.
+void afterNextLook(std::function<void()> hook);
+
 // How often this thread has called the function since the last takeCalls() for it.
 int takeCalls(const std::string& function);
 

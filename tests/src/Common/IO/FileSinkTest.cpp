@@ -10,6 +10,7 @@
 #include "FileFaults.h"
 #include "Interruption.h"
 #include "MemoryStreams.h"
+#include "OpenDescriptor.h"
 #include "support/FakeKovan.h"
 #include "support/OrdinaryUser.h"
 #include "support/ProcessDeath.h"
@@ -445,6 +446,35 @@ TEST_F(FileSinkTest, MakesAFileOfAnEmptyCopy) {
     EXPECT_EQ(sink.appendAllStream(&stream, 3), 0U);
     EXPECT_TRUE(sink.isOpened());
     EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
+TEST_F(FileSinkTest, LeavesItsFileToNoOtherProgram) {
+    for (const bool truncate : {true, false, false}) { // the last one finds the file there
+        FileSink sink(path, truncate);
+        sink.open();
+        EXPECT_FALSE(isInherited(path)) << truncate;
+        sink.close();
+        if (truncate) {
+            std::filesystem::remove(path);
+        }
+    }
+}
+
+TEST_F(FileSinkTest, WritesBehindWhatAnOpenFileHolds) {
+    root.write("file", "one");
+    FileSink sink("another name", Common::Utils::FileDescriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC)));
+    sink.open();
+    EXPECT_EQ(sink.position(), 3U);
+    write(sink, "two");
+    sink.close();
+    EXPECT_EQ(content(), "onetwo");
+    EXPECT_EQ(sink.debugName(), "FileSink(another name)");
+}
+
+TEST_F(FileSinkTest, ClosesAnOpenFileThatItNeverUsed) {
+    root.write("file", "one");
+    { const FileSink sink(path, Common::Utils::FileDescriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC))); }
+    EXPECT_THROW(isInherited(path), std::runtime_error);
 }
 
 TEST_F(FileSinkTest, ReachesTheMediumBeforeItClosesTheFile) {

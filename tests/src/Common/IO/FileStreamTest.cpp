@@ -8,6 +8,7 @@
 #include "FakeTransaction.h"
 #include "FileFaults.h"
 #include "Interruption.h"
+#include "OpenDescriptor.h"
 #include "support/FakeKovan.h"
 #include "support/TemporaryRoot.h"
 #include "support/Thrown.h"
@@ -51,6 +52,11 @@ protected:
     const std::string path = (root / "file").string();
     FileStream stream{path};
 };
+
+TEST_F(FileStreamTest, LeavesItsFileToNoOtherProgram) {
+    stream.open();
+    EXPECT_FALSE(isInherited(path));
+}
 
 TEST_F(FileStreamTest, OpensByItselfAtEachFirstUse) {
     EXPECT_FALSE(stream.isOpened());

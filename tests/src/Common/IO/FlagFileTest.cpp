@@ -1,12 +1,15 @@
 #include "Common/IO/FlagFile.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include "Common/IO/FileExceptions.h"
 #include "FileFaults.h"
+#include "Utility/Utils/FileDescriptor.h"
 #include "Utility/Utils/GenericException.h"
 #include "support/TemporaryRoot.h"
+#include "support/Thrown.h"
 
 namespace DAX::Tests {
 namespace {
@@ -73,6 +76,43 @@ TEST_F(FlagFileTest, IsNotMadeThroughALinkAndDoesNotWaitOnAPipe) {
     std::filesystem::remove(path);
     ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
     EXPECT_THROW(writeFlagFile(path), Common::IO::FileSinkIOException);
+}
+
+// Why it is not made: the description and the system's reason.
+std::string refusalOf(const std::string& path) {
+    try {
+        writeFlagFile(path);
+    } catch (const Common::IO::FileSinkIOException& exception) {
+        return textOf<Common::Utils::errinfo_description>(exception) +
+               textOf<Common::Utils::errinfo_stream_text>(exception);
+    }
+    return "<none>";
+}
+
+TEST_F(FlagFileTest, IsNoFolder) {
+    std::filesystem::create_directory(path);
+    EXPECT_EQ(refusalOf(path), "<no such text> errno=21 (Is a directory)");
+}
+
+TEST_F(FlagFileTest, IsMadeThroughNoLinkThatTakesItsPlaceMeanwhile) {
+    afterNextLook([this] { std::filesystem::create_symlink(root / "elsewhere", path); });
+    EXPECT_EQ(refusalOf(path), "<no such text> errno=40 (Too many levels of symbolic links)");
+    EXPECT_FALSE(std::filesystem::exists(root / "elsewhere"));
+}
+
+TEST_F(FlagFileTest, IsWrittenToNoPipeThatTakesItsPlaceMeanwhile) {
+    Common::Utils::FileDescriptor reader;
+    afterNextLook([&] {
+        ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
+        reader = Common::Utils::FileDescriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    });
+    EXPECT_EQ(refusalOf(path), "Not a regular file. errno=17 (File exists)");
+    EXPECT_TRUE(reader.isOpen());
+}
+
+TEST_F(FlagFileTest, WaitsForNoReaderOfAPipeThatTakesItsPlaceMeanwhile) {
+    afterNextLook([this] { ASSERT_EQ(mkfifo(path.c_str(), 0666), 0); });
+    EXPECT_EQ(refusalOf(path), "<no such text> errno=6 (No such device or address)");
 }
 
 TEST_F(FlagFileTest, ThrowsWhenItCannotBeMade) {
