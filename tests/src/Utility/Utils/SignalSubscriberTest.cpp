@@ -41,7 +41,33 @@ protected:
         subscriber.failsToSubscribe = false;
     }
 
+    // In the device's callback: waits until the test lets it go on.
+    void pause() {
+        m_begun.happen();
+        EXPECT_TRUE(m_goOn.wait());
+    }
+
+    // The device signals the first callback of all, which pauses. Meanwhile `act` runs on a thread of its own, which is
+    // seen to wait, and then `look`. In the end the callback goes on, and both threads come to their end.
+    void whileACallbackRuns(
+        const std::function<void()>& act, const std::function<void()>& look = [] {}) {
+        OtherThread device(
+            [] { EXPECT_EQ((UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(5, id(1))), 5); });
+        ASSERT_TRUE(m_begun.wait());
+        OtherThread acting(act);
+        EXPECT_TRUE(acting.waitUntilItWaits());
+        look();
+
+        m_goOn.happen();
+
+        acting.finish();
+        device.finish();
+    }
+
     TestSubscriber subscriber;
+
+private:
+    Event m_begun, m_goOn;
 };
 
 TEST_F(SignalSubscriberTest, RegistersTheCallbackBeforeItSubscribes) {
@@ -294,89 +320,57 @@ TEST_F(SignalSubscriberTest, MayBeCalledBackOnAnotherThreadInProduction) {
 }
 
 TEST_F(SignalSubscriberTest, WaitsForARunningCallbackWhenItUnsubscribes) {
-    Event begun, goOn;
-    subscriber.subscribe([&](int value) {
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+    subscriber.subscribe([this](int value) {
+        pause();
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread unsubscribing([this] {
+    whileACallbackRuns([this] {
         subscriber.unsubscribe();
         FakeKovan::note("unsubscribed");
     });
-    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
-
-    goOn.happen();
-
-    unsubscribing.finish();
     EXPECT_THAT(FakeKovan::journal(),
                 ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "unsubscribed"));
 }
 
 TEST_F(SignalSubscriberTest, LetsARunningCallbackThatItWaitsForUnsubscribeIt) {
-    Event begun, goOn;
-    subscriber.subscribe([&](int value) {
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+    subscriber.subscribe([this](int value) {
+        pause();
         subscriber.unsubscribe();
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread unsubscribing([this] {
+    whileACallbackRuns([this] {
         subscriber.unsubscribe();
         FakeKovan::note("unsubscribed");
     });
-    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
-
-    goOn.happen();
-
-    unsubscribing.finish();
-    device.finish();
     EXPECT_THAT(FakeKovan::journal(),
                 ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "unsubscribed"));
 }
 
 TEST_F(SignalSubscriberTest, IsNotSubscribedForAnotherThreadWhileItWaitsForARunningCallback) {
-    Event begun, goOn;
-    subscriber.subscribe([&](int value) {
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+    subscriber.subscribe([this](int value) {
+        pause();
         return value;
     });
-    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread unsubscribing([this] { subscriber.unsubscribe(); });
-    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
-
-    EXPECT_EQ(thrownDescription([&] { subscriber.unsubscribe(); }), "Not subscribed.");
-
-    goOn.happen();
-    unsubscribing.finish();
+    whileACallbackRuns(
+        [this] { subscriber.unsubscribe(); },
+        [this] { EXPECT_EQ(thrownDescription([this] { subscriber.unsubscribe(); }), "Not subscribed."); });
 }
 
 TEST_F(SignalSubscriberTest, WaitsForTheEndOfAnUnsubscriptionBeforeItSubscribesAgain) {
-    Event begun, goOn;
-    subscriber.subscribe([&](int value) {
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+    subscriber.subscribe([this](int value) {
+        pause();
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread unsubscribing([this] { subscriber.unsubscribe(); });
-    EXPECT_TRUE(unsubscribing.waitUntilItWaits());
-    OtherThread subscribing([this] { subscriber.subscribe(returning(9)); });
-    EXPECT_TRUE(subscribing.waitUntilItWaits());
-
-    goOn.happen();
-
-    subscribing.finish();
+    std::unique_ptr<OtherThread> subscribing;
+    whileACallbackRuns([this] { subscriber.unsubscribe(); },
+                       [&] {
+                           subscribing = std::make_unique<OtherThread>([this] { subscriber.subscribe(returning(9)); });
+                           EXPECT_TRUE(subscribing->waitUntilItWaits());
+                       });
+    subscribing->finish();
     EXPECT_THAT(FakeKovan::journal(),
                 ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "register", "subscribe"));
     EXPECT_EQ(subscriber.signal(0), 9);
@@ -422,52 +416,30 @@ protected:
         FakeKovan::note("ended");
     }
 
-    // Sends the device's signal, on the calling thread.
-    static int signal() { return UserDataRegister::GenericFunctorCallback<int(int)>::call<-1>(5, id(1)); }
-
     std::unique_ptr<TestSubscriber> ending = std::make_unique<TestSubscriber>();
-    Event begun, goOn;
 };
 
 TEST_F(EndingSubscriberTest, WaitsForACallbackThatHasUnsubscribedIt) {
     ending->subscribe([this](int value) {
         ending->unsubscribe();
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+        pause();
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([] { EXPECT_EQ(signal(), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread owner([this] { end(); });
-    EXPECT_TRUE(owner.waitUntilItWaits());
-
-    goOn.happen();
-
-    owner.finish();
+    whileACallbackRuns([this] { end(); });
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "ended"));
 }
 
 TEST_F(EndingSubscriberTest, WaitsForACallbackThatIsUnsubscribingIt) {
     EXPECT_IN_CHILD({
-        onLogLine("The callback has been already unregistered", [this] {
-            begun.happen();
-            EXPECT_TRUE(goOn.wait());
-        });
+        onLogLine("The callback has been already unregistered", [this] { pause(); });
         ending->subscribe([this](int value) {
             unregister(id(1)); // so that the register has something to log while the subscriber unregisters
             ending->unsubscribe();
             FakeKovan::note("callback ends");
             return value;
         });
-        OtherThread device([] { EXPECT_EQ(signal(), 5); });
-        EXPECT_TRUE(begun.wait());
-        OtherThread owner([this] { end(); });
-        EXPECT_TRUE(owner.waitUntilItWaits());
-
-        goOn.happen();
-
-        owner.finish();
+        whileACallbackRuns([this] { end(); });
         EXPECT_EQ(FakeKovan::journal().back(), "ended");
         EXPECT_EQ(FakeKovan::journal().at(FakeKovan::journal().size() - 2), "callback ends");
     });
@@ -475,20 +447,12 @@ TEST_F(EndingSubscriberTest, WaitsForACallbackThatIsUnsubscribingIt) {
 
 TEST_F(EndingSubscriberTest, WaitsForACallbackThatUnsubscribesItMeanwhile) {
     ending->subscribe([this, local = ending.get()](int value) {
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+        pause();
         local->unsubscribe();
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([] { EXPECT_EQ(signal(), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread owner([this] { end(); });
-    EXPECT_TRUE(owner.waitUntilItWaits());
-
-    goOn.happen();
-
-    owner.finish();
+    whileACallbackRuns([this] { end(); });
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "callback ends", "ended"));
 }
 
@@ -496,19 +460,11 @@ TEST_F(EndingSubscriberTest, WaitsForACallbackThatHasSubscribedAnotherInItsPlace
     ending->subscribe([this](int value) {
         ending->unsubscribe();
         ending->subscribe(returning(9));
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+        pause();
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([] { EXPECT_EQ(signal(), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread owner([this] { end(); });
-    EXPECT_TRUE(owner.waitUntilItWaits());
-
-    goOn.happen();
-
-    owner.finish();
+    whileACallbackRuns([this] { end(); });
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "register", "subscribe",
                                                   "unsubscribe", "callback ends", "ended"));
     EXPECT_FALSE(static_cast<bool>(UserDataRegister::UserDataLock(id(2))));
@@ -517,44 +473,26 @@ TEST_F(EndingSubscriberTest, WaitsForACallbackThatHasSubscribedAnotherInItsPlace
 TEST_F(EndingSubscriberTest, UnsubscribesWhatARunningCallbackSubscribesMeanwhile) {
     ending->subscribe([this, local = ending.get()](int value) {
         local->unsubscribe();
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+        pause();
         local->subscribe(returning(9));
         FakeKovan::note("callback ends");
         return value;
     });
-    OtherThread device([] { EXPECT_EQ(signal(), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread owner([this] { end(); });
-    EXPECT_TRUE(owner.waitUntilItWaits());
-
-    goOn.happen();
-
-    owner.finish();
+    whileACallbackRuns([this] { end(); });
     EXPECT_THAT(FakeKovan::journal(), ElementsAre("register", "subscribe", "unsubscribe", "register", "subscribe",
                                                   "callback ends", "unsubscribe", "ended"));
 }
 
 TEST_F(SignalSubscriberTest, LetsALeftoverCallbackUnsubscribeItWhileItIsReplaced) {
-    Event begun, goOn;
-    subscriber.subscribe([&](int value) {
-        begun.happen();
-        EXPECT_TRUE(goOn.wait());
+    subscriber.subscribe([this](int value) {
+        pause();
         subscriber.unsubscribe();
         return value;
     });
     subscriber.failsToUnsubscribe = true;
     EXPECT_THROW(subscriber.unsubscribe(), std::domain_error);
     subscriber.failsToUnsubscribe = false;
-    OtherThread device([this] { EXPECT_EQ(subscriber.signal(5), 5); });
-    ASSERT_TRUE(begun.wait());
-    OtherThread subscribing([this] { subscriber.subscribe(returning(9)); });
-    EXPECT_TRUE(subscribing.waitUntilItWaits());
-
-    goOn.happen();
-
-    subscribing.finish();
-    device.finish();
+    whileACallbackRuns([this] { subscriber.subscribe(returning(9)); });
     EXPECT_EQ(subscriber.signal(0), 9);
 }
 
