@@ -10,12 +10,14 @@
 #include "clients/daxctl/StandardError.h"
 #include "support/PrivateBus.h"
 #include "support/RawPeer.h"
+#include "support/Thrown.h"
 #include "support/WaitUntil.h"
 
 namespace DAX::Tests {
 namespace {
 
 using namespace testing;
+using Common::DBUSWrapper::DBUSWrapperExceptions::RemoteObjectNotAccessible;
 using daxctl::HeldLock;
 using daxctl::Request;
 
@@ -28,6 +30,11 @@ public:
 
     std::string name() const { return m_peer.name(); }
     void leave() { m_peer.disconnect(); }
+
+    // Stays on the bus.
+    void giveNameBack() {
+        ASSERT_EQ(dbus_bus_release_name(m_peer.connection(), NAME, nullptr), DBUS_RELEASE_NAME_REPLY_RELEASED);
+    }
 
     // The next call, which must be a call of the method.
     RawMessage next(const std::string& method) {
@@ -49,6 +56,11 @@ public:
         appendBytes(*reply, dbus_message_get_member(&call));
         appendBytes(*reply, archive);
         m_peer.send(*reply);
+    }
+
+    void refuse(DBusMessage& call) {
+        const RawMessage error(dbus_message_new_error(&call, DBUS_ERROR_ACCESS_DENIED, "Not for you."));
+        m_peer.send(*error);
     }
 
     void giveLock(DBusMessage& call, unsigned int id) {
@@ -126,8 +138,40 @@ TEST_F(HeldLockTest, IsNotReleasedAtADaemonThatTookTheNameOver) {
     released.get();
 }
 
+TEST_F(HeldLockTest, IsOfTheNextDaemonWhenOneRefusesItWithoutItsName) {
+    Daemon first;
+    Daemon second;
+    auto future = begin();
+    const RawMessage acquire = first.next("acquireExternalLock");
+    first.giveNameBack();
+    first.refuse(*acquire);
+    second.giveLock(7);
+    const auto lock = future.get();
+    EXPECT_EQ(lock->id(), 7U);
+    auto released = std::async(std::launch::async, [&lock] { return lock->release(); });
+    second.answer(*second.next("releaseExternalLock"), "");
+    EXPECT_TRUE(released.get());
+}
+
+TEST_F(HeldLockTest, IsAskedForOnceOfADaemonThatRefusesItUnderItsName) {
+    Daemon daemon;
+    auto future = begin();
+    daemon.refuse(*daemon.next("acquireExternalLock"));
+    EXPECT_EQ(thrownStreamText<RemoteObjectNotAccessible>([&future] { future.get(); }), "Not for you.");
+}
+
+TEST_F(HeldLockTest, IsAskedForOfSixDaemonsThatLeaveAndOfNoMore) {
+    std::vector<Daemon> daemons(6);
+    auto future = begin();
+    for (Daemon& daemon : daemons) {
+        daemon.next("acquireExternalLock");
+        daemon.leave();
+    }
+    EXPECT_THROW(future.get(), RemoteObjectNotAccessible);
+}
+
 TEST_F(HeldLockTest, CannotBeAcquiredWithoutADaemon) {
-    EXPECT_THROW(HeldLock lock((Request())), Common::DBUSWrapper::DBUSWrapperExceptions::RemoteObjectNotAccessible);
+    EXPECT_THROW(HeldLock lock((Request())), RemoteObjectNotAccessible);
 }
 
 } // namespace
