@@ -147,13 +147,14 @@ protected:
             serve(peer, *hello);
             RawMessage use = makeCall("getClientPriority");
             appendBytes(*use, encode());
-            droppedSessions += serve(peer, *use) == "REPLY" ? 0 : 1;
+            (serve(peer, *use) == "REPLY" ? servedSessions : droppedSessions) += 1;
             peer.disconnect();
             std::this_thread::sleep_for(std::chrono::milliseconds(950 + random() % 200));
         }
     }
 
     std::atomic<int> lostCalls{0};
+    std::atomic<int> servedSessions{0};
     std::atomic<int> droppedSessions{0};
 
 private:
@@ -183,7 +184,7 @@ TEST_F(IdleEnds, LoseNoCallAndNoSession) {
     }
     EXPECT_EQ(lostCalls, 0);
     EXPECT_EQ(droppedSessions, 0);
-    RecordProperty("CallsAtTheEnd", desk.countMessages("A call has come in while the name"));
+    EXPECT_GT(servedSessions, 1) << "so some came after an end";
 }
 
 } // namespace
