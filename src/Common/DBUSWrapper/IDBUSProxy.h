@@ -34,8 +34,8 @@ public:
                                                    boost::optional<unsigned int> callTimeoutMs) = 0;
     };
 
-    // "Proxy-" and a number from 0 to 100000, which tells the proxies of one process apart. The numbers are drawn at
-    // random, in a sequence that is the same in every process: two proxies may have the same one.
+    // "Proxy-" and a number from 0 to 100000, meant to tell the proxies of one process apart. The numbers are drawn at
+    // random, so two proxies may have the same one; the sequence is the same in every process.
     virtual std::string getProxyUniqueId() = 0;
 
     // The unique bus name of the proxy's connection, such as ":1.42".

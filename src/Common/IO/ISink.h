@@ -75,7 +75,7 @@ public:
     // Returns when what was written is on the medium.
     virtual void flush() = 0;
 
-    // Whether close() was called.
+    // Whether it has been closed.
     virtual bool alreadyClosed() = 0;
 
 private:

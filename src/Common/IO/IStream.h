@@ -99,7 +99,7 @@ public:
     // Whether it was opened and not closed yet.
     virtual bool isOpened() = 0;
 
-    // Whether close() was called.
+    // Whether it has been closed.
     virtual bool alreadyClosed() = 0;
 
 private:
