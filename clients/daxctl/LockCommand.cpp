@@ -52,7 +52,7 @@ int release(const Request& request, ExternalLockId id, bool json) {
     return clients_common::EXIT_DONE;
 }
 
-// With --json, standard output is for the document alone, so the command's output goes elsewhere.
+// With --json, standard output is for the document alone, so the output of the command goes to standard error.
 int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
     Interruption interruption;
     const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
