@@ -18,8 +18,8 @@ int openForAppending(const std::string& path);
 bool appendLine(int descriptor, std::string line);
 
 // The same for a log that is opened just for this line. A log that holds MOST_LOG_BYTES is renamed to PATH.1 before, in
-// place of an older one. No line is lost by that, whichever process does it and whoever else appends meanwhile. False
-// with errno when the line was not written.
+// place of an older one. No line is lost by that, whichever process does it and whoever else appends at the same time.
+// False with errno when the line was not written.
 bool appendToLog(const std::string& path, const std::string& line);
 
 } // namespace KovanHost

@@ -7,11 +7,12 @@
 #include "Border.h"
 #include "DeviceFile.h"
 
-// A value that the file makes fail gives the result that stands there, and no value. Otherwise:
+// A value for which the file has a result of failure gives that result and no value. Otherwise:
 //
-// Every value that deviceFacts() knows can be read, since it has a default; asked for as another type, it is an invalid
-// parameter. Any other value is the file's alone, and is of whatever type it reads as: one that is not there is an
-// invalid parameter, one that does not read as the type that is asked for is an I/O error.
+// A value that deviceFacts() knows can always be read, since it has a default; asked for as another type, it is an
+// invalid parameter. Any other value comes only from the file and has every type as which it can be read. It is an
+// invalid parameter when the file does not have it, and an I/O error when it cannot be read as the type that is asked
+// for.
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "Border.h"
 #include "UsbFile.h"
 
-// A list is what was plugged in when it was asked for. It owns its handles: the end of one does nothing.
+// A list holds what was plugged in when it was made. It owns its handles, so to free one does nothing.
 
 struct usb_device_s {
     KovanHost::UsbStick stick;
@@ -15,7 +15,7 @@ struct usb_device_s {
 
 struct usb_device_list_s {
     std::vector<usb_device_s> devices;
-    std::size_t next = 0; // what a walk gives next
+    std::size_t next = 0; // the position that a walk gives next
 };
 
 namespace {

@@ -27,7 +27,7 @@ class CImageCorrupted : public UserInterestException {};
 class CWrongKeys : public UserInterestException {};
 class CImageLacksIntegrity : public UserInterestException {};
 
-// A session of the same or a higher priority stands against the external lock.
+// The external lock is refused, since a session of the same or a higher priority exists.
 class ExternalLockDenied : public UserInterestException {};
 
 // What the update core reports, too.

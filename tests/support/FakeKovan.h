@@ -188,7 +188,7 @@ void setDirectory(int directory, const std::optional<std::string>& path);
 
 // --- system_info ----------------------------------------------------------------------------------------------------
 
-// nullptr stands for a read that succeeds and gives no text.
+// nullptr is a read that succeeds and gives no text.
 using SystemInfoValue = std::variant<bool, int, std::string, std::nullptr_t>;
 
 // Set the numbered values and the custom ones. A read of a value that was not set, or has another type, gives

@@ -26,7 +26,7 @@ public:
     // assertion fails in getProgress().
     ProgressHelper(int executingTimeInSeconds, boost::optional<int> throwAfterSeconds, boost::exception_ptr exception);
 
-    // Starts the step; a second call starts it anew.
+    // Starts the step; a second call restarts it.
     void startProgress();
 
     // Fails an assertion before startProgress().

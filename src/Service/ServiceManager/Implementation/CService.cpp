@@ -59,7 +59,7 @@ std::shared_ptr<IServiceTransaction> CService::startNewTransaction(DAXCommon::Up
     parameters.isCellularConnectionAllowed = ISystemControl::isCellularConnectionAllowed();
     parameters.upgradeType = upgradeType;
     parameters.transactionType = m_transactionType;
-    // The core gives up the earlier transaction before it is asked for another one.
+    // First, so that the core has given up the earlier transaction when it is asked for another one.
     stopTransaction("There already is an active ServiceTransaction. Canceling it to create new ServiceTransaction.");
     m_transaction = createServiceTransaction(parameters);
     return m_transaction;

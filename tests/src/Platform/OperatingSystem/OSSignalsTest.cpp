@@ -169,7 +169,7 @@ class Waiter {
 public:
     Waiter() { EXPECT_TRUE(m_thread.waitUntilItWaits()); }
 
-    // Whether it was woken, and did not wait in vain.
+    // Whether it was woken before its time was over.
     bool isWoken() {
         m_thread.finish();
         return m_woken;

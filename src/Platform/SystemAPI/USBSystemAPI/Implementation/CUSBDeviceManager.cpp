@@ -15,7 +15,7 @@
 #include "Utility/Utils/SingletonsRegister.h"
 
 // A null text puts the stream into its failed state, so the id ends before the first field that the device does not
-// tell. The function stands outside of the namespaces, since the assertion's text names it that way.
+// tell. The function is outside of the namespaces, since the text of the assertion names it that way.
 static std::string generate_unique_id(usb_device_h device) {
     static const std::string sep = ":";
     static const std::string digits = "0123456789";

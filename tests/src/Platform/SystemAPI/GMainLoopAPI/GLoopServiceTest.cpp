@@ -289,7 +289,7 @@ TEST_F(GLoopServiceTest, TakesFunctionsOfManyThreads) {
     const int ROUNDS = 100;
     start();
     std::atomic<int> runs{0};
-    int runsOfTheLoop = 0; // of its thread alone
+    int runsOfTheLoop = 0; // counted on its thread only
     const Registration registration([&] {
         ++runsOfTheLoop;
         ++runs;
