@@ -52,7 +52,8 @@ function(dax_precompile_for_tests)
   endif()
   add_library(dax_test_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp)
   target_compile_options(dax_test_headers PRIVATE ${DAX_TEST_OPTIONS})
-  target_link_libraries(dax_test_headers PUBLIC dax_build GTest::gmock Boost::serialization Boost::date_time Boost::thread)
+  target_link_libraries(dax_test_headers PUBLIC dax_build GTest::gmock nlohmann_json::nlohmann_json Boost::serialization
+                                                 Boost::date_time Boost::thread)
   target_precompile_headers(
     dax_test_headers PRIVATE
     <algorithm> <atomic> <chrono> <cstdlib> <filesystem> <fstream> <functional> <list> <map> <memory> <mutex> <set>
@@ -64,5 +65,6 @@ function(dax_precompile_for_tests)
     <boost/optional/optional_io.hpp>
     <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
     <boost/serialization/string.hpp> <boost/serialization/vector.hpp>
-    <boost/thread/future.hpp> <boost/thread/thread.hpp>)
+    <boost/thread/future.hpp> <boost/thread/thread.hpp>
+    <nlohmann/json.hpp>)
 endfunction()
