@@ -3,11 +3,6 @@
 # Test code runs once and is compiled often, so it is not optimised. What it tests is the code that people run.
 set(DAX_TEST_OPTIONS -O0)
 
-# Without them, every source has to include what it uses.
-if(NOT DAX_PRECOMPILED_HEADERS)
-  set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
-endif()
-
 add_library(dax_build INTERFACE)
 target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 target_include_directories(dax_build SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
@@ -100,11 +95,12 @@ endif()
 
 add_custom_target(tests_with_threads)
 
-# dax_test(<target> LINK <targets> [HOST] [THREADS] [SOURCES <files>] [TIMEOUT <seconds>] [PROPERTIES <name> <value>...])
+# dax_test(<target> LINK <targets> [HOST] [THREADS] [ALONE <files>] [SOURCES <files>] [TIMEOUT <seconds>] [PROPERTIES <name> <value>...])
 # A GoogleTest program over FakeKovan, or over the host platform with HOST. The sources are the folder's own .cpp files.
-# THREADS marks what the thread sanitizer has to see at every submission. Each test is labelled with its program.
+# They are compiled several together, since what they instantiate of GoogleTest and Boost costs a compiler more than they
+# do; ALONE are those whose names would clash with another's. THREADS marks what the thread sanitizer has to see at every submission. Each test is labelled with its program.
 function(dax_test target)
-  cmake_parse_arguments(ARG "HOST;THREADS" "TIMEOUT" "LINK;SOURCES;PROPERTIES" ${ARGN})
+  cmake_parse_arguments(ARG "HOST;THREADS" "TIMEOUT" "LINK;SOURCES;ALONE;PROPERTIES" ${ARGN})
   if(NOT ARG_SOURCES)
     file(GLOB ARG_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   endif()
@@ -112,9 +108,13 @@ function(dax_test target)
     set(ARG_TIMEOUT 60)
   endif()
   add_executable(${target} ${ARG_SOURCES})
-  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+  # The compiler takes a source that is included for a header, and the names of another source for those around it.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage> -Wno-shadow)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${CMAKE_CURRENT_SOURCE_DIR})
   target_compile_options(${target} PRIVATE ${DAX_TEST_OPTIONS})
-  dax_reuse_headers(${target} dax_test_headers)
+  target_precompile_headers(${target} REUSE_FROM dax_test_headers)
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} GTest::gmock_main)
   set(implementation FakeKovan)
   if(ARG_HOST)

@@ -1,55 +1,45 @@
 # The headers that cost a compiler more than the source that includes them are compiled once for many sources. Every source
-# still includes what it uses: scripts/check --all builds the production code without this.
-option(DAX_PRECOMPILED_HEADERS "Compile common headers once" ON)
-
-# dax_reuse_headers(<target> <headers>)
-function(dax_reuse_headers target headers)
-  if(DAX_PRECOMPILED_HEADERS)
-    target_precompile_headers(${target} REUSE_FROM ${headers})
-  endif()
-endfunction()
-
-if(DAX_PRECOMPILED_HEADERS)
-  # Of nearly every production source.
-  add_library(dax_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/Headers.cpp)
-  dax_harden(dax_headers)
-  target_link_libraries(dax_headers PUBLIC dax_build Boost::thread Boost::filesystem)
-  target_precompile_headers(
-    dax_headers PRIVATE
-    <algorithm> <functional> <list> <map> <memory> <mutex> <set> <sstream> <string> <utility> <vector>
-    <boost/exception/diagnostic_information.hpp> <boost/exception/get_error_info.hpp> <boost/exception/info.hpp>
-    <boost/filesystem.hpp>
-    <boost/optional.hpp>
-    <boost/thread/mutex.hpp> <boost/thread/thread.hpp>)
-
-  # Of whatever reads or writes archives.
-  add_library(dax_archive_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/ArchiveHeaders.cpp)
-  dax_harden(dax_archive_headers)
-  target_link_libraries(dax_archive_headers PUBLIC dax_build Boost::serialization Boost::date_time Boost::thread)
-  target_precompile_headers(
-    dax_archive_headers PRIVATE
-    <functional> <list> <memory> <set> <sstream> <string> <vector>
-    <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
-    <boost/date_time/posix_time/time_serialize.hpp>
-    <boost/exception/all.hpp>
-    <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
-    <boost/serialization/string.hpp> <boost/serialization/vector.hpp>)
+# still includes what it uses: the preset self-contained builds the production code without this.
+if(NOT DAX_PRECOMPILED_HEADERS)
+  set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 endif()
+
+# Of nearly every production source.
+add_library(dax_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/Headers.cpp)
+dax_harden(dax_headers)
+target_link_libraries(dax_headers PUBLIC dax_build Boost::thread Boost::filesystem)
+target_precompile_headers(
+  dax_headers PRIVATE
+  <algorithm> <functional> <list> <map> <memory> <mutex> <set> <sstream> <string> <utility> <vector>
+  <boost/exception/diagnostic_information.hpp> <boost/exception/get_error_info.hpp> <boost/exception/info.hpp>
+  <boost/filesystem.hpp>
+  <boost/optional.hpp>
+  <boost/thread/mutex.hpp> <boost/thread/thread.hpp>)
+
+# Of whatever reads or writes archives.
+add_library(dax_archive_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/ArchiveHeaders.cpp)
+dax_harden(dax_archive_headers)
+target_link_libraries(dax_archive_headers PUBLIC dax_build Boost::serialization Boost::date_time Boost::thread)
+target_precompile_headers(
+  dax_archive_headers PRIVATE
+  <functional> <list> <memory> <set> <sstream> <string> <vector>
+  <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
+  <boost/date_time/posix_time/time_serialize.hpp>
+  <boost/exception/all.hpp>
+  <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
+  <boost/serialization/string.hpp> <boost/serialization/vector.hpp>)
 
 # dax_precompile(<target> [TRUE]): for production code, with archives or without.
 function(dax_precompile target)
   if(ARGC GREATER 1 AND ARGV1)
-    dax_reuse_headers(${target} dax_archive_headers)
+    target_precompile_headers(${target} REUSE_FROM dax_archive_headers)
   else()
-    dax_reuse_headers(${target} dax_headers)
+    target_precompile_headers(${target} REUSE_FROM dax_headers)
   endif()
 endfunction()
 
 # Of nearly every test.
 function(dax_precompile_for_tests)
-  if(NOT DAX_PRECOMPILED_HEADERS)
-    return()
-  endif()
   add_library(dax_test_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp)
   target_compile_options(dax_test_headers PRIVATE ${DAX_TEST_OPTIONS})
   target_link_libraries(dax_test_headers PUBLIC dax_build GTest::gmock nlohmann_json::nlohmann_json Boost::serialization

@@ -9,7 +9,7 @@
 namespace DAX::Tests {
 namespace {
 
-const std::filesystem::path SOURCES(SOURCE_FOLDER);
+const std::filesystem::path SOURCE_TREE(SOURCE_FOLDER);
 
 const std::chrono::seconds BOUND(60); // an interpreter on a busy machine
 
@@ -23,7 +23,7 @@ protected:
     CheckLayers() {
         std::filesystem::create_directories(m_tree / "scripts");
         for (const char* const script : {"check-layers", "draw-layers", "layers.py"}) {
-            std::filesystem::copy_file(SOURCES / "scripts" / script, m_tree / "scripts" / script);
+            std::filesystem::copy_file(SOURCE_TREE / "scripts" / script, m_tree / "scripts" / script);
         }
         write("cmake/Layers.txt", "layer low: what carries\n"
                                   "  First src/First\n"
@@ -62,7 +62,7 @@ TEST_F(CheckLayers, PassesATreeThatKeepsToItsList) {
 }
 
 TEST(CheckLayersOfThisTree, Pass) {
-    const FinishedRun run = runScript(SOURCES / "scripts/check-layers");
+    const FinishedRun run = runScript(SOURCE_TREE / "scripts/check-layers");
     EXPECT_EQ(run.output, "") << run.errors;
     EXPECT_EQ(run.end, ProcessEnd::exited(0));
 }

@@ -32,7 +32,7 @@ struct Written {
 
 class KovanctlValueTest : public SettingCommandsTest, public testing::WithParamInterface<Written> {};
 
-struct Mistaken {
+struct MistakenSetting {
     const char* type;
     const char* text;
 };
@@ -43,7 +43,7 @@ std::string nameByType(const testing::TestParamInfo<Value>& info) {
     return info.param.type + std::to_string(info.index);
 }
 
-class KovanctlWrongValueTest : public SettingCommandsTest, public testing::WithParamInterface<Mistaken> {};
+class KovanctlWrongValueTest : public SettingCommandsTest, public testing::WithParamInterface<MistakenSetting> {};
 
 } // namespace
 
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(Values, KovanctlValueTest,
                          nameByType<Written>);
 
 TEST_P(KovanctlWrongValueTest, IsWrongUsageAndWritesNothing) {
-    const Mistaken& value = GetParam();
+    const MistakenSetting& value = GetParam();
 
     expectFailure(setting({"set", "db/key", value.type, value.text}), WRONG_USAGE,
                   std::string("kovanctl: '") + value.text + "' is not of type " + value.type + "\n");
@@ -86,12 +86,14 @@ TEST_P(KovanctlWrongValueTest, IsWrongUsageAndWritesNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(WrongValues, KovanctlWrongValueTest,
-                         testing::Values(Mistaken{"bool", "yes"}, Mistaken{"bool", "2"}, Mistaken{"bool", ""},
-                                         Mistaken{"int", "1.5"}, Mistaken{"int", "2147483648"}, Mistaken{"int", "x"},
-                                         Mistaken{"int", "1x"}, Mistaken{"int", " 1"}, Mistaken{"int", ""},
-                                         Mistaken{"double", "1e999"}, Mistaken{"double", "nan"},
-                                         Mistaken{"double", "inf"}, Mistaken{"double", "1,5"}),
-                         nameByType<Mistaken>);
+                         testing::Values(MistakenSetting{"bool", "yes"}, MistakenSetting{"bool", "2"},
+                                         MistakenSetting{"bool", ""}, MistakenSetting{"int", "1.5"},
+                                         MistakenSetting{"int", "2147483648"}, MistakenSetting{"int", "x"},
+                                         MistakenSetting{"int", "1x"}, MistakenSetting{"int", " 1"},
+                                         MistakenSetting{"int", ""}, MistakenSetting{"double", "1e999"},
+                                         MistakenSetting{"double", "nan"}, MistakenSetting{"double", "inf"},
+                                         MistakenSetting{"double", "1,5"}),
+                         nameByType<MistakenSetting>);
 
 TEST_F(SettingCommandsTest, NegativeNumberNeedsNoDashes) {
     EXPECT_EQ(setting({"set", "db/key", "int", "-1"}).end, DONE);

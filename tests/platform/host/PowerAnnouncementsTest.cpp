@@ -24,7 +24,7 @@ using testing::ElementsAre;
 
 namespace {
 
-const char* const FILE_NAME = "run/kovan/power.ini";
+const char* const POWER_FILE = "run/kovan/power.ini";
 
 std::string fileWith(int state) {
     return "[power]\nstate=" + std::to_string(state) + "\nwakeup_reason=0\n";
@@ -32,8 +32,8 @@ std::string fileWith(int state) {
 
 class PowerAnnouncementsTest : public testing::Test {
 protected:
-    void write(const std::string& text) const { m_root.write(FILE_NAME, text); }
-    std::string path() const { return (m_root / FILE_NAME).string(); }
+    void write(const std::string& text) const { m_root.write(POWER_FILE, text); }
+    std::string path() const { return (m_root / POWER_FILE).string(); }
 
     // Replaces the whole file, as another program would.
     void replace(const std::string& text) const {
