@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include <boost/thread/thread.hpp>
@@ -352,6 +353,32 @@ TEST_F(InterruptedHandlerTest, EndsWhenItIsInterruptedAtTheDeathOfAClient) {
     ASSERT_TRUE(deactivateInTime());
     EXPECT_EQ(FakeKovan::countContaining("FTL", "Unknown error while calling clientDisconnected()"), 1);
     EXPECT_EQ(FakeKovan::count("INF", "DBUSAdapter thread interrupted. Adapter object: {/org/kovan/test/object}"), 1);
+}
+
+// The interruption stays with the thread as one does that nobody has met: whoever waits for the thread waits for no
+// more than the next loop.
+TEST_F(InterruptedHandlerTest, EndsTheNextLoopOfItsThreadWhenTheFirstEndsForAnotherReason) {
+    handler->onRequest = [this](const FakeHandler::Request&, std::stringstream&, std::string&) {
+        waitForInterruption();
+        stopWanted = true;
+        return true;
+    };
+    boost::thread thread([this] {
+        listenForGood();
+        stopWanted = false;
+        adapter = createAdapter(handler);
+        listenForGood();
+    });
+    ASSERT_TRUE(FakeKovan::waitForMessage("INF", "DBUSAdapter adapter thread started."));
+    RawPeer client;
+    client.send(*makeCall("any"));
+    EXPECT_TRUE(entered.wait());
+    thread.interrupt();
+    EXPECT_TRUE(thread.try_join_for(boost::chrono::seconds(20)));
+    EXPECT_EQ(FakeKovan::count("INF", "DBUSAdapter thread interrupted. Adapter object: {/org/kovan/test/object}"), 1);
+    EXPECT_EQ(FakeKovan::count("INF", EXIT + std::strlen("INF ")), 2);
+    stopWanted = true; // for a loop that goes on after all
+    thread.join();
 }
 
 TEST_F(CDBUSAdapterTest, CannotBeDeactivatedByItsOwnThread) {
