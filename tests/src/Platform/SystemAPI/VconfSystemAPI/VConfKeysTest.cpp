@@ -1,8 +1,8 @@
 #include "Platform/SystemAPI/VconfSystemAPI/VConfKeys.h"
 
+#include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -116,15 +116,20 @@ TEST(VConfKeysTest, HaveTheTextTheTypeTheDefaultAndTheWriterThatAreAgreed) {
     }
 }
 
-// The texts of the keys in a source file.
+// The texts of the keys in a source file: quoted, and with a name behind the prefix.
 std::multiset<std::string> keysIn(const std::filesystem::path& file) {
-    static const std::regex KEY("\"((rtc/)?(db|memory)/[a-z][^\"]*)\"");
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();
     const std::string source = text.str();
     std::multiset<std::string> keys;
-    for (std::sregex_iterator found(source.begin(), source.end(), KEY), end; found != end; ++found) {
-        keys.insert((*found)[1]);
+    for (const char* const start : {"\"db/", "\"memory/", "\"rtc/"}) {
+        const std::string prefix = start;
+        for (auto at = source.find(prefix); at != std::string::npos; at = source.find(prefix, at + 1)) {
+            const auto name = at + prefix.size();
+            if (name < source.size() && std::isalpha(static_cast<unsigned char>(source[name])) != 0) {
+                keys.insert(source.substr(at + 1, source.find('"', name) - at - 1));
+            }
+        }
     }
     return keys;
 }
