@@ -4,6 +4,12 @@
 #include <utility>
 
 #include <boost/exception/diagnostic_information.hpp>
+#include <boost/serialization/library_version_type.hpp> // which the next one needs and does not include
+#include <boost/serialization/list.hpp>
+#include <boost/serialization/optional.hpp>
+#include <boost/serialization/set.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
 #include <boost/thread/thread.hpp>
 
 #include "Common/Logging/LoggingStream.h"

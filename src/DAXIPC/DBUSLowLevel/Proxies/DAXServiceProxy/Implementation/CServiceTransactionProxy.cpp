@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <boost/serialization/library_version_type.hpp> // which the next one needs and does not include
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
