@@ -110,8 +110,8 @@ function(dax_test target)
   add_executable(${target} ${ARG_SOURCES})
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
   set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-  # The compiler takes a source that is included for a header, and the names of another source for those around it.
-  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage> -Wno-shadow)
+  # The compiler takes a source that is included for a header, where a fixture without linkage would be a mistake.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${CMAKE_CURRENT_SOURCE_DIR})
   target_compile_options(${target} PRIVATE ${DAX_TEST_OPTIONS})
   target_precompile_headers(${target} REUSE_FROM dax_test_headers)

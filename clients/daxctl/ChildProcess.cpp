@@ -59,6 +59,7 @@ private:
 
 int spawn(const std::vector<std::string>& commandLine, ChildOutput output, pid_t& pid) {
     std::vector<char*> words;
+    words.reserve(commandLine.size() + 1);
     for (const auto& word : commandLine) {
         words.push_back(const_cast<char*>(word.c_str()));
     }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-using GKeyFile = struct _GKeyFile;
+using GKeyFile = struct _GKeyFile; // NOLINT(bugprone-reserved-identifier): the name is GLib's
 
 namespace KovanHost {
 

@@ -37,16 +37,16 @@ public:
     ~FileSink() override;
 
     void writeChunk(const std::uint8_t* data, std::size_t size) override;
-    void markEndOfData() override;
+    void markEndOfData() final;
     bool endOfDataMarked() override { return m_endOfDataMarked; }
     streamsize_t position() override;
     void seek(streamsize_t position) override;
     void open() override;
-    void close() override;
+    void close() final;
     bool isOpened() override { return m_opened; }
 
     // Does nothing after the end of data.
-    void flush() override;
+    void flush() final;
     bool alreadyClosed() override { return m_closed; }
 
     // Restores the position and keeps the data that was saved. It is an assertion failure on an opened file.

@@ -3,7 +3,7 @@
 namespace DAX::Common::DBUSWrapper {
 namespace {
 
-const std::streamoff LONGEST_KEPT_TEXT = 64 * 1024;
+const std::streamoff LONGEST_KEPT_TEXT = 64L * 1024;
 
 } // namespace
 

@@ -21,7 +21,8 @@ namespace DBUSHelper {
 // header of the result before anything else happens. What `call` throws passes.
 template <class R>
 void handleAdapterMethod(std::stringstream& in, std::stringstream& out,
-                         std::function<void(boost::archive::text_iarchive&)> deserialize, std::function<R()> call) {
+                         const std::function<void(boost::archive::text_iarchive&)>& deserialize,
+                         const std::function<R()>& call) {
     ArchiveOutput outArchive(out);
     ArchiveInput inArchive(in);
     deserialize(inArchive.archive());
@@ -52,7 +53,7 @@ void readResult(std::stringstream& output, Values&... values) {
 
 // The calling side of a method with a result. Returns `defaultValue` when the reply has no result.
 template <class R, class ExceptionHandler, class DBUSProxy>
-R handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
+R handleProxyMethod(const std::string& methodName, const std::function<void(boost::archive::text_oarchive&)>& serialize,
                     DBUSProxy& proxy, const ExceptionHandler& handler, R defaultValue) {
     std::stringstream params;
     ArchiveOutput archive(params);
@@ -66,8 +67,9 @@ R handleProxyMethod(const std::string& methodName, std::function<void(boost::arc
 
 // The calling side of a method without a result. What the reply holds is not read.
 template <class ExceptionHandler, class DBUSProxy>
-void handleProxyMethod(const std::string& methodName, std::function<void(boost::archive::text_oarchive&)> serialize,
-                       DBUSProxy& proxy, const ExceptionHandler& handler) {
+void handleProxyMethod(const std::string& methodName,
+                       const std::function<void(boost::archive::text_oarchive&)>& serialize, DBUSProxy& proxy,
+                       const ExceptionHandler& handler) {
     std::stringstream params;
     ArchiveOutput archive(params);
     std::stringstream output;

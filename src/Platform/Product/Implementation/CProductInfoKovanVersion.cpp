@@ -21,7 +21,7 @@ std::string versionIn(std::istream& file) {
     for (std::string line; std::getline(file, line);) {
         const std::size_t equals = line.find('=');
         if (line.find("VERSION") != std::string::npos && equals != std::string::npos) {
-            const std::string value = line.substr(equals + 1);
+            std::string value = line.substr(equals + 1);
             DAX_LOG(INF) << "Kovan version is: " << value;
             return value;
         }
@@ -46,7 +46,7 @@ std::string versionOf(const path& releaseFile) {
 } // namespace
 
 std::string IProductInfo::getKovanVersionString() {
-    const std::string version = versionOf(IProductPaths::getFlashDeviceRootPath() / "etc" / "kovan-release");
+    std::string version = versionOf(IProductPaths::getFlashDeviceRootPath() / "etc" / "kovan-release");
     if (version.empty()) {
         DAX_THROW(GenericException(), errinfo_description("Could not get kovan version from /etc/kovan-release file"));
     }

@@ -33,7 +33,7 @@ inline int vconf_get_string_wrapper(const char* key, std::string* value) {
     return 0;
 }
 
-inline int vconf_set_string_wrapper(const char* key, std::string value) {
+inline int vconf_set_string_wrapper(const char* key, const std::string& value) {
     return vconf_set_str(key, value.c_str());
 }
 

@@ -94,7 +94,7 @@ AUTOUPDATE_SPECIAL_MODE CSystemControl::m_getAutoUpdateSpecialMode() {
 }
 
 std::string CSystemControl::m_getOOBEAcceptedUpdateInfoDataId() {
-    const std::string id = readOrDefault(OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY);
+    std::string id = readOrDefault(OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY);
     DAX_LOG(INF) << "OOBE Accepted updateInfoDataId is " << id;
     return id;
 }
