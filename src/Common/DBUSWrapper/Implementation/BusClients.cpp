@@ -36,13 +36,13 @@ void BusClients::begin(DBusConnection* connection) {
     m_connection = connection;
     if (!m_clients.empty()) {
         m_clients.clear();
-        m_emptySince = m_clock.getCurrentTime();
+        m_idleSince = m_clock.getCurrentTime();
     }
     addRule(VANISHING_NAMES_RULE, "vanishing names");
 }
 
 float BusClients::emptyFor() const {
-    return m_clock.getCurrentTime() - m_emptySince;
+    return m_clock.getCurrentTime() - m_idleSince;
 }
 
 bool BusClients::add(const char* name) {
@@ -55,7 +55,7 @@ bool BusClients::add(const char* name) {
     return true;
 }
 
-void BusClients::remove(const std::string& name) {
+void BusClients::unregisterConnection(const std::string& name) {
     const auto found = m_clients.find(name);
     if (found == m_clients.end()) {
         DAX_LOG(INF) << "Name " << name << " does not exist in clients list.";
@@ -63,21 +63,25 @@ void BusClients::remove(const std::string& name) {
     }
     DAX_LOG(INF) << "Unregistering connection named " << name;
     m_clients.erase(found);
-    if (!name.empty()) {
-        dbus_bus_remove_match(m_connection, ruleFor(name).c_str(), nullptr);
-    }
+    unsubscribeForNameOwnerChangedSignal(name);
     if (m_clients.empty()) {
         DAX_LOG(INF) << "We are now entering idle state.";
-        m_emptySince = m_clock.getCurrentTime();
+        m_idleSince = m_clock.getCurrentTime();
     }
 }
 
 // The bus handles both calls in their order: a client that is gone at the rule is gone at the question too, and the end
 // of one that is there at the question is told by the rule.
-void BusClients::watch(const std::string& name) {
+void BusClients::subscribeForNameOwnerChangedSignal(const std::string& name) {
     if (!name.empty()) {
         addRule(ruleFor(name), "client " + name);
         askForOwner(name);
+    }
+}
+
+void BusClients::unsubscribeForNameOwnerChangedSignal(const std::string& name) {
+    if (!name.empty()) {
+        dbus_bus_remove_match(m_connection, ruleFor(name).c_str(), nullptr);
     }
 }
 

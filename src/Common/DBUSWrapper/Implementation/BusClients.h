@@ -36,18 +36,19 @@ public:
 
     // The client's own rule, and behind it the question whether its name is still there. A message of a broken bus has
     // no sender: a client without a name cannot be watched and stays.
-    void watch(const std::string& name);
+    void subscribeForNameOwnerChangedSignal(const std::string& name);
 
     // The client's end is known: the answer to the question about it no longer matters.
     void dropQuestion(std::string_view name);
 
-    void remove(const std::string& name);
+    void unregisterConnection(const std::string& name);
 
 private:
     struct Client {
         bool isQuestionOpen = false;
     };
 
+    void unsubscribeForNameOwnerChangedSignal(const std::string& name);
     void addRule(const std::string& rule, const std::string& purpose);
     void askForOwner(const std::string& name);
     void receiveOwner(const std::string& name, DBusMessage& answer);
@@ -57,7 +58,7 @@ private:
     std::function<void(const std::string& name)> m_onGone;
     DBusConnection* m_connection = nullptr;
     std::map<std::string, Client, std::less<>> m_clients; // found by the sender of a message without a copy of it
-    float m_emptySince = 0;
+    float m_idleSince = 0;
     bool m_isRefusalLogged = false;
 };
 

@@ -234,7 +234,7 @@ void CDBUSAdapter::registerNewConnection(const char* name) {
     if (m_clients.add(name)) {
         m_name->keep();
         const auto lock = waitForActivation();
-        m_clients.watch(name);
+        m_clients.subscribeForNameOwnerChangedSignal(name);
     }
 }
 

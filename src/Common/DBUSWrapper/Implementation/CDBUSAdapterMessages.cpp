@@ -226,7 +226,7 @@ void CDBUSAdapter::disconnectDeadClient(const std::string& name) {
             m_handler->clientDisconnected(name.c_str());
         }
         const auto lock = waitForActivation();
-        m_clients.remove(name);
+        m_clients.unregisterConnection(name);
     } catch (const DBUSWrapperException&) {
         DAX_LOG(ERR) << "DBUSWrapperException while calling clientDisconnected() in adapter object: " << m_objectPath
                      << " - ignoring. Exception: " << diagnostics();

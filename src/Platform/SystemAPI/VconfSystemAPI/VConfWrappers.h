@@ -33,7 +33,9 @@ inline int vconf_get_string_wrapper(const char* key, std::string* value) {
     return 0;
 }
 
-inline int vconf_set_string_wrapper(const char* key, const std::string& value) {
+// By value, as the table of the operations of each type has them.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+inline int vconf_set_string_wrapper(const char* key, std::string value) {
     return vconf_set_str(key, value.c_str());
 }
 

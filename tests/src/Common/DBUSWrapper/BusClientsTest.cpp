@@ -41,10 +41,10 @@ TEST_F(BusClientsTest, AreEmptySinceTheLastHasGone) {
     clients.begin(peer.connection());
     clients.add(":1.7");
     clients.add(":1.8");
-    clients.remove(":1.7");
+    clients.unregisterConnection(":1.7");
     EXPECT_FALSE(clients.isEmpty());
     clock.seconds = 3;
-    clients.remove(":1.8");
+    clients.unregisterConnection(":1.8");
     clock.seconds = 5;
     EXPECT_TRUE(clients.isEmpty());
     EXPECT_EQ(clients.emptyFor(), 2);
@@ -70,7 +70,7 @@ TEST_F(BusClientsTest, AreEachAddedOnce) {
 
 TEST_F(BusClientsTest, SayWhenNobodyOfTheNameIsAmongThem) {
     clients.begin(peer.connection());
-    clients.remove(":1.7");
+    clients.unregisterConnection(":1.7");
     EXPECT_THAT(FakeKovan::messages("INF"), ElementsAre("Name :1.7 does not exist in clients list."));
 }
 
@@ -78,8 +78,8 @@ TEST_F(BusClientsTest, AreNotWatchedWithoutAName) {
     clients.begin(peer.connection());
     takeBusCalls();
     clients.add("");
-    clients.watch("");
-    clients.remove("");
+    clients.subscribeForNameOwnerChangedSignal("");
+    clients.unregisterConnection("");
     EXPECT_THAT(takeBusCalls(), IsEmpty());
 }
 
