@@ -14,11 +14,12 @@
 #include <gtest/gtest.h>
 
 #include "Debug/DebugCommon/DebugThreadName.h"
-#include "TimedWaits.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 #include "support/Event.h"
 #include "support/FakeKovan.h"
+#include "support/OtherThread.h"
+#include "support/TestClock.h"
 #include "support/WaitUntil.h"
 
 using namespace DAX::Common::Utils;
@@ -27,28 +28,31 @@ using boost::chrono::milliseconds;
 using DAX::Common::Debug::ThreadDebug;
 using DAX::Tests::begunTimedWaits;
 using DAX::Tests::Event;
+using DAX::Tests::OtherThread;
+using DAX::Tests::TestClock;
 using DAX::Tests::timedOutWaits;
 using DAX::Tests::waitUntil;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
+using namespace std::chrono_literals;
+
 namespace {
 
 const milliseconds AT_ONCE(0);
 
 TEST(DelayedTriggerTest, RunsTheActionWhenTheDeadlineHasPassed) {
-    DelayedTrigger trigger("bus");
+    TestClock clock;
     Event done;
-    std::chrono::steady_clock::time_point ran;
-    const auto armed = std::chrono::steady_clock::now();
-    trigger.arm(milliseconds(30), [&] {
-        ran = std::chrono::steady_clock::now();
-        done.happen();
-    });
+    DelayedTrigger trigger("bus");
+    trigger.arm(milliseconds(30), [&done] { done.happen(); });
+    clock.pass(29ms);
+    ASSERT_TRUE(clock.isAwaited());
+    EXPECT_FALSE(done.happened());
+    clock.pass(1ms);
 
-    ASSERT_TRUE(done.wait());
-    EXPECT_GE(ran - armed, std::chrono::milliseconds(30));
+    EXPECT_TRUE(done.wait());
 }
 
 TEST(DelayedTriggerTest, RunsTheActionOnAThreadNamedAfterIt) {
@@ -112,25 +116,23 @@ TEST(DelayedTriggerTest, TakesTheNewestActionAndItsDeadline) {
 // The older action is destroyed with the trigger's mutex held, so the waiting thread cannot see the newer action before
 // its wait has timed out.
 TEST(DelayedTriggerTest, WaitsForTheNewDeadlineWhenItIsArmedAgainWhileItTimesOut) {
-    const std::chrono::milliseconds NEW_DELAY(300);
-    DelayedTrigger trigger("bus");
+    TestClock clock;
     Event done;
-    std::chrono::steady_clock::time_point ran;
-    const int begunBefore = begunTimedWaits();
-    const int before = timedOutWaits();
-    std::shared_ptr<void> untilTimedOut(
-        nullptr, [before](void*) { EXPECT_TRUE(waitUntil([before] { return timedOutWaits() > before; })); });
-    trigger.arm(milliseconds(200), [held = std::move(untilTimedOut)] {});
-    ASSERT_TRUE(waitUntil([begunBefore] { return begunTimedWaits() > begunBefore; }));
-
-    const auto armed = std::chrono::steady_clock::now();
-    trigger.arm(milliseconds(NEW_DELAY.count()), [&] {
-        ran = std::chrono::steady_clock::now();
-        done.happen();
+    DelayedTrigger trigger("bus");
+    const int timedOut = timedOutWaits();
+    std::shared_ptr<void> untilTimedOut(nullptr, [&clock, timedOut](void*) {
+        clock.pass(200ms);
+        EXPECT_TRUE(waitUntil([timedOut] { return timedOutWaits() > timedOut; }));
     });
+    trigger.arm(milliseconds(200), [held = std::move(untilTimedOut)] {});
+    ASSERT_TRUE(clock.isAwaited());
+    const int begun = begunTimedWaits();
+    trigger.arm(milliseconds(300), [&done] { done.happen(); });
 
-    ASSERT_TRUE(done.wait());
-    EXPECT_GE(ran - armed, NEW_DELAY);
+    ASSERT_TRUE(waitUntil([&] { return done.happened() || begunTimedWaits() > begun; }));
+    EXPECT_FALSE(done.happened()) << "it did not look at the new deadline";
+    clock.pass(100ms);
+    EXPECT_TRUE(done.wait());
 }
 
 TEST(DelayedTriggerTest, LetsTheActionCallBackIntoIt) {
@@ -146,20 +148,18 @@ TEST(DelayedTriggerTest, LetsTheActionCallBackIntoIt) {
 
 TEST(DelayedTriggerTest, CancellingWaitsForARunningAction) {
     Event started;
-    Event cancelling;
-    std::atomic<bool> finished{false};
+    Event mayFinish;
     DelayedTrigger trigger("bus");
     trigger.arm(AT_ONCE, [&] {
         started.happen();
-        cancelling.wait();
-        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // a cancel that does not wait needs far less
-        finished = true;
+        mayFinish.wait();
     });
     ASSERT_TRUE(started.wait());
-    cancelling.happen();
-    trigger.cancel();
+    OtherThread canceller([&trigger] { trigger.cancel(); });
 
-    EXPECT_TRUE(finished);
+    EXPECT_TRUE(canceller.waitUntilItWaits());
+    mayFinish.happen();
+    EXPECT_NO_THROW(canceller.finish());
 }
 
 TEST(DelayedTriggerTest, DestroyingItEndsTheThreadWithoutTheActionAndWithoutALogLine) {

@@ -1,38 +1,35 @@
-#include <chrono>
-
 #include <gtest/gtest.h>
 
 #include "Common/Utils/ISimpleClock.h"
 #include "support/Slots.h"
-#include "support/WaitUntil.h"
+#include "support/TestClock.h"
 
 using DAX::Common::Utils::ISimpleClock;
 using DAX::Tests::slotOf;
-using DAX::Tests::waitUntil;
+using DAX::Tests::TestClock;
+
+using namespace std::chrono_literals;
 
 namespace {
 
 TEST(SimpleClockTest, CountsTheSecondsSinceItWasMade) {
-    const auto before = std::chrono::steady_clock::now();
+    TestClock time;
     const std::unique_ptr<ISimpleClock> clock = ISimpleClock::createClock();
-    const auto after = std::chrono::steady_clock::now();
-    ASSERT_TRUE(
-        waitUntil([after] { return std::chrono::steady_clock::now() - after > std::chrono::milliseconds(20); }));
+    EXPECT_EQ(clock->getCurrentTime(), 0.0f);
+    time.pass(1500ms);
 
-    const std::chrono::duration<float> atLeast = std::chrono::steady_clock::now() - after;
-    const float elapsed = clock->getCurrentTime();
-    const std::chrono::duration<float> atMost = std::chrono::steady_clock::now() - before;
-    EXPECT_GE(elapsed, atLeast.count());
-    EXPECT_LE(elapsed, atMost.count());
+    EXPECT_EQ(clock->getCurrentTime(), 1.5f);
 }
 
 TEST(SimpleClockTest, EachClockHasItsOwnStart) {
+    TestClock time;
     const std::unique_ptr<ISimpleClock> older = ISimpleClock::createClock();
-    ASSERT_TRUE(waitUntil([&older] { return older->getCurrentTime() > 0.02f; }));
+    time.pass(2s);
     const std::unique_ptr<ISimpleClock> newer = ISimpleClock::createClock();
-    const float newerTime = newer->getCurrentTime();
+    time.pass(3s);
 
-    EXPECT_LT(newerTime, older->getCurrentTime());
+    EXPECT_EQ(older->getCurrentTime(), 5.0f);
+    EXPECT_EQ(newer->getCurrentTime(), 3.0f);
 }
 
 // The destructor comes after it.
