@@ -1,7 +1,5 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreProxy.h"
 
-#include <chrono>
-
 #include <boost/exception/all.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
@@ -16,6 +14,7 @@
 #include "support/FakeKovan.h"
 #include "support/RecordEquality.h"
 #include "support/SampleRecords.h"
+#include "support/TestClock.h"
 #include "support/Thrown.h"
 #include "support/WaitUntil.h"
 #include "support/WireOverFakeDBUS.h"
@@ -26,6 +25,8 @@ using namespace DAX::Common::DBUSWrapper::DBUSWrapperExceptions;
 using Core::CoreExceptions::ErrorConnectingToCoreException;
 using DAXIPC::DBUSLowLevel::CCoreProxyFactory;
 using testing::ElementsAre;
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -49,6 +50,15 @@ protected:
     WireOverFakeDBUS m_wire{"core"};
     FakeDBUS& bus = m_wire.bus;
     std::unique_ptr<Core::ICore> m_core = createCore();
+};
+
+// Nobody waits for the pauses between the attempts.
+class CCoreProxyRetryTest : public CCoreProxyTest {
+protected:
+    std::vector<TestClock::Duration> pauses;
+
+private:
+    TestClock m_clock{[this](TestClock::Duration pause) { pauses.push_back(pause); }};
 };
 
 TEST_F(CCoreProxyTest, IsMadeWithoutAMessageToTheCore) {
@@ -194,21 +204,18 @@ TEST_F(CCoreProxyTest, PassesTheExceptionThatAnswersAHelloOn) {
     EXPECT_THROW(createTransaction(), UserInterestExceptions::CUSBReadError);
 }
 
-TEST_F(CCoreProxyTest, RetriesAHelloWhoseActivationTimedOut) {
+TEST_F(CCoreProxyRetryTest, RetriesAHelloWhoseActivationTimedOut) {
     grantTransactions();
     bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
     bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
     bus.nextReply("helloMessage");
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_NE(createTransaction(), nullptr);
-    const auto passed = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(passed, std::chrono::seconds(2));
-    EXPECT_LT(passed, std::chrono::seconds(3));
+    EXPECT_THAT(pauses, ElementsAre(1s, 1s));
     EXPECT_THAT(FakeKovan::messages("ERR"),
                 ElementsAre(ATTEMPT_FAILED, tryingAgain(1), ATTEMPT_FAILED, tryingAgain(2)));
 }
 
-TEST_F(CCoreProxyTest, SaysHelloOverTheSameConnectionEachTime) {
+TEST_F(CCoreProxyRetryTest, SaysHelloOverTheSameConnectionEachTime) {
     grantTransactions();
     bus.failNext("helloMessage", RemoteObjectActivationTimedOut());
     bus.nextReply("helloMessage");
@@ -220,20 +227,17 @@ TEST_F(CCoreProxyTest, SaysHelloOverTheSameConnectionEachTime) {
                             "call Proxy-2 helloMessage", "drop Proxy-2"));
 }
 
-TEST_F(CCoreProxyTest, GivesUpAfterThreeHellosThatTimedOutAndThreeSeconds) {
+TEST_F(CCoreProxyRetryTest, GivesUpAfterThreeHellosThatTimedOutAndThreeSeconds) {
     grantTransactions();
     bus.fail("helloMessage", RemoteObjectActivationTimedOut());
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ((thrownText<Common::Utils::errinfo_stream_text, RemoteObjectNotAccessible>([&] { createTransaction(); })),
               ATTEMPT_FAILED);
-    const auto passed = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(passed, std::chrono::seconds(3));
-    EXPECT_LT(passed, std::chrono::seconds(4));
+    EXPECT_THAT(pauses, ElementsAre(1s, 1s, 1s));
     EXPECT_THAT(FakeKovan::messages("ERR"), ElementsAre(ATTEMPT_FAILED, tryingAgain(1), ATTEMPT_FAILED, tryingAgain(2),
                                                         ATTEMPT_FAILED, tryingAgain(3), ATTEMPT_FAILED));
 }
 
-TEST_F(CCoreProxyTest, RetriesWhenTheInitializationTimedOut) {
+TEST_F(CCoreProxyRetryTest, RetriesWhenTheInitializationTimedOut) {
     grantTransactions();
     bus.failInit(RemoteObjectActivationTimedOut());
     EXPECT_THROW(createTransaction(), RemoteObjectNotAccessible);
@@ -242,6 +246,7 @@ TEST_F(CCoreProxyTest, RetriesWhenTheInitializationTimedOut) {
 TEST_F(CCoreProxyTest, CanBeInterruptedWhileItWaits) {
     grantTransactions();
     bus.fail("helloMessage", RemoteObjectActivationTimedOut());
+    const TestClock clock; // it stands still, so the first pause does not end by itself
     bool interrupted = false;
     boost::thread caller([&] {
         try {
@@ -250,10 +255,11 @@ TEST_F(CCoreProxyTest, CanBeInterruptedWhileItWaits) {
             interrupted = true;
         }
     });
-    EXPECT_TRUE(FakeKovan::waitForMessage("ERR", tryingAgain(1)));
+    EXPECT_TRUE(clock.isAwaited());
     caller.interrupt();
     caller.join();
     EXPECT_TRUE(interrupted);
+    EXPECT_THAT(FakeKovan::messages("ERR"), ElementsAre(ATTEMPT_FAILED, tryingAgain(1)));
 }
 
 } // namespace
