@@ -64,8 +64,8 @@ function(dax_module target)
   endif()
 endfunction()
 
-# dax_program(<target> [ARCHIVES] LINK <targets>): every source of the folder and of its Implementation/, with the platform chosen.
-# Beside a main.cpp, they are the library <target>_parts, which tests link as well.
+# dax_program(<target> [ARCHIVES] LINK <targets>): every source of the folder and of its Implementation/, with the platform
+# chosen. Beside a main.cpp, they are the library <target>_parts, which tests link as well.
 function(dax_program target)
   cmake_parse_arguments(ARG "ARCHIVES" "" "LINK" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
@@ -95,10 +95,12 @@ endif()
 
 add_custom_target(tests_with_threads)
 
-# dax_test(<target> LINK <targets> [HOST] [THREADS] [ALONE <files>] [SOURCES <files>] [TIMEOUT <seconds>] [PROPERTIES <name> <value>...])
+# dax_test(<target> LINK <targets> [HOST] [THREADS] [ALONE <files>] [SOURCES <files>] [TIMEOUT <seconds>]
+#          [PROPERTIES <name> <value>...])
 # A GoogleTest program over FakeKovan, or over the host platform with HOST. The sources are the folder's own .cpp files.
 # They are compiled several together, since what they instantiate of GoogleTest and Boost costs a compiler more than they
-# do; ALONE are those whose names would clash with another's. THREADS marks what the thread sanitizer has to see at every submission. Each test is labelled with its program.
+# do; ALONE are those whose names would clash with another's.
+# THREADS marks what the thread sanitizer has to see at every submission. Each test is labelled with its program.
 function(dax_test target)
   cmake_parse_arguments(ARG "HOST;THREADS" "TIMEOUT" "LINK;SOURCES;ALONE;PROPERTIES" ${ARGN})
   if(NOT ARG_SOURCES)

@@ -72,6 +72,18 @@ TEST_F(CheckContracts, PassATreeInWhichEverythingHasAComment) {
     EXPECT_EQ(finished.end, ProcessEnd::exited(0));
 }
 
+TEST_F(CheckContracts, RefuseAnOperationBehindTheDestructor) {
+    write("src/Room/IDoor.h", "// A door.\n"
+                              "class [[nodiscard]] IDoor {\n"
+                              "public:\n"
+                              "    // Opens it.\n"
+                              "    virtual void open() = 0;\n"
+                              "    virtual ~IDoor() = default;\n"
+                              "    virtual void slam() = 0;\n"
+                              "};\n");
+    expectRefused("src/Room/IDoor.h:7: pure virtual slam has no comment\n");
+}
+
 TEST(CheckContractsOfThisTree, Pass) {
     const FinishedRun finished = run({{(SOURCES / "scripts/check-contracts").string()}, {}, {}, {}});
     EXPECT_EQ(finished.output, "") << finished.errors;

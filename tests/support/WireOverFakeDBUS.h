@@ -20,13 +20,13 @@ public:
     template <class... Values>
     void reply(const std::string& method, const Values&... values) {
         const std::string bytes = golden(m_side + "/" + method + ".reply");
-        EXPECT_EQ(bytes, encode(values...)) << method;
+        EXPECT_EQ(encode(values...), bytes) << method;
         bus.reply(method, bytes);
     }
 
     // Makes the far side answer `method` without a value.
     void replyNothing(const std::string& method) {
-        EXPECT_EQ("", golden(m_side + "/" + method + ".reply")) << method;
+        EXPECT_EQ(golden(m_side + "/" + method + ".reply"), "") << method;
         bus.reply(method);
     }
 

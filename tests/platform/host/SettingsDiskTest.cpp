@@ -209,7 +209,7 @@ TEST_P(DamagedStore, ThatClaimsMorePagesThanAnyHasTakesNoRoom) {
 // What is left by a process that dies, or runs out of room, while it makes the store.
 TEST_P(DamagedStore, ThatWasNeverCompletedIsMadeAgain) {
     const std::string fresh = freshStore();
-    ASSERT_EQ(2u * PAGE, fresh.size());
+    ASSERT_EQ(fresh.size(), 2u * PAGE);
     for (const std::string& bytes :
          {std::string(), fresh.substr(0, 1), fresh.substr(0, PAGE), fresh.substr(0, PAGE + 100),
           fresh.substr(0, PAGE + 200), fresh.substr(0, 2 * PAGE - 1), std::string(2 * PAGE, '\0')}) {
@@ -227,7 +227,7 @@ TEST_P(DamagedStore, ThatIsGarbageIsAFailureAndStays) {
          {std::string(100000, 'x'), std::string(2 * PAGE, '\xff'), std::string(3 * PAGE, '\0')}) {
         write(dataFile(), bytes);
         EXPECT_EQ(outcome(), FAILED) << bytes.size();
-        EXPECT_EQ(bytes.size(), std::filesystem::file_size(dataFile()));
+        EXPECT_EQ(std::filesystem::file_size(dataFile()), bytes.size());
     }
 }
 

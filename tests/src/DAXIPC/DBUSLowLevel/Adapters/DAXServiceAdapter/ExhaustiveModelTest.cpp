@@ -11,6 +11,8 @@
 #include <memory>
 #include <unordered_map>
 
+#include <gtest/gtest.h>
+
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
 #include "support/DebugParameters.h"
 #include "support/TemporaryRoot.h"

@@ -4,6 +4,8 @@
 #include <iostream>
 #include <random>
 
+#include <gmock/gmock.h>
+
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/ServiceBesideModel.h"
 #include "support/DebugParameters.h"
 #include "support/FakeKovan.h"
