@@ -121,9 +121,9 @@ private:
     bool m_activated = false; // guarded by m_mutex, but in listenDBUS(), which sets it before it is the loop itself
 
     // The loop's thread, from ThreadParams::begin() to its end. The handler is called there, and so subscribes there.
-    DBUSConnectionHandle m_dbusConnectionHandle; // null outside the loop
-    std::unique_ptr<BusName> m_name;             // null outside the loop
     BusCalls m_busCalls;
+    DBUSConnectionHandle m_dbusConnectionHandle; // null outside the loop
+    std::unique_ptr<BusName> m_name;             // null outside the loop; borrows m_busCalls
     BusClients m_clients;
     boost::optional<std::string> m_closeEventConnection; // the client whose end the handler wants to hear of
     ReusedStream m_input;                                // of the call being handled

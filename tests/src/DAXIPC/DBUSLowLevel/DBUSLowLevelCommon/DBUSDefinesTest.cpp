@@ -8,9 +8,9 @@ namespace {
 
 TEST(DBUSNames, OfTheServiceManager) {
     using namespace DBUSService::DBUSIServiceManager;
-    EXPECT_STREQ("org.kovan.tv.dax.service.servicemanager", CONNECTION_NAME);
-    EXPECT_STREQ("org.kovan.tv.dax.service.iservicemanager", INTERFACE_NAME);
-    EXPECT_STREQ("/org/kovan/tv/dax/service/cservicemanager", OBJECT_PATH);
+    EXPECT_STREQ(CONNECTION_NAME, "org.kovan.tv.dax.service.servicemanager");
+    EXPECT_STREQ(INTERFACE_NAME, "org.kovan.tv.dax.service.iservicemanager");
+    EXPECT_STREQ(OBJECT_PATH, "/org/kovan/tv/dax/service/cservicemanager");
 }
 
 TEST(DBUSNames, OfTheCoreAreMadeByFunctions) {
@@ -22,9 +22,9 @@ TEST(DBUSNames, OfTheCoreAreMadeByFunctions) {
 
 TEST(DBUSNames, OfTheScheduler) {
     using namespace DBUSIOTAScheduler;
-    EXPECT_STREQ("org.kovan.tv.dax.otascheduler.otascheduler", CONNECTION_NAME);
-    EXPECT_STREQ("org.kovan.tv.dax.otascheduler.iotascheduler", INTERFACE_NAME);
-    EXPECT_STREQ("/org/kovan/tv/dax/otascheduler/cotascheduler", OBJECT_PATH);
+    EXPECT_STREQ(CONNECTION_NAME, "org.kovan.tv.dax.otascheduler.otascheduler");
+    EXPECT_STREQ(INTERFACE_NAME, "org.kovan.tv.dax.otascheduler.iotascheduler");
+    EXPECT_STREQ(OBJECT_PATH, "/org/kovan/tv/dax/otascheduler/cotascheduler");
 }
 
 TEST(DBUSNames, OfTheExceptionThatNobodySends) {
@@ -32,7 +32,7 @@ TEST(DBUSNames, OfTheExceptionThatNobodySends) {
 }
 
 // The constant of a method is spelled like its value.
-#define EXPECT_NAMED(METHOD) EXPECT_STREQ(#METHOD, Methods::METHOD)
+#define EXPECT_NAMED(METHOD) EXPECT_STREQ(Methods::METHOD, #METHOD)
 
 TEST(DBUSNames, OfTheMethodsOfTheServiceManager) {
     using namespace DBUSService::DBUSIServiceManager;
