@@ -35,10 +35,11 @@ std::string execLine(const TemporaryRoot& root, const char* log, const std::stri
     return "/usr/bin/env KOVAN_DLOG=" + (root / log).string() + " " + programPath(program);
 }
 
+// The complete lines: another process may be writing the last one.
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
+    for (std::string line; std::getline(stream, line) && !stream.eof();) {
         lines.push_back(line);
     }
     return lines;

@@ -65,6 +65,8 @@ protected:
         for (int call = 0; call < further; ++call) {
             last = client.send(*makeCall("further"));
         }
+        // The bus answers in order: once it answers this, all of them are on their way.
+        EXPECT_TRUE(dbus_bus_name_has_owner(client.connection(), DBUS_SERVICE_DBUS, nullptr));
         sent.set_value();
         EXPECT_NE(client.waitForReply(last), nullptr);
         stop();
