@@ -43,14 +43,15 @@ DelayedTrigger::~DelayedTrigger() {
 }
 
 void DelayedTrigger::arm(boost::chrono::milliseconds delay, std::function<void()> action) {
+    const std::shared_ptr<State> state = m_state; // the action may destroy this object as soon as the lock is free
     {
-        Lock lock(m_state->mutex);
+        Lock lock(state->mutex);
         throwIfException();
-        m_state->triggered = true;
-        m_state->deadline = boost::chrono::steady_clock::now() + delay;
-        m_state->action = std::move(action);
+        state->triggered = true;
+        state->deadline = boost::chrono::steady_clock::now() + delay;
+        state->action = std::move(action);
     }
-    m_state->condition.notify_all();
+    state->condition.notify_all();
 }
 
 void DelayedTrigger::cancel() {
