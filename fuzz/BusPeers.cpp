@@ -107,9 +107,15 @@ void appendOtherArray(DBusMessage& message, const std::string& body) {
     }
 }
 
+// libdbus takes these two for calls of the peer interface, too, when they name no interface.
+bool isPeerCall(const BusStep& step) {
+    return step.interface == BusInterface::PEER ||
+           (step.interface == BusInterface::NONE && (step.member == "Ping" || step.member == "GetMachineId"));
+}
+
 // Answers that the adapter gives to messages for its object. libdbus itself answers the others.
 bool isForHandler(const BusStep& step) {
-    return step.path == BusPath::SERVICE && step.interface != BusInterface::PEER &&
+    return step.path == BusPath::SERVICE && !isPeerCall(step) &&
            !(step.interface == BusInterface::INTROSPECTABLE && step.member == "Introspect");
 }
 
