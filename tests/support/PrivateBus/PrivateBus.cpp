@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include <dbus/dbus.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -186,6 +187,7 @@ PrivateBus::PrivateBus(const SystemBusRules& rules) {
 }
 
 void PrivateBus::start(Kind kind, const std::string& rules) {
+    dbus_threads_init_default(); // as the programs do, before several threads connect at once
     const std::string name = kind == Kind::SYSTEM ? "system" : "session";
     const fs::path base = BusFolder::path() / name;
     m_address = "unix:path=" + base.string();

@@ -1,6 +1,8 @@
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <limits>
 
 #include <boost/thread/thread.hpp>
@@ -205,7 +207,10 @@ TEST_F(CDBUSAdapterTest, RefusesANegativeIntervalAsItRefusesZero) {
 TEST_F(CDBUSAdapterTest, TakesTheLongestInterval) {
     adapter->activate(std::numeric_limits<int>::max(), CONNECTION_NAME);
     EXPECT_THAT(byteArrays(*RawPeer().call(*makeCall("any"))), ElementsAre("REPLY", "any", ""));
-    adapter->deactivate(); // the call's end wakes the loop
+    const auto end = std::async(std::launch::async, [this] { adapter->deactivate(); });
+    while (end.wait_for(std::chrono::milliseconds(10)) != std::future_status::ready) {
+        RawPeer().send(*makeCall("any")); // wakes the loop, which looks for its end only then
+    }
 }
 
 TEST_F(CDBUSAdapterTest, SaysWhenThereIsNoMemoryForTheThread) {
