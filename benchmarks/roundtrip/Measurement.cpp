@@ -43,6 +43,20 @@ std::vector<Samples> callInTurns(Subjects& subjects, int calls, int blockLength)
     return samples;
 }
 
+// The median, over all pairs of blocks, of the ratio of the same quantile of both.
+double ratioOfQuantiles(const Samples& samples, const Samples& yardstick, double part, int blockLength) {
+    Samples ratios;
+    const auto length = static_cast<std::size_t>(blockLength);
+    for (std::size_t begin = 0; begin < samples.size(); begin += length) {
+        const auto block = [begin, end = std::min(begin + length, samples.size())](const Samples& all) {
+            return Samples(all.begin() + static_cast<std::ptrdiff_t>(begin),
+                           all.begin() + static_cast<std::ptrdiff_t>(end));
+        };
+        ratios.push_back(quantile(block(samples), part) / quantile(block(yardstick), part));
+    }
+    return quantile(ratios, 0.5);
+}
+
 void measureActivation(Subjects& subjects, const Plan& plan) {
     std::vector<Samples> samples(subjects.size());
     for (int run = 0; run < plan.activations; ++run) {
@@ -71,7 +85,9 @@ void measureRoundTrips(Subjects& subjects, const Plan& plan) {
     for (std::size_t i = 0; i < subjects.size(); ++i) {
         Figures& figures = subjects[i]->figures;
         figures.median = quantile(samples[i], 0.5);
+        figures.medianRatio = ratioOfQuantiles(samples[i], samples[0], 0.5, plan.blockLength);
         figures.p99 = quantile(samples[i], 0.99);
+        figures.p99Ratio = ratioOfQuantiles(samples[i], samples[0], 0.99, plan.blockLength);
         figures.cpuPerCall = static_cast<double>(cpuNanosecondsOf(pids[i]) - cpuBefore[i]) / 1000 / calls;
         figures.memoryAfterCalls = memoryOf(pids[i]);
     }
