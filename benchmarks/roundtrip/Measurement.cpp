@@ -103,7 +103,9 @@ void measureAmongOthers(Subjects& subjects, const Plan& plan) {
     }
     const std::vector<Samples> samples = callInTurns(subjects, plan.callsAmongOthers, plan.blockLength);
     for (std::size_t i = 0; i < subjects.size(); ++i) {
-        subjects[i]->figures.medianAmongOthers = quantile(samples[i], 0.5);
+        Figures& figures = subjects[i]->figures;
+        figures.medianAmongOthers = quantile(samples[i], 0.5);
+        figures.medianAmongOthersRatio = ratioOfQuantiles(samples[i], samples[0], 0.5, plan.blockLength);
     }
 }
 

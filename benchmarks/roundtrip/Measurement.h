@@ -31,8 +31,10 @@ struct Figures {
     Memory memoryAfterCalls;
     double activation = 0;
     double medianAmongOthers = 0;
+    double medianAmongOthersRatio = 0;
 
     double growthAmongOthers() const { return medianAmongOthers / median; }
+    double growthAmongOthersRatio() const { return medianAmongOthersRatio / medianRatio; }
 };
 
 // Measures all servers side by side: they take turns in short blocks, so that a disturbance affects all of them.
