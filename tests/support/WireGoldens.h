@@ -51,7 +51,7 @@ std::tuple<Values...> decode(const std::string& bytes) {
     std::istringstream stream(bytes);
     DAXIPC::DBUSLowLevel::ArchiveInput archive(stream);
     std::tuple<Values...> values{};
-    std::apply([&archive](Values&... value) { ((archive >> value), ...); }, values);
+    std::apply([&]([[maybe_unused]] Values&... value) { ((archive >> value), ...); }, values);
     return values;
 }
 

@@ -255,13 +255,13 @@ TEST_F(UsbDeviceTest, UniqueIdEndsWhereTheStickTellsNothing) {
 }
 
 TEST_F(UsbDeviceTest, WritersInSeveralProcessesLoseNothing) {
-    constexpr int WRITERS = 2;
-    constexpr int WRITES = 50;
+    constexpr int PLUGGERS = 2;
+    constexpr int STICKS = 50;
     std::vector<std::unique_ptr<ForkedProcess>> writers;
-    for (int writer = 0; writer < WRITERS; ++writer) {
+    for (int writer = 0; writer < PLUGGERS; ++writer) {
         writers.push_back(std::make_unique<ForkedProcess>([writer] {
-            for (int number = 0; number < WRITES; ++number) {
-                plug({"sd" + std::to_string(writer * WRITES + number), "/a", {}, {}, {}, 0, 0});
+            for (int number = 0; number < STICKS; ++number) {
+                plug({"sd" + std::to_string(writer * STICKS + number), "/a", {}, {}, {}, 0, 0});
             }
             return 0;
         }));

@@ -311,7 +311,7 @@ TEST_F(FileStreamTest, ReachesBeyondFourGibibytes) {
 TEST_F(FileStreamTest, RefusesEverythingOnceItIsClosed) {
     stream.open();
     stream.close();
-    const auto refusal = [this](const std::function<void()>& use) {
+    const auto refusal = [](const std::function<void()>& use) {
         return thrownText<errinfo_subject, IOExceptions::AlreadyClosedException>(use);
     };
     EXPECT_EQ(refusal([&] { read(1); }), "FileStream(" + path + ")");

@@ -11,15 +11,13 @@ std::atomic<steady_clock::rep> standing{RUNNING};
 
 } // namespace
 
-extern "C" {
+// The linker's option --wrap makes the two of steady_clock::now.
+steady_clock::time_point realNow() __asm__("__real__ZNSt6chrono3_V212steady_clock3nowEv");
+steady_clock::time_point wrappedNow() __asm__("__wrap__ZNSt6chrono3_V212steady_clock3nowEv");
 
-steady_clock::time_point __real__ZNSt6chrono3_V212steady_clock3nowEv();
-
-steady_clock::time_point __wrap__ZNSt6chrono3_V212steady_clock3nowEv() {
+steady_clock::time_point wrappedNow() {
     const steady_clock::rep time = standing;
-    return time == RUNNING ? __real__ZNSt6chrono3_V212steady_clock3nowEv()
-                           : steady_clock::time_point(steady_clock::duration(time));
-}
+    return time == RUNNING ? realNow() : steady_clock::time_point(steady_clock::duration(time));
 }
 
 namespace DAX::Tests {

@@ -24,7 +24,7 @@ using Roots = testing::Types<DAX::Common::DBUSWrapper::DBUSWrapperExceptions::DB
                              DAX::UserInterestExceptions::UserInterestException,
                              DAX::Core::CoreExceptions::CoreException, DAX::Platform::VConfException,
                              DAX::Platform::SystemInfoAPIInternalProblemException, DAX::Platform::USBAPIException>;
-TYPED_TEST_SUITE(FamilyTest, Roots);
+TYPED_TEST_SUITE(FamilyTest, Roots, );
 
 TYPED_TEST(FamilyTest, StandsBesideGenericExceptionOnCommonGround) {
     EXPECT_FALSE((std::is_base_of<GenericException, TypeParam>::value));

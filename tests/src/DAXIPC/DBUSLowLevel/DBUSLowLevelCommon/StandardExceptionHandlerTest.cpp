@@ -75,7 +75,7 @@ using AllNamed = testing::Types<TransactionInvalidatedException, CUpdateFailed, 
                                 CUSBImageCorrupted, CUSBDecryptionError, CImageCorrupted, CWrongKeys,
                                 CImageLacksIntegrity, ExternalLockDenied, CWildcardImageNotAllowedException,
                                 InsufficientRWStorageSpace, DAXUnknownException>;
-TYPED_TEST_SUITE(NamedException, AllNamed);
+TYPED_TEST_SUITE(NamedException, AllNamed, );
 
 TYPED_TEST(NamedException, LeavesUnderTheNameOfItsClass) {
     const Wrapped wrapped = wrapThrown(TypeParam() << errinfo_supportcode("S-1"));

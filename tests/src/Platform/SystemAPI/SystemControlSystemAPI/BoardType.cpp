@@ -8,13 +8,12 @@ std::optional<std::string> otherBoard;
 
 } // namespace
 
-extern "C" {
+// The linker's option --wrap makes the two of IProductInfo::getBoardType.
+std::string realBoardType() __asm__("__real__ZN3DAX8Platform12IProductInfo12getBoardTypeB5cxx11Ev");
+std::string wrappedBoardType() __asm__("__wrap__ZN3DAX8Platform12IProductInfo12getBoardTypeB5cxx11Ev");
 
-std::string __real__ZN3DAX8Platform12IProductInfo12getBoardTypeB5cxx11Ev();
-
-std::string __wrap__ZN3DAX8Platform12IProductInfo12getBoardTypeB5cxx11Ev() {
-    return otherBoard ? *otherBoard : __real__ZN3DAX8Platform12IProductInfo12getBoardTypeB5cxx11Ev();
-}
+std::string wrappedBoardType() {
+    return otherBoard ? *otherBoard : realBoardType();
 }
 
 namespace DAX::Tests {

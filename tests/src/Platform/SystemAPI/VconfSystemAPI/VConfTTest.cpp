@@ -52,7 +52,7 @@ protected:
 };
 
 using ValueTypes = testing::Types<bool, int, double, std::string>;
-TYPED_TEST_SUITE(VConfTTest, ValueTypes);
+TYPED_TEST_SUITE(VConfTTest, ValueTypes, );
 
 // The store's result and the text in the exception of this access.
 template <class Access>

@@ -4,6 +4,7 @@
 
 #include <boost/date_time/posix_time/time_serialize.hpp>
 #include <boost/serialization/optional.hpp>
+#include <boost/serialization/split_free.hpp> // which time_serialize.hpp needs and does not include
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
