@@ -24,7 +24,7 @@ target_precompile_headers(
   dax_archive_headers PRIVATE
   <functional> <list> <memory> <set> <sstream> <string> <vector>
   <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
-  <boost/date_time/posix_time/time_serialize.hpp>
+  <boost/serialization/split_free.hpp> <boost/date_time/posix_time/time_serialize.hpp>
   <boost/exception/all.hpp>
   <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>
   <boost/serialization/string.hpp> <boost/serialization/vector.hpp>)
@@ -50,7 +50,8 @@ function(dax_precompile_for_tests)
     <sstream> <stdexcept> <string> <thread> <utility> <vector>
     <gmock/gmock.h> <gtest/gtest.h>
     <boost/archive/text_iarchive.hpp> <boost/archive/text_oarchive.hpp>
-    <boost/date_time/posix_time/posix_time.hpp> <boost/date_time/posix_time/time_serialize.hpp>
+    <boost/date_time/posix_time/posix_time.hpp>
+    <boost/serialization/split_free.hpp> <boost/date_time/posix_time/time_serialize.hpp>
     <boost/exception/all.hpp>
     <boost/optional/optional_io.hpp>
     <boost/serialization/list.hpp> <boost/serialization/optional.hpp> <boost/serialization/set.hpp>

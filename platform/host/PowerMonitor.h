@@ -2,7 +2,7 @@
 
 #include <memory>
 
-using GSource = struct _GSource;
+using GSource = struct _GSource; // NOLINT(bugprone-reserved-identifier): the library's own name
 
 namespace KovanHost {
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <thread>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include <unistd.h>
@@ -52,7 +53,7 @@ template <class R, class... Args, class... Names>
 Handler handlerOf(R (SimulatedCore::*operation)(const std::string&, Args...), Names... names) {
     static_assert(sizeof...(Args) == sizeof...(Names), "each argument has a name in the record");
     return [operation, names = std::vector<std::string>{names...}](Call& call) {
-        relayCall<std::tuple<Args...>>(call.in, call.out, [&](Args... arguments) {
+        relayCall<std::tuple<std::decay_t<Args>...>>(call.in, call.out, [&](std::decay_t<Args>... arguments) {
             call.decoded(named(names, arguments...));
             return (call.core.*operation)(call.sender, std::move(arguments)...);
         });

@@ -58,7 +58,7 @@ std::vector<DAX::DAXCommon::UpgradeType> SimulatedCore::getSupportedUpgradeTypes
 void SimulatedCore::scheduleFactoryReset(const std::string&) {}
 
 std::string SimulatedCore::createTransaction(const std::string&, SearchingTransactionParameters, std::string proxyId,
-                                             std::string) {
+                                             const std::string&) {
     if (m_scenario.refusesTransactions) {
         return {};
     }
@@ -66,7 +66,7 @@ std::string SimulatedCore::createTransaction(const std::string&, SearchingTransa
     return DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::CONNECTION_NAME();
 }
 
-void SimulatedCore::helloMessage(const std::string& caller, std::string proxyId) {
+void SimulatedCore::helloMessage(const std::string& caller, const std::string& proxyId) {
     if (m_transaction && m_transaction->proxyId() == proxyId) {
         m_transaction->bind(caller);
     }
@@ -83,7 +83,7 @@ boost::optional<bool> SimulatedCore::isSearchingPossible(const std::string& call
     return transactionOf(caller).scenario().searchingPossible;
 }
 
-void SimulatedCore::startSearching(const std::string& caller, std::string) {
+void SimulatedCore::startSearching(const std::string& caller, const std::string&) {
     transactionOf(caller).start(StepName::SEARCH);
 }
 
@@ -103,7 +103,7 @@ std::list<std::string> SimulatedCore::getModelsSearchResult(const std::string& c
     return transactionOf(caller).scenario().models;
 }
 
-void SimulatedCore::startInstallation(const std::string& caller, Items) {
+void SimulatedCore::startInstallation(const std::string& caller, const Items&) {
     transactionOf(caller).start(StepName::INSTALLATION);
 }
 
@@ -111,7 +111,7 @@ TransactionProgress SimulatedCore::getInstallationProgress(const std::string& ca
     return transactionOf(caller).progress(StepName::INSTALLATION);
 }
 
-void SimulatedCore::startFinalization(const std::string& caller, Items, boost::optional<Bytes>, bool) {
+void SimulatedCore::startFinalization(const std::string& caller, const Items&, const boost::optional<Bytes>&, bool) {
     transactionOf(caller).start(StepName::FINALIZATION);
 }
 
@@ -119,7 +119,7 @@ TransactionProgress SimulatedCore::getFinalizationProgress(const std::string& ca
     return transactionOf(caller).progress(StepName::FINALIZATION);
 }
 
-void SimulatedCore::cancelCoreTransaction(const std::string& caller, std::string) {
+void SimulatedCore::cancelCoreTransaction(const std::string& caller, const std::string&) {
     transactionOf(caller);
     m_transaction.reset();
 }

@@ -33,22 +33,23 @@ public:
     std::vector<DAX::DAXCommon::UpgradeType> getSupportedUpgradeTypes(const std::string& caller);
     void scheduleFactoryReset(const std::string& caller);
     std::string createTransaction(const std::string& caller, DAX::Core::SearchingTransactionParameters parameters,
-                                  std::string proxyId, std::string connectionId);
-    void helloMessage(const std::string& caller, std::string proxyId);
+                                  std::string proxyId, const std::string& connectionId);
+    void helloMessage(const std::string& caller, const std::string& proxyId);
 
     // The methods of the transaction. They throw TransactionInvalidatedException to everybody who has not said hello
     // for it.
     boost::optional<bool> isSearchingPossible(const std::string& caller);
-    void startSearching(const std::string& caller, std::string searchParameter);
+    void startSearching(const std::string& caller, const std::string& searchParameter);
     void startModelsSearching(const std::string& caller);
     DAX::Core::TransactionProgress getSearchProgress(const std::string& caller);
     DAX::Core::SearchResult getSearchResult(const std::string& caller);
     std::list<std::string> getModelsSearchResult(const std::string& caller);
-    void startInstallation(const std::string& caller, Items items);
+    void startInstallation(const std::string& caller, const Items& items);
     DAX::Core::TransactionProgress getInstallationProgress(const std::string& caller);
-    void startFinalization(const std::string& caller, Items items, boost::optional<Bytes> upgradeId, bool flag);
+    void startFinalization(const std::string& caller, const Items& items, const boost::optional<Bytes>& upgradeId,
+                           bool flag);
     DAX::Core::TransactionProgress getFinalizationProgress(const std::string& caller);
-    void cancelCoreTransaction(const std::string& caller, std::string reason);
+    void cancelCoreTransaction(const std::string& caller, const std::string& reason);
 
     // Reads the scenario again. One that cannot be used is reported and changes nothing.
     void refreshScenario();

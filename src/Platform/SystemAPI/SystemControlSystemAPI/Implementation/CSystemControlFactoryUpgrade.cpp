@@ -18,7 +18,7 @@ using boost::filesystem::path;
 const char FACTORY_UPGRADE_FLAG_FILENAME[] = "DAX_AUTO_FLAG";
 
 // No flag needs more. Without a limit, anybody who can plug a stick in could fill the memory.
-const std::size_t MOST_BYTES = 64 * 1024;
+const std::size_t MOST_BYTES = std::size_t{64} * 1024;
 
 std::string withoutLineEnds(std::string text) {
     text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }), text.end());

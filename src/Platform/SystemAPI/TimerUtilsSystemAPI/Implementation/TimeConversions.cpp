@@ -5,7 +5,7 @@
 namespace DAX::Platform::TimeConversions {
 
 boost::posix_time::ptime uint64_t_to_ptime(std::uint64_t seconds) {
-    const std::uint64_t secondsOfADay = 24 * 60 * 60;
+    const std::uint64_t secondsOfADay = std::uint64_t{24} * 60 * 60;
     const std::uint64_t days = seconds / secondsOfADay;
     const boost::gregorian::date epoch(1970, 1, 1);
     const auto daysToTheEnd = static_cast<std::uint64_t>((boost::gregorian::date(9999, 12, 31) - epoch).days());

@@ -3,13 +3,11 @@
 #include <map>
 #include <utility>
 
-#include <boost/date_time/posix_time/time_serialize.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/serialization/library_version_type.hpp> // which the next one needs and does not include
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
-#include <boost/serialization/split_free.hpp> // which time_serialize.hpp needs and does not include
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 #include <boost/thread/thread.hpp>
@@ -21,6 +19,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/MethodRelay.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/TimeSerialization.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 #include "Utility/Utils/KeptInterruption.h"

@@ -2,14 +2,13 @@
 
 #include <utility>
 
-#include <boost/date_time/posix_time/time_serialize.hpp>
 #include <boost/serialization/optional.hpp>
-#include <boost/serialization/split_free.hpp> // which time_serialize.hpp needs and does not include
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/TimeSerialization.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/Implementation/ServiceConnection.h"
 

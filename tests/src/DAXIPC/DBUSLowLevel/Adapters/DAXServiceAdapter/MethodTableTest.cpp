@@ -2,12 +2,12 @@
 #include <set>
 
 #include <boost/archive/text_iarchive.hpp>
-#include <boost/date_time/posix_time/time_serialize.hpp>
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/vector.hpp>
 
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/TimeSerialization.h"
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/AdapterOverMocks.h"
 
 namespace DAX::Tests {

@@ -1,7 +1,6 @@
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxy.h"
 
 #include <boost/date_time/posix_time/posix_time.hpp>
-#include <boost/date_time/posix_time/time_serialize.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/string.hpp>
@@ -11,6 +10,7 @@
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXCommon/UserInterestExceptions.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/TimeSerialization.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxyFactory.h"
 #include "support/WireOverFakeDBUS.h"
 
