@@ -1,8 +1,7 @@
 # How a folder becomes a module, a program or a test program.
 
 # Test code runs once and is compiled often, so it is not optimised. What it tests is the code that people run.
-# clang wants braces for the base of a row that is derived from NamedRow.
-set(DAX_TEST_OPTIONS -O0 $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-braces>)
+set(DAX_TEST_OPTIONS -O0)
 
 add_library(dax_build INTERFACE)
 target_include_directories(dax_build INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
@@ -26,7 +25,9 @@ if(DAX_WERROR AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS_EQUAL "${newest_tried_
 elseif(DAX_WERROR)
   message(STATUS "Warnings are no errors: the sources are not tried with this compiler")
 endif()
+# clang wants braces for each base and member of an aggregate, where the language needs none.
 target_compile_options(dax_build INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion ${werror}
+                                           $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-braces>
                                            -ffunction-sections -fdata-sections)
 target_link_options(dax_build INTERFACE -Wl,--gc-sections -Wl,--as-needed)
 target_link_libraries(dax_build INTERFACE Threads::Threads)

@@ -55,7 +55,7 @@ ChecksumedStream::ChecksumedStream(std::shared_ptr<IStorageStream> stream) : m_s
 ChecksumedStream::~ChecksumedStream() {
     try {
         if (m_opened) {
-            close();
+            ChecksumedStream::close();
         }
     } catch (...) {
         DAX_LOG(ERR) << "Exception caught in ~ChecksumedStream. Ignoring: "

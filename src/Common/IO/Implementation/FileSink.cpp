@@ -26,7 +26,7 @@ FileSink::FileSink(const boost::filesystem::path& path, Utils::FileDescriptor fi
 FileSink::~FileSink() {
     try {
         if (m_opened) {
-            close();
+            FileSink::close();
         }
     } catch (...) {
         DAX_LOG(ERR) << "Exception caught in ~FileSink. Ignoring: "

@@ -19,7 +19,7 @@ FileStream::FileStream(const boost::filesystem::path& path) : m_path(path.string
 FileStream::~FileStream() {
     try {
         if (m_opened) {
-            close();
+            FileStream::close();
         }
     } catch (...) {
         DAX_LOG(ERR) << "Exception caught in ~FileStream. Ignoring: "

@@ -28,8 +28,8 @@ void publishIsExternalLockAcquired(int value) {
 
 } // namespace
 
-CServiceManager::CServiceManager(std::shared_ptr<Core::ICore::ICoreFactory> coreFactory,
-                                 std::shared_ptr<Platform::IPowerModeSubscribersFactory> powerModeFactory)
+CServiceManager::CServiceManager(const std::shared_ptr<Core::ICore::ICoreFactory>& coreFactory,
+                                 const std::shared_ptr<Platform::IPowerModeSubscribersFactory>& powerModeFactory)
     : m_powerModeSubscriber(powerModeFactory->createPowerModeChangeSignalSubscriber()) {
     DAX_LOG(INF) << "Service Manager is started.";
     m_core = coreFactory->create();

@@ -19,8 +19,8 @@ namespace DAX::Service::ServiceManager {
 class CServiceManager : public IServiceManager {
 public:
     // Connects to the core. Throws what the factories and the subscription throw.
-    CServiceManager(std::shared_ptr<Core::ICore::ICoreFactory> coreFactory,
-                    std::shared_ptr<Platform::IPowerModeSubscribersFactory> powerModeFactory);
+    CServiceManager(const std::shared_ptr<Core::ICore::ICoreFactory>& coreFactory,
+                    const std::shared_ptr<Platform::IPowerModeSubscribersFactory>& powerModeFactory);
     ~CServiceManager() override;
 
     boost::optional<boost::posix_time::ptime> getLastSearchingForUpgradeDate() override;
