@@ -1,5 +1,7 @@
 #include <cstdio>
 
+#include <nlohmann/json.hpp>
+
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "daxctl/Commands.h"

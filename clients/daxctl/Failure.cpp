@@ -2,6 +2,7 @@
 
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/exception/get_error_info.hpp>
+#include <nlohmann/json.hpp>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"

@@ -1,6 +1,8 @@
 #include <cstdio>
 #include <memory>
 
+#include <nlohmann/json.hpp>
+
 #include "DAXCommon/UserInterestExceptions.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"

@@ -4,6 +4,7 @@
 
 #include <boost/exception/get_error_info.hpp>
 #include <boost/filesystem/exception.hpp>
+#include <nlohmann/json.hpp>
 
 #include "Common/DBUSWrapper/IDBUSProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxyFactory.h"

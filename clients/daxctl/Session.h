@@ -4,7 +4,7 @@
 #include <string>
 
 #include <boost/optional.hpp>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "ServiceInterface/IServiceManager.h"
 

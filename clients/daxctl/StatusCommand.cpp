@@ -1,6 +1,7 @@
 #include <cstdio>
 
 #include <boost/date_time/posix_time/time_formatters.hpp>
+#include <nlohmann/json.hpp>
 
 #include "DAXCommon/UpgradeType.h"
 #include "clients_common/ExitStatus.h"

@@ -1,6 +1,8 @@
 #include <cstdio>
 #include <memory>
 
+#include <nlohmann/json.hpp>
+
 #include "DAXCommon/UpgradeType.h"
 #include "DAXCommon/UpgradeTypeNames.h"
 #include "clients_common/ExitStatus.h"

@@ -4,6 +4,8 @@
 #include <memory>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/DeviceFile.h"

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include <device_power.h>
+#include <nlohmann/json.hpp>
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"

@@ -1,6 +1,8 @@
 #include <iostream>
 #include <memory>
 
+#include <nlohmann/json.hpp>
+
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/Settings.h"

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 #include "clients_common/CommandLine.h"
 
 namespace kovanctl {

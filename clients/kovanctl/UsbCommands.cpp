@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "host/UsbFile.h"

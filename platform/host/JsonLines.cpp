@@ -1,5 +1,7 @@
 #include "JsonLines.h"
 
+#include <nlohmann/json.hpp>
+
 #include "AppendFile.h"
 #include "Root.h"
 #include "TextFile.h"

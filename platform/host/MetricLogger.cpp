@@ -1,5 +1,7 @@
 #include "MetricLogger.h"
 
+#include <nlohmann/json.hpp>
+
 #include "Border.h"
 #include "JsonLines.h"
 

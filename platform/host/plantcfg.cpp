@@ -1,5 +1,7 @@
 #include "plantcfg.h"
 
+#include <nlohmann/json.hpp>
+
 #include "Border.h"
 #include "DeviceFile.h"
 #include "JsonLines.h"

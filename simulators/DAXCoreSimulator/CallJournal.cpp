@@ -7,6 +7,7 @@
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/date_time/posix_time/time_formatters.hpp>
 #include <boost/filesystem/path.hpp>
+#include <nlohmann/json.hpp>
 
 #include "host/AppendFile.h"
 #include "host/OwnFiles.h"

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include "DAXCoreSimulator/ArgumentsAsJson.h"

@@ -4,6 +4,8 @@
 #include <sstream>
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "Common/DBUSWrapper/IDBUSRequestsHandler.h"
 #include "DAXCoreSimulator/CallJournal.h"
 #include "DAXCoreSimulator/SimulatedCore.h"

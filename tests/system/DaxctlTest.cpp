@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include "support/WaitUntil.h"

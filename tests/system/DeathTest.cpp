@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include "support/ForkedProcess.h"

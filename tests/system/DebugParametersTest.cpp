@@ -1,6 +1,7 @@
 // The effect of the debug file on the daemon, and that a bad one has none.
 #include <boost/exception/diagnostic_information.hpp>
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "DAXCommon/UserInterestExceptions.h"
 #include "support/Corruption.h"

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "DAXCommon/UserInterestExceptions.h"
 #include "support/WaitUntil.h"

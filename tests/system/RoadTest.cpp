@@ -2,6 +2,7 @@
 #include <boost/date_time/posix_time/posix_time_io.hpp>
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "support/WaitUntil.h"
 #include "system/support/Desk.h"

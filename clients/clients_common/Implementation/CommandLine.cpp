@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"

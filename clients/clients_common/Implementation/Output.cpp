@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include <nlohmann/json.hpp>
+
 namespace clients_common {
 
 void printJson(const nlohmann::ordered_json& document) {

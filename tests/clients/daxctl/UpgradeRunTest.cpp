@@ -4,6 +4,7 @@
 
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "clients/daxctl/StandardError.h"
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"

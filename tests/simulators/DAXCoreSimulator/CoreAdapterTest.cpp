@@ -10,6 +10,7 @@
 #include <boost/serialization/vector.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "support/RecordEquality.h"
 #include "support/SampleRecords.h"

@@ -8,6 +8,7 @@
 #include <set>
 #include <sstream>
 
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include "Common/DBUSWrapper/IDBUSProxy.h"
