@@ -10,8 +10,7 @@
 #include "ServiceInterface/SingleUpgradeDescription.h"
 
 // The records are compared field by field; the system itself never compares them.
-namespace DAX {
-namespace Core {
+namespace DAX::Core {
 
 inline bool operator==(const SearchingTransactionParameters& a, const SearchingTransactionParameters& b) {
     return std::tie(a.upgradeType, a.transactionType, a.isCellularConnectionAllowed, a.wasAnySuccessfulUpgrade) ==
@@ -28,9 +27,9 @@ inline bool operator==(const SearchResult& a, const SearchResult& b) {
            std::tie(b.result, b.upgradeType, b.kind, b.scope, b.upgradeId, b.version, b.updateInfo);
 }
 
-} // namespace Core
+} // namespace DAX::Core
 
-namespace Service {
+namespace DAX::Service {
 
 inline bool operator==(const ServiceTransactionProgress& a, const ServiceTransactionProgress& b) {
     return std::tie(a.result, a.progressPercent, a.progressDetail) ==
@@ -46,5 +45,4 @@ inline bool operator==(const ServiceSearchResult& a, const ServiceSearchResult& 
     return a.result == b.result && a.upgrade == b.upgrade;
 }
 
-} // namespace Service
-} // namespace DAX
+} // namespace DAX::Service

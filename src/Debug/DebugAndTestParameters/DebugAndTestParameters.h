@@ -7,8 +7,7 @@
 
 #include "Debug/DebugAndTestParameters/InstallationPerformanceParameters.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // The switches that change how the update stack behaves on a development device; there is one record of them. It is
 // read once, at the start, from the XML file "DebugAndTestParameters.xml" on the update partition. Without that file
@@ -126,12 +125,11 @@ private:
     std::map<std::string, std::string> m_customParams = {{"testParam0", "0"}, {"testParam1", "testStringValue1"}};
 };
 
-} // namespace DAXCommon
+} // namespace DAX::DAXCommon
 
-namespace Common {
+namespace DAX::Common {
 
 // The same as DebugAndTestParameters::getDebugAndTestParameters().
 DAXCommon::DebugAndTestParameters& getDebugAndTestParameters();
 
-} // namespace Common
-} // namespace DAX
+} // namespace DAX::Common

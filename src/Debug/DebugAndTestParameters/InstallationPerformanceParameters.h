@@ -8,8 +8,7 @@ namespace boost::serialization {
 class access;
 } // namespace boost::serialization
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 // The tuning values of the update core's installation: sizes in bytes, estimates in bytes per second. An empty optional
 // leaves the choice to the device. The debug file holds the record, and any value that can be read is accepted,
@@ -115,7 +114,9 @@ private:
     float m_nbdVerificationProgressScale = 2.0F;
 };
 
-} // namespace DAXCommon
+} // namespace DAX::DAXCommon
+
+namespace DAX {
 
 // The values in force, which are those of the debug parameters. Throws GenericException before these are loaded.
 const DAXCommon::InstallationPerformanceParameters& getInstallationPerformanceParameters();

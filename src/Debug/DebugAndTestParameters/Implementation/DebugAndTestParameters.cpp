@@ -16,8 +16,7 @@
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 using Common::Debug::isProduction;
 using Common::IO::RegularFile;
@@ -124,10 +123,12 @@ std::string DebugAndTestParameters::getConfigFilePath() {
     return (Platform::IProductPaths::getDAXPartitionPath() / "DebugAndTestParameters.xml").string();
 }
 
-} // namespace DAXCommon
+} // namespace DAX::DAXCommon
 
-DAXCommon::DebugAndTestParameters& Common::getDebugAndTestParameters() {
+namespace DAX::Common {
+
+DAXCommon::DebugAndTestParameters& getDebugAndTestParameters() {
     return DAXCommon::DebugAndTestParameters::getDebugAndTestParameters();
 }
 
-} // namespace DAX
+} // namespace DAX::Common

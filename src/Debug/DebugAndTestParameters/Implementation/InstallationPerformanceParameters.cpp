@@ -2,15 +2,16 @@
 
 #include "Debug/DebugAndTestParameters/DebugAndTestParameters.h"
 
-namespace DAX {
-namespace DAXCommon {
+namespace DAX::DAXCommon {
 
 const InstallationPerformanceParameters& InstallationPerformanceParameters::getDefaultParameters() {
     static const InstallationPerformanceParameters parameters;
     return parameters;
 }
 
-} // namespace DAXCommon
+} // namespace DAX::DAXCommon
+
+namespace DAX {
 
 const DAXCommon::InstallationPerformanceParameters& getInstallationPerformanceParameters() {
     return Common::getDebugAndTestParameters().getInstallationPerformanceParameters();
