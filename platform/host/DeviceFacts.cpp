@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <memory>
 
+#include <system_info.h>
+
 #include "KeyFile.h"
-#include "system_info.h"
 
 namespace KovanHost {
 

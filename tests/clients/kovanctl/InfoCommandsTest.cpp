@@ -3,9 +3,9 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <system_info.h>
 
 #include "clients/kovanctl/KovanctlTest.h"
-#include "system_info.h"
 
 using namespace DAX::Tests;
 using testing::HasSubstr;

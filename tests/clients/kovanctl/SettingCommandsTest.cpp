@@ -3,9 +3,9 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <vconf.h>
 
 #include "clients/kovanctl/KovanctlTest.h"
-#include "vconf.h"
 
 using namespace DAX::Tests;
 using testing::HasSubstr;

@@ -5,9 +5,9 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <usb_device.h>
 
 #include "clients/kovanctl/KovanctlTest.h"
-#include "usb_device.h"
 
 using namespace DAX::Tests;
 using testing::HasSubstr;

@@ -1,8 +1,7 @@
-#include "bootclock.h"
-
 #include <cstdlib>
 #include <ctime>
 
+#include <bootclock.h>
 #include <gtest/gtest.h>
 
 namespace {

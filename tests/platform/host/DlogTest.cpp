@@ -1,5 +1,3 @@
-#include "dlog.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <functional>
@@ -8,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <dlog.h>
 #include <gmock/gmock.h>
 #include <syslog.h>
 #include <unistd.h>

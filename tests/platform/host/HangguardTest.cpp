@@ -1,11 +1,10 @@
-#include "hangguard.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
+#include <hangguard.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>

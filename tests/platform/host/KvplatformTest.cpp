@@ -1,6 +1,5 @@
-#include "kvplatform.h"
-
 #include <gmock/gmock.h>
+#include <kvplatform.h>
 
 #include "platform/host/DeviceTest.h"
 #include "support/ForkedProcess.h"

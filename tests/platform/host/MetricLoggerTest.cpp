@@ -1,10 +1,9 @@
-#include "MetricLogger.h"
-
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include <MetricLogger.h>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 

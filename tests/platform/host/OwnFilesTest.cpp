@@ -4,17 +4,17 @@
 #include <filesystem>
 #include <string>
 
+#include <MetricLogger.h>
 #include <gmock/gmock.h>
+#include <plantcfg.h>
 #include <sys/stat.h>
+#include <vconf.h>
 
-#include "MetricLogger.h"
 #include "host/DeviceFile.h"
 #include "host/DlogSink.h"
 #include "host/PowerFile.h"
 #include "host/UsbFile.h"
-#include "plantcfg.h"
 #include "support/TemporaryRoot.h"
-#include "vconf.h"
 
 namespace {
 

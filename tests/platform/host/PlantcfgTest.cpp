@@ -1,9 +1,8 @@
-#include "plantcfg.h"
-
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <plantcfg.h>
 
 #include "platform/host/DeviceTest.h"
 

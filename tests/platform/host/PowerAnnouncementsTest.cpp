@@ -4,12 +4,12 @@
 #include <functional>
 #include <thread>
 
+#include <device_power.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "device_power.h"
 #include "host/SimulatedPower.h"
 #include "support/ForkedProcess.h"
 #include "support/MainContext.h"

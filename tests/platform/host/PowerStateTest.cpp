@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
+#include <device_power.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "device_power.h"
 #include "host/PowerFile.h"
 #include "support/ForkedProcess.h"
 #include "support/OrdinaryUser.h"

@@ -2,8 +2,8 @@
 #include <fstream>
 
 #include <gtest/gtest.h>
+#include <proc_stat.h>
 
-#include "proc_stat.h"
 #include "support/ForkedProcess.h"
 #include "support/OrdinaryUser.h"
 

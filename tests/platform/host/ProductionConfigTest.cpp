@@ -1,6 +1,6 @@
+#include <DAXProductionConfig.h>
 #include <gmock/gmock.h>
 
-#include "DAXProductionConfig.h"
 #include "platform/host/DeviceTest.h"
 #include "support/ForkedProcess.h"
 

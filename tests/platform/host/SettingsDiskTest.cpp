@@ -5,12 +5,12 @@
 
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <vconf.h>
 
 #include "host/SettingsTransaction.h"
 #include "support/ForkedProcess.h"
 #include "support/SmallDisk.h"
 #include "support/TemporaryRoot.h"
-#include "vconf.h"
 
 using DAX::Tests::fillDisk;
 using DAX::Tests::ForkedProcess;

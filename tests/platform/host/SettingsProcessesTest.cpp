@@ -5,12 +5,12 @@
 
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <vconf.h>
 
 #include "host/Root.h"
 #include "host/SettingsTransaction.h"
 #include "support/ForkedProcess.h"
 #include "support/TemporaryRoot.h"
-#include "vconf.h"
 
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::TemporaryRoot;

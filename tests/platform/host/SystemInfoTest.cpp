@@ -11,10 +11,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <system_info.h>
 
 #include "host/DeviceFile.h"
 #include "platform/host/DeviceTest.h"
-#include "system_info.h"
 
 using DAX::Tests::errorsOf;
 using KovanHost::DeviceFact;

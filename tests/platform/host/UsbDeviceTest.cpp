@@ -8,12 +8,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <usb_device.h>
 
 #include "host/UsbFile.h"
 #include "platform/host/DeviceTest.h"
 #include "support/CrashPoint.h"
 #include "support/ForkedProcess.h"
-#include "usb_device.h"
 
 using DAX::Tests::errorsOf;
 using DAX::Tests::ForkedProcess;

@@ -1,5 +1,3 @@
-#include "vconf.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -9,6 +7,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <vconf.h>
 
 #include "support/TemporaryRoot.h"
 

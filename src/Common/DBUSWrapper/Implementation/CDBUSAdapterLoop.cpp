@@ -4,13 +4,13 @@
 #include <limits>
 #include <utility>
 
+#include <DAXProductionConfig.h>
 #include <boost/assert.hpp>
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/thread/thread.hpp>
 
 #include "Common/DBUSWrapper/Implementation/CheckTimeout.h"
 #include "Common/Logging/LoggingStream.h"
-#include "DAXProductionConfig.h"
 #include "Platform/OperatingSystem/StopNotification.h"
 #include "Utility/Utils/KeptInterruption.h"
 
