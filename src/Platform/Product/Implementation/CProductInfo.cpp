@@ -1,4 +1,4 @@
-#include <map>
+#include <cstdint>
 #include <string>
 
 #include <boost/filesystem/path.hpp>
@@ -8,7 +8,6 @@
 #include "DAXCommon/DAXCommonUtils.h"
 #include "Platform/Product/IProductInfo.h"
 #include "Platform/Product/Implementation/SystemFacts.h"
-#include "Platform/Product/SystemInfoAPIInternalProblemException.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
 
@@ -19,27 +18,10 @@ using boost::filesystem::path;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_string;
 using Common::Utils::GenericException;
-using SystemFacts::read;
+using SystemFacts::required;
 using SystemFacts::textOf;
 
 const int MEBIBYTE = 1024 * 1024;
-
-// From the platform's numbers.
-const std::map<int, IProductInfo::EProductType> productTypeConversionMap = {
-    {0, IProductInfo::TV},          {1, IProductInfo::MONITOR},   {2, IProductInfo::AV},  {6, IProductInfo::AV_PLAYER},
-    {7, IProductInfo::AV_RECEIVER}, {3, IProductInfo::PROJECTOR}, {4, IProductInfo::LFD}, {5, IProductInfo::SMD},
-    {9, IProductInfo::SPK},         {8, IProductInfo::HTV}};
-
-// The value, which must be there.
-template <class Value, class Key>
-Value required(Key key, const char* failure, const boost::source_location& site) {
-    Value value{};
-    if (read(key, value) != 0) {
-        DAX_LOG(ERR) << failure;
-        DAX_THROW_AT(site, SystemInfoAPIInternalProblemException(), errinfo_description(failure));
-    }
-    return value;
-}
 
 const char NO_SW_VERSION[] = "Unable to read SW version from system-info";
 
@@ -166,18 +148,6 @@ bool IProductInfo::isIWBSuppoted() {
                                       "Unable to read IWB support key from system-info", BOOST_CURRENT_LOCATION);
     DAX_LOG(INF) << "IWB Supported: [" << textOf(value) << "].";
     return value;
-}
-
-IProductInfo::EProductType IProductInfo::getProductType() {
-    const int number = required<int>("com.velmora/featureconf/product.product_type",
-                                     "Unable to read product key from system-info", BOOST_CURRENT_LOCATION);
-    const auto found = productTypeConversionMap.find(number);
-    const EProductType type = found != productTypeConversionMap.end() ? found->second : UNKNOWN_PRODUCT_TYPE;
-    if (type == UNKNOWN_PRODUCT_TYPE) {
-        DAX_LOG(ERR) << "Value " << number << " can not be converted to EProductType";
-    }
-    DAX_LOG(INF) << "Product Type: " << type;
-    return type;
 }
 
 } // namespace DAX::Platform

@@ -2,7 +2,12 @@
 
 #include <string>
 
+#include <boost/assert/source_location.hpp>
 #include <system_info.h>
+
+#include "Common/Logging/LoggingStream.h"
+#include "Platform/Product/SystemInfoAPIInternalProblemException.h"
+#include "Utility/Utils/ErrInfoStream.h"
 
 namespace DAX::Platform::SystemFacts {
 
@@ -12,6 +17,18 @@ int read(system_info_key_e key, std::string& value);
 int read(const char* key, std::string& value);
 int read(const char* key, bool& value);
 int read(const char* key, int& value);
+
+// The value, which must be there. Otherwise logs the failure and throws SystemInfoAPIInternalProblemException with it,
+// as if from `site`.
+template <class Value, class Key>
+Value required(Key key, const char* failure, const boost::source_location& site) {
+    Value value{};
+    if (read(key, value) != 0) {
+        DAX_LOG(ERR) << failure;
+        DAX_THROW_AT(site, SystemInfoAPIInternalProblemException(), Common::Utils::errinfo_description(failure));
+    }
+    return value;
+}
 
 // "true" or "false", as the log has it.
 const char* textOf(bool value);

@@ -279,7 +279,6 @@ TEST(RequiredProductFact, FailsAtTheOperationThatAsksForIt) {
         {"getModelLine()", IProductInfo::getModelLine},
         {"isEnterpriseModel()", IProductInfo::isEnterpriseModel},
         {"isIWBSuppoted()", IProductInfo::isIWBSuppoted},
-        {"getProductType()", IProductInfo::getProductType},
     };
     int line = 0; // they are in the source in this order
     for (const auto& [name, operation] : OPERATIONS) {
@@ -289,6 +288,9 @@ TEST(RequiredProductFact, FailsAtTheOperationThatAsksForIt) {
         EXPECT_GT(site.line, line) << name;
         line = site.line;
     }
+    const ThrowSite site = siteThrownBy(IProductInfo::getProductType);
+    EXPECT_THAT(site.function, HasSubstr("IProductInfo::getProductType()"));
+    EXPECT_THAT(site.file, EndsWith("/src/Platform/Product/Implementation/CProductInfoProductType.cpp"));
 }
 
 TEST(SoftwareVersion, IsRefusedAtTheOperationThatAsksForIt) {
