@@ -5,6 +5,7 @@
 #include <boost/exception/diagnostic_information.hpp>
 
 #include "Common/Logging/LoggingStream.h"
+#include "Platform/Product/IProductInfo.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/CSystemControl.h"
 #include "Platform/SystemAPI/SystemControlSystemAPI/Implementation/SettingAccess.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
@@ -25,6 +26,10 @@ const int LAST_AUTOUPDATE_STATUS = 7;
 const int LAST_AUTOUPDATE_SPECIAL_MODE = 1;
 
 } // namespace
+
+bool CSystemControl::m_isAutoUpdateAlwaysOn() {
+    return m_isB2BTv() || IProductInfo::isTBMModel();
+}
 
 bool CSystemControl::m_isAutoUpdateOptionActive() {
     try {

@@ -55,6 +55,11 @@ T getOrDefault(const VConfKey<T>& key) {
     }
 }
 
+// Whether a switch is on; its default when the store fails, as readOrDefault gives it.
+inline bool isOne(const VConfKey<int>& key) {
+    return readOrDefault(key) == 1;
+}
+
 // Returns the value if it is in the enumeration, that is from 0 to `last`. Otherwise throws GenericException, as if
 // from `site`.
 inline int checked(const VConfKey<int>& key, int value, int last, const boost::source_location& site) {
