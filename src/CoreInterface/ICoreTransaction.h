@@ -62,8 +62,9 @@ public:
     virtual TransactionProgress getFinalizationProgress() = 0;
 
     // Ends the transaction. `reason` is for the log. May come at any time, before a search, after the end of a step,
-    // and more than once. For a transaction that is over, the core may throw TransactionInvalidatedException; the
-    // service takes that for success when it drops a session.
+    // and more than once. For a transaction that is over, the core may throw
+    // UserInterestExceptions::TransactionInvalidatedException (DAXCommon/UserInterestExceptions.h); the service takes
+    // that for success when it drops a session.
     virtual void cancelCoreTransaction(const std::string& reason) = 0;
     virtual ~ICoreTransaction() = default;
 };

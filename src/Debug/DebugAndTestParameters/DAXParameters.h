@@ -4,9 +4,9 @@
 
 namespace DAX::DAXCommon {
 
-// The fields of the debug and test parameters, for the rest of the system. It has no data: each call goes to the
-// record, and throws GenericException before the record is loaded. Any thread may get; see DebugAndTestParameters for
-// setting.
+// The fields of the debug and test parameters, for the rest of the system. It has no data: each call goes to
+// DebugAndTestParameters::getDebugAndTestParameters(), and throws what that throws. Any thread may get; see
+// DebugAndTestParameters for setting.
 class DAXParameters {
 public:
     // The switches, numbers and texts of the record, under the same names and with the same defaults.

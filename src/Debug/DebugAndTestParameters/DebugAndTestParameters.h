@@ -24,7 +24,8 @@ public:
     // Production software reads nothing, and then nothing counts as loaded.
     static void loadDebugAndTestParameters();
 
-    // The one record; on production software always the defaults. Throws GenericException before the load.
+    // The one record; on production software always the defaults. On any other, throws GenericException before the
+    // load, and after a reload() that could not read the file.
     static DebugAndTestParameters& getDebugAndTestParameters();
 
     // Whether the record was loaded, and no later reload() has failed to read the file.

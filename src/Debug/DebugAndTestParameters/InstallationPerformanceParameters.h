@@ -118,7 +118,8 @@ private:
 
 namespace DAX {
 
-// The values in force, which are those of the debug parameters. Throws GenericException before these are loaded.
+// The values in force, which are those of the debug parameters. Throws what
+// DebugAndTestParameters::getDebugAndTestParameters() throws.
 const DAXCommon::InstallationPerformanceParameters& getInstallationPerformanceParameters();
 
 } // namespace DAX

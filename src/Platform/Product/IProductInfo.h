@@ -36,11 +36,20 @@ public:
     static bool isRovetaModel();
     static bool isWOCModel();
 
-    // The kind of the model. False when the platform cannot tell, which is logged.
+    // Whether the panel is a stretched one, 540 lines high. False when the platform cannot tell, which is logged.
     static bool isStretchedModel();
+
+    // Whether the display can show a picture in portrait mode. False when the platform cannot tell, which is logged.
     static bool isPictorModel();
+
+    // Whether the display can be turned. False when the platform cannot tell, which is logged.
     static bool isQuorinModel();
+
+    // Whether the computer of a large display is of the type "SBOX". False when the platform cannot tell, which is
+    // logged.
     static bool isSBOX();
+
+    // Whether the device has the framework for battery power. False when the platform cannot tell, which is logged.
     static bool IsPowerBatteryFrameworkSupported();
 
     // In bytes; the same on every device.

@@ -70,8 +70,8 @@ void BusClients::unregisterConnection(const std::string& name) {
     }
 }
 
-// The bus handles both calls in their order: a client that is gone at the rule is gone at the question too, and the end
-// of one that is there at the question is told by the rule.
+// The bus handles our calls in order: first the rule, then the question. A client may have left before the question:
+// then the answer says so. It may leave later: then the rule is in force, and the bus tells us.
 void BusClients::subscribeForNameOwnerChangedSignal(const std::string& name) {
     if (!name.empty()) {
         addRule(ruleFor(name), "client " + name);

@@ -20,9 +20,9 @@ public:
     // from BusCalls::receive, at most once for a client. `calls` and `clock` outlive this object.
     BusClients(BusCalls& calls, Utils::ISimpleClock& clock, std::function<void(const std::string& name)> onGone);
 
-    // A new connection has no clients. It gets one rule for all of them, every name of the bus that vanishes, before
-    // the first one comes: a connection has only so many rules, and the later ones are refused. Until the next call of
-    // this, the connection is open whenever a function below uses it.
+    // Starts anew on this connection, without clients. Asks the bus to tell of every name that vanishes. The bus limits
+    // the rules of a connection: when it refuses the own rule of a later client, this one still tells of its end. The
+    // connection must be open at each call of a function below, until the next begin().
     void begin(DBusConnection* connection);
 
     bool isEmpty() const { return m_clients.empty(); }
@@ -34,11 +34,12 @@ public:
     // False when the connection is a client already.
     bool add(const char* name);
 
-    // The client's own rule, and behind it the question whether its name is still there. A message of a broken bus has
-    // no sender: a client without a name cannot be watched and stays.
+    // Has the bus tell of this client's end: adds a rule for its name, and then asks whether the name is still there.
+    // Does nothing for an empty name, which only a faulty bus gives to a sender: that client cannot be watched, so it
+    // stays.
     void subscribeForNameOwnerChangedSignal(const std::string& name);
 
-    // The client's end is known: the answer to the question about it no longer matters.
+    // Ignores the bus's answer to the question about this client, because its end is known already.
     void dropQuestion(std::string_view name);
 
     void unregisterConnection(const std::string& name);
@@ -57,7 +58,7 @@ private:
     Utils::ISimpleClock& m_clock;
     std::function<void(const std::string& name)> m_onGone;
     DBusConnection* m_connection = nullptr;
-    std::map<std::string, Client, std::less<>> m_clients; // found by the sender of a message without a copy of it
+    std::map<std::string, Client, std::less<>> m_clients; // std::less<>: looked up without a copy of the name
     float m_idleSince = 0;
     bool m_isRefusalLogged = false;
 };

@@ -10,6 +10,10 @@ class IFactorySettingsAPIImpl;
 
 // The switches of the device's factory menu that govern updates. Nothing is cached. A switch that the device does not
 // tell has its default. An operation whose comment names no failure has none. Any thread may call.
+//
+// "Before the debug parameters are loaded" means before DebugAndTestParameters::loadDebugAndTestParameters has run in
+// this process, or after its reload() could not read the file. It means nothing on production software, which always
+// has the defaults.
 class IFactorySettings {
 public:
     // Which server each number selects is up to the programs that ask.

@@ -15,7 +15,8 @@ namespace DAX::Platform {
 // Nothing is cached: each call lists the devices afresh. Any thread may call. UsbDeviceInitializer must exist, and what
 // follows the first digit of a device's name must be digits, or an assertion fails. Every operation throws
 // USBAPIException when the devices cannot be listed, std::logic_error for a device without a mount path, and
-// GenericException before the debug parameters are loaded.
+// GenericException before the debug parameters are loaded, except on production software, which always has their
+// defaults.
 class IUSBDeviceManager {
 public:
     // Where they are mounted, in the platform's order.
