@@ -47,7 +47,7 @@ TEST_F(BadArchives, MayHaveEveryByteChanged) {
     askAll([](const std::string& good) { return changesOf(good, FEW_TELLING_BYTES); });
 }
 
-TEST_F(BadArchives, MayDeclareEveryLengthThatNoMessageHolds) {
+TEST_F(BadArchives, MayDeclareEveryLengthAsHuge) {
     askAll([](const std::string& good) { return tokenChangesOf(good, HUGE_LENGTHS); });
 }
 
@@ -74,7 +74,7 @@ TEST_F(BadArchives, AreRefusedWithAVersionThatIsNotKnown) {
     });
 }
 
-TEST_F(BadArchives, AreRefusedWithASignatureThatNoMessageHolds) {
+TEST_F(BadArchives, AreRefusedWithASignatureOfHugeLength) {
     expectUnreadable([](const std::string& good) {
         std::vector<std::string> messages;
         for (const std::string& length : HUGE_LENGTHS) {

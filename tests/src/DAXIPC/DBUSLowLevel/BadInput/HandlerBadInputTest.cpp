@@ -75,7 +75,7 @@ TEST_P(HandlerBadInput, IsAnsweredWhicheverByteIsChanged) {
     expectAnswers(changesOf(good, TELLING_BYTES));
 }
 
-TEST_P(HandlerBadInput, IsAnsweredWhicheverTokenIsALengthThatNoMessageHolds) {
+TEST_P(HandlerBadInput, IsAnsweredWhicheverTokenBecomesAHugeLength) {
     expectAnswers(tokenChangesOf(good, HUGE_LENGTHS));
 }
 
@@ -117,7 +117,7 @@ TEST_P(HandlerBadHeader, IsRefusedWithAnotherSignature) {
     expectUnreadable("21 serialization::archive" + good.substr(25));
 }
 
-TEST_P(HandlerBadHeader, IsRefusedWithASignatureThatNoMessageHolds) {
+TEST_P(HandlerBadHeader, IsRefusedWithASignatureOfHugeLength) {
     for (const std::string& length : HUGE_LENGTHS) {
         expectUnreadable(length + good.substr(2));
     }

@@ -106,7 +106,7 @@ TEST_P(HostileCore, MayChangeAnyByteOfItsAnswer) {
     expectAnEnd(changesOf(good, TELLING_BYTES));
 }
 
-TEST_P(HostileCore, MayDeclareLengthsThatNoMessageHolds) {
+TEST_P(HostileCore, MayDeclareHugeLengths) {
     expectAnEnd(tokenChangesOf(good, HUGE_LENGTHS));
 }
 
