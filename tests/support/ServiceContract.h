@@ -19,7 +19,7 @@ struct ServiceMethod {
     bool changes = false; // a normal answer may mean that the session, the transaction, a lock or a file has changed
 };
 
-// All 23 methods.
+// All methods.
 inline const std::vector<ServiceMethod>& serviceMethods() {
     namespace Manager = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager::Methods;
     namespace Session = DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIService::Methods;

@@ -1,4 +1,4 @@
-// What each of the 23 methods reads, calls and writes.
+// What each method reads, calls and writes.
 #include <set>
 
 #include <boost/archive/text_iarchive.hpp>
