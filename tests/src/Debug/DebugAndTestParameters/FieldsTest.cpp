@@ -9,31 +9,37 @@ using DAXCommon::InstallationPerformanceParameters;
 
 struct Switch {
     const char* element;
-    const char* name;
     bool (DebugAndTestParameters::*get)() const;
     bool (DAXParameters::*facadeGet)() const;
     void (DAXParameters::*facadeSet)(bool);
 };
 
-#define SWITCH(ELEMENT, NAME)                                                                                          \
-    { #ELEMENT, #NAME, &DebugAndTestParameters::is##NAME, &DAXParameters::get##NAME, &DAXParameters::set##NAME }
-
-const Switch SWITCHES[] = {SWITCH(noRebootFlag, NoRebootFlag),
-                           SWITCH(skipCompatibilityChecker, SkipCompatibilityChecker),
-                           SWITCH(skipVersionChecker, SkipVersionChecker),
-                           SWITCH(skipIntegrityChecker, SkipIntegrityChecker),
-                           SWITCH(dontSwitchPartitions, DontSwitchPartitions),
-                           SWITCH(emulateWasSuccessfulUpgrade, EmulateWasSuccessfulUpgrade),
-                           SWITCH(testTransformationFailure, TestTransformationFailure),
-                           SWITCH(useOTNTestServer, UseOTNTestServer),
-                           SWITCH(durationReduced, DurationReduced)};
+const Switch SWITCHES[] = {{"noRebootFlag", &DebugAndTestParameters::isNoRebootFlag, &DAXParameters::getNoRebootFlag,
+                            &DAXParameters::setNoRebootFlag},
+                           {"skipCompatibilityChecker", &DebugAndTestParameters::isSkipCompatibilityChecker,
+                            &DAXParameters::getSkipCompatibilityChecker, &DAXParameters::setSkipCompatibilityChecker},
+                           {"skipVersionChecker", &DebugAndTestParameters::isSkipVersionChecker,
+                            &DAXParameters::getSkipVersionChecker, &DAXParameters::setSkipVersionChecker},
+                           {"skipIntegrityChecker", &DebugAndTestParameters::isSkipIntegrityChecker,
+                            &DAXParameters::getSkipIntegrityChecker, &DAXParameters::setSkipIntegrityChecker},
+                           {"dontSwitchPartitions", &DebugAndTestParameters::isDontSwitchPartitions,
+                            &DAXParameters::getDontSwitchPartitions, &DAXParameters::setDontSwitchPartitions},
+                           {"emulateWasSuccessfulUpgrade", &DebugAndTestParameters::isEmulateWasSuccessfulUpgrade,
+                            &DAXParameters::getEmulateWasSuccessfulUpgrade,
+                            &DAXParameters::setEmulateWasSuccessfulUpgrade},
+                           {"testTransformationFailure", &DebugAndTestParameters::isTestTransformationFailure,
+                            &DAXParameters::getTestTransformationFailure, &DAXParameters::setTestTransformationFailure},
+                           {"useOTNTestServer", &DebugAndTestParameters::isUseOTNTestServer,
+                            &DAXParameters::getUseOTNTestServer, &DAXParameters::setUseOTNTestServer},
+                           {"durationReduced", &DebugAndTestParameters::isDurationReduced,
+                            &DAXParameters::getDurationReduced, &DAXParameters::setDurationReduced}};
 
 class DebugParametersFields : public DebugFileFixture {};
 
 TEST_F(DebugParametersFields, AllSwitchesAreOffByDefault) {
     const DebugAndTestParameters parameters;
     for (const Switch& one : SWITCHES) {
-        EXPECT_FALSE((parameters.*one.get)()) << one.name;
+        EXPECT_FALSE((parameters.*one.get)()) << one.element;
     }
 }
 
@@ -54,7 +60,7 @@ TEST_F(DebugParametersFields, EachSwitchIsReadFromItsOwnElement) {
         DebugAndTestParameters parameters;
         ASSERT_TRUE(parameters.load());
         for (const Switch& other : SWITCHES) {
-            EXPECT_EQ((parameters.*other.get)(), one.name == other.name) << one.name << ", " << other.name;
+            EXPECT_EQ((parameters.*other.get)(), &one == &other) << one.element << ", " << other.element;
         }
     }
 }
@@ -64,8 +70,8 @@ TEST_F(DebugParametersFields, TheFacadeTurnsEachSwitchOfTheRecordAlone) {
     for (const Switch& one : SWITCHES) {
         (getDAXParameters().*one.facadeSet)(true);
         for (const Switch& other : SWITCHES) {
-            EXPECT_EQ((record.*other.get)(), one.name == other.name) << one.name << ", " << other.name;
-            EXPECT_EQ((getDAXParameters().*other.facadeGet)(), one.name == other.name) << one.name;
+            EXPECT_EQ((record.*other.get)(), &one == &other) << one.element << ", " << other.element;
+            EXPECT_EQ((getDAXParameters().*other.facadeGet)(), &one == &other) << one.element;
         }
         (getDAXParameters().*one.facadeSet)(false);
     }

@@ -31,78 +31,75 @@ TEST(DBUSNames, OfTheExceptionThatNobodySends) {
     EXPECT_STREQ(DBUSExceptions::UnknownException, "UnknownException");
 }
 
-// The constant of a method is spelled like its value.
-#define EXPECT_NAMED(METHOD) EXPECT_STREQ(Methods::METHOD, #METHOD)
-
 TEST(DBUSNames, OfTheMethodsOfTheServiceManager) {
     using namespace DBUSService::DBUSIServiceManager;
-    EXPECT_NAMED(getService);
-    EXPECT_NAMED(getServiceOwner);
-    EXPECT_NAMED(getSupportedUpgradeTypes);
-    EXPECT_NAMED(getLastSearchingForUpgradeDate);
-    EXPECT_NAMED(getCurrentVersion);
-    EXPECT_NAMED(acquireExternalLock);
-    EXPECT_NAMED(releaseExternalLock);
-    EXPECT_NAMED(scheduleFactoryReset);
-    EXPECT_NAMED(helloMessage);
+    EXPECT_STREQ(Methods::getService, "getService");
+    EXPECT_STREQ(Methods::getServiceOwner, "getServiceOwner");
+    EXPECT_STREQ(Methods::getSupportedUpgradeTypes, "getSupportedUpgradeTypes");
+    EXPECT_STREQ(Methods::getLastSearchingForUpgradeDate, "getLastSearchingForUpgradeDate");
+    EXPECT_STREQ(Methods::getCurrentVersion, "getCurrentVersion");
+    EXPECT_STREQ(Methods::acquireExternalLock, "acquireExternalLock");
+    EXPECT_STREQ(Methods::releaseExternalLock, "releaseExternalLock");
+    EXPECT_STREQ(Methods::scheduleFactoryReset, "scheduleFactoryReset");
+    EXPECT_STREQ(Methods::helloMessage, "helloMessage");
 }
 
 TEST(DBUSNames, OfTheMethodsOfASession) {
     using namespace DBUSService::DBUSIService;
-    EXPECT_NAMED(getClientPriority);
-    EXPECT_NAMED(startNewTransaction);
-    EXPECT_NAMED(stopTransaction);
-    EXPECT_NAMED(invalidate);
+    EXPECT_STREQ(Methods::getClientPriority, "getClientPriority");
+    EXPECT_STREQ(Methods::startNewTransaction, "startNewTransaction");
+    EXPECT_STREQ(Methods::stopTransaction, "stopTransaction");
+    EXPECT_STREQ(Methods::invalidate, "invalidate");
 }
 
 TEST(DBUSNames, OfTheMethodsOfATransaction) {
     using namespace DBUSService::DBUSIServiceTransaction;
-    EXPECT_NAMED(isSearchingPossible);
-    EXPECT_NAMED(startSearching);
-    EXPECT_NAMED(startModelsSearching);
-    EXPECT_NAMED(getSearchProgress);
-    EXPECT_NAMED(getSearchResult);
-    EXPECT_NAMED(getModelsSearchResult);
-    EXPECT_NAMED(startInstallation);
-    EXPECT_NAMED(getInstallationProgress);
-    EXPECT_NAMED(startFinalization);
-    EXPECT_NAMED(getFinalizationProgress);
-    EXPECT_NAMED(cancelServiceTransaction);
+    EXPECT_STREQ(Methods::isSearchingPossible, "isSearchingPossible");
+    EXPECT_STREQ(Methods::startSearching, "startSearching");
+    EXPECT_STREQ(Methods::startModelsSearching, "startModelsSearching");
+    EXPECT_STREQ(Methods::getSearchProgress, "getSearchProgress");
+    EXPECT_STREQ(Methods::getSearchResult, "getSearchResult");
+    EXPECT_STREQ(Methods::getModelsSearchResult, "getModelsSearchResult");
+    EXPECT_STREQ(Methods::startInstallation, "startInstallation");
+    EXPECT_STREQ(Methods::getInstallationProgress, "getInstallationProgress");
+    EXPECT_STREQ(Methods::startFinalization, "startFinalization");
+    EXPECT_STREQ(Methods::getFinalizationProgress, "getFinalizationProgress");
+    EXPECT_STREQ(Methods::cancelServiceTransaction, "cancelServiceTransaction");
 }
 
 TEST(DBUSNames, OfTheMethodsOfTheCore) {
     using namespace DBUSCore::DBUSICore;
-    EXPECT_NAMED(helloMessage);
-    EXPECT_NAMED(createTransaction);
-    EXPECT_NAMED(getCurrentVersion);
-    EXPECT_NAMED(getSupportedUpgradeTypes);
-    EXPECT_NAMED(scheduleFactoryReset);
+    EXPECT_STREQ(Methods::helloMessage, "helloMessage");
+    EXPECT_STREQ(Methods::createTransaction, "createTransaction");
+    EXPECT_STREQ(Methods::getCurrentVersion, "getCurrentVersion");
+    EXPECT_STREQ(Methods::getSupportedUpgradeTypes, "getSupportedUpgradeTypes");
+    EXPECT_STREQ(Methods::scheduleFactoryReset, "scheduleFactoryReset");
 }
 
 TEST(DBUSNames, OfTheMethodsOfACoreTransaction) {
     using namespace DBUSCore::DBUSICoreTransaction;
-    EXPECT_NAMED(isSearchingPossible);
-    EXPECT_NAMED(startSearching);
-    EXPECT_NAMED(startModelsSearching);
-    EXPECT_NAMED(getSearchProgress);
-    EXPECT_NAMED(getSearchResult);
-    EXPECT_NAMED(getModelsSearchResult);
-    EXPECT_NAMED(startInstallation);
-    EXPECT_NAMED(getInstallationProgress);
-    EXPECT_NAMED(startFinalization);
-    EXPECT_NAMED(getFinalizationProgress);
-    EXPECT_NAMED(cancelCoreTransaction);
+    EXPECT_STREQ(Methods::isSearchingPossible, "isSearchingPossible");
+    EXPECT_STREQ(Methods::startSearching, "startSearching");
+    EXPECT_STREQ(Methods::startModelsSearching, "startModelsSearching");
+    EXPECT_STREQ(Methods::getSearchProgress, "getSearchProgress");
+    EXPECT_STREQ(Methods::getSearchResult, "getSearchResult");
+    EXPECT_STREQ(Methods::getModelsSearchResult, "getModelsSearchResult");
+    EXPECT_STREQ(Methods::startInstallation, "startInstallation");
+    EXPECT_STREQ(Methods::getInstallationProgress, "getInstallationProgress");
+    EXPECT_STREQ(Methods::startFinalization, "startFinalization");
+    EXPECT_STREQ(Methods::getFinalizationProgress, "getFinalizationProgress");
+    EXPECT_STREQ(Methods::cancelCoreTransaction, "cancelCoreTransaction");
 }
 
 TEST(DBUSNames, OfTheMethodsOfTheScheduler) {
     using namespace DBUSIOTAScheduler;
-    EXPECT_NAMED(registerSchedules);
-    EXPECT_NAMED(registerImmediateStandbyUpgrade);
-    EXPECT_NAMED(getActiveSchedule);
-    EXPECT_NAMED(getClosestSchedule);
-    EXPECT_NAMED(removeSchedule);
-    EXPECT_NAMED(removeScheduleGroup);
-    EXPECT_NAMED(removeAllSchedules);
+    EXPECT_STREQ(Methods::registerSchedules, "registerSchedules");
+    EXPECT_STREQ(Methods::registerImmediateStandbyUpgrade, "registerImmediateStandbyUpgrade");
+    EXPECT_STREQ(Methods::getActiveSchedule, "getActiveSchedule");
+    EXPECT_STREQ(Methods::getClosestSchedule, "getClosestSchedule");
+    EXPECT_STREQ(Methods::removeSchedule, "removeSchedule");
+    EXPECT_STREQ(Methods::removeScheduleGroup, "removeScheduleGroup");
+    EXPECT_STREQ(Methods::removeAllSchedules, "removeAllSchedules");
 }
 
 } // namespace

@@ -177,6 +177,8 @@ TEST(SystemControlSlots, StandInTheirOrder) {
     EXPECT_EQ(slots, slotsBehindTheDestructor(68));
 }
 
+#undef FOR_EACH_OPERATION
+
 TEST(SystemControlSingleton, IsTheDevicesOwnAtFirstAndAgainWithoutAnother) {
     EXPECT_TRUE(ISystemControl::isPremiumModel());
     Platform::SystemControl::Details::setImplementationSingleton(std::make_unique<RecordingControl>());
