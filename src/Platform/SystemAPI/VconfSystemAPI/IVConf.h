@@ -99,8 +99,8 @@ using VConfT = VConfDetails::VConfT<VConfDetails::Getters, VConfDetails::Setters
 
 // The value of a key that has a default, which stands for it when the store fails; see getOr.
 template <class T>
-T readOrDefault(const VConfKey<T>& key) {
-    return VConfT<T>(key).getOr(key.defaultValue.value());
+T readOrDefault(const VConfKeyWithDefault<T>& key) {
+    return VConfT<T>(key).getOr(key.defaultValue);
 }
 
 } // namespace DAX::Platform

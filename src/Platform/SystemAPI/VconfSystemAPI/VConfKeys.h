@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -10,51 +9,62 @@ namespace DAX::Platform {
 enum class VConfWriter { OTHER_PROGRAMS, SYSTEM_CONTROL, SYSTEM_INFO, SERVICE_LOGIC };
 
 // One key of the settings store with all that this stack knows of it. T is the type of its value: bool, int or
-// std::string.
+// std::string. There is no default: what reads the key fails with the store, or this stack only writes the key.
 template <class T>
 struct VConfKey {
-    using Default = std::conditional_t<std::is_same_v<T, std::string>, const char*, T>;
+    constexpr VConfKey(const char* text, VConfWriter whoWrites) : name(text), writer(whoWrites) {}
+
+    constexpr operator const char*() const { return name; }
 
     const char* name;
     VConfWriter writer;
-    // What stands for a value that cannot be read; none when that is a failure, or when this stack does not read it.
-    std::optional<Default> defaultValue = std::nullopt;
+};
 
-    constexpr operator const char*() const { return name; }
+// A key with a default, which stands for a value that cannot be read.
+template <class T>
+struct VConfKeyWithDefault : VConfKey<T> {
+    using Default = std::conditional_t<std::is_same_v<T, std::string>, const char*, T>;
+
+    constexpr VConfKeyWithDefault(const char* text, VConfWriter whoWrites, Default value)
+        : VConfKey<T>(text, whoWrites), defaultValue(value) {}
+
+    Default defaultValue;
 };
 
 // Every key that this stack reads or writes; no name of one stands anywhere else. "db/" keys survive a reboot,
 // "memory/" keys live until power-off.
 
 // What the user and the service menu have chosen.
-inline constexpr VConfKey<int> VCONF_KEY_RETAIL_MODE = {"db/menu/support/use_mode", VConfWriter::OTHER_PROGRAMS, 0};
-inline constexpr VConfKey<int> VCONF_KEY_MAINTENANCE_MODE = {"db/menu/maintenance_mode", VConfWriter::OTHER_PROGRAMS,
-                                                             0};
+inline constexpr VConfKeyWithDefault<int> VCONF_KEY_RETAIL_MODE = {"db/menu/support/use_mode",
+                                                                   VConfWriter::OTHER_PROGRAMS, 0};
+inline constexpr VConfKeyWithDefault<int> VCONF_KEY_MAINTENANCE_MODE = {"db/menu/maintenance_mode",
+                                                                        VConfWriter::OTHER_PROGRAMS, 0};
 inline constexpr VConfKey<int> VCONF_KEY_TERMS_ACCEPTED = {"db/menu/home_deck/homedatacontrol/defaultdisclaimeragree",
                                                            VConfWriter::OTHER_PROGRAMS};
 inline constexpr VConfKey<int> VCONF_KEY_HIGH_CONTRAST = {"db/menu/system/accessibility/highcontrast",
                                                           VConfWriter::OTHER_PROGRAMS};
-inline constexpr VConfKey<int> VCONF_KEY_TIME_TO_TAKE_ACTION = {"db/menu/time-to-take-action",
-                                                                VConfWriter::OTHER_PROGRAMS, 0};
-inline constexpr VConfKey<int> VCONF_KEY_USE_CELLULAR = {"db/menu/support/softwareupdate/use_cellular_int",
-                                                         VConfWriter::OTHER_PROGRAMS, 0};
-inline constexpr VConfKey<bool> VCONF_KEY_STANDALONE_OTN = {"db/menu/support/softwareupdate/enable_standaloneOTN",
-                                                            VConfWriter::OTHER_PROGRAMS, false};
+inline constexpr VConfKeyWithDefault<int> VCONF_KEY_TIME_TO_TAKE_ACTION = {"db/menu/time-to-take-action",
+                                                                           VConfWriter::OTHER_PROGRAMS, 0};
+inline constexpr VConfKeyWithDefault<int> VCONF_KEY_USE_CELLULAR = {"db/menu/support/softwareupdate/use_cellular_int",
+                                                                    VConfWriter::OTHER_PROGRAMS, 0};
+inline constexpr VConfKeyWithDefault<bool> VCONF_KEY_STANDALONE_OTN = {
+    "db/menu/support/softwareupdate/enable_standaloneOTN", VConfWriter::OTHER_PROGRAMS, false};
 inline constexpr VConfKey<int> VCONF_KEY_AUTOUPDATE = {"db/menu/support/softwareupdate/autoupdate",
                                                        VConfWriter::OTHER_PROGRAMS};
-inline constexpr VConfKey<int> VCONF_KEY_PREUPDATE_CONSENT = {"db/menu/support/softwareupdate/preupdate_consent",
-                                                              VConfWriter::SYSTEM_CONTROL, 0};
-inline constexpr VConfKey<bool> VCONF_KEY_BACKGROUND_UPDATE = {"db/ep-common/otn_onetime_update",
-                                                               VConfWriter::SYSTEM_CONTROL, false};
+inline constexpr VConfKeyWithDefault<int> VCONF_KEY_PREUPDATE_CONSENT = {
+    "db/menu/support/softwareupdate/preupdate_consent", VConfWriter::SYSTEM_CONTROL, 0};
+inline constexpr VConfKeyWithDefault<bool> VCONF_KEY_BACKGROUND_UPDATE = {"db/ep-common/otn_onetime_update",
+                                                                          VConfWriter::SYSTEM_CONTROL, false};
 
 // What the device is known by, and whom it asks.
 inline constexpr VConfKey<std::string> VCONF_KEY_DUID = {"db/comss/hwduid", VConfWriter::OTHER_PROGRAMS};
 inline constexpr VConfKey<std::string> VCONF_KEY_ATOKEN = {"db/comss/atoken", VConfWriter::OTHER_PROGRAMS};
 inline constexpr VConfKey<std::string> VCONF_KEY_FIRMWARE_VERSION = {"db/comss/infolinkversion",
                                                                      VConfWriter::OTHER_PROGRAMS};
-inline constexpr VConfKey<std::string> VCONF_KEY_COUNTRY_CODE = {"db/comss/countrycode", VConfWriter::OTHER_PROGRAMS,
-                                                                 ""};
-inline constexpr VConfKey<std::string> VCONF_KEY_OTN_URL = {"rtc/db/comss/gpmurl/otn", VConfWriter::OTHER_PROGRAMS, ""};
+inline constexpr VConfKeyWithDefault<std::string> VCONF_KEY_COUNTRY_CODE = {"db/comss/countrycode",
+                                                                            VConfWriter::OTHER_PROGRAMS, ""};
+inline constexpr VConfKeyWithDefault<std::string> VCONF_KEY_OTN_URL = {"rtc/db/comss/gpmurl/otn",
+                                                                       VConfWriter::OTHER_PROGRAMS, ""};
 
 // The external application that verifies an upgrade.
 inline constexpr VConfKey<std::string> EXT_APP_CLIENT_ID_VCONF_KEY = {
@@ -67,11 +77,11 @@ inline constexpr VConfKey<int> SUCCESSFUL_UPGRADE_VCONF_KEY = {"db/menu/support/
                                                                VConfWriter::SYSTEM_CONTROL};
 inline constexpr VConfKey<std::string> UPGRADE_VERSION_KEY = {"db/menu/support/softwareupdate/upgrade_version",
                                                               VConfWriter::SYSTEM_INFO};
-inline constexpr VConfKey<bool> VCONF_IS_ANY_SUBMODEL_STRING_KEY = {"db/menu/support/softwareupdate/isAnySubmodel",
-                                                                    VConfWriter::SYSTEM_INFO, false};
-inline constexpr VConfKey<std::string> VCONF_FLASHED_SUB_MODEL_STRING_KEY = {
+inline constexpr VConfKeyWithDefault<bool> VCONF_IS_ANY_SUBMODEL_STRING_KEY = {
+    "db/menu/support/softwareupdate/isAnySubmodel", VConfWriter::SYSTEM_INFO, false};
+inline constexpr VConfKeyWithDefault<std::string> VCONF_FLASHED_SUB_MODEL_STRING_KEY = {
     "db/menu/support/softwareupdate/flashedSubmodel", VConfWriter::SYSTEM_INFO, ""};
-inline constexpr VConfKey<std::string> VCONF_SELECTED_SUB_MODEL_STRING_KEY = {
+inline constexpr VConfKeyWithDefault<std::string> VCONF_SELECTED_SUB_MODEL_STRING_KEY = {
     "db/menu/support/softwareupdate/selectedSubmodel", VConfWriter::SYSTEM_INFO, ""};
 
 // What goes on until power-off.
@@ -79,7 +89,7 @@ inline constexpr VConfKey<std::string> POWER_COLD_SHUTDOWN_VCONF_KEY = {"memory/
                                                                         VConfWriter::SYSTEM_CONTROL};
 inline constexpr VConfKey<int> VCONF_KEY_AUTOUPDATE_STATUS = {"memory/menu/support/softwareupdate/autoupdate_status",
                                                               VConfWriter::SYSTEM_CONTROL};
-inline constexpr VConfKey<int> VCONF_KEY_AUTOUPDATE_SPECIAL_MODE = {
+inline constexpr VConfKeyWithDefault<int> VCONF_KEY_AUTOUPDATE_SPECIAL_MODE = {
     "memory/menu/support/softwareupdate/autoupdate_special_mode", VConfWriter::SYSTEM_CONTROL, 0};
 inline constexpr VConfKey<std::string> VCONF_KEY_AUTOUPGRADE_TRIGGER_KEY = {
     "memory/menu/support/softwareupdate/autoupgrade_trigger", VConfWriter::SYSTEM_CONTROL};
@@ -89,11 +99,11 @@ inline constexpr VConfKey<int> VCONF_KEY_USBUI_PROGRESS = {"memory/menu/support/
                                                            VConfWriter::SYSTEM_CONTROL};
 inline constexpr VConfKey<bool> MONOPOLY_MODE_INFO_VCONF_KEY = {
     "memory/menu/support/softwareupdate/is_dax_in_monopoly_mode", VConfWriter::SYSTEM_CONTROL};
-inline constexpr VConfKey<std::string> VCONF_KEY_MSD_VERSIONS = {"memory/menu/support/softwareupdate/msd_versions",
-                                                                 VConfWriter::SYSTEM_INFO, ""};
-inline constexpr VConfKey<std::string> VCONF_KEY_MSD_PATH = {"memory/menu/support/softwareupdate/msd_path",
-                                                             VConfWriter::SYSTEM_INFO, ""};
-inline constexpr VConfKey<std::string> OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY = {
+inline constexpr VConfKeyWithDefault<std::string> VCONF_KEY_MSD_VERSIONS = {
+    "memory/menu/support/softwareupdate/msd_versions", VConfWriter::SYSTEM_INFO, ""};
+inline constexpr VConfKeyWithDefault<std::string> VCONF_KEY_MSD_PATH = {"memory/menu/support/softwareupdate/msd_path",
+                                                                        VConfWriter::SYSTEM_INFO, ""};
+inline constexpr VConfKeyWithDefault<std::string> OOBE_ACCEPTED_UPGRADE_INFO_DATA_ID_VCONF_KEY = {
     "memory/menu/support/softwareupdate/oobe_accepted_update_info_data_id", VConfWriter::SYSTEM_CONTROL, ""};
 
 // What the service tells other programs: whether a lock that blocks the main application is held (1 or 0), that an

@@ -45,18 +45,18 @@ inline void setQuoted(const VConfKey<int>& key, int value) {
 
 // The value, or the key's default, with a log line, when the store fails.
 template <class T>
-T getOrDefault(const VConfKey<T>& key) {
+T getOrDefault(const VConfKeyWithDefault<T>& key) {
     try {
         return VConfT<T>(key).get();
     } catch (const VConfException&) {
         DAX_LOG(ERR) << "Cannot get the value from VConf variable: " << key
-                     << ". Returning default value: " << key.defaultValue.value();
-        return key.defaultValue.value();
+                     << ". Returning default value: " << key.defaultValue;
+        return key.defaultValue;
     }
 }
 
 // Whether a switch is on; its default when the store fails, as readOrDefault gives it.
-inline bool isOne(const VConfKey<int>& key) {
+inline bool isOne(const VConfKeyWithDefault<int>& key) {
     return readOrDefault(key) == 1;
 }
 

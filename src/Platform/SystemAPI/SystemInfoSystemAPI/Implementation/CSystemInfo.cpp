@@ -45,7 +45,7 @@ void setOrLog(const VConfKey<T>& key, const T& value, const char* failure, Told 
     }
 }
 
-std::string submodelOrModel(const VConfKey<std::string>& key) {
+std::string submodelOrModel(const VConfKeyWithDefault<std::string>& key) {
     const std::string submodel = readOrDefault(key);
     return submodel.empty() ? IProductInfo::getModelString() : submodel;
 }
