@@ -1,5 +1,6 @@
 #include <chrono>
 #include <filesystem>
+#include <string>
 
 #include <gmock/gmock.h>
 
@@ -17,11 +18,24 @@ FinishedRun runScript(const std::filesystem::path& script) {
     return run({{script.string()}, {}, {}, {}}, BOUND);
 }
 
+const char MODULES[] = "function(dax_module target)\n"
+                       "  cmake_parse_arguments(ARG \"\" \"\" \"PUBLIC;PRIVATE\" ${ARGN})\n"
+                       "  add_library(${target} STATIC ${target}.cpp)\n"
+                       "  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})\n"
+                       "endfunction()\n"
+                       "function(dax_program target)\n"
+                       "  cmake_parse_arguments(ARG \"\" \"\" \"LINK\" ${ARGN})\n"
+                       "  add_executable(${target} main.cpp)\n"
+                       "  target_link_libraries(${target} PRIVATE ${ARG_LINK} kovan_platform)\n"
+                       "endfunction()\n";
+
 // A tree of three modules in two layers, with its own list and picture. It keeps to the list.
 class CheckLayers : public testing::Test {
 protected:
     CheckLayers() {
         std::filesystem::create_directories(m_tree / "scripts");
+        std::filesystem::create_directories(m_tree / "cmake");
+        std::filesystem::copy(SOURCE_TREE / "cmake/links", m_tree / "cmake/links");
         for (const char* const script : {"check-layers", "draw-layers", "layers.py"}) {
             std::filesystem::copy_file(SOURCE_TREE / "scripts" / script, m_tree / "scripts" / script);
         }
@@ -31,6 +45,16 @@ protected:
                                   "layer high: what is carried\n"
                                   "  uses low\n"
                                   "  Top src/Top\n");
+        write("cmake/Modules.cmake", MODULES);
+        write("CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\n"
+                                "project(Tree LANGUAGES CXX)\n"
+                                "find_package(Boost REQUIRED)\n"
+                                "include(cmake/Modules.cmake)\n"
+                                "file(GLOB lists src/*/CMakeLists.txt)\n"
+                                "foreach(list IN LISTS lists)\n"
+                                "  cmake_path(GET list PARENT_PATH folder)\n"
+                                "  add_subdirectory(${folder})\n"
+                                "endforeach()\n");
         write("src/First/First.h", "#include <vector>\n");
         write("src/First/Implementation/First.cpp",
               "#include \"First/First.h\"\n#include \"First/Implementation/In.h\"\n");
@@ -90,6 +114,79 @@ TEST_F(CheckLayers, RefuseALinkToALayerThatIsNotNamed) {
 TEST_F(CheckLayers, RefuseALinkThatIsAddedLater) {
     write("src/First/CMakeLists.txt", "dax_module(First)\ntarget_link_libraries(First PRIVATE Second)\n");
     expectRefused("src/First/CMakeLists.txt:2: First may not use Second: in layer low, it stands after it\n");
+}
+
+const char SECOND_USES_TOP[] = "Second may not use Top: layer low may not use layer high\n";
+
+TEST_F(CheckLayers, RefuseALinkHiddenInAGeneratorExpression) {
+    write("src/Second/CMakeLists.txt", "dax_module(Second\n"
+                                       "           PRIVATE $<$<CONFIG:Release>:Top>)\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:2: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseALinkHiddenInAVariable) {
+    write("src/Second/CMakeLists.txt", "set(hidden Top)\ndax_module(Second PRIVATE ${hidden})\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:1: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseALinkThatAFunctionOfTheBuildAdds) {
+    write("cmake/Modules.cmake", std::string(MODULES) + "function(help target)\n"
+                                                        "  target_link_libraries(${target} PRIVATE Top)\n"
+                                                        "endfunction()\n");
+    write("src/Second/CMakeLists.txt", "\ndax_module(Second)\nhelp(Second)\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:2: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseALinkWhateverTheCaseOfTheCommand) {
+    write("src/Second/CMakeLists.txt", "dax_module(Second)\nTarget_Link_Libraries(Second PRIVATE Top)\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:2: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseALinkThatIsSetAsAProperty) {
+    write("src/Second/CMakeLists.txt",
+          "dax_module(Second)\nset_target_properties(Second PROPERTIES INTERFACE_LINK_LIBRARIES Top)\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:2: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseALinkByAnotherNameOfTheTargetOrByItsFile) {
+    write("src/Top/CMakeLists.txt", "dax_module(Top)\nadd_library(Innocent ALIAS Top)\n");
+    write("src/Second/CMakeLists.txt", "dax_module(Second PRIVATE Innocent)\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:1: ") + SECOND_USES_TOP);
+    for (const char* const link : {"-lTop", "${CMAKE_BINARY_DIR}/src/Top/libTop.a", "$<TARGET_FILE:Top>"}) {
+        write("src/Second/CMakeLists.txt", std::string("dax_module(Second PRIVATE ") + link + ")\n");
+        expectRefused(std::string("src/Second/CMakeLists.txt:1: ") + SECOND_USES_TOP);
+    }
+}
+
+TEST_F(CheckLayers, RefuseALinkOfABuildForADeviceAlone) {
+    write("src/Second/CMakeLists.txt", "dax_module(Second)\n"
+                                       "if(KOVAN_PLATFORM STREQUAL device)\n"
+                                       "  target_link_libraries(Second PRIVATE Top)\n"
+                                       "endif()\n");
+    expectRefused(std::string("src/Second/CMakeLists.txt:3: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseATargetOfNoModuleBetweenTwoModules) {
+    write("cmake/Modules.cmake",
+          std::string(MODULES) + "add_library(between INTERFACE)\ntarget_link_libraries(between INTERFACE Top)\n");
+    write("src/Second/CMakeLists.txt", "dax_module(Second PRIVATE between)\n");
+    expectRefused("src/Second/CMakeLists.txt:1: between is no module of cmake/Layers.txt\n");
+}
+
+TEST_F(CheckLayers, RefuseALinkThatTheyCannotRead) {
+    for (const char* const link : {"$<TARGET_PROPERTY:First,LINKS>", "$<1:T>op", "$<LOWER_CASE:TOP>"}) {
+        write("src/Second/CMakeLists.txt", std::string("dax_module(Second PRIVATE ") + link + ")\n");
+        expectRefused(
+            "src/Second/CMakeLists.txt:1: Second has a link that this check cannot read: " + std::string(link) + "\n");
+    }
+}
+
+TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
+    write("src/Second/CMakeLists.txt", "no_such_command(Second)\n");
+    const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+    EXPECT_THAT(run.errors, testing::StartsWith("CMake cannot read the tree for the platform host:\n"));
+    EXPECT_THAT(run.errors, testing::HasSubstr("Unknown CMake command \"no_such_command\""));
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
 }
 
 TEST_F(CheckLayers, RefuseTheInternalsOfAnotherModule) {
