@@ -1,0 +1,106 @@
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX::Tests {
+namespace {
+
+const std::filesystem::path SOURCE_OF_CHECK = std::filesystem::path(SOURCE_FOLDER) / "scripts/check-documents";
+
+// A tracked tree with one document that explains two texts, and a source that logs both.
+class CheckDocuments : public testing::Test {
+protected:
+    CheckDocuments() {
+        std::filesystem::create_directories(m_tree / "scripts");
+        std::filesystem::copy_file(SOURCE_OF_CHECK, m_tree / "scripts/check-documents");
+        m_tree.write("docs/debugging.md", "# Debugging\n"
+                                          "\n"
+                                          "| Text | What to do |\n"
+                                          "|---|---|\n"
+                                          "| `The room is too small: …` | take another |\n"
+                                          "| `The door is locked by …` | find the key |\n");
+        m_tree.write("src/Room.cpp", "void f() {\n"
+                                     "    DAX_LOG(ERR) << \"The room is too small: \" << size;\n"
+                                     "    throwLogged<errinfo_description>(Locked() << errinfo_path(door),\n"
+                                     "                                     \"The door is locked by \" + who, HERE);\n"
+                                     "}\n");
+        git({"init", "--quiet"});
+    }
+
+    void write(const std::string& file, const std::string& text) const { m_tree.write(file, text); }
+
+    // What the check complains of, with everything tracked.
+    FinishedRun check() const {
+        git({"add", "--all"});
+        return run({{(m_tree / "scripts/check-documents").string()}, {}, {}, {}});
+    }
+
+    void expectRefused(const std::string& complaints) const {
+        const FinishedRun finished = check();
+        EXPECT_EQ(finished.errors, complaints);
+        EXPECT_EQ(finished.end, ProcessEnd::exited(1));
+    }
+
+private:
+    void git(const std::vector<std::string>& arguments) const {
+        std::vector<std::string> line{"git", "-C", m_tree.path().string()};
+        line.insert(line.end(), arguments.begin(), arguments.end());
+        ASSERT_EQ(run({line, {}, {}, {}}).end, ProcessEnd::exited(0));
+    }
+
+    const TemporaryRoot m_tree;
+};
+
+TEST_F(CheckDocuments, PassATreeWhoseErrorsAreExplained) {
+    const FinishedRun finished = check();
+    EXPECT_EQ(finished.errors, "");
+    EXPECT_EQ(finished.end, ProcessEnd::exited(0));
+}
+
+TEST_F(CheckDocuments, RefuseATextThatIsLoggedAsAnErrorAndNotExplained) {
+    write("src/Hall.cpp", "\nvoid f() { DAX_LOG(FTL) << \"The hall is on fire.\"; }\n");
+    expectRefused("src/Hall.cpp:2: not in docs/debugging.md: The hall is on fire.\n");
+}
+
+TEST_F(CheckDocuments, RefuseATextThatIsLoggedAndThrownAndNotExplained) {
+    write("src/Hall.cpp", "void f() {\n"
+                          "    throwLogged(OnFire(), \"The hall is \"\n"
+                          "                          \"on fire: \" + name, HERE);\n"
+                          "    throwLogged<errinfo_description>(Flooded(), \"The hall is flooded.\", HERE);\n"
+                          "}\n");
+    expectRefused("src/Hall.cpp:2: not in docs/debugging.md: The hall is on fire:\n"
+                  "src/Hall.cpp:4: not in docs/debugging.md: The hall is flooded.\n");
+}
+
+TEST_F(CheckDocuments, AcceptAnyTextOfALowerLevel) {
+    write("src/Hall.cpp", "void f() { DAX_LOG(WRN) << \"The hall is rather warm.\"; }\n");
+    EXPECT_EQ(check().end, ProcessEnd::exited(0));
+}
+
+TEST_F(CheckDocuments, RefuseALinkToAHeadingOrAFileThatIsNotThere) {
+    write("docs/rooms.md", "[a](debugging.md#debugging) [b](debugging.md#gone)\n[c](gone.md)\n");
+    expectRefused("docs/rooms.md:1: the link leads nowhere: debugging.md#gone\n"
+                  "docs/rooms.md:2: the link leads nowhere: gone.md\n");
+}
+
+TEST_F(CheckDocuments, RefuseALineOfATableWithAnotherNumberOfColumns) {
+    write("docs/rooms.md", "| Room | Size |\n|---|---|\n| hall |\n");
+    expectRefused("docs/rooms.md:3: 1 columns, 2 in the head of the table\n");
+}
+
+TEST(CheckDocumentsOfThisTree, Pass) {
+    if (!std::filesystem::exists(std::filesystem::path(SOURCE_FOLDER) / ".git")) {
+        GTEST_SKIP() << "these sources are no checkout of git, so nothing tells which files are tracked";
+    }
+    const FinishedRun finished = run({{SOURCE_OF_CHECK.string()}, {}, {}, {}});
+    EXPECT_EQ(finished.errors, "");
+    EXPECT_EQ(finished.end, ProcessEnd::exited(0));
+}
+
+} // namespace
+} // namespace DAX::Tests
