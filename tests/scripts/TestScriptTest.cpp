@@ -1,0 +1,100 @@
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "support/Process.h"
+#include "support/TemporaryRoot.h"
+
+namespace DAX::Tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char BUILD[] = "#!/bin/bash\nexit 0\n";
+
+// Keeps its arguments. The tests fail if there is a file that says so.
+const char CTEST[] = "#!/bin/bash\n"
+                     "echo \"$*\" >>ctest-calls\n"
+                     "if [[ -e fail ]]; then\n"
+                     "    echo '50% tests passed, 1 tests failed out of 2'\n"
+                     "    exit 8\n"
+                     "fi\n"
+                     "echo '100% tests passed, 0 tests failed out of 2'\n";
+
+// A tree whose build does nothing and whose tests are two programs that need not run.
+class TestScript : public testing::Test {
+protected:
+    TestScript() {
+        for (const char* const folder : {"tests/golden", "scripts", "packaging", "cmake", "simulators", "bin"}) {
+            fs::create_directories(m_tree / folder);
+        }
+        fs::copy_file(fs::path(SOURCE_FOLDER) / "scripts/test", m_tree / "scripts/test");
+        program("scripts/build", BUILD);
+        program("bin/ctest", CTEST);
+        program("build/release/bin/test_First", "");
+        program("build/release/bin/test_Second", "");
+    }
+
+    void program(const std::string& path, const std::string& text) const {
+        m_tree.write(path, text);
+        fs::permissions(m_tree / path, fs::perms::owner_all);
+    }
+
+    // What the script prints.
+    std::string test(const std::vector<std::string>& arguments = {}) const {
+        std::vector<std::string> line{(m_tree / "scripts/test").string()};
+        line.insert(line.end(), arguments.begin(), arguments.end());
+        const FinishedRun finished =
+            run({line, {{"PATH", (m_tree / "bin").string() + ":" + std::getenv("PATH")}}, {}, {}});
+        return finished.output;
+    }
+
+    void buildAnew(const std::string& program) const {
+        const fs::path path = m_tree / ("build/release/bin/" + program);
+        fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::hours(1));
+    }
+
+    const TemporaryRoot m_tree;
+};
+
+TEST_F(TestScript, TakesEverythingForChangedBeforeAnythingPassed) {
+    EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
+    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("--label-regex ^(test_First|test_Second)( |$)"));
+}
+
+TEST_F(TestScript, TakesNothingForChangedAfterAFullRunThatPassed) {
+    EXPECT_EQ(test(), "2 passed, 0 failed\n");
+    EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
+}
+
+TEST_F(TestScript, TakesWhatIsBuiltAnewForChangedAfterAFullRunThatPassed) {
+    test({"release"});
+    buildAnew("test_Second");
+    EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
+    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("--label-regex ^(test_Second)( |$)"));
+}
+
+TEST_F(TestScript, TakesEverythingForChangedAfterAFullRunThatFailed) {
+    m_tree.write("fail", "");
+    EXPECT_EQ(test(), "1 passed, 1 failed\n");
+    fs::remove(m_tree / "fail");
+    EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
+}
+
+TEST_F(TestScript, TakesEverythingForChangedAfterARunOfSomeTests) {
+    EXPECT_EQ(test({"release", "-R", "First"}), "2 passed, 0 failed\n");
+    EXPECT_EQ(test({"release:threads"}), "2 passed, 0 failed\n");
+    EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
+}
+
+TEST_F(TestScript, TakesNothingForChangedAfterARunOfWhatChangedThatPassed) {
+    test({"release:changed"});
+    EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
+}
+
+} // namespace
+} // namespace DAX::Tests
