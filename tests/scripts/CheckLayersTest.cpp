@@ -29,6 +29,16 @@ const char MODULES[] = "function(dax_module target)\n"
                        "  target_link_libraries(${target} PRIVATE ${ARG_LINK} kovan_platform)\n"
                        "endfunction()\n";
 
+const char ROOT_LIST[] = "cmake_minimum_required(VERSION 3.25)\n"
+                         "project(Tree LANGUAGES CXX)\n"
+                         "find_package(Boost REQUIRED)\n"
+                         "include(cmake/Modules.cmake)\n"
+                         "file(GLOB lists src/*/CMakeLists.txt)\n"
+                         "foreach(list IN LISTS lists)\n"
+                         "  cmake_path(GET list PARENT_PATH folder)\n"
+                         "  add_subdirectory(${folder})\n"
+                         "endforeach()\n";
+
 // A tree of three modules in two layers, with its own list and picture. It keeps to the list.
 class CheckLayers : public testing::Test {
 protected:
@@ -46,15 +56,7 @@ protected:
                                   "  uses low\n"
                                   "  Top src/Top\n");
         write("cmake/Modules.cmake", MODULES);
-        write("CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\n"
-                                "project(Tree LANGUAGES CXX)\n"
-                                "find_package(Boost REQUIRED)\n"
-                                "include(cmake/Modules.cmake)\n"
-                                "file(GLOB lists src/*/CMakeLists.txt)\n"
-                                "foreach(list IN LISTS lists)\n"
-                                "  cmake_path(GET list PARENT_PATH folder)\n"
-                                "  add_subdirectory(${folder})\n"
-                                "endforeach()\n");
+        write("CMakeLists.txt", ROOT_LIST);
         write("src/First/First.h", "#include <vector>\n");
         write("src/First/Implementation/First.cpp",
               "#include \"First/First.h\"\n#include \"First/Implementation/In.h\"\n");
@@ -173,7 +175,7 @@ TEST_F(CheckLayers, RefuseATargetOfNoModuleBetweenTwoModules) {
     expectRefused("src/Second/CMakeLists.txt:1: between is no module of cmake/Layers.txt\n");
 }
 
-TEST_F(CheckLayers, RefuseALinkThatTheyCannotRead) {
+TEST_F(CheckLayers, RefuseALinkWhoseTextDoesNotShowItsTarget) {
     for (const char* const link : {"$<TARGET_PROPERTY:First,LINKS>", "$<1:T>op", "$<LOWER_CASE:TOP>"}) {
         write("src/Second/CMakeLists.txt", std::string("dax_module(Second PRIVATE ") + link + ")\n");
         expectRefused(
