@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -9,6 +10,8 @@
 
 namespace DAX::Tests {
 namespace {
+
+const std::chrono::seconds LONGEST_CHECK(60); // on a busy machine
 
 const std::filesystem::path SOURCE_OF_CHECK = std::filesystem::path(SOURCE_FOLDER) / "scripts/check-documents";
 
@@ -37,7 +40,7 @@ protected:
     // What the check complains of, with everything tracked.
     FinishedRun check() const {
         git({"add", "--all"});
-        return run({{(m_tree / "scripts/check-documents").string()}, {}, {}, {}});
+        return run({{(m_tree / "scripts/check-documents").string()}, {}, {}, {}}, LONGEST_CHECK);
     }
 
     void expectRefused(const std::string& complaints) const {
@@ -50,7 +53,7 @@ private:
     void git(const std::vector<std::string>& arguments) const {
         std::vector<std::string> line{"git", "-C", m_tree.path().string()};
         line.insert(line.end(), arguments.begin(), arguments.end());
-        ASSERT_EQ(run({line, {}, {}, {}}).end, ProcessEnd::exited(0));
+        ASSERT_EQ(run({line, {}, {}, {}}, LONGEST_CHECK).end, ProcessEnd::exited(0));
     }
 
     const TemporaryRoot m_tree;
@@ -97,7 +100,7 @@ TEST(CheckDocumentsOfThisTree, Pass) {
     if (!std::filesystem::exists(std::filesystem::path(SOURCE_FOLDER) / ".git")) {
         GTEST_SKIP() << "these sources are no checkout of git, so nothing tells which files are tracked";
     }
-    const FinishedRun finished = run({{SOURCE_OF_CHECK.string()}, {}, {}, {}});
+    const FinishedRun finished = run({{SOURCE_OF_CHECK.string()}, {}, {}, {}}, LONGEST_CHECK);
     EXPECT_EQ(finished.errors, "");
     EXPECT_EQ(finished.end, ProcessEnd::exited(0));
 }
