@@ -4,11 +4,13 @@
 
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Utility/Utils/GenericException.h"
+#include "support/CompilerText.h"
 #include "support/FakeKovan.h"
 #include "support/Thrown.h"
 
 using namespace DAX::Platform;
 using DAX::Common::Utils::GenericException;
+using DAX::Tests::compilerText;
 using DAX::Tests::siteThrownBy;
 using DAX::Tests::ThrowSite;
 using testing::ElementsAre;
@@ -156,7 +158,7 @@ TYPED_TEST(VConfTTest, RaisesAFailureAtTheOperation) {
     const ThrowSite setting = siteThrownBy([this] { VConfT<TypeParam>("").set(this->stored()); });
 
     EXPECT_THAT(got.function, HasSubstr("::get() const"));
-    EXPECT_THAT(setting.function, HasSubstr("::set(const T&) const"));
+    EXPECT_THAT(setting.function, HasSubstr(compilerText("::set(const T&) const", "::set(const T &) const")));
     for (const ThrowSite& site : {got, setting}) {
         EXPECT_THAT(site.file, EndsWith("/src/Platform/SystemAPI/VconfSystemAPI/IVConf.h"));
     }
