@@ -12,7 +12,7 @@ namespace KovanHost {
 namespace {
 
 using Facts = std::vector<DeviceFact>;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string FEATURE = "com.velmora/featureconf/";
 

@@ -17,7 +17,7 @@ namespace KovanHost {
 
 namespace {
 
-constexpr std::size_t MAP_SIZE = 8u * 1024 * 1024;
+constexpr std::size_t MAP_SIZE = std::size_t{8} * 1024 * 1024;
 constexpr off_t LOCK_FILE_SIZE = 8192; // for LMDB's default number of readers
 
 class Environment {

@@ -9,7 +9,7 @@ namespace KovanHost {
 // std::runtime_error with the path and the reason.
 
 // No such file needs more. A larger one is refused instead of read into memory.
-constexpr std::size_t MOST_BYTES = 64 * 1024;
+constexpr std::size_t MOST_BYTES = std::size_t{64} * 1024;
 
 // The complete text; empty when there is no file.
 std::optional<std::string> readText(const std::string& path);

@@ -72,7 +72,7 @@ std::string IProductInfo::getVersionString() {
         DAX_THROW(GenericException(), errinfo_description("getVersionString: Wrong string format - lack of dash")
                                           << errinfo_string(text));
     }
-    const std::string version = text.substr(dash + 1);
+    std::string version = text.substr(dash + 1);
     DAX_LOG(INF) << "Version string: " << version << ".";
     return version;
 }
@@ -90,7 +90,7 @@ int IProductInfo::getMainSoftwareVersionMinor() {
 }
 
 std::string IProductInfo::getModelString() {
-    const std::string model = getParsedModelAndVersion(BOOST_CURRENT_LOCATION).model;
+    std::string model = getParsedModelAndVersion(BOOST_CURRENT_LOCATION).model;
     DAX_LOG(INF) << "Model string: " << model << ".";
     return model;
 }
@@ -127,8 +127,8 @@ std::string IProductInfo::getLocalset() {
 }
 
 std::string IProductInfo::getModelLine() {
-    const auto line = required<std::string>(SYSTEM_INFO_KEY_MODEL_LINE, "Unable to read model line from system-info",
-                                            BOOST_CURRENT_LOCATION);
+    auto line = required<std::string>(SYSTEM_INFO_KEY_MODEL_LINE, "Unable to read model line from system-info",
+                                      BOOST_CURRENT_LOCATION);
     if (line != "CHI_DTV") {
         return line;
     }

@@ -7,13 +7,13 @@
 
 #include "Platform/SystemAPI/GMainLoopAPI/MainLoopSingleton.h"
 
-using GMainLoop = struct _GMainLoop;
+using GMainLoop = struct _GMainLoop; // NOLINT(bugprone-reserved-identifier): the library's own name
 
 namespace DAX::Platform::MainLoop {
 
 // A GLib main loop over the default context, on a thread of its own that runs until the object is destroyed. When that
 // happens on the loop's own thread, the destructor cannot wait for the thread: it logs that, and the loop ends later.
-class GLoopService : public MainLoopSingleton {
+class GLoopService final : public MainLoopSingleton {
 public:
     GLoopService() = default;
     ~GLoopService() override;

@@ -77,7 +77,7 @@ std::string CSystemInfo::m_getFirmwareVersion() {
 }
 
 std::string CSystemInfo::m_getCountryCode() {
-    const std::string code = debugged("Debug only log: CountryCode is ", readOrDefault(VCONF_KEY_COUNTRY_CODE));
+    std::string code = debugged("Debug only log: CountryCode is ", readOrDefault(VCONF_KEY_COUNTRY_CODE));
     if (code.size() != COUNTRY_CODE_LENGTH) {
         DAX_LOG(WRN) << "CountryCode value taken from vconf has not expected length";
         return {};
@@ -149,7 +149,7 @@ void CSystemInfo::m_saveCurrentVersionString() {
 std::string CSystemInfo::m_loadCurrentVersionString() {
     DAX_LOG(INF) << "CSystemInfo::m_loadCurrentVersionString()";
     try {
-        const std::string version = VConfT<std::string>(UPGRADE_VERSION_KEY).get();
+        std::string version = VConfT<std::string>(UPGRADE_VERSION_KEY).get();
         DAX_LOG(INF) << "Current version string: " << version << " was get correctly from " << UPGRADE_VERSION_KEY;
         return version;
     } catch (const VConfException&) {

@@ -92,7 +92,7 @@ std::string describeAccess(const Entry& entry, const char* sender) {
 
 } // namespace
 
-CServiceManagerAdapter::CServiceManagerAdapter(std::shared_ptr<IServiceManager::IServiceManagerFactory> factory)
+CServiceManagerAdapter::CServiceManagerAdapter(const std::shared_ptr<IServiceManager::IServiceManagerFactory>& factory)
     : m_serviceManager(factory->create()) {}
 
 CServiceManagerAdapter::~CServiceManagerAdapter() {

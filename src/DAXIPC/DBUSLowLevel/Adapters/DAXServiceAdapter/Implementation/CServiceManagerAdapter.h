@@ -17,7 +17,7 @@ namespace DAX::DAXIPC::DBUSLowLevel {
 // of its proxy; a later hello replaces an earlier one. Lives on the adapter's thread.
 class CServiceManagerAdapter : public Common::DBUSWrapper::IDBUSRequestsHandler {
 public:
-    explicit CServiceManagerAdapter(std::shared_ptr<Service::IServiceManager::IServiceManagerFactory> factory);
+    explicit CServiceManagerAdapter(const std::shared_ptr<Service::IServiceManager::IServiceManagerFactory>& factory);
     CServiceManagerAdapter(const CServiceManagerAdapter&) = delete;
     CServiceManagerAdapter& operator=(const CServiceManagerAdapter&) = delete;
     ~CServiceManagerAdapter() override;
