@@ -84,7 +84,7 @@ std::optional<T> given(const std::string& group, const std::string& name, const 
         return std::nullopt;
     }
     try {
-        const std::optional<T> value = device->get<T>(group, name);
+        std::optional<T> value = device->get<T>(group, name);
         ToldValues::get().forget(group, name);
         return value;
     } catch (const std::runtime_error& error) {

@@ -7,6 +7,12 @@
 #include <type_traits>
 #include <utility>
 
+#include <boost/serialization/library_version_type.hpp> // which the next one needs and does not include
+#include <boost/serialization/list.hpp>
+#include <boost/serialization/optional.hpp>
+#include <boost/serialization/set.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include <boost/exception/diagnostic_information.hpp>
 #include <unistd.h>
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"

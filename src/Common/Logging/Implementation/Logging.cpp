@@ -93,14 +93,15 @@ void dump(LoggingClass::Sink sink, const char* tag, LoggingClass::Level level, F
     for (int offset = 0; offset < length; offset += DUMP_ROW_BYTES) {
         char row[DUMP_ROW_LENGTH];
         formatDumpRow(row, offset / DUMP_ROW_BYTES, bytes + offset, std::min(DUMP_ROW_BYTES, length - offset));
-        if (std::strlen(row) >= room) {
+        const std::size_t rowLength = std::strlen(row);
+        if (rowLength >= room) {
             char warning[] = "BELOW DATA MESSAGE IS TOO LONG TO BE DISPLAYED!";
             *rowStart = '\0';
             sink(tag, LoggingClass::WRN, warning);
             sink(tag, level, message.text());
             return;
         }
-        std::strcpy(rowStart, row);
+        std::memcpy(rowStart, row, rowLength + 1);
         sink(tag, level, message.text());
     }
 }

@@ -9,7 +9,7 @@ namespace {
 
 // Gives the console time to take the line before the process ends.
 void letConsoleCatchUp() {
-    const timespec pause = {0, 100 * 1000 * 1000};
+    const timespec pause = {0, 100'000'000}; // 100 ms
     nanosleep(&pause, nullptr);
 }
 

@@ -40,7 +40,7 @@ namespace {
 const int FIRST_YEAR_SHOWN = 2015;
 
 // No date needs more.
-const std::size_t MOST_BYTES = 64 * 1024;
+const std::size_t MOST_BYTES = std::size_t{64} * 1024;
 
 // A failure shows when the file is opened.
 void createFolderOf(const path& file) {
@@ -156,7 +156,7 @@ boost::optional<ptime> SearchingDateRegister::getDate() {
     if (!opened) {
         return boost::none;
     }
-    const boost::optional<ptime> date = readDate(*opened, file);
+    boost::optional<ptime> date = readDate(*opened, file);
     if (date && date->date().year() < FIRST_YEAR_SHOWN) {
         DAX_LOG(WRN) << "Last searching date is too early and it should not be displayed.";
         return boost::none;

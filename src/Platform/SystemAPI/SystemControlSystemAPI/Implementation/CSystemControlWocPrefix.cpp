@@ -32,7 +32,7 @@ std::string CSystemControl::m_getWocOTNModelPrefix() {
     try {
         Common::IO::FileStream stream(file);
         stream.open();
-        const std::string prefix = stream.readAllText(Common::IO::SMALL_CHUNK_SIZE);
+        std::string prefix = stream.readAllText(Common::IO::SMALL_CHUNK_SIZE);
         DAX_LOG(INF) << "Returning WOC OTN Model prefix: " << prefix;
         return prefix;
     } catch (const Common::IO::IOExceptions::IOStreamsException&) {
