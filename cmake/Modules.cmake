@@ -45,11 +45,19 @@ include(${CMAKE_CURRENT_LIST_DIR}/PrecompiledHeaders.cmake)
 # Everything that people run, and nothing else.
 add_custom_target(production)
 
-# dax_module(<target> [ARCHIVES] [PUBLIC <targets>] [PRIVATE <targets>])
+# Sources of production code are compiled four together, unless each has to show that it includes what it uses: what they
+# share of headers and templates costs a compiler more than they do.
+function(dax_compile_together target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${DAX_PRECOMPILED_HEADERS} UNITY_BUILD_BATCH_SIZE 4)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
+# dax_module(<target> [ARCHIVES] [PUBLIC <targets>] [PRIVATE <targets>] [ALONE <files>])
 # The folder is the module: the public headers at its root, the sources in Implementation/. Those of Implementation/host/
-# and Implementation/device/ belong to that platform alone. ARCHIVES: it reads or writes archives.
+# and Implementation/device/ belong to that platform alone. ARCHIVES: it reads or writes archives. ALONE are sources whose
+# names would clash with another's.
 function(dax_module target)
-  cmake_parse_arguments(ARG "ARCHIVES" "" "PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "ARCHIVES" "" "PUBLIC;PRIVATE;ALONE" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/Implementation/*.cpp)
   set(other_platforms host device)
   list(REMOVE_ITEM other_platforms ${KOVAN_PLATFORM})
@@ -59,6 +67,7 @@ function(dax_module target)
     target_link_libraries(${target} PUBLIC dax_build ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
     dax_harden(${target})
     dax_precompile(${target} ${ARG_ARCHIVES})
+    dax_compile_together(${target} ${ARG_ALONE})
     add_dependencies(production ${target})
   else()
     add_library(${target} INTERFACE)
@@ -66,10 +75,10 @@ function(dax_module target)
   endif()
 endfunction()
 
-# dax_program(<target> [ARCHIVES] LINK <targets>): every source of the folder and of its Implementation/, with the platform
+# dax_program(<target> [ARCHIVES] LINK <targets> [ALONE <files>]): every source of the folder and of its Implementation/, with the platform
 # chosen. Beside a main.cpp, they are the library <target>_parts, which tests link as well.
 function(dax_program target)
-  cmake_parse_arguments(ARG "ARCHIVES" "" "LINK" ${ARGN})
+  cmake_parse_arguments(ARG "ARCHIVES" "" "LINK;ALONE" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   set(main ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
   if(main IN_LIST sources)
@@ -78,6 +87,7 @@ function(dax_program target)
     target_link_libraries(${target}_parts PUBLIC dax_build ${ARG_LINK})
     dax_harden(${target}_parts)
     dax_precompile(${target}_parts ${ARG_ARCHIVES})
+    dax_compile_together(${target}_parts ${ARG_ALONE})
     set(sources ${main})
     set(ARG_LINK ${target}_parts)
   endif()

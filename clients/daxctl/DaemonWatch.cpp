@@ -19,7 +19,7 @@ const char* const DAEMON = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DB
 // The same time as for a call to the daemon.
 const int LONGEST_ANSWER_MS = 60000;
 
-const int ATTEMPTS = 5;
+const int LOOKS = 5;
 
 // At most so many messages at a time, since others may send to this connection as well. The rest waits for the next
 // look.
@@ -95,7 +95,7 @@ std::string DaemonWatch::follow() {
 // The daemon may leave between its start and the question, so both are repeated. The question comes first: a daemon
 // that was started by hand needs no activation file.
 std::string DaemonWatch::ownerOfTheName() {
-    for (int left = ATTEMPTS;; --left) {
+    for (int left = LOOKS;; --left) {
         const Message owner = question("GetNameOwner");
         dbus_message_append_args(owner.get(), DBUS_TYPE_STRING, &DAEMON, DBUS_TYPE_INVALID);
         try {

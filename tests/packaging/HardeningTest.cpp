@@ -25,15 +25,12 @@ std::string outputOf(const std::vector<std::string>& line) {
     return run.output;
 }
 
-// Whether the compile command is for a program that people run: for a file in one of these folders, and not for a test,
-// which may compile such a file as well.
+// Whether the compile command is for a program that people run: for an object in one of these folders. A test may
+// compile one of their sources as well.
 bool isProduction(const nlohmann::json& entry) {
-    if (entry.at("command").get<std::string>().find(" -o tests/") != std::string::npos) {
-        return false;
-    }
-    const std::string file = entry.at("file");
-    for (const char* const folder : {"/src/", "/platform/", "/clients/", "/simulators/"}) {
-        if (file.rfind(std::string(SOURCE_FOLDER) + folder, 0) == 0) {
+    const std::string command = entry.at("command");
+    for (const char* const folder : {" -o src/", " -o platform/", " -o clients/", " -o simulators/"}) {
+        if (command.find(folder) != std::string::npos) {
             return true;
         }
     }
