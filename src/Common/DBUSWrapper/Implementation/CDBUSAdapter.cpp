@@ -117,7 +117,7 @@ void CDBUSAdapter::listenDBUS(unsigned int stopConditionIntervalInSeconds, unsig
                  pingIntervalInSeconds, std::move(stopCondition), std::move(pingFunction));
 }
 
-void CDBUSAdapter::threadMethod(ThreadParams params, unsigned int stopConditionIntervalInSeconds,
+void CDBUSAdapter::threadMethod(const ThreadParams& params, unsigned int stopConditionIntervalInSeconds,
                                 unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
                                 boost::optional<std::function<bool()>> stopCondition,
                                 boost::optional<std::function<void()>> pingFunction) {

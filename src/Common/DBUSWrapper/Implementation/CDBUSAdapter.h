@@ -24,7 +24,7 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-class CDBUSAdapter : public IDBUSAdapter, public IDBUSEventsSubscriber {
+class CDBUSAdapter final : public IDBUSAdapter, public IDBUSEventsSubscriber {
 public:
     CDBUSAdapter(IDBUSWrapper::DBUSType type, const std::string& objectPath,
                  std::shared_ptr<IDBUSRequestsHandler> handler);
@@ -67,7 +67,7 @@ private:
     };
 
     // The run of the adapter.
-    static void threadMethod(ThreadParams params, unsigned int stopConditionIntervalInSeconds,
+    static void threadMethod(const ThreadParams& params, unsigned int stopConditionIntervalInSeconds,
                              unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
                              boost::optional<std::function<bool()>> stopCondition,
                              boost::optional<std::function<void()>> pingFunction);

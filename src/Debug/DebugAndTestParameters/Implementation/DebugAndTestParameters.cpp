@@ -26,7 +26,7 @@ using Common::Utils::GenericException;
 namespace {
 
 // More than any record needs.
-const std::size_t MOST_BYTES = 4 * 1024 * 1024;
+const std::size_t MOST_BYTES = std::size_t{4} * 1024 * 1024;
 
 // Null when the file cannot be opened. A folder counts as opened and then fails to be read, as it would with
 // std::ifstream alone.
