@@ -18,14 +18,14 @@ struct Plan {
     int callsAmongOthers = 5000;
 };
 
-// The results for one server. Times are in microseconds. A ratio is the one to the first server: the median of the
-// ratios of blocks that were measured one right after the other. The speed of the machine changes between blocks, with
-// its clock and its neighbours; within such a pair it hardly does, so that a ratio says more than its two times.
+// The results for one server. Times are in microseconds. A ratio is the one to the first server: of
+// the medians of two blocks that were measured one right after the other, and of all such ratios the median. The speed
+// of the machine changes between blocks, with its clock and its neighbours; within such a pair it hardly does, so that
+// a ratio says more than its two times.
 struct Figures {
     double median = 0;
     double medianRatio = 0;
     double p99 = 0;
-    double p99Ratio = 0;
     double cpuPerCall = 0;
     Memory memoryAfterWarmUp;
     Memory memoryAfterCalls;
