@@ -11,7 +11,8 @@
 
 namespace DAX::Service {
 
-// One client's session. It has at most one live transaction.
+// One client's session. It has at most one live transaction, and keeps it alive until it gives it up. Any thread may
+// call; the calls wait for each other.
 class IService : private boost::noncopyable {
 public:
     virtual ~IService() = default;
@@ -25,7 +26,7 @@ public:
     virtual DAXCommon::ServiceClientPriority getClientPriority() = 0;
 
     // Ends the session and cancels its transaction; a second call has no effect. The reason goes to the core and the
-    // log. Any thread may call.
+    // log.
     virtual void invalidate(const std::string& reason) = 0;
 };
 

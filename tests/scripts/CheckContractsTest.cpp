@@ -41,6 +41,7 @@ protected:
         write("src/Room/Implementation/CRoom.h", "class CRoom {};\n");
         write("include/Size.h", "// A size.\nstruct Size {\n    int width;\n};\n");
         write("platform/include/door.h", "// A door.\nstruct door;\n");
+        write("AdditionalDependencies/Chests/Chest.h", "// A chest.\nclass Chest {};\n");
     }
 
     void write(const std::string& file, const std::string& text) const { m_tree.write(file, text); }
@@ -116,15 +117,43 @@ TEST_F(CheckContracts, RefuseAClassWhoseCommentWasRemoved) {
 TEST_F(CheckContracts, RefuseAClassOfTheSharedAndOfThePlatformHeaders) {
     write("include/Size.h", "struct Size {};\n");
     write("platform/include/door.h", "class Door {};\n");
+    write("AdditionalDependencies/Chests/Chest.h", "class Chest {};\n");
     expectRefused("include/Size.h:1: class Size has no comment\n"
-                  "platform/include/door.h:1: class Door has no comment\n");
+                  "platform/include/door.h:1: class Door has no comment\n"
+                  "AdditionalDependencies/Chests/Chest.h:1: class Chest has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseAStaticOfAFacade) {
+    write("src/Room/IDoor.h", "// A door.\n"
+                              "class IDoor {\n"
+                              "public:\n"
+                              "    static int width();\n"
+                              "};\n");
+    expectRefused("src/Room/IDoor.h:4: static width has no comment\n");
+}
+
+TEST_F(CheckContracts, TakeACommentWithoutWordsOrForAToolForNone) {
+    write("src/Room/IDoor.h", "// A door.\n"
+                              "class IDoor {\n"
+                              "public:\n"
+                              "    //\n"
+                              "    virtual void open() = 0;\n"
+                              "\n"
+                              "    virtual void shut() = 0; // NOLINT(some-check)\n"
+                              "\n"
+                              "    // clang-format off\n"
+                              "    virtual void slam() = 0;\n"
+                              "};\n");
+    expectRefused("src/Room/IDoor.h:5: pure virtual open has no comment\n"
+                  "src/Room/IDoor.h:7: pure virtual shut has no comment\n"
+                  "src/Room/IDoor.h:10: pure virtual slam has no comment\n");
 }
 
 TEST_F(CheckContracts, CountWhatHasACommentAndWhatHasNone) {
     writeWithout("    // In metres.\n");
     const FinishedRun finished = check("--count");
     EXPECT_THAT(finished.output, testing::EndsWith("pure virtual: 1 with a comment, 2 without\n"
-                                                   "class: 2 with a comment, 0 without\n"
+                                                   "class: 3 with a comment, 0 without\n"
                                                    "static: 0 with a comment, 0 without\n"));
     EXPECT_EQ(finished.end, ProcessEnd::exited(1));
 }

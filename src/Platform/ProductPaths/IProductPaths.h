@@ -106,9 +106,17 @@ public:
     // The regular files "upgrade-*.log" in the upgrade directory, as they were at the first call; empty when the
     // directory does not exist. Throws boost::filesystem::filesystem_error when it cannot be read.
     static std::vector<boost::filesystem::path> getOSUpgradeLogFiles();
+
+    // The folder "/tmp/ira_NDF".
     static boost::filesystem::path getIraNdfDirPath();
+
+    // Information about the contents of an update, among the downloaded files.
     static boost::filesystem::path getUpdateMainContentsInfoDataPath();
+
+    // The file "WOCDaxInfoCandidate.dat" in the persistent data directory.
     static boost::filesystem::path getWOCDaxInfoCandidatePath();
+
+    // The file "WOCDaxInfoApproved.dat" in the persistent data directory.
     static boost::filesystem::path getWOCDaxInfoApprovedPath();
 };
 

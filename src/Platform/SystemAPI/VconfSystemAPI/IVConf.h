@@ -15,15 +15,17 @@
 namespace DAX::Platform {
 namespace VConfDetails {
 
-// How a value of this type is read; the result is the store's, 0 for success.
+// How a value of this type is read. 0 is success.
 template <class T, int (*function)(const char*, T*)>
 struct Getter {
+    // The store's result; `value` is set when that is 0.
     static int read(const char* key, T* value) { return function(key, value); }
 };
 
-// How a value of this type is written; the result is the store's, 0 for success.
+// How a value of this type is written. 0 is success.
 template <class T, int (*function)(const char*, T)>
 struct Setter {
+    // The store's result.
     static int write(const char* key, const T& value) { return function(key, value); }
 };
 

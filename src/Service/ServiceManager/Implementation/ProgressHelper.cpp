@@ -1,5 +1,6 @@
 #include "Service/ServiceManager/ProgressHelper.h"
 
+#include <cstdlib>
 #include <string>
 #include <utility>
 
