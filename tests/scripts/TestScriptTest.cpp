@@ -18,14 +18,26 @@ const std::chrono::seconds LONGEST_RUN(60); // on a busy machine
 
 const char BUILD[] = "#!/bin/bash\nexit 0\n";
 
-// Keeps its arguments. The tests fail if there is a file that says so.
+// Keeps its arguments. Runs what is to happen while the tests run. The tests fail if there is a file that says so.
 const char CTEST[] = "#!/bin/bash\n"
                      "echo \"$*\" >>ctest-calls\n"
+                     "[[ ! -e meanwhile ]] || ./meanwhile\n"
                      "if [[ -e fail ]]; then\n"
                      "    echo '50% tests passed, 1 tests failed out of 2'\n"
                      "    exit 8\n"
                      "fi\n"
                      "echo '100% tests passed, 0 tests failed out of 2'\n";
+
+// A program is built, and a second run of what changed fails.
+const char FAILS_IN_A_SECOND_RUN[] = "#!/bin/bash\n"
+                                     "rm meanwhile\n"
+                                     "touch now\n"
+                                     "until [[ build/release/bin/test_Second -nt now ]]; do\n"
+                                     "    touch build/release/bin/test_Second\n"
+                                     "done\n"
+                                     "touch fail\n"
+                                     "scripts/test release:changed >second-run 2>&1\n"
+                                     "rm fail\n";
 
 // A tree whose build does nothing and whose tests are two programs that need not run.
 class TestScript : public testing::Test {
@@ -96,6 +108,31 @@ TEST_F(TestScript, TakesEverythingForChangedAfterARunOfSomeTests) {
 TEST_F(TestScript, TakesNothingForChangedAfterARunOfWhatChangedThatPassed) {
     test({"release:changed"});
     EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
+}
+
+TEST_F(TestScript, RemembersAFailureOfARunThatAnotherRunOutlasts) {
+    test();
+    program("meanwhile", FAILS_IN_A_SECOND_RUN);
+    EXPECT_EQ(test(), "2 passed, 0 failed\n");
+    EXPECT_THAT(m_tree.read("second-run"), testing::EndsWith("1 passed, 1 failed\n"));
+
+    fs::remove(m_tree / "ctest-calls");
+    EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
+    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("--label-regex ^(test_Second)( |$)"));
+}
+
+TEST_F(TestScript, LeavesNothingButTheMarkAndTheOutputOfTheLastRun) {
+    m_tree.write("fail", "");
+    test();
+    fs::remove(m_tree / "fail");
+    test();
+
+    std::vector<std::string> files;
+    for (const auto& entry : fs::directory_iterator(m_tree / "build/release")) {
+        files.push_back(entry.path().filename().string());
+    }
+    EXPECT_THAT(files, testing::UnorderedElementsAre("bin", "test.log", "tested"));
+    EXPECT_EQ(m_tree.read("build/release/test.log"), "100% tests passed, 0 tests failed out of 2\n");
 }
 
 } // namespace
