@@ -67,9 +67,10 @@ protected:
         return finished.output;
     }
 
-    void buildAnew(const std::string& program) const {
-        const fs::path path = m_tree / ("build/release/bin/" + program);
-        fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::hours(1));
+    void buildAnew(const std::string& program) const { change("build/release/bin/" + program); }
+
+    void change(const std::string& path) const {
+        fs::last_write_time(m_tree / path, fs::file_time_type::clock::now() + std::chrono::hours(1));
     }
 
     const TemporaryRoot m_tree;
@@ -107,6 +108,26 @@ TEST_F(TestScript, TakesEverythingForChangedAfterARunOfSomeTests) {
 
 TEST_F(TestScript, TakesNothingForChangedAfterARunOfWhatChangedThatPassed) {
     test({"release:changed"});
+    EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
+}
+
+TEST_F(TestScript, TakesTheTestsOfTheScriptsForChangedWithEachDocumentAndListThatTheyCheck) {
+    program("build/release/bin/test_scripts", "");
+    for (const char* const file : {"README.md", "docs/desk.md", "docs/pictures/layers.svg", "CMakeLists.txt",
+                                   "src/Common/IO/CMakeLists.txt", "tests/CMakeLists.txt"}) {
+        m_tree.write(file, "");
+        test();
+        change(file);
+        EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n") << file;
+        EXPECT_THAT(m_tree.read("ctest-calls"), testing::EndsWith("--label-regex ^(test_scripts)( |$)\n")) << file;
+        fs::remove(m_tree / file);
+    }
+}
+
+TEST_F(TestScript, TakesNothingForChangedWithAFileThatTheBuildWrites) {
+    m_tree.write("build/release/_deps/README.md", "");
+    test();
+    change("build/release/_deps/README.md");
     EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
 }
 
