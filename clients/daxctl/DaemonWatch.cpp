@@ -19,7 +19,8 @@ const char* const DAEMON = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DB
 // The same time as for a call to the daemon.
 const int LONGEST_ANSWER_MS = 60000;
 
-const int LOOKS = 5;
+// How often the owner of the name is asked for.
+const int OWNER_ATTEMPTS = 6;
 
 // At most so many messages at a time, since others may send to this connection as well. The rest waits for the next
 // look.
@@ -95,13 +96,13 @@ std::string DaemonWatch::follow() {
 // The daemon may leave between its start and the question, so both are repeated. The question comes first: a daemon
 // that was started by hand needs no activation file.
 std::string DaemonWatch::ownerOfTheName() {
-    for (int left = LOOKS;; --left) {
+    for (int attempt = 1;; ++attempt) {
         const Message owner = question("GetNameOwner");
         dbus_message_append_args(owner.get(), DBUS_TYPE_STRING, &DAEMON, DBUS_TYPE_INVALID);
         try {
             return ask(*owner);
         } catch (const RemoteObjectNotAccessible&) {
-            if (left == 0) {
+            if (attempt == OWNER_ATTEMPTS) {
                 throw;
             }
         }
