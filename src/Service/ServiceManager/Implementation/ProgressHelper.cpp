@@ -36,7 +36,7 @@ const char NETWORK_TRANSFER_ERROR[] = "CNetworkTransferError";
     std::abort();
 }
 
-std::string nameOf(const boost::exception_ptr& exception) {
+std::string nameOfException(const boost::exception_ptr& exception) {
     try {
         boost::rethrow_exception(exception);
     } catch (const DAXUnknownException&) {
@@ -123,7 +123,7 @@ template <class Archive>
 void ProgressHelper::save(Archive& archive, unsigned int) const {
     archive << make_nvp("workingTimeInSeconds", m_executingTimeInSeconds);
     archive << make_nvp("throwAfterSeconds", *m_throwAfterSeconds); // fails an assertion when it is empty
-    const std::string name = nameOf(m_exception);
+    const std::string name = nameOfException(m_exception);
     archive << make_nvp("Exception", name);
 }
 
