@@ -15,7 +15,7 @@ using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_path;
 using Common::Utils::GenericException;
 
-void saveInstallationState(std::string path, const std::string& info) {
+void saveInstallationState(const std::string& path, const std::string& info) {
     writeInstallationRecord(path, info);
     ChecksumedStream stream(std::make_shared<FileStream>(path));
     if (!stream.openCheck()) { // the checksum alone decides: the text is not compared

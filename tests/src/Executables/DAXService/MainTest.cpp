@@ -21,11 +21,11 @@ std::function<void()> whileListening;
 
 // Arguments that are objects are passed as their addresses.
 extern "C" void
-__wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSESt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENS9_ISA_IFvvEEEE(
+__wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSERKSt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENSB_ISC_IFvvEEEE(
     void* adapter, void* factory, unsigned int stopConditionInterval, unsigned int idleTimeout,
     unsigned int pingInterval, void* stopCondition, void* ping);
 
-void __wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSESt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENS9_ISA_IFvvEEEE(
+void __wrap__ZN3DAX6DAXIPC12DBUSLowLevel27DAXIPCServiceManagerAdapter10listenDBUSERKSt10shared_ptrINS_7Service15IServiceManager22IServiceManagerFactoryEEjjjN5boost8optionalISt8functionIFbvEEEENSB_ISC_IFvvEEEE(
     void*, void*, unsigned int stopConditionInterval, unsigned int idleTimeout, unsigned int pingInterval, void*,
     void*) {
     listenedWith = {stopConditionInterval, idleTimeout, pingInterval};

@@ -23,7 +23,7 @@ public:
     // Makes the service manager and blocks until the daemon has to stop; every client call runs on the calling thread.
     // The times are in seconds and mean the same as in IDBUSAdapter::listenDBUS(), as do the two functions. Throws what
     // the factory or the adapter throws.
-    void listenDBUS(std::shared_ptr<Service::IServiceManager::IServiceManagerFactory> factory,
+    void listenDBUS(const std::shared_ptr<Service::IServiceManager::IServiceManagerFactory>& factory,
                     unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds,
                     unsigned int pingIntervalInSeconds, boost::optional<std::function<bool()>> stopCondition,
                     boost::optional<std::function<void()>> pingFunction);

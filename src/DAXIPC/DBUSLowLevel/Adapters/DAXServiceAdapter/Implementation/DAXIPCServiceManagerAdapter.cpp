@@ -32,12 +32,11 @@ DAXIPCServiceManagerAdapter::~DAXIPCServiceManagerAdapter() {
     m_adapterFactory.reset();
 }
 
-void DAXIPCServiceManagerAdapter::listenDBUS(std::shared_ptr<Service::IServiceManager::IServiceManagerFactory> factory,
-                                             unsigned int stopConditionIntervalInSeconds,
-                                             unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
-                                             boost::optional<std::function<bool()>> stopCondition,
-                                             boost::optional<std::function<void()>> pingFunction) {
-    auto handler = std::make_shared<CServiceManagerAdapter>(std::move(factory));
+void DAXIPCServiceManagerAdapter::listenDBUS(
+    const std::shared_ptr<Service::IServiceManager::IServiceManagerFactory>& factory,
+    unsigned int stopConditionIntervalInSeconds, unsigned int idleTimeoutInSeconds, unsigned int pingIntervalInSeconds,
+    boost::optional<std::function<bool()>> stopCondition, boost::optional<std::function<void()>> pingFunction) {
+    auto handler = std::make_shared<CServiceManagerAdapter>(factory);
     m_adapter = m_adapterFactory->create(IDBUSWrapper::SYSTEM, Names::OBJECT_PATH, std::move(handler), false);
     m_adapter->listenDBUS(stopConditionIntervalInSeconds, idleTimeoutInSeconds, pingIntervalInSeconds,
                           std::move(stopCondition), std::move(pingFunction), Names::CONNECTION_NAME);
