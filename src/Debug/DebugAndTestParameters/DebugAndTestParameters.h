@@ -25,10 +25,10 @@ public:
     static void loadDebugAndTestParameters();
 
     // The one record; on production software always the defaults. On any other, throws GenericException before the
-    // load, and after a reload() that could not read the file.
+    // load, and after a reload() of a file that it could open but not read.
     static DebugAndTestParameters& getDebugAndTestParameters();
 
-    // Whether the record was loaded, and no later reload() has failed to read the file.
+    // Whether the record was loaded, and no later reload() has opened a file that it could not read.
     static bool loaded();
 
     // Reads the file into the one record again. Returns false when the file cannot be opened, and then nothing has

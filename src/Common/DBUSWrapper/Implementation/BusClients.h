@@ -20,9 +20,9 @@ public:
     // from BusCalls::receive, at most once for a client. `calls` and `clock` outlive this object.
     BusClients(BusCalls& calls, Utils::ISimpleClock& clock, std::function<void(const std::string& name)> onGone);
 
-    // Starts anew on this connection, without clients. Asks the bus to tell of every name that vanishes. The bus limits
-    // the rules of a connection: when it refuses the own rule of a later client, this one still tells of its end. The
-    // connection must be open at each call of a function below, until the next begin().
+    // Starts anew on this connection, without clients. Adds one rule for every name that vanishes. The bus limits the
+    // rules of a connection: when it refuses a later client's own rule, that general rule still tells of the client's
+    // end. The connection must be open at each call of a function below, until the next begin().
     void begin(DBusConnection* connection);
 
     bool isEmpty() const { return m_clients.empty(); }

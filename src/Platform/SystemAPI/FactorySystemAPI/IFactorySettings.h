@@ -12,8 +12,8 @@ class IFactorySettingsAPIImpl;
 // tell has its default. An operation whose comment names no failure has none. Any thread may call.
 //
 // "Before the debug parameters are loaded" means before DebugAndTestParameters::loadDebugAndTestParameters has run in
-// this process, or after its reload() could not read the file. It means nothing on production software, which always
-// has the defaults.
+// this process, or after a reload() of a file that it could open but not read. On production software this never holds:
+// the defaults are always there.
 class IFactorySettings {
 public:
     // Which server each number selects is up to the programs that ask.

@@ -20,8 +20,8 @@ class ISystemControlImpl;
 //
 // An operation whose comment names no failure has none of its own. Settings outlive restarts unless the comment says
 // otherwise. "Before the debug parameters are loaded" means before DebugAndTestParameters::loadDebugAndTestParameters
-// has run in this process, or after its reload() could not read the file. It means nothing on production software,
-// which always has the defaults.
+// has run in this process, or after a reload() of a file that it could open but not read. On production software this
+// never holds: the defaults are always there.
 class ISystemControl {
 public:
     // Which build this is, for the log. Never null; lives as long as the process.

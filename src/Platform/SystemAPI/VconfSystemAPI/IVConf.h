@@ -99,7 +99,7 @@ using Setters = SetterMapStruct<Setter<bool, vconf_set_bool_wrapper>, Setter<int
 template <class T>
 using VConfT = VConfDetails::VConfT<VConfDetails::Getters, VConfDetails::Setters, T>;
 
-// The value of a key that has a default, which stands for it when the store fails; see getOr.
+// The value of this key, or the key's default when the store fails, which is also logged.
 template <class T>
 T readOrDefault(const VConfKeyWithDefault<T>& key) {
     return VConfT<T>(key).getOr(key.defaultValue);

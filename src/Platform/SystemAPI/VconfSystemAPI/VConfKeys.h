@@ -9,7 +9,7 @@ namespace DAX::Platform {
 enum class VConfWriter { OTHER_PROGRAMS, SYSTEM_CONTROL, SYSTEM_INFO, SERVICE_LOGIC };
 
 // One key of the settings store with all that this stack knows of it. T is the type of its value: bool, int or
-// std::string. There is no default: what reads the key fails with the store, or this stack only writes the key.
+// std::string. It carries no default: reading it throws when the store fails.
 template <class T>
 struct VConfKey {
     constexpr VConfKey(const char* text, VConfWriter whoWrites) : name(text), writer(whoWrites) {}
