@@ -45,8 +45,11 @@ include(${CMAKE_CURRENT_LIST_DIR}/PrecompiledHeaders.cmake)
 # Everything that people run, and nothing else.
 add_custom_target(production)
 
-# Sources of production code are compiled four together, unless each has to show that it includes what it uses: what they
-# share of headers and templates costs a compiler more than they do.
+# Sources of production code, but those of platform/host, are compiled four together, unless each has to show that it
+# includes what it uses: what they share of headers and templates costs a compiler more than they do.
+# The four are neighbours in alphabetical order. So a new file, or one more in ALONE, shifts those behind it, and names of
+# files that nobody has touched can meet in one source. If they clash, give one a more telling name; if there is none, put
+# its file into ALONE.
 function(dax_compile_together target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${DAX_PRECOMPILED_HEADERS} UNITY_BUILD_BATCH_SIZE 4)
   set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
@@ -75,8 +78,9 @@ function(dax_module target)
   endif()
 endfunction()
 
-# dax_program(<target> [ARCHIVES] LINK <targets> [ALONE <files>]): every source of the folder and of its Implementation/, with the platform
-# chosen. Beside a main.cpp, they are the library <target>_parts, which tests link as well.
+# dax_program(<target> [ARCHIVES] LINK <targets> [ALONE <files>])
+# Every source of the folder and of its Implementation/, with the platform chosen. Beside a main.cpp, they are the library
+# <target>_parts, which tests link as well.
 function(dax_program target)
   cmake_parse_arguments(ARG "ARCHIVES" "" "LINK;ALONE" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
