@@ -45,7 +45,8 @@ protected:
     CheckLayers() {
         std::filesystem::create_directories(m_tree / "scripts");
         std::filesystem::create_directories(m_tree / "cmake");
-        std::filesystem::copy(SOURCE_TREE / "cmake/links", m_tree / "cmake/links");
+        std::filesystem::copy(SOURCE_TREE / "cmake/links", m_tree / "cmake/links",
+                              std::filesystem::copy_options::recursive);
         for (const char* const script : {"check-layers", "draw-layers", "layers.py"}) {
             std::filesystem::copy_file(SOURCE_TREE / "scripts" / script, m_tree / "scripts" / script);
         }
@@ -189,6 +190,17 @@ TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
     EXPECT_THAT(run.errors, testing::StartsWith("CMake cannot read the tree for the platform host:\n"));
     EXPECT_THAT(run.errors, testing::HasSubstr("Unknown CMake command \"no_such_command\""));
     EXPECT_EQ(run.end, ProcessEnd::exited(1));
+}
+
+TEST_F(CheckLayers, AskNoCompiler) {
+    write("cmake/Modules.cmake", std::string(MODULES) + "include(CheckCXXCompilerFlag)\n"
+                                                        "check_cxx_compiler_flag(-fcf-protection HAS_FLAG)\n"
+                                                        "include(CheckCXXSourceCompiles)\n"
+                                                        "check_cxx_source_compiles(\"int main() {}\" CAN_COMPILE)\n"
+                                                        "message(FATAL_ERROR \"[${HAS_FLAG}${CAN_COMPILE}]\")\n");
+    const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+    EXPECT_THAT(run.errors, testing::HasSubstr("[]"));
+    EXPECT_THAT(run.errors, testing::Not(testing::HasSubstr("needs to be enabled before use")));
 }
 
 TEST_F(CheckLayers, RefuseTheInternalsOfAnotherModule) {
