@@ -192,6 +192,16 @@ TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
     EXPECT_EQ(run.end, ProcessEnd::exited(1));
 }
 
+TEST_F(CheckLayers, FailOnAnErrorAfterWhichCMakeGoesOn) {
+    for (const char* const line : {"include(Missing.cmake)", "add_subdirectory(missing)", "message(SEND_ERROR x)"}) {
+        write("src/Second/CMakeLists.txt", std::string("dax_module(Second)\n") + line + "\n");
+        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        EXPECT_THAT(run.errors, testing::StartsWith("CMake cannot read the tree for the platform host:\n")) << line;
+        EXPECT_THAT(run.errors, testing::HasSubstr("src/Second/CMakeLists.txt:2")) << line;
+        EXPECT_EQ(run.end, ProcessEnd::exited(1)) << line;
+    }
+}
+
 TEST_F(CheckLayers, AskNoCompiler) {
     write("cmake/Modules.cmake", std::string(MODULES) + "include(CheckCXXCompilerFlag)\n"
                                                         "check_cxx_compiler_flag(-fcf-protection HAS_FLAG)\n"
