@@ -1,5 +1,7 @@
 #include <chrono>
 #include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -14,8 +16,10 @@ const std::filesystem::path SOURCE_TREE(SOURCE_FOLDER);
 
 const std::chrono::seconds BOUND(60); // an interpreter on a busy machine
 
-FinishedRun runScript(const std::filesystem::path& script) {
-    return run({{script.string()}, {}, {}, {}}, BOUND);
+using Environment = std::map<std::string, std::optional<std::string>>;
+
+FinishedRun runScript(const std::filesystem::path& script, const Environment& environment = {}) {
+    return run({{script.string()}, environment, {}, {}}, BOUND);
 }
 
 const char MODULES[] = "function(dax_module target)\n"
@@ -38,6 +42,20 @@ const char ROOT_LIST[] = "cmake_minimum_required(VERSION 3.25)\n"
                          "  cmake_path(GET list PARENT_PATH folder)\n"
                          "  add_subdirectory(${folder})\n"
                          "endforeach()\n";
+
+// What a shell command prints, without the end of its line.
+std::string printedBy(const std::string& command) {
+    const FinishedRun finished = run({{"/bin/sh", "-c", command}, {}, {}, {}}, BOUND);
+    EXPECT_EQ(finished.end, ProcessEnd::exited(0)) << command;
+    return finished.output.substr(0, finished.output.find('\n'));
+}
+
+// Makes a folder for PATH with the interpreter alone. What stands in PATH for it may be a script that needs others.
+std::filesystem::path folderWithInterpreter(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    std::filesystem::create_symlink(printedBy("python3 -c 'import sys; print(sys.executable)'"), folder / "python3");
+    return folder;
+}
 
 // A tree of three modules in two layers, with its own list and picture. It keeps to the list.
 class CheckLayers : public testing::Test {
@@ -211,6 +229,17 @@ TEST_F(CheckLayers, AskNoCompiler) {
     const FinishedRun run = runScript(m_tree / "scripts/check-layers");
     EXPECT_THAT(run.errors, testing::HasSubstr("[]"));
     EXPECT_THAT(run.errors, testing::Not(testing::HasSubstr("needs to be enabled before use")));
+}
+
+TEST_F(CheckLayers, NeedNoBuildToolAndNoSettingOfCMakes) {
+    const std::filesystem::path programs = folderWithInterpreter(m_tree / "programs");
+    std::filesystem::create_symlink(printedBy("command -v cmake"), programs / "cmake");
+    const FinishedRun run = runScript(m_tree / "scripts/check-layers", {{"PATH", programs.string()},
+                                                                        {"CMAKE_GENERATOR", "No Such Generator"},
+                                                                        {"CMAKE_GENERATOR_TOOLSET", "none"},
+                                                                        {"CMAKE_TOOLCHAIN_FILE", "/missing"}});
+    EXPECT_EQ(run.output, "") << run.errors;
+    EXPECT_EQ(run.end, ProcessEnd::exited(0)) << run.errors;
 }
 
 TEST_F(CheckLayers, RefuseTheInternalsOfAnotherModule) {
