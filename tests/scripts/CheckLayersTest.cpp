@@ -242,6 +242,13 @@ TEST_F(CheckLayers, NeedNoBuildToolAndNoSettingOfCMakes) {
     EXPECT_EQ(run.end, ProcessEnd::exited(0)) << run.errors;
 }
 
+TEST_F(CheckLayers, SayThatTheyNeedCMake) {
+    const std::filesystem::path programs = folderWithInterpreter(m_tree / "programs");
+    const FinishedRun run = runScript(m_tree / "scripts/check-layers", {{"PATH", programs.string()}});
+    EXPECT_EQ(run.errors, "scripts/check-layers needs cmake 3.25 or newer\n");
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+}
+
 TEST_F(CheckLayers, RefuseTheInternalsOfAnotherModule) {
     write("src/Top/Top.h", "#include \"First/Implementation/In.h\"\n");
     expectRefused("src/Top/Top.h:1: src/First/Implementation/In.h is internal to First\n");
