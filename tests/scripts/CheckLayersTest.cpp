@@ -57,6 +57,8 @@ std::filesystem::path folderWithInterpreter(const std::filesystem::path& folder)
     return folder;
 }
 
+const char SECOND_USES_TOP[] = "Second may not use Top: layer low may not use layer high\n";
+
 // A tree of three modules in two layers, with its own list and picture. It keeps to the list.
 class CheckLayers : public testing::Test {
 protected:
@@ -95,6 +97,15 @@ protected:
         const FinishedRun run = runScript(m_tree / "scripts/check-layers");
         EXPECT_EQ(run.output, complaints) << run.errors;
         EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    }
+
+    // The line is that of the first of the words that the check looks for.
+    void expectRefusedAtAnyLine(const std::string& link) const {
+        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        EXPECT_THAT(run.output,
+                    testing::MatchesRegex(std::string("src/Second/CMakeLists.txt:[12]: ") + SECOND_USES_TOP))
+            << link << run.errors;
+        EXPECT_EQ(run.end, ProcessEnd::exited(1)) << link;
     }
 
     const TemporaryRoot m_tree;
@@ -136,8 +147,6 @@ TEST_F(CheckLayers, RefuseALinkThatIsAddedLater) {
     write("src/First/CMakeLists.txt", "dax_module(First)\ntarget_link_libraries(First PRIVATE Second)\n");
     expectRefused("src/First/CMakeLists.txt:2: First may not use Second: in layer low, it stands after it\n");
 }
-
-const char SECOND_USES_TOP[] = "Second may not use Top: layer low may not use layer high\n";
 
 TEST_F(CheckLayers, RefuseALinkHiddenInAGeneratorExpression) {
     write("src/Second/CMakeLists.txt", "dax_module(Second\n"
@@ -199,6 +208,28 @@ TEST_F(CheckLayers, RefuseALinkWhoseTextDoesNotShowItsTarget) {
         write("src/Second/CMakeLists.txt", std::string("dax_module(Second PRIVATE ") + link + ")\n");
         expectRefused(
             "src/Second/CMakeLists.txt:1: Second has a link that this check cannot read: " + std::string(link) + "\n");
+    }
+}
+
+TEST_F(CheckLayers, TakeNoValueOfALinkersOptionForALink) {
+    for (const char* const option :
+         {"-Wl,-rpath,/opt/Top", "-Wl,-rpath,Top", "LINKER:-rpath,/opt/Top", "-L/opt/Top", "-Top", "/opt/Top",
+          "$<$<VERSION_GREATER:$<CXX_COMPILER_VERSION>,11>:-Wl,-z,now>"}) {
+        write("src/Second/CMakeLists.txt", std::string("dax_module(Second)\ntarget_link_options(Second PRIVATE ") +
+                                               option + ")\ntarget_link_libraries(Second PRIVATE " + option + ")\n");
+        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        EXPECT_EQ(run.output, "") << option << run.errors;
+        EXPECT_EQ(run.end, ProcessEnd::exited(0)) << option;
+    }
+}
+
+TEST_F(CheckLayers, RefuseALibraryAmongTheOptionsOfTheLinker) {
+    for (const char* const option :
+         {"-lTop", "-Wl,-lTop", "-Wl,--whole-archive,/opt/libTop.a", "LINKER:--library=Top", "$<$<CONFIG:Debug>:-lTop>",
+          "$<$<VERSION_GREATER:$<CXX_COMPILER_VERSION>,11>:-lTop>", "$<IF:$<CONFIG:Debug>,-g,Top>"}) {
+        write("src/Second/CMakeLists.txt",
+              std::string("dax_module(Second)\ntarget_link_options(Second PRIVATE ") + option + ")\n");
+        expectRefusedAtAnyLine(option);
     }
 }
 
