@@ -233,6 +233,32 @@ TEST_F(CheckLayers, RefuseALibraryAmongTheOptionsOfTheLinker) {
     }
 }
 
+TEST_F(CheckLayers, RefuseALinkInABranchThatIsNotTaken) {
+    for (const char* const condition :
+         {"SANITIZE", "CMAKE_BUILD_TYPE STREQUAL Release", "Boost_FOUND", "TARGET Boost::filesystem"}) {
+        write("src/Second/CMakeLists.txt", std::string("dax_module(Second)\nif(") + condition +
+                                               ")\n  target_link_libraries(Second PRIVATE Top)\nendif()\n");
+        expectRefused(std::string("src/Second/CMakeLists.txt:3: ") + SECOND_USES_TOP);
+    }
+}
+
+TEST_F(CheckLayers, RefuseWhatOtherPropertiesAndSourcesBring) {
+    write("src/Top/Top.cpp", "");
+    for (const char* const line :
+         {"set_target_properties(Second PROPERTIES LINK_FLAGS -lTop)",
+          "set_target_properties(Second PROPERTIES INTERFACE_LINK_LIBRARIES_DIRECT Top)",
+          "target_sources(Second PRIVATE $<TARGET_OBJECTS:Top>)", "target_sources(Second PRIVATE ../Top/Top.cpp)"}) {
+        write("src/Second/CMakeLists.txt", std::string("dax_module(Second)\n") + line + "\n");
+        expectRefusedAtAnyLine(line);
+    }
+}
+
+TEST_F(CheckLayers, RefuseAnImportedLibraryThatIsAModulesFile) {
+    write("src/Second/CMakeLists.txt", "dax_module(Second PRIVATE other)\nadd_library(other STATIC IMPORTED)\n"
+                                       "set_target_properties(other PROPERTIES IMPORTED_LOCATION /opt/libTop.a)\n");
+    expectRefusedAtAnyLine("other");
+}
+
 TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
     write("src/Second/CMakeLists.txt", "no_such_command(Second)\n");
     const FinishedRun run = runScript(m_tree / "scripts/check-layers");
