@@ -5,7 +5,7 @@
 namespace DAX::Service::ServiceManager {
 
 std::string describeHolders(const ExternalLocks& locks) {
-    const std::size_t longestText = 64 * 1024;
+    const std::size_t longestText = std::size_t{64} * 1024;
     std::string holders;
     std::size_t left = locks.size();
     for (const auto& [id, lock] : locks) {

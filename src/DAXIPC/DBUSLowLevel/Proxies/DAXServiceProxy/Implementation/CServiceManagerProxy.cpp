@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <boost/archive/text_oarchive.hpp> // for the next one, which does not include what it needs
 #include <boost/serialization/optional.hpp>
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
