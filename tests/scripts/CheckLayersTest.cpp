@@ -242,6 +242,12 @@ TEST_F(CheckLayers, RefuseALinkInABranchThatIsNotTaken) {
     }
 }
 
+TEST_F(CheckLayers, RefuseATargetOfNoModuleInABranchThatIsNotTaken) {
+    write("src/Second/CMakeLists.txt",
+          "dax_module(Second)\nif(SANITIZE)\n  add_library(Stranger STATIC Stranger.cpp)\nendif()\n");
+    expectRefused("src/Second/CMakeLists.txt:3: Stranger is no module of cmake/Layers.txt\n");
+}
+
 TEST_F(CheckLayers, RefuseWhatOtherPropertiesAndSourcesBring) {
     write("src/Top/Top.cpp", "");
     for (const char* const line :
