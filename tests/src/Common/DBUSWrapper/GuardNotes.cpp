@@ -75,6 +75,7 @@ dbus_bool_t __wrap_dbus_connection_read_write(DBusConnection* connection, int ti
 namespace DAX::Tests {
 
 GuardNotes::GuardNotes() {
+    isLoop = false; // a test before this one may have run a loop on this thread
     areTaken = true;
 }
 
