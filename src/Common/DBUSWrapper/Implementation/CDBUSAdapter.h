@@ -19,6 +19,7 @@
 #include "Common/DBUSWrapper/Implementation/BusClients.h"
 #include "Common/DBUSWrapper/Implementation/BusName.h"
 #include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
+#include "Common/DBUSWrapper/Implementation/Replies.h"
 #include "Common/DBUSWrapper/Implementation/ReusedStream.h"
 #include "Common/Utils/ISimpleClock.h"
 
@@ -96,8 +97,10 @@ private:
     DBusHandlerResult handleMethodCall(const char* member, bool introspectable, DBusConnection* connection,
                                        DBusMessage* message);
     void handleRequest(const char* member, std::stringstream& input, DBusConnection* connection, DBusMessage* message);
-    static void sendReturnMessage(ReplyMessageType type, const std::string& function, const std::stringstream& data,
-                                  DBusMessage* message, DBusConnection* connection);
+    void sendReturnMessage(ReplyMessageType type, const std::string& function, const std::stringstream& data,
+                           DBusMessage* message, DBusConnection* connection);
+    DBUSMessageHandle makeReply(ReplyMessageType type, const std::string& function, const std::string& data,
+                                DBusMessage* message);
 
     DBusHandlerResult handleSignalPrivate(DBusMessage* message);
     DBusHandlerResult handleNameOwnerChanged(DBusMessage* message);
@@ -128,6 +131,7 @@ private:
     boost::optional<std::string> m_closeEventConnection; // the client whose end the handler wants to hear of
     ReusedStream m_input;                                // of the call being handled
     ReusedStream m_output;                               // of the call being handled
+    Replies m_replies;
 };
 
 } // namespace DAX::Common::DBUSWrapper

@@ -34,22 +34,6 @@ const char* orEmpty(const char* text) {
     DAX_THROW(ERRORRegisteringObject(), error.message());
 }
 
-void appendText(DBusMessage* reply, const std::string& text) {
-    const char* const data = text.c_str();
-    if (!dbus_validate_utf8(data, nullptr) ||
-        !dbus_message_append_args(reply, DBUS_TYPE_STRING, &data, DBUS_TYPE_INVALID)) {
-        DAX_THROW(ERRORSendingReply(), "A text cannot be appended.");
-    }
-}
-
-void appendArrays(DBusMessage* reply, const char* type, const std::string& function, const std::string& data) {
-    DBusMessageIter arguments;
-    dbus_message_iter_init_append(reply, &arguments);
-    appendByteArray(arguments, type);
-    appendByteArray(arguments, function);
-    appendByteArray(arguments, data);
-}
-
 } // namespace
 
 DBusHandlerResult CDBUSAdapter::handleMessage(DBusConnection* connection, DBusMessage* message, void* adapter) {
@@ -142,26 +126,25 @@ void CDBUSAdapter::sendReturnMessage(ReplyMessageType type, const std::string& f
     if (!wantsReply(message)) {
         return;
     }
-    const DBUSMessageHandle reply(dbus_message_new_method_return(message));
-    if (reply == nullptr) {
-        DAX_THROW(DBUSMemoryError(), "A reply cannot be made.");
-    }
-    switch (type) {
-    case REPLY:
-        appendArrays(reply.get(), REPLY_MESSAGE_TYPE_REPLY_STRING, function, data.str());
-        break;
-    case EXCEPTION:
-        appendArrays(reply.get(), REPLY_MESSAGE_TYPE_EXCEPTION_STRING, function, data.str());
-        break;
-    case INTROSPECTION:
-        appendText(reply.get(), data.str());
-        break;
-    default:
-        BOOST_ASSERT(false);
-    }
+    const DBUSMessageHandle reply = makeReply(type, function, data.str(), message);
     dbus_uint32_t serial = 0;
     if (!dbus_connection_send(connection, reply.get(), &serial)) {
         DAX_THROW(ERRORSendingReply(), "A reply cannot be sent.");
+    }
+}
+
+DBUSMessageHandle CDBUSAdapter::makeReply(ReplyMessageType type, const std::string& function, const std::string& data,
+                                          DBusMessage* message) {
+    switch (type) {
+    case REPLY:
+        return m_replies.make(message, REPLY_MESSAGE_TYPE_REPLY_STRING, function, data);
+    case EXCEPTION:
+        return m_replies.make(message, REPLY_MESSAGE_TYPE_EXCEPTION_STRING, function, data);
+    case INTROSPECTION:
+        return textReply(message, data);
+    default:
+        BOOST_ASSERT(false);
+        return nullptr;
     }
 }
 

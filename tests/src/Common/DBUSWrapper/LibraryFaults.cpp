@@ -134,6 +134,21 @@ DBusMessage* __wrap_dbus_message_new_method_return(DBusMessage* call) {
     return fails("dbus_message_new_method_return") ? nullptr : __real_dbus_message_new_method_return(call);
 }
 
+DBusMessage* __real_dbus_message_copy(const DBusMessage*);
+DBusMessage* __wrap_dbus_message_copy(const DBusMessage* message) {
+    return fails("dbus_message_copy") ? nullptr : __real_dbus_message_copy(message);
+}
+
+dbus_bool_t __real_dbus_message_set_destination(DBusMessage*, const char*);
+dbus_bool_t __wrap_dbus_message_set_destination(DBusMessage* message, const char* destination) {
+    return !fails("dbus_message_set_destination") && __real_dbus_message_set_destination(message, destination);
+}
+
+dbus_bool_t __real_dbus_message_set_reply_serial(DBusMessage*, dbus_uint32_t);
+dbus_bool_t __wrap_dbus_message_set_reply_serial(DBusMessage* message, dbus_uint32_t serial) {
+    return !fails("dbus_message_set_reply_serial") && __real_dbus_message_set_reply_serial(message, serial);
+}
+
 dbus_bool_t __real_dbus_message_iter_open_container(DBusMessageIter*, int, const char*, DBusMessageIter*);
 dbus_bool_t __wrap_dbus_message_iter_open_container(DBusMessageIter* iterator, int type, const char* signature,
                                                     DBusMessageIter* container) {
