@@ -3,6 +3,7 @@
 
 #include <boost/exception/diagnostic_information.hpp>
 #include <boost/thread/thread.hpp>
+#include <malloc.h>
 #include <sys/stat.h>
 
 #include "Common/DBUSWrapper/IDBUSAdapter.h"
@@ -54,6 +55,13 @@ void keepOthersFromWriting() {
     umask(umask(0) | S_IWGRP | S_IWOTH);
 }
 
+// Small pieces of memory are merged with their neighbours as soon as they are freed. The allocator would otherwise keep
+// them apart, and a row of calls, each of which needs a piece of another size than the last one left, would make the
+// heap grow by some bytes a call.
+void mergeFreedMemoryAtOnce() {
+    mallopt(M_MXFAST, 0);
+}
+
 bool wasSigTermReceived() {
     const std::lock_guard<std::mutex> lock(NiceQuitHelper::s_mutex);
     return NiceQuitHelper::s_sigTermFlag;
@@ -63,6 +71,7 @@ bool wasSigTermReceived() {
 // ended it.
 bool serve(int argc, char** argv) {
     keepOthersFromWriting();
+    mergeFreedMemoryAtOnce();
     LoggingClass::init("DAXService");
     Common::Debug::ThreadDebug::registerMainThreadId(boost::this_thread::get_id());
     const Platform::SignalThread signalThread;
