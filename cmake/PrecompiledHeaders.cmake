@@ -42,6 +42,7 @@ endfunction()
 function(dax_precompile_for_tests)
   add_library(dax_test_headers STATIC ${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp)
   target_compile_options(dax_test_headers PRIVATE ${DAX_TEST_OPTIONS})
+  set_target_properties(dax_test_headers PROPERTIES DAX_TEST_CODE ON)
   target_link_libraries(dax_test_headers PUBLIC dax_build GTest::gmock nlohmann_json::nlohmann_json Boost::serialization
                                                  Boost::date_time Boost::thread)
   target_precompile_headers(
