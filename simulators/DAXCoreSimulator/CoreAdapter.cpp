@@ -19,6 +19,7 @@
 #include "DAXCoreSimulator/ArgumentsAsJson.h"
 #include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/CoreMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/MethodRelay.h"
@@ -29,8 +30,7 @@ namespace DAXCoreSimulator {
 namespace {
 
 namespace DBUSICore = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore;
-namespace Core = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::Methods;
-namespace Transaction = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICoreTransaction::Methods;
+namespace CoreMethods = DAX::DAXIPC::DBUSLowLevel::CoreMethods;
 namespace RequestBoundary = DAX::DAXIPC::DBUSLowLevel::RequestBoundary;
 using DAX::DAXIPC::DBUSLowLevel::methodNames;
 using DAX::DAXIPC::DBUSLowLevel::relayCall;
@@ -47,45 +47,44 @@ struct Call {
 
 using Handler = std::function<void(Call& call)>;
 
-template <class... Values>
-nlohmann::ordered_json named(const std::vector<std::string>& names, const Values&... values) {
+template <class Names, class... Values>
+nlohmann::ordered_json named(const Names& names, const Values&... values) {
     nlohmann::ordered_json arguments = nlohmann::ordered_json::object();
     [[maybe_unused]] auto name = names.begin(); // used by nothing without values
     ((arguments[*name++] = asJson(values)), ...);
     return arguments;
 }
 
-// Relays a call to an operation of the core, and in between tells of its arguments under these names.
-template <class R, class... Args, class... Names>
-Handler handlerOf(R (SimulatedCore::*operation)(const std::string&, Args...), Names... names) {
-    static_assert(sizeof...(Args) == sizeof...(Names), "each argument has a name in the record");
-    return [operation, names = std::vector<std::string>{names...}](Call& call) {
-        relayCall<std::tuple<std::decay_t<Args>...>>(call.in, call.out, [&](std::decay_t<Args>... arguments) {
-            call.decoded(named(names, arguments...));
-            return (call.core.*operation)(call.sender, std::move(arguments)...);
-        });
-    };
+// The entry of a method. Its handler relays a call to an operation of the core, and in between tells of its arguments.
+template <const auto& METHOD, class R, class... Args>
+std::pair<const std::string, Handler> relayed(R (SimulatedCore::*operation)(const std::string&, Args...)) {
+    return {METHOD.name, [operation](Call& call) {
+                relayCall<METHOD>(call.in, call.out, [&](std::decay_t<Args>... arguments) {
+                    call.decoded(named(METHOD.request.names, arguments...));
+                    return (call.core.*operation)(call.sender, std::move(arguments)...);
+                });
+            }};
 }
 
 const std::map<std::string, Handler>& methods() {
     using C = SimulatedCore;
     static const std::map<std::string, Handler> table{
-        {Core::getCurrentVersion, handlerOf(&C::getCurrentVersion)},
-        {Core::getSupportedUpgradeTypes, handlerOf(&C::getSupportedUpgradeTypes)},
-        {Core::scheduleFactoryReset, handlerOf(&C::scheduleFactoryReset)},
-        {Core::createTransaction, handlerOf(&C::createTransaction, "parameters", "proxyId", "connectionId")},
-        {Core::helloMessage, handlerOf(&C::helloMessage, "proxyId")},
-        {Transaction::isSearchingPossible, handlerOf(&C::isSearchingPossible)},
-        {Transaction::startSearching, handlerOf(&C::startSearching, "searchParameter")},
-        {Transaction::startModelsSearching, handlerOf(&C::startModelsSearching)},
-        {Transaction::getSearchProgress, handlerOf(&C::getSearchProgress)},
-        {Transaction::getSearchResult, handlerOf(&C::getSearchResult)},
-        {Transaction::getModelsSearchResult, handlerOf(&C::getModelsSearchResult)},
-        {Transaction::startInstallation, handlerOf(&C::startInstallation, "items")},
-        {Transaction::getInstallationProgress, handlerOf(&C::getInstallationProgress)},
-        {Transaction::startFinalization, handlerOf(&C::startFinalization, "items", "upgradeId", "flag")},
-        {Transaction::getFinalizationProgress, handlerOf(&C::getFinalizationProgress)},
-        {Transaction::cancelCoreTransaction, handlerOf(&C::cancelCoreTransaction, "reason")},
+        relayed<CoreMethods::getCurrentVersion>(&C::getCurrentVersion),
+        relayed<CoreMethods::getSupportedUpgradeTypes>(&C::getSupportedUpgradeTypes),
+        relayed<CoreMethods::scheduleFactoryReset>(&C::scheduleFactoryReset),
+        relayed<CoreMethods::createTransaction>(&C::createTransaction),
+        relayed<CoreMethods::helloMessage>(&C::helloMessage),
+        relayed<CoreMethods::isSearchingPossible>(&C::isSearchingPossible),
+        relayed<CoreMethods::startSearching>(&C::startSearching),
+        relayed<CoreMethods::startModelsSearching>(&C::startModelsSearching),
+        relayed<CoreMethods::getSearchProgress>(&C::getSearchProgress),
+        relayed<CoreMethods::getSearchResult>(&C::getSearchResult),
+        relayed<CoreMethods::getModelsSearchResult>(&C::getModelsSearchResult),
+        relayed<CoreMethods::startInstallation>(&C::startInstallation),
+        relayed<CoreMethods::getInstallationProgress>(&C::getInstallationProgress),
+        relayed<CoreMethods::startFinalization>(&C::startFinalization),
+        relayed<CoreMethods::getFinalizationProgress>(&C::getFinalizationProgress),
+        relayed<CoreMethods::cancelCoreTransaction>(&C::cancelCoreTransaction),
     };
     return table;
 }
@@ -133,7 +132,7 @@ void CoreAdapter::serve(const std::string& method, std::stringstream& in, std::s
 void CoreAdapter::answer(const std::string& method, std::stringstream& in, std::stringstream& out,
                          const std::string& sender, const Record& record) {
     const Handler& handler = RequestBoundary::find(methods(), method);
-    if (method == Core::createTransaction) {
+    if (method == CoreMethods::createTransaction.name) {
         m_core.refreshScenario();
     }
     const Fault fault = m_core.faultAt(method);

@@ -23,6 +23,18 @@ struct SearchResult {
     boost::optional<std::string> version;  // the target version; "WOC_ONLY_VERSION" means none to show
     std::vector<unsigned char> updateInfo; // the upgrade's information document, for the client
 
+    // Calls visit(name, field) for each field, in the order on the wire.
+    template <class Record, class Visit>
+    static void forEachField(Record& record, const Visit& visit) {
+        visit("result", record.result);
+        visit("upgradeType", record.upgradeType);
+        visit("kind", record.kind);
+        visit("upgradeId", record.upgradeId);
+        visit("version", record.version);
+        visit("updateInfo", record.updateInfo);
+        visit("scope", record.scope);
+    }
+
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);
 };

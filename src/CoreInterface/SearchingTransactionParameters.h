@@ -12,6 +12,15 @@ struct SearchingTransactionParameters {
     bool isCellularConnectionAllowed = false;
     bool wasAnySuccessfulUpgrade = false;
 
+    // Calls visit(name, field) for each field, in the order on the wire.
+    template <class Record, class Visit>
+    static void forEachField(Record& record, const Visit& visit) {
+        visit("upgradeType", record.upgradeType);
+        visit("transactionType", record.transactionType);
+        visit("isCellularConnectionAllowed", record.isCellularConnectionAllowed);
+        visit("wasAnySuccessfulUpgrade", record.wasAnySuccessfulUpgrade);
+    }
+
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);
 };

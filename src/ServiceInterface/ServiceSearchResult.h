@@ -12,6 +12,13 @@ struct ServiceSearchResult {
     EServiceTransactionResult result = SERVICE_TRANSACTION_UNDEFINED;
     boost::optional<SingleUpgradeDescription> upgrade; // engaged exactly when `result` is SERVICE_TRANSACTION_SUCCESS
 
+    // Calls visit(name, field) for each field, in the order on the wire.
+    template <class Record, class Visit>
+    static void forEachField(Record& record, const Visit& visit) {
+        visit("result", record.result);
+        visit("upgrade", record.upgrade);
+    }
+
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);
 };

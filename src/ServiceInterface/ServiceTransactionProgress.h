@@ -12,6 +12,14 @@ struct ServiceTransactionProgress {
     int progressPercent = 0;               // 0 to 100
     boost::optional<float> progressDetail; // from the core, unchanged
 
+    // Calls visit(name, field) for each field, in the order on the wire.
+    template <class Record, class Visit>
+    static void forEachField(Record& record, const Visit& visit) {
+        visit("result", record.result);
+        visit("progressPercent", record.progressPercent);
+        visit("progressDetail", record.progressDetail);
+    }
+
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);
 };

@@ -19,6 +19,17 @@ struct SingleUpgradeDescription {
     DAXCommon::UpgradeKind kind = DAXCommon::UPGRADE_KIND_REGULAR;
     int scope = 0;
 
+    // Calls visit(name, field) for each field, in the order on the wire.
+    template <class Record, class Visit>
+    static void forEachField(Record& record, const Visit& visit) {
+        visit("upgradeType", record.upgradeType);
+        visit("upgradeId", record.upgradeId);
+        visit("version", record.version);
+        visit("updateInfo", record.updateInfo);
+        visit("kind", record.kind);
+        visit("scope", record.scope);
+    }
+
     template <class Archive>
     void serialize(Archive& archive, unsigned int version);
 };

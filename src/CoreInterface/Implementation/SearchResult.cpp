@@ -6,17 +6,13 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
+#include "DAXCommon/RecordFields.h"
+
 namespace DAX::Core {
 
 template <class Archive>
 void SearchResult::serialize(Archive& archive, unsigned int) {
-    archive& result;
-    archive& upgradeType;
-    DAXCommon::serializeUpgradeKind(archive, kind);
-    archive& upgradeId;
-    archive& version;
-    archive& updateInfo;
-    archive& scope;
+    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
 }
 
 template void SearchResult::serialize(boost::archive::text_oarchive&, unsigned int);

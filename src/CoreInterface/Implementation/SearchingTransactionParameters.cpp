@@ -3,14 +3,13 @@
 #include <boost/archive/text_iarchive.hpp>
 #include <boost/archive/text_oarchive.hpp>
 
+#include "DAXCommon/RecordFields.h"
+
 namespace DAX::Core {
 
 template <class Archive>
 void SearchingTransactionParameters::serialize(Archive& archive, unsigned int) {
-    archive& upgradeType;
-    archive& transactionType;
-    archive& isCellularConnectionAllowed;
-    archive& wasAnySuccessfulUpgrade;
+    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
 }
 
 template void SearchingTransactionParameters::serialize(boost::archive::text_oarchive&, unsigned int);

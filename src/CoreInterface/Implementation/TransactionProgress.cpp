@@ -4,13 +4,13 @@
 #include <boost/archive/text_oarchive.hpp>
 #include <boost/serialization/optional.hpp>
 
+#include "DAXCommon/RecordFields.h"
+
 namespace DAX::Core {
 
 template <class Archive>
 void TransactionProgress::serialize(Archive& archive, unsigned int) {
-    archive& progressPercent;
-    archive& result;
-    archive& progressDetail;
+    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
 }
 
 template void TransactionProgress::serialize(boost::archive::text_oarchive&, unsigned int);

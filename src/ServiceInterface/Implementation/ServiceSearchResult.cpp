@@ -4,12 +4,13 @@
 #include <boost/archive/text_oarchive.hpp>
 #include <boost/serialization/optional.hpp>
 
+#include "DAXCommon/RecordFields.h"
+
 namespace DAX::Service {
 
 template <class Archive>
 void ServiceSearchResult::serialize(Archive& archive, unsigned int) {
-    archive& result;
-    archive& upgrade;
+    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
 }
 
 template void ServiceSearchResult::serialize(boost::archive::text_oarchive&, unsigned int);

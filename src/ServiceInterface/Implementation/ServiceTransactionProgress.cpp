@@ -4,13 +4,13 @@
 #include <boost/archive/text_oarchive.hpp>
 #include <boost/serialization/optional.hpp>
 
+#include "DAXCommon/RecordFields.h"
+
 namespace DAX::Service {
 
 template <class Archive>
 void ServiceTransactionProgress::serialize(Archive& archive, unsigned int) {
-    archive& result;
-    archive& progressPercent;
-    archive& progressDetail;
+    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
 }
 
 template void ServiceTransactionProgress::serialize(boost::archive::text_oarchive&, unsigned int);

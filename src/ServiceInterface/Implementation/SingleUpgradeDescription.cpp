@@ -6,16 +6,13 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
+#include "DAXCommon/RecordFields.h"
+
 namespace DAX::Service {
 
 template <class Archive>
 void SingleUpgradeDescription::serialize(Archive& archive, unsigned int) {
-    archive& upgradeType;
-    archive& upgradeId;
-    archive& version;
-    archive& updateInfo;
-    DAXCommon::serializeUpgradeKind(archive, kind);
-    archive& scope;
+    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
 }
 
 template void SingleUpgradeDescription::serialize(boost::archive::text_oarchive&, unsigned int);

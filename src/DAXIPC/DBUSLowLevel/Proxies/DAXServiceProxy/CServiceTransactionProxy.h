@@ -38,8 +38,9 @@ public:
     void cancelServiceTransaction(const std::string& reason) override;
 
 private:
-    template <class R = void, class... Args>
-    R call(const char* method, const Args&... args);
+    // callRemote(), one call at a time.
+    template <const auto& METHOD, class... Args>
+    auto call(const Args&... args);
 
     std::mutex m_mutex; // guards all below
     std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> m_proxy;

@@ -19,6 +19,7 @@
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/MethodRelay.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RequestBoundary.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ServiceMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/TimeSerialization.h"
 #include "Utility/Utils/ErrInfoStream.h"
 #include "Utility/Utils/GenericException.h"
@@ -42,39 +43,42 @@ using UserInterestExceptions::TransactionInvalidatedException;
 namespace {
 
 namespace Manager = DBUSNames::DBUSService::DBUSIServiceManager;
-namespace ManagerMethods = DBUSNames::DBUSService::DBUSIServiceManager::Methods;
-namespace ServiceMethods = DBUSNames::DBUSService::DBUSIService::Methods;
-namespace TransactionMethods = DBUSNames::DBUSService::DBUSIServiceTransaction::Methods;
 
 // Stands for a proxy's connection before its hello. No sender has this name.
 const char* const NOT_SET = "<not-set>";
 
 using This = CServiceManagerAdapter;
 
+// The entry of a method that one operation answers.
+template <const auto& METHOD, auto Operation>
+std::pair<const std::string, This::Handler> relayed() {
+    return {METHOD.name, &This::relay<METHOD, Operation>};
+}
+
 const std::map<std::string, This::Handler> mappingOfMethodsWithSender = {
-    {ManagerMethods::getService, &This::handle_getService},
-    {ManagerMethods::getServiceOwner, &This::handle_getServiceOwner},
-    {ManagerMethods::getSupportedUpgradeTypes, &This::relay<&IServiceManager::getSupportedUpgradeTypes>},
-    {ManagerMethods::getLastSearchingForUpgradeDate, &This::relay<&IServiceManager::getLastSearchingForUpgradeDate>},
-    {ManagerMethods::getCurrentVersion, &This::relay<&IServiceManager::getCurrentVersion>},
-    {ManagerMethods::acquireExternalLock, &This::relay<&IServiceManager::acquireExternalLock>},
-    {ManagerMethods::releaseExternalLock, &This::relay<&IServiceManager::releaseExternalLock>},
-    {ManagerMethods::scheduleFactoryReset, &This::relay<&IServiceManager::scheduleFactoryReset>},
-    {ManagerMethods::helloMessage, &This::handle_helloMessage},
-    {ServiceMethods::getClientPriority, &This::relay<&IService::getClientPriority>},
-    {ServiceMethods::startNewTransaction, &This::handle_startNewTransaction},
-    {ServiceMethods::invalidate, &This::handle_invalidate},
-    {TransactionMethods::isSearchingPossible, &This::relay<&IServiceTransaction::isSearchingPossible>},
-    {TransactionMethods::startSearching, &This::relay<&IServiceTransaction::startSearching>},
-    {TransactionMethods::startModelsSearching, &This::relay<&IServiceTransaction::startModelsSearching>},
-    {TransactionMethods::getSearchProgress, &This::relay<&IServiceTransaction::getSearchProgress>},
-    {TransactionMethods::getSearchResult, &This::relay<&IServiceTransaction::getSearchResult>},
-    {TransactionMethods::getModelsSearchResult, &This::relay<&IServiceTransaction::getModelsSearchResult>},
-    {TransactionMethods::startInstallation, &This::relay<&IServiceTransaction::startInstallation>},
-    {TransactionMethods::getInstallationProgress, &This::relay<&IServiceTransaction::getInstallationProgress>},
-    {TransactionMethods::startFinalization, &This::relay<&IServiceTransaction::startFinalization>},
-    {TransactionMethods::getFinalizationProgress, &This::relay<&IServiceTransaction::getFinalizationProgress>},
-    {TransactionMethods::cancelServiceTransaction, &This::handle_cancelServiceTransaction},
+    {ServiceMethods::getService.name, &This::handle_getService},
+    {ServiceMethods::getServiceOwner.name, &This::handle_getServiceOwner},
+    relayed<ServiceMethods::getSupportedUpgradeTypes, &IServiceManager::getSupportedUpgradeTypes>(),
+    relayed<ServiceMethods::getLastSearchingForUpgradeDate, &IServiceManager::getLastSearchingForUpgradeDate>(),
+    relayed<ServiceMethods::getCurrentVersion, &IServiceManager::getCurrentVersion>(),
+    relayed<ServiceMethods::acquireExternalLock, &IServiceManager::acquireExternalLock>(),
+    relayed<ServiceMethods::releaseExternalLock, &IServiceManager::releaseExternalLock>(),
+    relayed<ServiceMethods::scheduleFactoryReset, &IServiceManager::scheduleFactoryReset>(),
+    {ServiceMethods::helloMessage.name, &This::handle_helloMessage},
+    relayed<ServiceMethods::getClientPriority, &IService::getClientPriority>(),
+    {ServiceMethods::startNewTransaction.name, &This::handle_startNewTransaction},
+    {ServiceMethods::invalidate.name, &This::handle_invalidate},
+    relayed<ServiceMethods::isSearchingPossible, &IServiceTransaction::isSearchingPossible>(),
+    relayed<ServiceMethods::startSearching, &IServiceTransaction::startSearching>(),
+    relayed<ServiceMethods::startModelsSearching, &IServiceTransaction::startModelsSearching>(),
+    relayed<ServiceMethods::getSearchProgress, &IServiceTransaction::getSearchProgress>(),
+    relayed<ServiceMethods::getSearchResult, &IServiceTransaction::getSearchResult>(),
+    relayed<ServiceMethods::getModelsSearchResult, &IServiceTransaction::getModelsSearchResult>(),
+    relayed<ServiceMethods::startInstallation, &IServiceTransaction::startInstallation>(),
+    relayed<ServiceMethods::getInstallationProgress, &IServiceTransaction::getInstallationProgress>(),
+    relayed<ServiceMethods::startFinalization, &IServiceTransaction::startFinalization>(),
+    relayed<ServiceMethods::getFinalizationProgress, &IServiceTransaction::getFinalizationProgress>(),
+    {ServiceMethods::cancelServiceTransaction.name, &This::handle_cancelServiceTransaction},
 };
 
 bool isNamed(const char* sender, const std::string& name) {
@@ -209,43 +213,43 @@ std::shared_ptr<IServiceTransaction> CServiceManagerAdapter::targetFor(const cha
     return throwIfWrongTransaction(sender);
 }
 
-template <auto Operation>
+template <const auto& METHOD, auto Operation>
 void CServiceManagerAdapter::relay(std::stringstream& in, std::stringstream& out, const char* sender) {
     const auto target = targetFor<typename OperationTraits<decltype(Operation)>::Interface>(sender);
-    relayCall(*target, Operation, in, out);
+    relayCall<METHOD, Operation>(*target, in, out);
 }
 
 void CServiceManagerAdapter::handle_getService(std::stringstream& in, std::stringstream& out, const char* sender) {
-    using Arguments = std::tuple<ServiceClientPriority, std::string, ServiceTransactionType, std::string, std::string>;
-    relayCall<Arguments>(in, out,
-                         [&](ServiceClientPriority priority, const std::string& clientName, ServiceTransactionType type,
-                             const std::string& proxyName, const std::string& /*connectionId*/) -> std::string {
-                             auto service = m_serviceManager->getService(priority, clientName, type);
-                             if (!service) {
-                                 return {};
-                             }
-                             DAX_LOG(INF) << "New Service for " << proxyName << " created.";
-                             // Replaces an older session, which the service manager has ended by now.
-                             m_service = NameAndService{nameOf(sender), proxyName, NOT_SET, std::move(service)};
-                             m_eventsSubscriber->subscribeForConnectionCloseEvent(m_service->serviceManagerClient);
-                             return Manager::CONNECTION_NAME;
-                         });
+    relayCall<ServiceMethods::getService>(
+        in, out,
+        [&](ServiceClientPriority priority, const std::string& clientName, ServiceTransactionType type,
+            const std::string& proxyName, const std::string& /*connectionId*/) -> std::string {
+            auto service = m_serviceManager->getService(priority, clientName, type);
+            if (!service) {
+                return {};
+            }
+            DAX_LOG(INF) << "New Service for " << proxyName << " created.";
+            // Replaces an older session, which the service manager has ended by now.
+            m_service = NameAndService{nameOf(sender), proxyName, NOT_SET, std::move(service)};
+            m_eventsSubscriber->subscribeForConnectionCloseEvent(m_service->serviceManagerClient);
+            return Manager::CONNECTION_NAME;
+        });
 }
 
 void CServiceManagerAdapter::handle_getServiceOwner(std::stringstream&, std::stringstream& out, const char*) {
     // The one method that does not open its parameter archive: its clients send none.
     ArchiveOutput archive(out);
-    auto priority = ServiceClientPriority(0);
-    std::string clientName;
-    auto type = ServiceTransactionType(0);
-    const bool owned = m_serviceManager->getServiceOwner(priority, clientName, type);
-    archive << owned << priority << clientName << type;
+    ResultOf<ServiceMethods::getServiceOwner> result{};
+    auto& [isOwned, priority, clientName, type] = result;
+    isOwned = m_serviceManager->getServiceOwner(priority, clientName, type);
+    archive << isOwned << priority << clientName << type;
 }
 
 void CServiceManagerAdapter::handle_helloMessage(std::stringstream& in, std::stringstream& out, const char* sender) {
     const ArchiveOutput header(out);
-    std::string proxyName;
-    ArchiveInput(in) >> proxyName;
+    ArgumentsOf<ServiceMethods::helloMessage> arguments;
+    const auto& [proxyName] = arguments;
+    ArchiveInput(in) >> std::get<0>(arguments);
     if (m_service && m_service->proxyName == proxyName) {
         DAX_LOG(INF) << "Hello message for Service received: " << proxyName << ", " << sender;
         m_service->originalSender = nameOf(sender);
@@ -261,8 +265,7 @@ void CServiceManagerAdapter::handle_helloMessage(std::stringstream& in, std::str
 void CServiceManagerAdapter::handle_startNewTransaction(std::stringstream& in, std::stringstream& out,
                                                         const char* sender) {
     const auto service = throwIfWrongService(sender);
-    using Arguments = std::tuple<UpgradeType, std::string, std::string>;
-    relayCall<Arguments>(
+    relayCall<ServiceMethods::startNewTransaction>(
         in, out, [&](UpgradeType upgradeType, const std::string& proxyName, const std::string& connectionId) {
             DAX_LOG(INF) << "Starting new service transaction for proxy: " << proxyName << ", " << connectionId;
             // Null when the session is no longer valid. The answer stays the bus name; the calls of the transaction are
@@ -275,14 +278,14 @@ void CServiceManagerAdapter::handle_startNewTransaction(std::stringstream& in, s
 
 void CServiceManagerAdapter::handle_invalidate(std::stringstream& in, std::stringstream& out, const char* sender) {
     // When this throws, the session and the subscription stay.
-    relay<&IService::invalidate>(in, out, sender);
+    relay<ServiceMethods::invalidate, &IService::invalidate>(in, out, sender);
     m_eventsSubscriber->unsubscribeFromConnectionCloseEvent();
     m_service.reset();
 }
 
 void CServiceManagerAdapter::handle_cancelServiceTransaction(std::stringstream& in, std::stringstream& out,
                                                              const char* sender) {
-    relay<&IServiceTransaction::cancelServiceTransaction>(in, out, sender);
+    relay<ServiceMethods::cancelServiceTransaction, &IServiceTransaction::cancelServiceTransaction>(in, out, sender);
     m_serviceTransaction.reset();
 }
 

@@ -31,8 +31,8 @@ public:
     // A handler for each method of the object; the table is in the source file.
     using Handler = void (CServiceManagerAdapter::*)(std::stringstream& in, std::stringstream& out, const char* sender);
 
-    // The usual handler: check the sender, decode the arguments of Operation, call it, encode its result.
-    template <auto Operation>
+    // The usual handler of a method: check the sender, decode the arguments, call the operation, encode its result.
+    template <const auto& METHOD, auto Operation>
     void relay(std::stringstream& in, std::stringstream& out, const char* sender);
 
     void handle_getService(std::stringstream& in, std::stringstream& out, const char* sender);

@@ -12,6 +12,7 @@
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Common/Logging/LoggingStream.h"
 #include "CoreInterface/CoreExceptions.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/CoreMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXCoreProxy/Implementation/CCoreTransactionProxy.h"
@@ -21,7 +22,6 @@ namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace Common::DBUSWrapper;
 namespace DBUSICore = DBUSNames::DBUSCore::DBUSICore;
-namespace Methods = DBUSICore::Methods;
 
 namespace {
 
@@ -58,23 +58,22 @@ CCoreProxy::CCoreProxy(std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> factory, u
 }
 
 std::vector<DAXCommon::UpgradeType> CCoreProxy::getSupportedUpgradeTypes() {
-    return callRemote<std::vector<DAXCommon::UpgradeType>>(*m_proxy, Methods::getSupportedUpgradeTypes);
+    return callRemote<CoreMethods::getSupportedUpgradeTypes>(*m_proxy);
 }
 
 std::string CCoreProxy::getCurrentVersion() const {
-    return callRemote<std::string>(*m_proxy, Methods::getCurrentVersion);
+    return callRemote<CoreMethods::getCurrentVersion>(*m_proxy);
 }
 
 void CCoreProxy::scheduleFactoryReset() {
-    callRemote(*m_proxy, Methods::scheduleFactoryReset);
+    callRemote<CoreMethods::scheduleFactoryReset>(*m_proxy);
 }
 
 std::shared_ptr<Core::ICoreTransaction> CCoreProxy::createTransaction(Core::SearchingTransactionParameters parameters) {
     const auto proxy = connectToCore([&] { return makeProxy(*m_proxyFactory, TRANSACTION_ACTIVATION_TIMEOUT_MS); });
     const std::string proxyId = proxy->getProxyUniqueId();
     const std::string connectionId = proxy->getDBUSDebugConnectionId();
-    const auto busName =
-        callRemote<std::string>(*m_proxy, Methods::createTransaction, parameters, proxyId, connectionId);
+    const auto busName = callRemote<CoreMethods::createTransaction>(*m_proxy, parameters, proxyId, connectionId);
     if (busName.empty()) {
         return nullptr;
     }
@@ -104,7 +103,7 @@ std::shared_ptr<Core::ICoreTransaction> CCoreProxy::initTransaction(std::shared_
 }
 
 void CCoreProxy::sendHelloMessage(IDBUSProxy& proxy) {
-    callRemote(proxy, Methods::helloMessage, proxy.getProxyUniqueId());
+    callRemote<CoreMethods::helloMessage>(proxy, proxy.getProxyUniqueId());
 }
 
 } // namespace DAX::DAXIPC::DBUSLowLevel

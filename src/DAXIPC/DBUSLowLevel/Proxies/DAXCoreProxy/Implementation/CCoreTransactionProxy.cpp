@@ -9,60 +9,58 @@
 #include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/CoreMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
 
 namespace DAX::DAXIPC::DBUSLowLevel {
-
-namespace Methods = DBUSNames::DBUSCore::DBUSICoreTransaction::Methods;
 
 CCoreTransactionProxy::CCoreTransactionProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> proxy)
     : m_proxy(std::move(proxy)) {}
 
 boost::optional<bool> CCoreTransactionProxy::isSearchingPossible() {
-    return callRemote<boost::optional<bool>>(*m_proxy, Methods::isSearchingPossible);
+    return callRemote<CoreMethods::isSearchingPossible>(*m_proxy);
 }
 
 void CCoreTransactionProxy::startSearching(std::string searchParameter) {
-    callRemote(*m_proxy, Methods::startSearching, searchParameter);
+    callRemote<CoreMethods::startSearching>(*m_proxy, searchParameter);
 }
 
 void CCoreTransactionProxy::startModelsSearching() {
-    callRemote(*m_proxy, Methods::startModelsSearching);
+    callRemote<CoreMethods::startModelsSearching>(*m_proxy);
 }
 
 Core::TransactionProgress CCoreTransactionProxy::getSearchProgress() {
-    return callRemote<Core::TransactionProgress>(*m_proxy, Methods::getSearchProgress);
+    return callRemote<CoreMethods::getSearchProgress>(*m_proxy);
 }
 
 Core::SearchResult CCoreTransactionProxy::getSearchResult() {
-    return callRemote<Core::SearchResult>(*m_proxy, Methods::getSearchResult);
+    return callRemote<CoreMethods::getSearchResult>(*m_proxy);
 }
 
 std::list<std::string> CCoreTransactionProxy::getModelsSearchResult() {
-    return callRemote<std::list<std::string>>(*m_proxy, Methods::getModelsSearchResult);
+    return callRemote<CoreMethods::getModelsSearchResult>(*m_proxy);
 }
 
 void CCoreTransactionProxy::startInstallation(const std::set<std::string>& items) {
-    callRemote(*m_proxy, Methods::startInstallation, items);
+    callRemote<CoreMethods::startInstallation>(*m_proxy, items);
 }
 
 Core::TransactionProgress CCoreTransactionProxy::getInstallationProgress() {
-    return callRemote<Core::TransactionProgress>(*m_proxy, Methods::getInstallationProgress);
+    return callRemote<CoreMethods::getInstallationProgress>(*m_proxy);
 }
 
 void CCoreTransactionProxy::startFinalization(const std::set<std::string>& items,
                                               boost::optional<std::vector<unsigned char>> upgradeId,
                                               bool finalizationFlag) {
-    callRemote(*m_proxy, Methods::startFinalization, items, upgradeId, finalizationFlag);
+    callRemote<CoreMethods::startFinalization>(*m_proxy, items, upgradeId, finalizationFlag);
 }
 
 Core::TransactionProgress CCoreTransactionProxy::getFinalizationProgress() {
-    return callRemote<Core::TransactionProgress>(*m_proxy, Methods::getFinalizationProgress);
+    return callRemote<CoreMethods::getFinalizationProgress>(*m_proxy);
 }
 
 void CCoreTransactionProxy::cancelCoreTransaction(const std::string& reason) {
-    callRemote(*m_proxy, Methods::cancelCoreTransaction, reason);
+    callRemote<CoreMethods::cancelCoreTransaction>(*m_proxy, reason);
 }
 
 } // namespace DAX::DAXIPC::DBUSLowLevel

@@ -9,6 +9,7 @@
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ServiceMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/TimeSerialization.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceProxy.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/Implementation/ServiceConnection.h"
@@ -17,7 +18,6 @@ namespace DAX::DAXIPC::DBUSLowLevel {
 
 using namespace Common::DBUSWrapper;
 namespace DBUSIServiceManager = DBUSNames::DBUSService::DBUSIServiceManager;
-namespace Methods = DBUSIServiceManager::Methods;
 
 CServiceManagerProxy::CServiceManagerProxy(std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> factory)
     : m_proxyFactory(std::move(factory)), m_proxy(connectToService(*m_proxyFactory)) {
@@ -25,11 +25,11 @@ CServiceManagerProxy::CServiceManagerProxy(std::shared_ptr<IDBUSProxy::IDBUSProx
 }
 
 boost::optional<boost::posix_time::ptime> CServiceManagerProxy::getLastSearchingForUpgradeDate() {
-    return callRemote<boost::optional<boost::posix_time::ptime>>(*m_proxy, Methods::getLastSearchingForUpgradeDate);
+    return callRemote<ServiceMethods::getLastSearchingForUpgradeDate>(*m_proxy);
 }
 
 std::vector<DAXCommon::UpgradeType> CServiceManagerProxy::getSupportedUpgradeTypes() {
-    return callRemote<std::vector<DAXCommon::UpgradeType>>(*m_proxy, Methods::getSupportedUpgradeTypes);
+    return callRemote<ServiceMethods::getSupportedUpgradeTypes>(*m_proxy);
 }
 
 std::shared_ptr<Service::IService> CServiceManagerProxy::getService(DAXCommon::ServiceClientPriority priority,
@@ -37,8 +37,8 @@ std::shared_ptr<Service::IService> CServiceManagerProxy::getService(DAXCommon::S
                                                                     DAXCommon::ServiceTransactionType type) {
     // The session's connection is opened first, since the request carries its name.
     const auto session = connectToService(*m_proxyFactory);
-    const auto busName = callRemote<std::string>(*m_proxy, Methods::getService, priority, clientName, type,
-                                                 session->getProxyUniqueId(), session->getDBUSDebugConnectionId());
+    const auto busName = callRemote<ServiceMethods::getService>(
+        *m_proxy, priority, clientName, type, session->getProxyUniqueId(), session->getDBUSDebugConnectionId());
     if (busName.empty()) {
         return nullptr;
     }
@@ -51,11 +51,9 @@ bool CServiceManagerProxy::getServiceOwner(DAXCommon::ServiceClientPriority& pri
     // This method alone takes no parameter archive, not even an empty one.
     const std::stringstream noBody;
     std::stringstream output;
-    DBUSHelper::exchange(Methods::getServiceOwner, noBody, output, *m_proxy, StandardExceptionHandler());
-    bool isOwned = false;
-    auto ownerPriority = priority;
-    std::string ownerName;
-    auto ownerType = type;
+    DBUSHelper::exchange(ServiceMethods::getServiceOwner.name, noBody, output, *m_proxy, StandardExceptionHandler());
+    ResultOf<ServiceMethods::getServiceOwner> result{};
+    auto& [isOwned, ownerPriority, ownerName, ownerType] = result;
     DBUSHelper::readResult(output, isOwned, ownerPriority, ownerName, ownerType);
     // Without an owner the answer holds values, too, but the caller's must stay.
     if (isOwned) {
@@ -67,20 +65,20 @@ bool CServiceManagerProxy::getServiceOwner(DAXCommon::ServiceClientPriority& pri
 }
 
 std::string CServiceManagerProxy::getCurrentVersion() {
-    return callRemote<std::string>(*m_proxy, Methods::getCurrentVersion);
+    return callRemote<ServiceMethods::getCurrentVersion>(*m_proxy);
 }
 
 Service::ExternalLockId CServiceManagerProxy::acquireExternalLock(const std::string& clientName,
                                                                   DAXCommon::ServiceClientPriority priority) {
-    return callRemote<Service::ExternalLockId>(*m_proxy, Methods::acquireExternalLock, clientName, priority);
+    return callRemote<ServiceMethods::acquireExternalLock>(*m_proxy, clientName, priority);
 }
 
 void CServiceManagerProxy::releaseExternalLock(const std::string& clientName, Service::ExternalLockId id) {
-    callRemote(*m_proxy, Methods::releaseExternalLock, clientName, id);
+    callRemote<ServiceMethods::releaseExternalLock>(*m_proxy, clientName, id);
 }
 
 void CServiceManagerProxy::scheduleFactoryReset() {
-    callRemote(*m_proxy, Methods::scheduleFactoryReset);
+    callRemote<ServiceMethods::scheduleFactoryReset>(*m_proxy);
 }
 
 } // namespace DAX::DAXIPC::DBUSLowLevel

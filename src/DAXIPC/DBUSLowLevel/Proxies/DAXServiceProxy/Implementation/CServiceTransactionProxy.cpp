@@ -8,65 +8,64 @@
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/string.hpp>
 
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ServiceMethods.h"
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
 using Service::ServiceTransactionProgress;
-namespace Methods = DBUSNames::DBUSService::DBUSIServiceTransaction::Methods;
 
 CServiceTransactionProxy::CServiceTransactionProxy(std::shared_ptr<Common::DBUSWrapper::IDBUSProxy> proxy)
     : m_proxy(std::move(proxy)) {}
 
-template <class R, class... Args>
-R CServiceTransactionProxy::call(const char* method, const Args&... args) {
+template <const auto& METHOD, class... Args>
+auto CServiceTransactionProxy::call(const Args&... args) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return callRemote<R>(*m_proxy, method, args...);
+    return callRemote<METHOD>(*m_proxy, args...);
 }
 
 boost::optional<bool> CServiceTransactionProxy::isSearchingPossible() {
-    return call<boost::optional<bool>>(Methods::isSearchingPossible);
+    return call<ServiceMethods::isSearchingPossible>();
 }
 
 ServiceTransactionProgress CServiceTransactionProxy::getSearchProgress() {
-    return call<ServiceTransactionProgress>(Methods::getSearchProgress);
+    return call<ServiceMethods::getSearchProgress>();
 }
 
 ServiceTransactionProgress CServiceTransactionProxy::getInstallationProgress() {
-    return call<ServiceTransactionProgress>(Methods::getInstallationProgress);
+    return call<ServiceMethods::getInstallationProgress>();
 }
 
 ServiceTransactionProgress CServiceTransactionProxy::getFinalizationProgress() {
-    return call<ServiceTransactionProgress>(Methods::getFinalizationProgress);
+    return call<ServiceMethods::getFinalizationProgress>();
 }
 
 Service::ServiceSearchResult CServiceTransactionProxy::getSearchResult() {
-    return call<Service::ServiceSearchResult>(Methods::getSearchResult);
+    return call<ServiceMethods::getSearchResult>();
 }
 
 std::list<std::string> CServiceTransactionProxy::getModelsSearchResult() {
-    return call<std::list<std::string>>(Methods::getModelsSearchResult);
+    return call<ServiceMethods::getModelsSearchResult>();
 }
 
 void CServiceTransactionProxy::startSearching(std::string searchParameter) {
-    call(Methods::startSearching, searchParameter);
+    call<ServiceMethods::startSearching>(searchParameter);
 }
 
 void CServiceTransactionProxy::startModelsSearching() {
-    call(Methods::startModelsSearching);
+    call<ServiceMethods::startModelsSearching>();
 }
 
 void CServiceTransactionProxy::startInstallation(const std::set<std::string>& items) {
-    call(Methods::startInstallation, items);
+    call<ServiceMethods::startInstallation>(items);
 }
 
 void CServiceTransactionProxy::startFinalization(const std::set<std::string>& items, bool finalizationFlag) {
-    call(Methods::startFinalization, items, finalizationFlag);
+    call<ServiceMethods::startFinalization>(items, finalizationFlag);
 }
 
 void CServiceTransactionProxy::cancelServiceTransaction(const std::string& reason) {
-    call(Methods::cancelServiceTransaction, reason);
+    call<ServiceMethods::cancelServiceTransaction>(reason);
 }
 
 } // namespace DAX::DAXIPC::DBUSLowLevel

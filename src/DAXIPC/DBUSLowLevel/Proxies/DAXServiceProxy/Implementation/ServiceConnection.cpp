@@ -5,6 +5,7 @@
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/RemoteCall.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ServiceMethods.h"
 
 namespace DAX::DAXIPC::DBUSLowLevel {
 
@@ -18,7 +19,7 @@ std::shared_ptr<IDBUSProxy> connectToService(IDBUSProxy::IDBUSProxyFactory& fact
 
 void sayHello(IDBUSProxy& proxy, const std::string& busName) {
     proxy.init(busName);
-    callRemote(proxy, DBUSIServiceManager::Methods::helloMessage, proxy.getProxyUniqueId());
+    callRemote<ServiceMethods::helloMessage>(proxy, proxy.getProxyUniqueId());
 }
 
 } // namespace DAX::DAXIPC::DBUSLowLevel
