@@ -1,4 +1,5 @@
 // make_corpus TARGET FOLDER: writes the seeds of the fuzz target there.
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -6,6 +7,7 @@
 #include <vector>
 
 #include "BusMessagesInput.h"
+#include "DecoderInput.h"
 #include "HandleRequestInput.h"
 #include "SerializersInput.h"
 #include "VerifyChecksumInput.h"
@@ -95,6 +97,20 @@ Seeds busMessagesSeeds() {
     return seeds;
 }
 
+// One good archive of each method and direction, and of an exception.
+Seeds decoderSeeds() {
+    using DAX::Fuzz::DecoderChoice;
+    Seeds seeds;
+    const auto& choices = DAX::Fuzz::decoderChoices();
+    for (std::size_t index = 0; index < choices.size(); ++index) {
+        const DecoderChoice& choice = choices[index];
+        std::string name = choice.golden;
+        std::replace(name.begin(), name.end(), '/', '.');
+        seeds[name] = DAX::Fuzz::makeDecoderInput(index, DAX::Tests::golden(choice.golden));
+    }
+    return seeds;
+}
+
 // The good files, and ones that end too early.
 Seeds debugParametersSeeds() {
     using DAX::Tests::goldenDebugFile;
@@ -166,11 +182,14 @@ int writeSeeds(const Seeds& seeds, const std::string& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::map<std::string, Seeds (*)()> targets{
-        {"bus_messages", busMessagesSeeds},      {"debug_parameters", debugParametersSeeds},
-        {"device_file", deviceFileSeeds},        {"handle_request", handleRequestSeeds},
-        {"serializers", serializersSeeds},       {"update_texts", updateTextsSeeds},
-        {"verify_checksum", verifyChecksumSeeds}};
+    const std::map<std::string, Seeds (*)()> targets{{"bus_messages", busMessagesSeeds},
+                                                     {"debug_parameters", debugParametersSeeds},
+                                                     {"decoder", decoderSeeds},
+                                                     {"device_file", deviceFileSeeds},
+                                                     {"handle_request", handleRequestSeeds},
+                                                     {"serializers", serializersSeeds},
+                                                     {"update_texts", updateTextsSeeds},
+                                                     {"verify_checksum", verifyChecksumSeeds}};
     if (argc != 3 || targets.count(argv[1]) == 0) {
         std::cerr << "usage: make_corpus TARGET FOLDER, where TARGET is one of:\n";
         for (const auto& target : targets) {

@@ -29,6 +29,7 @@ struct NoArchive {
     using Tuple = std::tuple<>;
 };
 
+// RequestArchive and ReplyArchive are Archive<...> or NoArchive.
 template <class RequestArchive, class ReplyArchive>
 struct Method {
     using Request = RequestArchive;
@@ -44,14 +45,17 @@ Method(const char*, Request, Reply) -> Method<Request, Reply>;
 
 namespace Detail {
 
+// Of a tuple of values: void, the one value, or the tuple of several.
 template <class Tuple>
 struct OnlyValue {
     using Type = Tuple;
 };
+// No value.
 template <>
 struct OnlyValue<std::tuple<>> {
     using Type = void;
 };
+// One value.
 template <class Value>
 struct OnlyValue<std::tuple<Value>> {
     using Type = Value;

@@ -29,6 +29,7 @@ template <class Call, class Arguments, class R = decltype(std::apply(std::declva
 struct Sent {
     using Type = decltype(asSent(std::declval<R>()));
 };
+// Nothing.
 template <class Call, class Arguments>
 struct Sent<Call, Arguments, void> {
     using Type = void;
