@@ -20,4 +20,5 @@ endif()
 if(KOVAN_PLATFORM STREQUAL "host" OR DAX_BUILD_CLIENTS)
   find_package(CLI11 2.1 REQUIRED)
   find_package(nlohmann_json 3.11 REQUIRED)
+  pkg_check_modules(PCAP REQUIRED IMPORTED_TARGET libpcap>=1.9) # 1.9 reads and writes captures of a D-Bus
 endif()

@@ -1,0 +1,265 @@
+// The only source of this module that calls libdbus. Common/DBUSWrapper does the same for the system's own ends, which
+// send and answer calls; a monitor needs what they must not have: every message as it is, whoever it is for.
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <initializer_list>
+#include <memory>
+#include <stdexcept>
+
+#include <dbus/dbus.h>
+
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "monitor/BusMessage.h"
+#include "monitor/BusWatch.h"
+
+namespace monitor {
+
+namespace {
+
+namespace Names = DAX::DAXIPC::DBUSLowLevel::DBUSNames;
+
+const int ANSWER_TIMEOUT_MS = 2000;
+
+struct Unref {
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
+};
+using Message = std::unique_ptr<DBusMessage, Unref>;
+
+struct Close {
+    void operator()(DBusConnection* connection) const {
+        dbus_connection_close(connection);
+        dbus_connection_unref(connection);
+    }
+};
+using Connection = std::unique_ptr<DBusConnection, Close>;
+
+class Error {
+public:
+    Error() { dbus_error_init(&m_error); }
+    ~Error() { dbus_error_free(&m_error); }
+    Error(const Error&) = delete;
+    Error& operator=(const Error&) = delete;
+
+    DBusError* get() { return &m_error; }
+    bool is(const char* name) const { return dbus_error_has_name(&m_error, name); }
+    std::string text() const { return m_error.message != nullptr ? m_error.message : "no reason"; }
+
+private:
+    DBusError m_error;
+};
+
+std::string orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+BusMessage::Type typeOf(DBusMessage& message) {
+    switch (dbus_message_get_type(&message)) {
+    case DBUS_MESSAGE_TYPE_METHOD_CALL:
+        return BusMessage::Type::CALL;
+    case DBUS_MESSAGE_TYPE_METHOD_RETURN:
+        return BusMessage::Type::REPLY;
+    case DBUS_MESSAGE_TYPE_ERROR:
+        return BusMessage::Type::ERROR;
+    case DBUS_MESSAGE_TYPE_SIGNAL:
+        return BusMessage::Type::SIGNAL;
+    default:
+        return BusMessage::Type::OTHER;
+    }
+}
+
+BusArgument readBytes(DBusMessageIter& iterator) {
+    DBusMessageIter elements;
+    dbus_message_iter_recurse(&iterator, &elements);
+    const char* bytes = nullptr;
+    int count = 0;
+    dbus_message_iter_get_fixed_array(&elements, &bytes, &count);
+    return {'b', std::string(bytes, static_cast<std::size_t>(count)), 0};
+}
+
+BusArgument readArgument(DBusMessageIter& iterator) {
+    switch (dbus_message_iter_get_arg_type(&iterator)) {
+    case DBUS_TYPE_STRING: {
+        const char* text = nullptr;
+        dbus_message_iter_get_basic(&iterator, &text);
+        return {'s', text, 0};
+    }
+    case DBUS_TYPE_UINT32: {
+        dbus_uint32_t number = 0;
+        dbus_message_iter_get_basic(&iterator, &number);
+        return {'u', {}, number};
+    }
+    case DBUS_TYPE_ARRAY:
+        return dbus_message_iter_get_element_type(&iterator) == DBUS_TYPE_BYTE ? readBytes(iterator) : BusArgument();
+    default:
+        return {};
+    }
+}
+
+BusMessage read(DBusMessage& message, std::int64_t time) {
+    BusMessage result;
+    result.type = typeOf(message);
+    result.time = time;
+    result.serial = dbus_message_get_serial(&message);
+    result.replySerial = dbus_message_get_reply_serial(&message);
+    result.expectsReply = !dbus_message_get_no_reply(&message);
+    result.sender = orEmpty(dbus_message_get_sender(&message));
+    result.destination = orEmpty(dbus_message_get_destination(&message));
+    result.path = orEmpty(dbus_message_get_path(&message));
+    result.interface = orEmpty(dbus_message_get_interface(&message));
+    result.member = orEmpty(dbus_message_get_member(&message));
+    result.error = orEmpty(dbus_message_get_error_name(&message));
+    DBusMessageIter iterator;
+    const std::size_t most = 4; // no message that matters has more
+    for (bool more = dbus_message_iter_init(&message, &iterator); more && result.arguments.size() < most;
+         more = dbus_message_iter_next(&iterator)) {
+        result.arguments.push_back(readArgument(iterator));
+    }
+    return result;
+}
+
+std::int64_t now() {
+    timespec time;
+    clock_gettime(CLOCK_REALTIME, &time);
+    return std::int64_t(time.tv_sec) * 1000000 + time.tv_nsec / 1000;
+}
+
+Connection connect() {
+    Error error;
+    DBusConnection* const connection = dbus_bus_get_private(DBUS_BUS_SYSTEM, error.get());
+    if (connection == nullptr) {
+        throw std::runtime_error("There is no system bus: " + error.text() +
+                                 ". DBUS_SYSTEM_BUS_ADDRESS names another one.");
+    }
+    dbus_connection_set_exit_on_disconnect(connection, FALSE);
+    return Connection(connection);
+}
+
+Message busCall(const char* interface, const char* method) {
+    return Message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, interface, method));
+}
+
+// What a monitor gets of all that goes over the bus. Errors of the bus itself answer calls that could not be delivered.
+std::vector<std::string> matchRules(const std::string& observer) {
+    const std::string service = Names::DBUSService::DBUSIServiceManager::CONNECTION_NAME;
+    const std::string core = Names::DBUSCore::DBUSICore::CONNECTION_NAME();
+    return {"destination='" + service + "'", "sender='" + service + "'", "destination='" + core + "'",
+            "sender='" + core + "'", "type='error',sender='org.freedesktop.DBus'",
+            "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged'",
+            // What this program asks about the callers, so that a capture has the answers as well.
+            "type='method_call',destination='org.freedesktop.DBus',sender='" + observer + "'",
+            "type='method_return',sender='org.freedesktop.DBus',destination='" + observer + "'"};
+}
+
+[[noreturn]] void throwNoMonitor(const Error& error) {
+    if (error.is(DBUS_ERROR_ACCESS_DENIED)) {
+        throw std::runtime_error("This bus does not let you see what others send. Be root, or the user that the bus "
+                                 "runs as: sudo daxctl monitor. A capture that somebody else has made can be read "
+                                 "with --read.");
+    }
+    if (error.is(DBUS_ERROR_UNKNOWN_METHOD) || error.is(DBUS_ERROR_UNKNOWN_INTERFACE)) {
+        throw std::runtime_error("This bus knows no monitors: it is too old. Update it, or run the update service on "
+                                 "another bus that DBUS_SYSTEM_BUS_ADDRESS names.");
+    }
+    throw std::runtime_error("This bus does not let you see what others send: " + error.text());
+}
+
+void becomeMonitor(DBusConnection& connection, const std::vector<std::string>& rules) {
+    const Message call = busCall(DBUS_INTERFACE_MONITORING, "BecomeMonitor");
+    DBusMessageIter arguments;
+    DBusMessageIter texts;
+    dbus_message_iter_init_append(call.get(), &arguments);
+    dbus_message_iter_open_container(&arguments, DBUS_TYPE_ARRAY, "s", &texts);
+    for (const std::string& rule : rules) {
+        const char* const text = rule.c_str();
+        dbus_message_iter_append_basic(&texts, DBUS_TYPE_STRING, &text);
+    }
+    dbus_message_iter_close_container(&arguments, &texts);
+    const dbus_uint32_t flags = 0;
+    dbus_message_iter_append_basic(&arguments, DBUS_TYPE_UINT32, &flags);
+    Error error;
+    const Message answer(
+        dbus_connection_send_with_reply_and_block(&connection, call.get(), ANSWER_TIMEOUT_MS, error.get()));
+    if (!answer) {
+        throwNoMonitor(error);
+    }
+}
+
+struct Free {
+    void operator()(char* bytes) const { dbus_free(bytes); }
+};
+
+} // namespace
+
+std::optional<BusMessage> parseMessage(std::string_view bytes, std::int64_t time, std::string& reason) {
+    Error error;
+    const Message message(dbus_message_demarshal(bytes.data(), static_cast<int>(bytes.size()), error.get()));
+    if (!message) {
+        reason = error.text();
+        return std::nullopt;
+    }
+    return read(*message, time);
+}
+
+struct BusWatch::Connections {
+    // A monitor may not send, so that the questions about callers go over another connection.
+    Connection observer = connect();
+    Connection monitor = connect();
+
+    Message ask(const char* method, const std::string& name) const {
+        const Message call = busCall(DBUS_INTERFACE_DBUS, method);
+        const char* const text = name.c_str();
+        dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
+        return Message(
+            dbus_connection_send_with_reply_and_block(observer.get(), call.get(), ANSWER_TIMEOUT_MS, nullptr));
+    }
+};
+
+BusWatch::BusWatch() : m_connections(std::make_unique<Connections>()) {
+    becomeMonitor(*m_connections->monitor, matchRules(dbus_bus_get_unique_name(m_connections->observer.get())));
+}
+
+BusWatch::~BusWatch() = default;
+
+bool BusWatch::wait(std::chrono::milliseconds time, const Take& take) {
+    DBusConnection* const monitor = m_connections->monitor.get();
+    if (!dbus_connection_read_write(monitor, static_cast<int>(time.count()))) {
+        return false;
+    }
+    // Without dispatching: libdbus would answer the calls, which are for somebody else.
+    while (const Message message{dbus_connection_pop_message(monitor)}) {
+        if (dbus_message_is_signal(message.get(), DBUS_INTERFACE_LOCAL, "Disconnected")) {
+            return false;
+        }
+        char* bytes = nullptr;
+        int size = 0;
+        if (!dbus_message_marshal(message.get(), &bytes, &size)) {
+            throw std::bad_alloc();
+        }
+        const std::unique_ptr<char, Free> owner(bytes);
+        take(read(*message, now()), std::string_view(bytes, static_cast<std::size_t>(size)));
+    }
+    return true;
+}
+
+std::string BusWatch::ownerOf(const std::string& name) {
+    const Message answer = m_connections->ask("GetNameOwner", name);
+    const char* owner = nullptr;
+    const bool isOwned =
+        answer && dbus_message_get_args(answer.get(), nullptr, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID);
+    return isOwned ? owner : "";
+}
+
+std::optional<Process> BusWatch::processOf(const std::string& connection) {
+    const Message answer = m_connections->ask("GetConnectionUnixProcessID", connection);
+    dbus_uint32_t pid = 0;
+    if (!answer || !dbus_message_get_args(answer.get(), nullptr, DBUS_TYPE_UINT32, &pid, DBUS_TYPE_INVALID)) {
+        return std::nullopt;
+    }
+    Process process{pid, {}};
+    std::ifstream file("/proc/" + std::to_string(pid) + "/comm");
+    std::getline(file, process.name);
+    return process;
+}
+
+} // namespace monitor

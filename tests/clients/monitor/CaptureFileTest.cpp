@@ -1,0 +1,141 @@
+#include "monitor/CaptureFile.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <pcap/pcap.h>
+
+#include "support/TemporaryRoot.h"
+
+namespace DAX::Tests {
+namespace {
+
+using namespace testing;
+using namespace monitor;
+
+// A signal of the interface a.b, member C, with the text "hi", as libdbus writes it in the little order of bytes.
+const std::string LITTLE =
+    std::string("l\x04\x01\x01\x07\0\0\0\x05\0\0\0\x37\0\0\0", 16) +
+    std::string("\x01\x01o\0\x02\0\0\0/p\0\0\0\0\0\0", 16) + std::string("\x02\x01s\0\x03\0\0\0a.b\0\0\0\0\0", 16) +
+    std::string("\x03\x01s\0\x01\0\0\0C\0\0\0\0\0\0\0", 16) + std::string("\x08\x01g\0\x01s\0\0\x02\0\0\0hi\0", 15);
+// The same in the other order.
+const std::string BIG = std::string("B\x04\x01\x01\0\0\0\x07\0\0\0\x05\0\0\0\x37", 16) +
+                        std::string("\x01\x01o\0\0\0\0\x02/p\0\0\0\0\0\0", 16) +
+                        std::string("\x02\x01s\0\0\0\0\x03"
+                                    "a.b\0\0\0\0\0",
+                                    16) +
+                        std::string("\x03\x01s\0\0\0\0\x01"
+                                    "C\0\0\0\0\0\0\0",
+                                    16) +
+                        std::string("\x08\x01g\0\x01s\0\0\0\0\0\x02hi\0", 15);
+
+class CaptureFile : public Test {
+protected:
+    std::string write(const std::vector<std::string>& messages) {
+        const std::string path = root.path().string() + "/capture.pcap";
+        CaptureWriter writer(path);
+        std::int64_t time = 1700000000000000;
+        for (const std::string& message : messages) {
+            writer.write(time, message);
+            time += 1500000;
+        }
+        return path;
+    }
+
+    // What is in it, a line for each message.
+    std::vector<std::string> read(const std::string& path) {
+        std::vector<std::string> lines;
+        end = readCapture(path, [&lines](const auto& message, std::int64_t time, const std::string& reason) {
+            lines.push_back(
+                std::to_string(time) + " " +
+                (message ? message->interface + "." + message->member + " " + message->arguments[0].text : reason));
+        });
+        return lines;
+    }
+
+    // Swaps each of the numbers of a file that has one message.
+    static std::string inTheOtherOrder(std::string file) {
+        const auto swap = [&file](std::size_t at, std::size_t size) {
+            std::reverse(file.begin() + static_cast<std::ptrdiff_t>(at),
+                         file.begin() + static_cast<std::ptrdiff_t>(at + size));
+        };
+        swap(0, 4);
+        swap(4, 2);
+        swap(6, 2);
+        for (std::size_t at = 8; at < 40; at += 4) {
+            swap(at, 4);
+        }
+        return file;
+    }
+
+    std::string contentOf(const std::string& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::string store(const std::string& content) {
+        const std::string path = root.path().string() + "/other.pcap";
+        std::ofstream(path, std::ios::binary) << content;
+        return path;
+    }
+
+    TemporaryRoot root;
+    CaptureEnd end;
+};
+
+TEST_F(CaptureFile, BringsBackWhatWasWritten) {
+    EXPECT_THAT(read(write({LITTLE, LITTLE})), ElementsAre("1700000000000000 a.b.C hi", "1700000001500000 a.b.C hi"));
+    EXPECT_EQ(end.messages, 2U);
+    EXPECT_EQ(end.cutBecause, "");
+}
+
+TEST_F(CaptureFile, IsReadInBothOrdersOfBytes) {
+    EXPECT_THAT(read(write({BIG})), ElementsAre("1700000000000000 a.b.C hi"));
+    const std::string other = store(inTheOtherOrder(contentOf(write({LITTLE}))));
+    EXPECT_THAT(read(other), ElementsAre("1700000000000000 a.b.C hi"));
+}
+
+TEST_F(CaptureFile, ThatIsCutSaysSoBehindWhatItHas) {
+    const std::string whole = contentOf(write({LITTLE, LITTLE}));
+    for (const std::size_t cut : {std::size_t(1), std::size_t(10), LITTLE.size(), LITTLE.size() + 5}) {
+        EXPECT_THAT(read(store(whole.substr(0, whole.size() - cut))), ElementsAre("1700000000000000 a.b.C hi")) << cut;
+        EXPECT_EQ(end.messages, 1U);
+        EXPECT_THAT(end.cutBecause, HasSubstr("truncated dump file")) << cut;
+    }
+}
+
+TEST_F(CaptureFile, TellsOfAMessageOfWhichItHasAPart) {
+    std::string file = contentOf(write({LITTLE}));
+    file[36] = static_cast<char>(file[36] + 9); // the length on the bus
+    EXPECT_THAT(read(store(file)), ElementsAre("1700000000000000 a message of which the capture has 79 of 88 bytes"));
+}
+
+TEST_F(CaptureFile, TellsOfBytesThatAreNoMessage) {
+    EXPECT_THAT(read(write({"nonsense", LITTLE})),
+                ElementsAre(StartsWith("1700000000000000 bytes that are no message: "), "1700000001500000 a.b.C hi"));
+}
+
+TEST_F(CaptureFile, ThatIsNoneIsRefused) {
+    EXPECT_THROW(read(store("hello")), std::runtime_error);
+    EXPECT_THROW(read(store("")), std::runtime_error);
+    EXPECT_THROW(read(root.path().string() + "/missing.pcap"), std::runtime_error);
+}
+
+TEST_F(CaptureFile, OfAnotherKindOfBusIsRefused) {
+    std::string ethernet = contentOf(write({LITTLE}));
+    ethernet[20] = 1;
+    try {
+        read(store(ethernet));
+        FAIL() << "it was read";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), EndsWith("other.pcap: a capture of EN10MB, not of a D-Bus"));
+    }
+}
+
+TEST_F(CaptureFile, ThatCannotBeMadeIsToldAtOnce) {
+    EXPECT_THROW(CaptureWriter(root.path().string() + "/no/such/folder.pcap"), std::runtime_error);
+}
+
+} // namespace
+} // namespace DAX::Tests

@@ -1,0 +1,80 @@
+#include "monitor/Values.h"
+
+#include <gtest/gtest.h>
+
+#include "clients/monitor/Messages.h"
+#include "monitor/Conversation.h"
+#include "monitor/TextView.h"
+
+namespace DAX::Tests {
+namespace {
+
+using namespace DAXIPC::DBUSLowLevel;
+using monitor::printable;
+
+std::string replyAsText(const std::string& method, const std::string& archive, std::size_t most = 80) {
+    return monitor::valuesAsText(decodeArchive(findMethod(Side::SERVICE, method)->reply, archive).values, most);
+}
+
+TEST(Values, ReadAsPeopleWriteThem) {
+    EXPECT_EQ(
+        replyAsText("getSearchResult", golden("service/getSearchResult.reply")),
+        "searchResult={result: SUCCESS, upgrade: {upgradeType: OTN, upgradeId: <2 bytes: 01ff>, version: \"18.1\", "
+        "updateInfo: <4 bytes: 3c752f3e>, kind: IMPORTANT, scope: 2}}");
+    EXPECT_EQ(replyAsText("getSearchProgress", golden("service/getSearchProgress.reply")),
+              "progress={result: IN_PROGRESS, progressPercent: 50, progressDetail: 2.5}");
+    EXPECT_EQ(replyAsText("getSearchResult", H + " 0 0 3 0 1 0\n"), "searchResult={result: FAILED, upgrade: none}");
+    EXPECT_EQ(replyAsText("getSupportedUpgradeTypes", H + " 0 0 3 0 1 2 77\n"), "upgradeTypes=[OTA, OTN, 77]");
+    EXPECT_EQ(replyAsText("getModelsSearchResult", H + " 0 0 0 0\n"), "models=[]");
+}
+
+TEST(Values, AreCutWhereTheyAreTooLong) {
+    EXPECT_EQ(replyAsText("getCurrentVersion", H + " 6 abcdef\n", 4), "version=\"abcd...\"");
+    EXPECT_EQ(replyAsText("getSearchResult", golden("service/getSearchResult.reply"), 2),
+              "searchResult={result: SUCCESS, upgrade: {upgradeType: OTN, upgradeId: <2 bytes: 01...>, version: "
+              "\"18...\", updateInfo: <4 bytes: 3c...>, kind: IMPORTANT, scope: 2}}");
+}
+
+TEST(Values, AreTheSameInJson) {
+    const auto archive =
+        decodeArchive(findMethod(Side::SERVICE, "getSearchResult")->reply, golden("service/getSearchResult.reply"));
+    EXPECT_EQ(monitor::valuesAsJson(archive.values), nlohmann::ordered_json::parse(R"({"searchResult":
+        {"result": "SUCCESS", "upgrade": {"upgradeType": "OTN", "upgradeId": "01ff", "version": "18.1",
+         "updateInfo": "3c752f3e", "kind": "IMPORTANT", "scope": 2}}})"));
+}
+
+TEST(Values, CannotWriteToTheTerminalWhatDoesNotPrint) {
+    EXPECT_EQ(printable("a\x1b[31mb\n", 80), "a\\x1b[31mb\\x0a");
+    EXPECT_EQ(printable("\xc2\x9b", 80), "\\xc2\\x9b");
+    EXPECT_EQ(printable("\xff\xc3", 80), "\\xff\\xc3");
+    EXPECT_EQ(printable("\xc0\x80\xed\xa0\x80", 80), "\\xc0\\x80\\xed\\xa0\\x80");
+    EXPECT_EQ(printable("Gerät \xf0\x9f\x98\x80 €", 80), "Gerät \xf0\x9f\x98\x80 €");
+}
+
+TEST(Values, AreNotCutInTheMiddleOfALetter) {
+    EXPECT_EQ(printable("aé€", 2), "aé...");
+    EXPECT_EQ(printable("aé€", 4), "aé€");
+}
+
+std::string shown(bool colours, const std::string& kind, const std::string& name) {
+    std::ostringstream out;
+    monitor::TextView view(out, colours);
+    ProcessOfEach processes;
+    monitor::Conversation conversation(view, processes);
+    BusStory bus;
+    conversation.take(bus.call("startModelsSearching", H));
+    conversation.take(bus.reply(kind, name, H + " 0  0  0 0\n"));
+    return out.str();
+}
+
+TEST(TextView, ColoursFailuresOnATerminalOnly) {
+    EXPECT_EQ(shown(false, "EXCEPTION", "CWrongKeys"),
+              "     0.000000 service #1 > startModelsSearching  by :1.5 updater[42]\n"
+              "     0.001000 service #1 < startModelsSearching  FAILED  CWrongKeys  after 1.000 ms\n");
+    EXPECT_EQ(shown(true, "EXCEPTION", "CWrongKeys"),
+              "     0.000000 service \x1b[36m#1 > startModelsSearching\x1b[0m  by :1.5 updater[42]\n"
+              "     0.001000 service \x1b[31m#1 < startModelsSearching\x1b[0m  FAILED  CWrongKeys  after 1.000 ms\n");
+}
+
+} // namespace
+} // namespace DAX::Tests

@@ -1,0 +1,252 @@
+// daxctl monitor on a bus.
+#include <csignal>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "support/ServiceContract.h"
+#include "support/WireGoldens.h"
+#include "system/Monitor/MonitorTool.h"
+#include "system/support/Desk.h"
+#include "system/support/Scenarios.h"
+
+namespace DAX::Tests {
+namespace {
+
+using namespace testing;
+
+const char* const SERVICE = "org.kovan.tv.dax.service.servicemanager";
+
+class MonitorTest : public Test {
+protected:
+    MonitorTest() { desk.play(QUICK); }
+
+    void watch(std::vector<std::string> arguments = {}) {
+        arguments.insert(arguments.begin(), "monitor");
+        monitor = desk.start("daxctl", arguments);
+        ASSERT_TRUE(monitor->waitForErrors("Watching the bus. Ctrl-C ends.\n")) << monitor->errors();
+    }
+
+    // Ends it as Ctrl-C does, and returns what it has shown.
+    std::string finish() {
+        monitor->send(SIGINT);
+        EXPECT_EQ(monitor->waitForEnd(), ProcessEnd::exited(0)) << monitor->errors();
+        return monitor->output();
+    }
+
+    static RawMessage callOf(const std::string& method, const std::string& archive) {
+        RawMessage call(dbus_message_new_method_call(SERVICE, "/org/kovan/tv/dax/service/cservicemanager",
+                                                     "org.kovan.tv.dax.service.iservicemanager", method.c_str()));
+        appendBytes(*call, archive);
+        return call;
+    }
+
+    Desk desk;
+    std::unique_ptr<Process> monitor;
+};
+
+TEST_F(MonitorTest, ShowsEveryMethodOfTheServiceWithItsAnswer) {
+    watch({"--json", "--service"});
+    RawPeer peer;
+    for (const ServiceMethod& method : serviceMethods()) {
+        ASSERT_TRUE(peer.call(*callOf(method.name, golden("service/" + method.name + ".request")))) << method.name;
+    }
+    std::map<std::string, std::set<std::string>> seen;
+    for (const auto& line : jsonLines(finish())) {
+        if (line["event"] == "call" || line["event"] == "answer") {
+            EXPECT_EQ(line["caller"]["connection"], peer.name());
+            EXPECT_EQ(line["caller"]["pid"], getpid());
+            EXPECT_FALSE(line.contains("breakage")) << line;
+            seen[line["method"]].insert(line["event"].get<std::string>());
+        }
+    }
+    EXPECT_THAT(seen, SizeIs(23));
+    for (const ServiceMethod& method : serviceMethods()) {
+        EXPECT_THAT(seen[method.name], ElementsAre("answer", "call")) << method.name;
+    }
+}
+
+TEST_F(MonitorTest, FollowsAWholeUpgradeOnBothSides) {
+    watch({"--json"});
+    ASSERT_EQ(desk.run("daxctl", {"upgrade", "--name", "updater", "--item", "main"}).end, ProcessEnd::exited(0));
+    const std::string shown = finish();
+    EXPECT_EQ(faultsBySchema(shown), "");
+    std::vector<std::string> started;
+    nlohmann::json installation;
+    for (const auto& line : jsonLines(shown)) {
+        if (line["event"] == "owner") {
+            started.push_back(line["side"]);
+        }
+        if (line["event"] == "call" && line["method"] == "startInstallation" && line["side"] == "service") {
+            installation = line;
+        }
+        if (line["event"] == "answer") {
+            EXPECT_EQ(line["outcome"], "done") << line;
+        }
+    }
+    EXPECT_THAT(started, ElementsAre("service", "core"));
+    EXPECT_EQ(installation["arguments"]["items"], nlohmann::json::parse(R"(["main"])"));
+    EXPECT_EQ(installation["caller"]["client"], "updater");
+    EXPECT_EQ(installation["caller"]["process"], "daxctl");
+    EXPECT_TRUE(installation["session"].is_string());
+    EXPECT_TRUE(installation["transaction"].is_string());
+    EXPECT_EQ(jsonLines(shown).back()["event"], "summary");
+}
+
+TEST_F(MonitorTest, ShowsFailuresAloneWithTheirCalls) {
+    desk.play(withFault("startInstallation", "exception=CUSBReadError\nsupport_code=U-7\ntext=The stick is gone."));
+    watch({"--failures", "--service"});
+    ASSERT_EQ(desk.run("daxctl", {"upgrade", "--item", "main"}).end, ProcessEnd::exited(1));
+    const std::string shown = finish();
+    EXPECT_THAT(shown, HasSubstr("> startInstallation  items=[\"main\"]  by "));
+    EXPECT_THAT(shown,
+                HasSubstr("< startInstallation  FAILED  CUSBReadError (support code U-7): The stick is gone.  after "));
+    EXPECT_THAT(shown, Not(HasSubstr("> startSearching")));
+    EXPECT_THAT(shown, ContainsRegex("service startSearching +1 +0 +0 "));
+    EXPECT_THAT(shown, ContainsRegex("service startInstallation +1 +0 +1 "));
+}
+
+TEST_F(MonitorTest, ShowsOnlyTheMethodsThatAreAskedFor) {
+    watch({"--method", "getServiceOwner", "--method", "getCurrentVersion", "--core"});
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    const std::string shown = finish();
+    EXPECT_THAT(shown, HasSubstr("core    #"));
+    EXPECT_THAT(shown, HasSubstr("> getCurrentVersion"));
+    EXPECT_THAT(shown, Not(HasSubstr("getServiceOwner")));
+    EXPECT_THAT(shown, Not(HasSubstr("getSupportedUpgradeTypes")));
+}
+
+TEST_F(MonitorTest, WritesNoColoursIntoAPipe) {
+    watch();
+    desk.run("daxctl", {"status"});
+    EXPECT_THAT(finish(), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(MonitorTest, TellsWhoEnds) {
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    watch();
+    desk.killCore();
+    desk.killDaemon();
+    ASSERT_TRUE(monitor->waitForOutput("the service  has ended, "));
+    EXPECT_THAT(finish(), HasSubstr("the core  has ended, "));
+}
+
+TEST_F(MonitorTest, LosesNoCallOfAFlood) {
+    const int calls = 20000;
+    const int atOnce = 50;
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    watch({"--json"});
+    RawPeer peer;
+    for (int sent = 0; sent < calls; sent += atOnce) {
+        std::vector<std::uint32_t> serials;
+        for (int i = 0; i < atOnce; ++i) {
+            serials.push_back(peer.send(*callOf("getServiceOwner", "")));
+        }
+        for (const std::uint32_t serial : serials) {
+            ASSERT_TRUE(peer.waitForReply(serial));
+        }
+    }
+    ASSERT_TRUE(
+        monitor->waitForOutput("\"event\":\"answer\",\"side\":\"service\",\"number\":" + std::to_string(calls)));
+    const std::string shown = finish();
+    const auto summary = nlohmann::json::parse(shown.substr(shown.rfind('\n', shown.size() - 2) + 1));
+    EXPECT_EQ(summary["methods"][0]["method"], "getServiceOwner");
+    EXPECT_EQ(summary["methods"][0]["calls"], calls);
+    EXPECT_EQ(summary["methods"][0]["answers"], calls);
+    EXPECT_EQ(summary["unanswered"], 0);
+}
+
+TEST_F(MonitorTest, WritesACaptureThatReadsAsItWasSeen) {
+    const std::string capture = (desk.root / "seen.pcap").string();
+    watch({"--json", "--write", capture});
+    ASSERT_EQ(desk.run("daxctl", {"search"}).end, ProcessEnd::exited(0));
+    std::string seen = finish();
+    std::string read = daxctl({"monitor", "--json", "--read", capture}).output;
+    const auto comparable = [](const std::string& lines) {
+        std::vector<nlohmann::json> all = jsonLines(lines);
+        for (auto& line : all) {
+            if (line.contains("caller")) {
+                line["caller"].erase("process"); // a capture has no names of programs
+            }
+        }
+        return all;
+    };
+    EXPECT_THAT(jsonLines(seen), SizeIs(Gt(20U)));
+    EXPECT_EQ(comparable(read), comparable(seen));
+}
+
+TEST_F(MonitorTest, ReadsWhatOtherToolsHaveCaptured) {
+    const std::string capture = (desk.root / "other.pcap").string();
+    Command recorder;
+    recorder.line = {"sh", "-c", "exec dbus-monitor --system --pcap > " + capture};
+    Process other(recorder);
+    // It says nothing when it is ready, so that the client comes until it has been seen.
+    std::string shown;
+    for (int attempt = 0; attempt < 100 && shown.find("< getServiceOwner") == std::string::npos; ++attempt) {
+        desk.run("daxctl", {"status"});
+        shown = daxctl({"monitor", "--read", capture}).output;
+    }
+    other.send(SIGTERM);
+    other.waitForEnd();
+    EXPECT_THAT(shown, HasSubstr("> getServiceOwner"));
+    EXPECT_THAT(shown, HasSubstr("isOwned=false"));
+}
+
+TEST_F(MonitorTest, SaysWhereACaptureIsCut) {
+    const std::string capture = (desk.root / "seen.pcap").string();
+    watch({"--write", capture});
+    desk.run("daxctl", {"status"});
+    finish();
+    std::filesystem::resize_file(capture, std::filesystem::file_size(capture) - 3);
+    const auto run = daxctl({"monitor", "--read", capture});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_THAT(run.output, HasSubstr("> getServiceOwner"));
+    EXPECT_THAT(run.errors, ContainsRegex("seen.pcap is cut off behind message [0-9]+: truncated dump file"));
+}
+
+TEST_F(MonitorTest, DrawsTheSequence) {
+    const std::string picture = (desk.root / "upgrade.svg").string();
+    watch({"--diagram", picture});
+    desk.run("daxctl", {"search", "--name", "updater"});
+    finish();
+    const std::string svg = desk.root.read("upgrade.svg");
+    EXPECT_THAT(svg, StartsWith("<svg "));
+    EXPECT_THAT(svg, HasSubstr(">updater</text>"));
+    EXPECT_THAT(svg, HasSubstr(">startSearching</text>"));
+    EXPECT_THAT(svg, EndsWith("</svg>\n"));
+}
+
+TEST_F(MonitorTest, SaysWhenTheBusEnds) {
+    watch();
+    desk.stopBus();
+    EXPECT_EQ(monitor->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_THAT(monitor->errors(), HasSubstr("daxctl: The bus has ended the connection.\n"));
+    EXPECT_THAT(daxctl({"monitor"}).errors, StartsWith("daxctl: There is no system bus: "));
+}
+
+TEST(MonitorAsAnOrdinaryUser, SaysWhatToDo) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can run a program as another user";
+    }
+    const Desk desk("", SystemBusRules::ofDevice());
+    if (!(desk.runAsNobody("daxctl", {"--help"}).end == ProcessEnd::exited(0))) {
+        GTEST_SKIP() << "the user nobody may not run what is built here";
+    }
+    const auto run = desk.runAsNobody("daxctl", {"monitor"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_EQ(run.errors, "daxctl: This bus does not let you see what others send. Be root, or the user that the bus "
+                          "runs as: sudo daxctl monitor. A capture that somebody else has made can be read with "
+                          "--read.\n");
+}
+
+TEST(MonitorUsage, KnowsWhichOptionsGoTogether) {
+    EXPECT_EQ(daxctl({"monitor", "--read", "a.pcap", "--write", "b.pcap"}).end, ProcessEnd::exited(2));
+    EXPECT_EQ(daxctl({"monitor", "--read", "a.pcap", "--time-scale"}).end, ProcessEnd::exited(2));
+    const auto unknown = daxctl({"monitor", "--method", "getServise"});
+    EXPECT_EQ(unknown.end, ProcessEnd::exited(2));
+    EXPECT_EQ(unknown.errors, "daxctl: The service has no method getServise. Did you mean getService?\n");
+}
+
+} // namespace
+} // namespace DAX::Tests
