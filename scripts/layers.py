@@ -3,6 +3,21 @@ import os
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 LIST = "cmake/Layers.txt"
+ROOMS = ("AdditionalDependencies", "clients", "include", "platform", "simulators", "src")
+
+
+def files_of(rooms, ends):
+    for room in rooms:
+        for folder, folders, names in os.walk(room):
+            folders.sort()
+            for name in sorted(names):
+                if name.endswith(ends):
+                    yield os.path.join(folder, name)
+
+
+def text_of(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
 
 
 class Layer:
@@ -24,6 +39,12 @@ class Module:
         if other.layer is self.layer:
             return other.place <= self.place
         return other.layer.name in self.layer.uses
+
+    def objection_to(self, used):
+        where = f"layer {self.layer.name} may not use layer {used.layer.name}"
+        if self.layer is used.layer:
+            where = f"in layer {self.layer.name}, it stands after it"
+        return f"{self.target} may not use {used.target}: {where}"
 
     # Folders hold files, and a path without an extension stands for its header and its source.
     def match(self, path):
@@ -68,3 +89,7 @@ class Layers:
         """The module that holds a file, by the longest path; none for a file of no module."""
         best = max(self.modules.values(), key=lambda module: module.match(path))
         return best if best.match(path) else None
+
+    def module_named(self, target):
+        """A program is two targets: itself, and the library <program>_parts that tests link as well."""
+        return self.modules.get(target.removesuffix("_parts"))

@@ -67,7 +67,7 @@ protected:
         std::filesystem::create_directories(m_tree / "cmake");
         std::filesystem::copy(SOURCE_TREE / "cmake/links", m_tree / "cmake/links",
                               std::filesystem::copy_options::recursive);
-        for (const char* const script : {"check-layers", "draw-layers", "layers.py"}) {
+        for (const char* const script : {"check-layers", "draw-layers", "layers.py", "links.py"}) {
             std::filesystem::copy_file(SOURCE_TREE / "scripts" / script, m_tree / "scripts" / script);
         }
         write("cmake/Layers.txt", "layer low: what carries\n"
