@@ -1,19 +1,19 @@
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <optional>
-
-#include <unistd.h>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "clients_common/ExitStatus.h"
 #include "daxctl/Commands.h"
 #include "daxctl/Interruption.h"
+#include "daxctl/LongOutput.h"
 #include "daxctl/MethodOption.h"
+#include "daxctl/ReadInterruption.h"
 #include "monitor/BusWatch.h"
 #include "monitor/CaptureFile.h"
 #include "monitor/Conversation.h"
@@ -55,19 +55,13 @@ struct MonitorOptions {
     }
 };
 
-bool isColourful() {
-    const char* const terminal = std::getenv("TERM");
-    return ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
-           std::strcmp(terminal, "dumb") != 0;
-}
-
 // All that is made of the events: what is shown, the summary and the diagram.
 class Report {
 public:
     Report(const MonitorOptions& options, bool json)
         : m_options(options)
         , m_isJson(json)
-        , m_text(std::cout, isColourful())
+        , m_text(std::cout, LongOutput::isColourful(), LongOutput::width)
         , m_json(std::cout)
         , m_failures(m_isJson ? static_cast<monitor::EventSink&>(m_json) : m_text)
         , m_filter(m_all, options.sides(), options.methods) {
@@ -77,35 +71,45 @@ public:
         m_all.add(m_summary);
         if (!options.diagramPath.empty()) {
             m_all.add(m_diagram);
+            check(std::ofstream(options.diagramPath, std::ios::app)); // now, not after hours of watching
         }
     }
 
     monitor::EventSink& sink() { return m_filter; }
 
+    // Writes out what there is to show. False when nobody looks any more. Throws Refusal when it cannot be written.
+    bool show() { return m_output.flush(); }
+
     void finish() {
+        if (!m_options.diagramPath.empty()) {
+            draw();
+        }
         if (m_isJson) {
             m_json.write(m_summary.toJson());
         } else {
             std::cout << "\n";
             m_summary.print(std::cout);
         }
-        std::cout.flush();
-        if (!m_options.diagramPath.empty()) {
-            draw();
-        }
+        show();
     }
 
 private:
     void draw() const {
         std::ofstream file(m_options.diagramPath);
         m_diagram.write(file, m_options.toScale ? monitor::Diagram::Scale::TIME : monitor::Diagram::Scale::COMPRESSED);
-        if (!file.flush()) {
+        file.flush();
+        check(file);
+    }
+
+    void check(const std::ofstream& picture) const {
+        if (!picture) {
             throw Refusal(m_options.diagramPath + ": " + std::strerror(errno));
         }
     }
 
     const MonitorOptions& m_options;
     bool m_isJson;
+    LongOutput m_output;
     monitor::TextView m_text;
     monitor::JsonView m_json;
     monitor::FailureFilter m_failures;
@@ -114,6 +118,48 @@ private:
     monitor::SinkList m_all;
     monitor::SinkFilter m_filter;
 };
+
+// Runs `follow`, and tells at its end what there is to tell, also when it ends by a failure.
+template <class Follow>
+int reportOn(Report& report, const Follow& follow) {
+    std::exception_ptr failure;
+    try {
+        follow();
+    } catch (const std::exception&) {
+        failure = std::current_exception();
+    }
+    report.finish();
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    return clients_common::EXIT_DONE;
+}
+
+// Gives what comes to `take`, until the user has had enough.
+void follow(monitor::BusWatch& bus, Report& report, Interruption& interruption, const monitor::BusWatch::Take& take) {
+    const std::chrono::milliseconds pause(100);
+    std::size_t taken = 0;
+    const auto waitForMore = [&] {
+        const std::size_t before = taken;
+        const bool isOpen = bus.wait(pause, [&](const monitor::BusMessage& message, std::string_view bytes) {
+            ++taken;
+            take(message, bytes);
+        });
+        if (!isOpen) {
+            throw Refusal("The bus has ended the connection.");
+        }
+        return taken != before;
+    };
+    bool isWanted = true;
+    while (isWanted && !interruption.requested()) {
+        waitForMore();
+        isWanted = report.show();
+    }
+    // What was on its way when the user asked for the end. A bus that never falls silent must not hold it up.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (isWanted && waitForMore() && std::chrono::steady_clock::now() < deadline) {
+    }
+}
 
 int watchBus(const MonitorOptions& options, Report& report) {
     Interruption interruption;
@@ -126,53 +172,38 @@ int watchBus(const MonitorOptions& options, Report& report) {
     conversation.setOwner(Side::SERVICE, bus.ownerOf(Names::DBUSService::DBUSIServiceManager::CONNECTION_NAME));
     conversation.setOwner(Side::CORE, bus.ownerOf(Names::DBUSCore::DBUSICore::CONNECTION_NAME()));
     std::cerr << "Watching the bus. Ctrl-C ends." << std::endl;
-    std::size_t taken = 0;
-    const auto take = [&](const monitor::BusMessage& message, std::string_view bytes) {
-        ++taken;
-        if (writer) {
-            writer->write(message.time, bytes);
-        }
-        conversation.take(message);
-    };
-    const std::chrono::milliseconds pause(100);
-    bool isOpen = true;
-    while (isOpen && !interruption.requested()) {
-        isOpen = bus.wait(pause, take);
-        std::cout.flush();
-    }
-    // What was on its way when the user asked for the end. A bus that never falls silent must not hold it up.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    for (std::size_t before = taken + 1; isOpen && before != taken && std::chrono::steady_clock::now() < deadline;) {
-        before = taken;
-        isOpen = bus.wait(pause, take);
-    }
-    conversation.end();
-    report.finish();
-    if (!isOpen) {
-        throw Refusal("The bus has ended the connection.");
-    }
-    return clients_common::EXIT_DONE;
+    return reportOn(report, [&] {
+        follow(bus, report, interruption, [&](const monitor::BusMessage& message, std::string_view bytes) {
+            conversation.take(message);
+            if (writer) {
+                writer->write(message.time, bytes);
+            }
+        });
+    });
 }
 
 int readFile(const MonitorOptions& options, Report& report) {
+    const ReadInterruption interruption;
+    const bool isStream = monitor::isStream(options.readPath);
     monitor::CapturedProcesses processes(options.readPath);
     monitor::Conversation conversation(report.sink(), processes);
-    const monitor::CaptureEnd end =
-        monitor::readCapture(options.readPath, [&conversation](const std::optional<monitor::BusMessage>& message,
-                                                               std::int64_t time, const std::string& reason) {
-            if (message) {
-                conversation.take(*message);
-            } else {
-                conversation.note(time, reason);
-            }
-        });
-    conversation.end();
-    report.finish();
-    if (!end.cutBecause.empty()) {
-        throw Refusal(options.readPath + " is cut off behind message " + std::to_string(end.messages) + ": " +
-                      end.cutBecause);
-    }
-    return clients_common::EXIT_DONE;
+    const auto take = [&](const std::optional<monitor::BusMessage>& message, std::int64_t time,
+                          const std::string& reason) {
+        if (message) {
+            conversation.take(*message);
+        } else {
+            conversation.note(time, reason);
+        }
+        // Somebody may be watching a stream.
+        return !ReadInterruption::requested() && ((!isStream && std::cout) || report.show());
+    };
+    return reportOn(report, [&] {
+        const monitor::CaptureEnd end = monitor::readCapture(options.readPath, take);
+        if (!end.cutBecause.empty() && !ReadInterruption::requested()) {
+            throw Refusal(options.readPath + " is cut off behind message " + std::to_string(end.messages) + ": " +
+                          end.cutBecause);
+        }
+    });
 }
 
 void checkMethods(const MonitorOptions& options) {
@@ -187,16 +218,44 @@ void checkMethods(const MonitorOptions& options) {
     }
 }
 
-int runMonitor(const MonitorOptions& options, bool json) {
-    checkMethods(options);
+bool isSameFile(const std::string& path, const std::string& other) {
+    std::error_code none; // one that does not exist yet is no other
+    return !path.empty() && (path == other || std::filesystem::equivalent(path, other, none));
+}
+
+void checkFiles(const MonitorOptions& options) {
     if (!options.readPath.empty() && !options.writePath.empty()) {
         throw WrongUsage("--write takes what a bus sends, not what --read brings.");
     }
     if (options.toScale && options.diagramPath.empty()) {
         throw WrongUsage("--time-scale is for --diagram.");
     }
-    Report report(options, json);
-    return options.readPath.empty() ? watchBus(options, report) : readFile(options, report);
+    if (options.writePath == "-" || options.diagramPath == "-") {
+        throw WrongUsage("The standard output has what is shown. Name a file.");
+    }
+    if (isSameFile(options.diagramPath, options.readPath) || isSameFile(options.diagramPath, options.writePath)) {
+        throw WrongUsage("The picture would overwrite the capture. Name another file.");
+    }
+}
+
+int runMonitor(const MonitorOptions& options, bool json) {
+    checkMethods(options);
+    checkFiles(options);
+    const auto show = [&] {
+        Report report(options, json);
+        return options.readPath.empty() ? watchBus(options, report) : readFile(options, report);
+    };
+    if (!json) {
+        return show();
+    }
+    try {
+        return show();
+    } catch (const std::exception& error) { // one line, as all of them
+        std::cerr << "daxctl: " << error.what() << std::endl;
+        monitor::JsonView(std::cout).write({{"event", "error"}, {"error", error.what()}});
+        std::cout.flush();
+        return clients_common::EXIT_REFUSED;
+    }
 }
 
 } // namespace

@@ -39,6 +39,7 @@ struct CallEvent {
     std::string transaction;
     DecodedArchive arguments;
     bool hasUnreadBytes = false;
+    bool expectsAnswer = true;
 };
 
 // The answer to a call.
@@ -79,8 +80,6 @@ public:
     virtual void onAnswer(const CallEvent& call, const AnswerEvent& answer) = 0;
     virtual void onOwner(const OwnerEvent& change) = 0;
     virtual void onNote(const NoteEvent& note) = 0;
-    // No more comes. `unanswered` calls are still waiting for their answer.
-    virtual void onEnd(std::size_t unanswered) = 0;
 };
 
 } // namespace monitor

@@ -18,15 +18,20 @@ struct CaptureEnd {
     std::string cutBecause; // why the file ends too early; empty when it is whole
 };
 
-// Gets each message of a capture, in its order. One that cannot be read is empty, and `reason` says why.
+// Gets each message of a capture, in its order. One that cannot be read is empty, and `reason` says why. Returns
+// whether it wants the next one.
 using TakeCaptured =
-    std::function<void(const std::optional<BusMessage>& message, std::int64_t time, const std::string& reason)>;
+    std::function<bool(const std::optional<BusMessage>& message, std::int64_t time, const std::string& reason)>;
 
 // Reads a capture of a D-Bus in the format of libpcap, as `dbus-monitor --pcap`, `busctl capture` and CaptureWriter
 // write it. "-" is the standard input. Throws std::runtime_error when the file is none, or none of a D-Bus.
 CaptureEnd readCapture(const std::string& path, const TakeCaptured& take);
 
-// The processes that a capture tells of: by the bus's answers to those who asked it.
+// Whether the capture is a pipe or the like, which can be read once and may be written while it is read.
+bool isStream(const std::string& path);
+
+// The processes that a capture tells of: by the bus's answers to those who asked it. A stream
+// tells of none.
 class CapturedProcesses : public Processes {
 public:
     // Reads the whole capture. Throws as readCapture() does.

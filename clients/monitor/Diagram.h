@@ -26,7 +26,6 @@ public:
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent& change) override;
     void onNote(const NoteEvent& note) override;
-    void onEnd(std::size_t) override {}
 
     // Writes an SVG document.
     void write(std::ostream& out, Scale scale) const;

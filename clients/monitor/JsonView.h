@@ -17,7 +17,6 @@ public:
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent& change) override;
     void onNote(const NoteEvent& note) override;
-    void onEnd(std::size_t) override {}
 
     // Writes any object as one line.
     void write(const nlohmann::ordered_json& object);

@@ -17,7 +17,6 @@ public:
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent& change) override;
     void onNote(const NoteEvent& note) override;
-    void onEnd(std::size_t unanswered) override;
 
 private:
     std::vector<EventSink*> m_sinks;
@@ -34,7 +33,6 @@ public:
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent& change) override;
     void onNote(const NoteEvent& note) override { m_next.onNote(note); }
-    void onEnd(std::size_t unanswered) override { m_next.onEnd(unanswered); }
 
 private:
     bool concerns(const CallEvent& call) const;
@@ -53,7 +51,6 @@ public:
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent& change) override;
     void onNote(const NoteEvent& note) override { m_next.onNote(note); }
-    void onEnd(std::size_t unanswered) override { m_next.onEnd(unanswered); }
 
 private:
     EventSink& m_next;

@@ -18,7 +18,6 @@ public:
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent&) override {}
     void onNote(const NoteEvent&) override {}
-    void onEnd(std::size_t unanswered) override { m_unanswered = unanswered; }
 
     // A table for people.
     void print(std::ostream& out) const;
@@ -29,15 +28,17 @@ public:
 private:
     struct Method {
         std::uint64_t calls = 0;
+        std::uint64_t expected = 0; // answers
         std::uint64_t refused = 0;
         std::uint64_t failed = 0; // exceptions, errors of the bus, archives that cannot be read
         Latencies latencies;
     };
 
     Method& methodOf(const CallEvent& call);
+    // Calls that want an answer and have none so far.
+    std::uint64_t unanswered() const;
 
     std::map<std::pair<Side, std::string>, Method> m_methods;
-    std::size_t m_unanswered = 0;
 };
 
 } // namespace monitor

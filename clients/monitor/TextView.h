@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <ostream>
 
 #include "monitor/BusEvent.h"
@@ -10,13 +11,17 @@ namespace monitor {
 // of a terminal tell failures and refusals apart.
 class TextView : public EventSink {
 public:
-    TextView(std::ostream& out, bool colours) : m_out(out), m_colours(colours) {}
+    // How many letters fit into a line now; 0 when it may be as long as it is. A longer one goes on in the next,
+    // indented.
+    using Width = std::function<std::size_t()>;
+
+    TextView(std::ostream& out, bool colours, Width width)
+        : m_out(out), m_colours(colours), m_width(std::move(width)) {}
 
     void onCall(const CallEvent& call) override;
     void onAnswer(const CallEvent& call, const AnswerEvent& answer) override;
     void onOwner(const OwnerEvent& change) override;
     void onNote(const NoteEvent& note) override;
-    void onEnd(std::size_t) override {}
 
 private:
     enum class Colour { PLAIN, FAINT, CALL, REFUSAL, FAILURE };
@@ -26,6 +31,7 @@ private:
 
     std::ostream& m_out;
     bool m_colours;
+    Width m_width;
     std::optional<std::int64_t> m_begin;
 };
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include <pcap/pcap.h>
+#include <sys/stat.h>
 
 #include "monitor/BoundedMap.h"
 
@@ -41,18 +42,17 @@ std::int64_t timeOf(const pcap_pkthdr& header) {
     return std::int64_t(header.ts.tv_sec) * MICROSECONDS + header.ts.tv_usec;
 }
 
-void takeOne(const pcap_pkthdr& header, const u_char* bytes, const TakeCaptured& take) {
+bool takeOne(const pcap_pkthdr& header, const u_char* bytes, const TakeCaptured& take) {
     const std::int64_t time = timeOf(header);
     if (header.caplen < header.len) {
-        take(std::nullopt, time,
-             "a message of which the capture has " + std::to_string(header.caplen) + " of " +
-                 std::to_string(header.len) + " bytes");
-        return;
+        return take(std::nullopt, time,
+                    "a message of which the capture has " + std::to_string(header.caplen) + " of " +
+                        std::to_string(header.len) + " bytes");
     }
     std::string reason;
     const auto message =
         parseMessage(std::string_view(reinterpret_cast<const char*>(bytes), header.caplen), time, reason);
-    take(message, time, message ? std::string() : "bytes that are no message: " + reason);
+    return take(message, time, message ? std::string() : "what is no message: " + reason);
 }
 
 } // namespace
@@ -63,14 +63,20 @@ CaptureEnd readCapture(const std::string& path, const TakeCaptured& take) {
     pcap_pkthdr* header = nullptr;
     const u_char* bytes = nullptr;
     int result = 0;
-    while ((result = pcap_next_ex(file.get(), &header, &bytes)) == 1) {
+    bool isWanted = true;
+    while (isWanted && (result = pcap_next_ex(file.get(), &header, &bytes)) == 1) {
         ++end.messages;
-        takeOne(*header, bytes, take);
+        isWanted = takeOne(*header, bytes, take);
     }
     if (result == PCAP_ERROR) {
         end.cutBecause = pcap_geterr(file.get());
     }
     return end;
+}
+
+bool isStream(const std::string& path) {
+    struct stat status {};
+    return path == "-" || (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode));
 }
 
 struct CapturedProcesses::Table {
@@ -92,13 +98,14 @@ struct CapturedProcesses::Table {
 };
 
 CapturedProcesses::CapturedProcesses(const std::string& path) : m_table(std::make_unique<Table>()) {
-    if (path == "-") {
-        return; // it can be read only once
+    if (isStream(path)) {
+        return;
     }
     readCapture(path, [this](const std::optional<BusMessage>& message, std::int64_t, const std::string&) {
         if (message) {
             m_table->learn(*message);
         }
+        return true;
     });
 }
 
@@ -138,9 +145,11 @@ void CaptureWriter::write(std::int64_t time, std::string_view message) {
     header.ts.tv_usec = static_cast<decltype(header.ts.tv_usec)>(time % MICROSECONDS);
     header.caplen = static_cast<bpf_u_int32>(message.size());
     header.len = header.caplen;
+    errno = 0;
     pcap_dump(reinterpret_cast<u_char*>(m_file->dumper.get()), &header,
               reinterpret_cast<const u_char*>(message.data()));
-    if (pcap_dump_flush(m_file->dumper.get()) != 0) {
+    // A long message goes past the buffer, so that there may be nothing left that the flush could fail to write.
+    if (pcap_dump_flush(m_file->dumper.get()) != 0 || std::ferror(pcap_dump_file(m_file->dumper.get())) != 0) {
         throw std::runtime_error(m_file->path + ": " + std::strerror(errno));
     }
 }

@@ -18,8 +18,22 @@ namespace CoreNames = DBUSNames::DBUSCore::DBUSICore;
 const char* const BUS = "org.freedesktop.DBus";
 const char* const EXCEPTION = "EXCEPTION";
 
-// Many calls can be waiting for their answers, so that each keeps less than what can be shown of one archive.
+// Of one archive.
 const DecodingLimits LIMITS{200, 16 * 1024};
+
+// Ids and names come from clients, who can make them as long as a message. What is remembered of each is enough to tell
+// them apart and to show them.
+const std::size_t LONGEST_NAME = 256;
+
+// Roughly, in bytes of memory.
+std::size_t sizeOf(const std::vector<DecodedValue>& values) {
+    std::size_t size = 0;
+    for (const DecodedValue& value : values) {
+        const auto* text = std::get_if<std::string>(&value.value);
+        size += sizeof value + (text != nullptr ? text->size() : 0) + sizeOf(value.children);
+    }
+    return size;
+}
 
 std::string textOf(const DecodedArchive& archive, const char* field) {
     for (const DecodedValue& value : archive.values) {
@@ -29,6 +43,11 @@ std::string textOf(const DecodedArchive& archive, const char* field) {
         }
     }
     return {};
+}
+
+// The same of an id or a name.
+std::string nameIn(const DecodedArchive& archive, const char* field) {
+    return textOf(archive, field).substr(0, LONGEST_NAME);
 }
 
 bool is(const CallEvent& call, Side side, const char* method) {
@@ -94,9 +113,21 @@ void Conversation::takeCall(const BusMessage& message) {
     CallEvent call = describeCall(message, *side);
     learnFromCall(call);
     m_sink.onCall(call);
-    if (message.expectsReply) {
-        m_pending.set({message.sender, message.serial}, std::move(call));
+    if (!call.expectsAnswer) {
+        return;
     }
+    // With the nodes of the map, and the strings that are no arguments.
+    const std::size_t size = 2 * sizeof(Pending) + sizeOf(call.arguments.values);
+    m_pending.set({message.sender, message.serial}, {std::move(call), answererOf(message, *side)}, size);
+}
+
+std::string Conversation::answererOf(const BusMessage& call, Side side) const {
+    if (call.destination.rfind(':', 0) == 0) {
+        return call.destination;
+    }
+    const std::string name = side == Side::SERVICE ? ServiceNames::CONNECTION_NAME : CoreNames::CONNECTION_NAME();
+    const auto owner = m_owners.find(side);
+    return call.destination == name && owner != m_owners.end() ? owner->second : std::string();
 }
 
 CallEvent Conversation::describeCall(const BusMessage& message, Side side) {
@@ -105,6 +136,7 @@ CallEvent Conversation::describeCall(const BusMessage& message, Side side) {
     call.number = ++m_count;
     call.side = side;
     call.method = message.member;
+    call.expectsAnswer = message.expectsReply;
     call.caller = callerOf(message.sender);
     if (const Role* role = m_roles.find(message.sender)) {
         call.caller.client = role->client;
@@ -132,23 +164,23 @@ Caller Conversation::callerOf(const std::string& connection) {
 // What a call says of its caller before it is answered.
 void Conversation::learnFromCall(CallEvent& call) {
     const auto nameClient = [&call] {
-        const std::string name = textOf(call.arguments, "clientName");
+        const std::string name = nameIn(call.arguments, "clientName");
         call.caller.client = name.empty() ? call.caller.client : name;
     };
     if (is(call, Side::SERVICE, ServiceMethods::getService.name)) {
         nameClient();
-        call.session = textOf(call.arguments, "sessionId");
+        call.session = nameIn(call.arguments, "sessionId");
     } else if (is(call, Side::SERVICE, ServiceMethods::acquireExternalLock.name) ||
                is(call, Side::SERVICE, ServiceMethods::releaseExternalLock.name)) {
         nameClient();
     } else if (is(call, Side::SERVICE, ServiceMethods::startNewTransaction.name)) {
-        call.transaction = textOf(call.arguments, "transactionId");
+        call.transaction = nameIn(call.arguments, "transactionId");
     } else if (is(call, Side::CORE, CoreMethods::createTransaction.name)) {
-        call.transaction = textOf(call.arguments, "proxyId");
+        call.transaction = nameIn(call.arguments, "proxyId");
     } else if (is(call, Side::CORE, CoreMethods::helloMessage.name)) {
-        call.transaction = textOf(call.arguments, "proxyId");
+        call.transaction = nameIn(call.arguments, "proxyId");
     } else if (is(call, Side::SERVICE, ServiceMethods::helloMessage.name)) {
-        const std::string id = textOf(call.arguments, "id");
+        const std::string id = nameIn(call.arguments, "id");
         if (const Session* session = m_sessions.find(id)) {
             call.session = id;
             call.caller.client = session->client;
@@ -178,7 +210,7 @@ void Conversation::learnFromAnswer(const CallEvent& call, const AnswerEvent& ans
         m_transactions.set(call.transaction, {call.session, call.caller.client});
         return;
     } else if (is(call, Side::SERVICE, ServiceMethods::invalidate.name)) {
-        m_holder.clear();
+        forgetHolder();
         return;
     } else if (is(call, Side::SERVICE, ServiceMethods::helloMessage.name)) {
         role.session = call.session;
@@ -191,16 +223,27 @@ void Conversation::learnFromAnswer(const CallEvent& call, const AnswerEvent& ans
     m_roles.set(call.caller.connection, role);
 }
 
+// A bus delivers no answer of a connection that was not asked, but a monitor sees it all the same.
+bool Conversation::isFromAnother(const BusMessage& answer, const Pending& pending) {
+    return !pending.answerer.empty() && answer.sender != pending.answerer && answer.sender != BUS;
+}
+
 void Conversation::takeAnswer(const BusMessage& message) {
     const CallKey key{message.destination, message.replySerial};
-    const CallEvent* call = m_pending.find(key);
-    if (call == nullptr) {
+    const Pending* pending = m_pending.find(key);
+    if (pending == nullptr || isFromAnother(message, *pending)) {
         return;
     }
-    const AnswerEvent answer = describeAnswer(message, *call);
-    learnFromAnswer(*call, answer);
-    m_sink.onAnswer(*call, answer);
+    const CallEvent& call = pending->call;
+    const AnswerEvent answer = describeAnswer(message, call);
+    learnFromAnswer(call, answer);
+    m_sink.onAnswer(call, answer);
     m_pending.erase(key);
+}
+
+void Conversation::forgetHolder() {
+    m_holder.clear();
+    m_heldSession.clear();
 }
 
 AnswerEvent Conversation::describeAnswer(const BusMessage& message, const CallEvent& call) {
@@ -253,6 +296,9 @@ void Conversation::takeNameOwnerChanged(const BusMessage& message) {
     }
     if (change.side) {
         m_owners[*change.side] = change.to;
+        if (change.side == Side::SERVICE) {
+            forgetHolder(); // a service that ends takes the session with it
+        }
         m_sink.onOwner(change);
         return;
     }
@@ -265,7 +311,7 @@ void Conversation::takeNameOwnerChanged(const BusMessage& message) {
     }
     if (change.name == m_holder) {
         change.session = m_heldSession;
-        m_holder.clear();
+        forgetHolder();
     }
     m_sink.onOwner(change);
     m_roles.erase(change.name);

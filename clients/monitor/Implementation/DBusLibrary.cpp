@@ -1,5 +1,6 @@
 // The only source of this module that calls libdbus. Common/DBUSWrapper does the same for the system's own ends, which
 // send and answer calls; a monitor needs what they must not have: every message as it is, whoever it is for.
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 #include <fstream>
@@ -8,6 +9,7 @@
 #include <stdexcept>
 
 #include <dbus/dbus.h>
+#include <unistd.h>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "monitor/BusMessage.h"
@@ -152,6 +154,11 @@ std::vector<std::string> matchRules(const std::string& observer) {
 }
 
 [[noreturn]] void throwNoMonitor(const Error& error) {
+    if (error.is(DBUS_ERROR_ACCESS_DENIED) && geteuid() == 0) {
+        throw std::runtime_error("The rules of this bus let nobody see what others send. Allow the interface " +
+                                 std::string(DBUS_INTERFACE_MONITORING) +
+                                 " in them, or read a capture that somebody else has made with --read.");
+    }
     if (error.is(DBUS_ERROR_ACCESS_DENIED)) {
         throw std::runtime_error("This bus does not let you see what others send. Be root, or the user that the bus "
                                  "runs as: sudo daxctl monitor. A capture that somebody else has made can be read "
@@ -192,8 +199,16 @@ struct Free {
 } // namespace
 
 std::optional<BusMessage> parseMessage(std::string_view bytes, std::int64_t time, std::string& reason) {
+    const int size = static_cast<int>(std::min<std::size_t>(bytes.size(), DBUS_MAXIMUM_MESSAGE_LENGTH + 1));
+    // The library would call a part of a message a lack of memory.
+    const int needed = dbus_message_demarshal_bytes_needed(bytes.data(), size);
+    if (needed == 0 || needed > size) {
+        reason = std::to_string(bytes.size()) + " bytes of a message" +
+                 (needed == 0 ? "" : " that has " + std::to_string(needed));
+        return std::nullopt;
+    }
     Error error;
-    const Message message(dbus_message_demarshal(bytes.data(), static_cast<int>(bytes.size()), error.get()));
+    const Message message(dbus_message_demarshal(bytes.data(), size, error.get()));
     if (!message) {
         reason = error.text();
         return std::nullopt;

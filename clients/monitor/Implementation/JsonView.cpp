@@ -70,12 +70,13 @@ const char* changeName(const OwnerEvent& change) {
 } // namespace
 
 std::string isoTime(std::int64_t microseconds) {
-    const std::time_t seconds = static_cast<std::time_t>(microseconds / 1000000);
+    const std::int64_t fraction = (microseconds % 1000000 + 1000000) % 1000000; // of a time before 1970, too
+    const std::time_t seconds = static_cast<std::time_t>((microseconds - fraction) / 1000000);
     std::tm parts{};
     gmtime_r(&seconds, &parts);
     char text[64];
     const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(text + length, sizeof text - length, ".%06dZ", static_cast<int>(microseconds % 1000000));
+    std::snprintf(text + length, sizeof text - length, ".%06dZ", static_cast<int>(fraction));
     return text;
 }
 

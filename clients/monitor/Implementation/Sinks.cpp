@@ -26,12 +26,6 @@ void SinkList::onNote(const NoteEvent& note) {
     }
 }
 
-void SinkList::onEnd(std::size_t unanswered) {
-    for (EventSink* const sink : m_sinks) {
-        sink->onEnd(unanswered);
-    }
-}
-
 bool SinkFilter::concerns(const CallEvent& call) const {
     return m_sides.count(call.side) != 0 && (m_methods.empty() || m_methods.count(call.method) != 0);
 }

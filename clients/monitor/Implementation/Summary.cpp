@@ -22,7 +22,17 @@ Summary::Method& Summary::methodOf(const CallEvent& call) {
 }
 
 void Summary::onCall(const CallEvent& call) {
-    ++methodOf(call).calls;
+    Method& method = methodOf(call);
+    ++method.calls;
+    method.expected += call.expectsAnswer ? 1 : 0;
+}
+
+std::uint64_t Summary::unanswered() const {
+    std::uint64_t sum = 0;
+    for (const auto& entry : m_methods) {
+        sum += entry.second.expected - entry.second.latencies.count();
+    }
+    return sum;
 }
 
 void Summary::onAnswer(const CallEvent& call, const AnswerEvent& answer) {
@@ -33,22 +43,22 @@ void Summary::onAnswer(const CallEvent& call, const AnswerEvent& answer) {
 }
 
 void Summary::print(std::ostream& out) const {
-    char line[200];
-    std::snprintf(line, sizeof line, "%-8s%-32s%9s%9s%9s%12s%12s\n", "", "method", "calls", "refused", "failed",
+    char line[200]; // of which 80 letters are in use, as many as a terminal has
+    std::snprintf(line, sizeof line, "%-8s%-30s %6s %7s %6s %9s %9s\n", "", "method", "calls", "refused", "failed",
                   "median ms", "worst ms");
     out << line;
     std::uint64_t calls = 0;
     for (const auto& [key, method] : m_methods) {
         calls += method.calls;
-        std::snprintf(line, sizeof line, "%-8s%-32s%9llu%9llu%9llu%12.3f%12.3f\n", sideName(key.first),
+        std::snprintf(line, sizeof line, "%-8s%-30s %6llu %7llu %6llu %9.3f %9.3f\n", sideName(key.first),
                       key.second.c_str(), static_cast<unsigned long long>(method.calls),
                       static_cast<unsigned long long>(method.refused), static_cast<unsigned long long>(method.failed),
                       inMilliseconds(method.latencies.median()), inMilliseconds(method.latencies.worst()));
         out << line;
     }
     out << calls << (calls == 1 ? " call" : " calls");
-    if (m_unanswered > 0) {
-        out << ", " << m_unanswered << " not answered yet";
+    if (unanswered() > 0) {
+        out << ", " << unanswered() << " not answered yet";
     }
     out << std::endl;
 }
@@ -65,7 +75,7 @@ nlohmann::ordered_json Summary::toJson() const {
                            {"medianMs", inMilliseconds(method.latencies.median())},
                            {"worstMs", inMilliseconds(method.latencies.worst())}});
     }
-    return {{"event", "summary"}, {"methods", methods}, {"unanswered", m_unanswered}};
+    return {{"event", "summary"}, {"methods", methods}, {"unanswered", unanswered()}};
 }
 
 } // namespace monitor

@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "monitor/LineBreaks.h"
 #include "monitor/Values.h"
 
 namespace monitor {
 
 namespace {
 
-const std::size_t SHOWN = 80; // characters of one text or byte array
+const std::size_t SIDE_WIDTH = 8;   // of the column that says whose method it is
+const std::size_t NUMBER_WIDTH = 5; // of a call's number; higher ones are wider
+const std::size_t INDENT = 22;      // of the second line of what does not fit into one: behind time and side
+const std::size_t SHOWN = 80;       // characters of one text or byte array
 
 std::string secondsColumn(std::int64_t microseconds) {
     char text[40];
@@ -27,6 +31,14 @@ std::string breakageText(const DecodedArchive& archive) {
     const auto& breakage = *archive.breakage;
     return "BROKEN at byte " + std::to_string(breakage.offset) +
            (breakage.field.empty() ? "" : " (" + breakage.field + ")") + ": " + breakage.reason;
+}
+
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - std::min(text.size(), width), ' ');
+}
+
+std::string callNumber(const CallEvent& call) {
+    return padded("#" + std::to_string(call.number), NUMBER_WIDTH);
 }
 
 std::string joined(std::initializer_list<std::string> parts) {
@@ -81,7 +93,7 @@ const char* sideName(Side side) {
 }
 
 std::string describeCaller(const Caller& caller) {
-    std::string text = caller.connection;
+    std::string text = printable(caller.connection, SHOWN);
     if (caller.process) {
         text += " " + printable(caller.process->name, SHOWN) + "[" + std::to_string(caller.process->pid) + "]";
     }
@@ -91,7 +103,7 @@ std::string describeCaller(const Caller& caller) {
 void TextView::onCall(const CallEvent& call) {
     const bool isWhole = call.isKnown && !call.arguments.breakage;
     writeLine(call.time, sideName(call.side), isWhole ? Colour::CALL : Colour::FAILURE,
-              "#" + std::to_string(call.number) + " > " + printable(call.method, SHOWN),
+              callNumber(call) + " > " + printable(call.method, SHOWN),
               joined({argumentsText(call), "by " + describeCaller(call.caller), belonging(call)}));
 }
 
@@ -99,16 +111,17 @@ void TextView::onAnswer(const CallEvent& call, const AnswerEvent& answer) {
     const Colour colour = answer.outcome == Outcome::DONE      ? Colour::PLAIN
                           : answer.outcome == Outcome::REFUSED ? Colour::REFUSAL
                                                                : Colour::FAILURE;
-    writeLine(answer.time, sideName(call.side), colour,
-              "#" + std::to_string(call.number) + " < " + printable(call.method, SHOWN),
+    writeLine(answer.time, sideName(call.side), colour, callNumber(call) + " < " + printable(call.method, SHOWN),
               joined({outcomeText(answer), "after " + millisecondsText(answer.latency)}));
 }
 
 void TextView::onOwner(const OwnerEvent& change) {
     if (change.side) {
-        const std::string what = change.to.empty()     ? "has ended, " + change.from
-                                 : change.from.empty() ? "has started, " + change.to
-                                                       : "has changed hands, " + change.from + " to " + change.to;
+        const std::string from = printable(change.from, SHOWN);
+        const std::string to = printable(change.to, SHOWN);
+        const std::string what = to.empty()     ? "has ended, " + from
+                                 : from.empty() ? "has started, " + to
+                                                : "has changed hands, " + from + " to " + to;
         writeLine(change.time, sideName(*change.side), change.to.empty() ? Colour::FAILURE : Colour::FAINT,
                   std::string("the ") + sideName(*change.side), what);
         return;
@@ -126,11 +139,18 @@ void TextView::writeLine(std::int64_t time, const std::string& side, Colour colo
                          const std::string& rest) {
     const char* const sequences[] = {"", "\x1b[2m", "\x1b[36m", "\x1b[33m", "\x1b[31m"};
     m_begin = m_begin ? m_begin : time;
-    const bool isColoured = m_colours && colour != Colour::PLAIN;
-    m_out << secondsColumn(time - *m_begin) << " " << side
-          << std::string(8 - std::min<std::size_t>(side.size(), 8), ' ')
-          << (isColoured ? sequences[static_cast<int>(colour)] : "") << head << (isColoured ? "\x1b[0m" : "") << "  "
-          << rest << "\n";
+    const std::string before = secondsColumn(time - *m_begin) + " " + padded(side, SIDE_WIDTH);
+    std::vector<std::string> lines = brokenLines(before + head + "  " + rest, m_width(), INDENT);
+    if (m_colours && colour != Colour::PLAIN) {
+        // In a terminal that is too narrow for the head, its first line is coloured.
+        const std::size_t begin = std::min(lines[0].size(), before.size());
+        const std::size_t end = std::min(lines[0].size(), before.size() + head.size());
+        lines[0].insert(end, "\x1b[0m");
+        lines[0].insert(begin, sequences[static_cast<int>(colour)]);
+    }
+    for (const std::string& line : lines) {
+        m_out << line << "\n";
+    }
 }
 
 } // namespace monitor

@@ -50,6 +50,7 @@ protected:
             lines.push_back(
                 std::to_string(time) + " " +
                 (message ? message->interface + "." + message->member + " " + message->arguments[0].text : reason));
+            return true;
         });
         return lines;
     }
@@ -113,7 +114,7 @@ TEST_F(CaptureFile, TellsOfAMessageOfWhichItHasAPart) {
 
 TEST_F(CaptureFile, TellsOfBytesThatAreNoMessage) {
     EXPECT_THAT(read(write({"nonsense", LITTLE})),
-                ElementsAre(StartsWith("1700000000000000 bytes that are no message: "), "1700000001500000 a.b.C hi"));
+                ElementsAre(StartsWith("1700000000000000 what is no message: "), "1700000001500000 a.b.C hi"));
 }
 
 TEST_F(CaptureFile, ThatIsNoneIsRefused) {
@@ -130,6 +131,110 @@ TEST_F(CaptureFile, OfAnotherKindOfBusIsRefused) {
         FAIL() << "it was read";
     } catch (const std::runtime_error& error) {
         EXPECT_THAT(error.what(), EndsWith("other.pcap: a capture of EN10MB, not of a D-Bus"));
+    }
+}
+
+TEST_F(CaptureFile, MayBeCutAnywhere) {
+    const std::string whole = contentOf(write({LITTLE, LITTLE}));
+    const std::size_t header = 24;
+    const std::size_t record = 16 + LITTLE.size();
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const std::string path = store(whole.substr(0, size));
+        if (size < header) {
+            EXPECT_THROW(read(path), std::runtime_error) << size;
+            continue;
+        }
+        EXPECT_THAT(read(path), SizeIs((size - header) / record)) << size;
+        EXPECT_EQ(end.cutBecause.empty(), (size - header) % record == 0) << size << " " << end.cutBecause;
+    }
+}
+
+// Each byte as each value would take long; these are those that counts and lengths are sensitive to.
+TEST_F(CaptureFile, MayHaveAnyByteAnywhere) {
+    const std::string whole = contentOf(write({LITTLE, BIG}));
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        for (const char byte : {'\0', '\1', '\x7f', '\x80', '\xff'}) {
+            std::string changed = whole;
+            changed[at] = byte;
+            try {
+                const std::string path = store(changed);
+                readCapture(path, [](const auto& message, std::int64_t, const std::string& reason) {
+                    EXPECT_EQ(message.has_value(), reason.empty());
+                    return true;
+                });
+                CapturedProcesses(path).processOf(":1.1");
+            } catch (const std::runtime_error&) {
+                EXPECT_LT(at, 24U) << "only the head of the file makes it no capture";
+            }
+        }
+    }
+}
+
+// The newer format, in which busctl writes.
+TEST_F(CaptureFile, OfTheNewerFormatMayBeCutAndChangedAnywhere) {
+    const std::string header = __FILE__;
+    const std::string whole =
+        contentOf(header.substr(0, header.rfind("clients/")) + "golden/monitor/busctl.pcap").substr(0, 1000);
+    const auto readAll = [this](const std::string& content) {
+        std::size_t messages = 0;
+        try {
+            readCapture(store(content), [&messages](const auto& message, std::int64_t, const std::string&) {
+                messages += message ? 1 : 0;
+                return true;
+            });
+        } catch (const std::runtime_error&) {
+        }
+        return messages;
+    };
+    const std::size_t messages = readAll(whole);
+    EXPECT_GT(messages, 2U);
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        std::string changed = whole;
+        changed[at] = static_cast<char>(~changed[at]);
+        EXPECT_LE(readAll(whole.substr(0, at)), messages) << at;
+        EXPECT_LE(readAll(changed), messages) << at;
+    }
+}
+
+TEST_F(CaptureFile, WithAHugeLengthEndsThere) {
+    const std::string whole = contentOf(write({LITTLE}));
+    for (const std::string& length : {std::string("\xff\xff\xff\xff", 4), std::string("\xff\xff\xff\x7f", 4),
+                                      std::string("\x01\0\0\x08", 4), std::string("\0\0\0\x08", 4)}) {
+        std::string huge = whole;
+        huge.replace(32, 4, length); // in the file
+        huge.replace(36, 4, length); // on the bus
+        EXPECT_THAT(read(store(huge)), IsEmpty());
+        EXPECT_NE(end.cutBecause, "");
+    }
+}
+
+TEST_F(CaptureFile, TellsOfMessagesThatAreCutInTheirCapture) {
+    for (std::size_t size = 0; size < LITTLE.size(); ++size) {
+        const std::vector<std::string> lines = read(write({LITTLE.substr(0, size), LITTLE}));
+        ASSERT_THAT(lines, SizeIs(2)) << size;
+        EXPECT_EQ(lines[0], "1700000000000000 what is no message: " + std::to_string(size) + " bytes of a message" +
+                                (size < 16 ? "" : " that has 79"));
+    }
+}
+
+TEST_F(CaptureFile, IsReadOnlyAsFarAsItIsWanted) {
+    std::size_t taken = 0;
+    readCapture(write({LITTLE, LITTLE, LITTLE}), [&taken](const auto&, std::int64_t, const std::string&) {
+        ++taken;
+        return taken < 2;
+    });
+    EXPECT_EQ(taken, 2U);
+}
+
+TEST_F(CaptureFile, ThatCannotBeWrittenSaysWhyAtTheFirstMessage) {
+    for (const std::size_t size : {std::size_t(10), std::size_t(100000)}) { // in the buffer, and past it
+        CaptureWriter full("/dev/full");
+        try {
+            full.write(0, std::string(size, 'x'));
+            ADD_FAILURE() << "it was written";
+        } catch (const std::runtime_error& error) {
+            EXPECT_STREQ(error.what(), "/dev/full: No space left on device");
+        }
     }
 }
 

@@ -210,13 +210,62 @@ TEST_F(ConversationTest, PassesOverWhatIsNotOfTheUpdateStack) {
     EXPECT_THAT(events.answers, IsEmpty());
 }
 
-TEST_F(ConversationTest, CountsCallsWithoutAnAnswer) {
-    conversation.take(bus.call("getCurrentVersion", H));
+TEST_F(ConversationTest, KnowsACallThatWantsNoAnswer) {
     BusMessage silent = bus.call("getCurrentVersion", H);
     silent.expectsReply = false;
     conversation.take(silent);
-    conversation.end();
-    EXPECT_EQ(events.unanswered, 1U);
+    conversation.take(bus.reply("REPLY", "getCurrentVersion", H + " 1 7\n"));
+    EXPECT_FALSE(events.calls[0].expectsAnswer);
+    EXPECT_THAT(events.answers, IsEmpty());
+}
+
+TEST_F(ConversationTest, BelievesTheAnswerOfTheOneThatWasAskedOnly) {
+    conversation.setOwner(Side::SERVICE, ":1.2");
+    conversation.take(bus.call("getCurrentVersion", H));
+    BusMessage forged = bus.reply("REPLY", "getCurrentVersion", H + " 6 forged\n");
+    forged.sender = ":1.66";
+    conversation.take(forged);
+    EXPECT_THAT(events.answers, IsEmpty());
+    conversation.take(bus.reply("REPLY", "getCurrentVersion", H + " 1 7\n"));
+    ASSERT_THAT(events.answers, SizeIs(1));
+    EXPECT_EQ(valuesAsText(events.answers[0].second.result.values, 80), "version=\"7\"");
+}
+
+TEST_F(ConversationTest, BelievesTheAnswerOfAUniqueNameFromThatNameOnly) {
+    conversation.setOwner(Side::SERVICE, ":1.2");
+    BusMessage call = bus.call("getCurrentVersion", H);
+    call.destination = ":1.9";
+    conversation.take(call);
+    conversation.take(bus.reply("REPLY", "getCurrentVersion", H + " 1 7\n"));
+    EXPECT_THAT(events.answers, IsEmpty());
+}
+
+TEST_F(ConversationTest, BelievesAnybodyWhereItDoesNotKnowWhoHadTheName) {
+    exchange("getCurrentVersion", H, H + " 1 7\n");
+    EXPECT_THAT(events.answers, SizeIs(1));
+}
+
+TEST_F(ConversationTest, TakesAnAnswerForTheLaterOfTwoCallsWithTheSameSerial) {
+    const BusMessage call = bus.call("getCurrentVersion", H);
+    conversation.take(call);
+    conversation.take(call);
+    conversation.take(bus.reply("REPLY", "getCurrentVersion", H + " 1 7\n"));
+    conversation.take(bus.reply("REPLY", "getCurrentVersion", H + " 1 7\n"));
+    ASSERT_THAT(events.answers, SizeIs(1));
+    EXPECT_EQ(events.answers[0].first.number, 2U);
+}
+
+TEST_F(ConversationTest, KnowsThatAServiceThatEndsTakesTheSessionWithIt) {
+    openSession();
+    conversation.take(bus.ownerChanged("org.kovan.tv.dax.service.servicemanager", ":1.2", ""));
+    conversation.take(bus.ownerChanged(":1.5", ":1.5", ""));
+    EXPECT_EQ(events.owners[1].session, "");
+}
+
+TEST_F(ConversationTest, RemembersTheBeginningOfNamesThatAreLong) {
+    const std::string longName(100000, 'n');
+    exchange("getService", H + " 4 100000 " + longName + " 2 2 s1 4 :1.6", H + " 4 name\n");
+    EXPECT_EQ(events.calls[0].caller.client, longName.substr(0, 256));
 }
 
 // Ever new callers, sessions and calls, most of which nobody answers.
@@ -235,11 +284,32 @@ TEST(ConversationMemory, StaysFlatOverAMillionMessages) {
             conversation.take(bus.call("unknown" + id, H));
         }
     };
-    storm(0, 20000);
+    storm(0, 40000);
     const std::size_t before = heapInUse();
-    storm(20000, 445000);
+    storm(40000, 465000);
     EXPECT_LT(heapInUse(), before + before / 10);
     EXPECT_THAT(summary.toJson()["methods"], SizeIs(2));
+}
+
+// As many long arguments as the limits of one archive allow.
+TEST(ConversationMemory, StaysBoundedHoweverLongTheArgumentsOfWaitingCallsAre) {
+    ProcessOfEach processes;
+    Summary summary;
+    Conversation conversation(summary, processes);
+    const std::string items = [] {
+        std::string text = H + " 0 0 200 0";
+        for (int i = 100; i < 300; ++i) {
+            text += " 80 " + std::to_string(i) + std::string(77, 'x');
+        }
+        return text;
+    }();
+    const std::size_t before = heapInUse();
+    BusStory bus;
+    for (int i = 0; i < 5000; ++i) {
+        conversation.take(bus.call("startInstallation", items));
+    }
+    EXPECT_LT(heapInUse(), before + 64 * 1024 * 1024);
+    EXPECT_EQ(summary.toJson()["unanswered"], 5000);
 }
 
 } // namespace

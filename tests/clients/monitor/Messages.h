@@ -90,13 +90,11 @@ public:
     }
     void onOwner(const monitor::OwnerEvent& change) override { owners.push_back(change); }
     void onNote(const monitor::NoteEvent& note) override { notes.push_back(note); }
-    void onEnd(std::size_t count) override { unanswered = count; }
 
     std::vector<monitor::CallEvent> calls;
     std::vector<std::pair<monitor::CallEvent, monitor::AnswerEvent>> answers;
     std::vector<monitor::OwnerEvent> owners;
     std::vector<monitor::NoteEvent> notes;
-    std::size_t unanswered = 0;
 };
 
 } // namespace DAX::Tests

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "clients/monitor/Messages.h"
-#include "monitor/Conversation.h"
-#include "monitor/TextView.h"
 
 namespace DAX::Tests {
 namespace {
@@ -54,26 +52,6 @@ TEST(Values, CannotWriteToTheTerminalWhatDoesNotPrint) {
 TEST(Values, AreNotCutInTheMiddleOfALetter) {
     EXPECT_EQ(printable("aé€", 2), "aé...");
     EXPECT_EQ(printable("aé€", 4), "aé€");
-}
-
-std::string shown(bool colours, const std::string& kind, const std::string& name) {
-    std::ostringstream out;
-    monitor::TextView view(out, colours);
-    ProcessOfEach processes;
-    monitor::Conversation conversation(view, processes);
-    BusStory bus;
-    conversation.take(bus.call("startModelsSearching", H));
-    conversation.take(bus.reply(kind, name, H + " 0  0  0 0\n"));
-    return out.str();
-}
-
-TEST(TextView, ColoursFailuresOnATerminalOnly) {
-    EXPECT_EQ(shown(false, "EXCEPTION", "CWrongKeys"),
-              "     0.000000 service #1 > startModelsSearching  by :1.5 updater[42]\n"
-              "     0.001000 service #1 < startModelsSearching  FAILED  CWrongKeys  after 1.000 ms\n");
-    EXPECT_EQ(shown(true, "EXCEPTION", "CWrongKeys"),
-              "     0.000000 service \x1b[36m#1 > startModelsSearching\x1b[0m  by :1.5 updater[42]\n"
-              "     0.001000 service \x1b[31m#1 < startModelsSearching\x1b[0m  FAILED  CWrongKeys  after 1.000 ms\n");
 }
 
 } // namespace

@@ -1,11 +1,14 @@
 // daxctl monitor on a bus.
 #include <csignal>
+#include <fstream>
 #include <set>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "support/ServiceContract.h"
+#include "support/TemporaryRoot.h"
 #include "support/WireGoldens.h"
 #include "system/Monitor/MonitorTool.h"
 #include "system/support/Desk.h"
@@ -225,6 +228,94 @@ TEST_F(MonitorTest, SaysWhenTheBusEnds) {
     EXPECT_THAT(daxctl({"monitor"}).errors, StartsWith("daxctl: There is no system bus: "));
 }
 
+// The command line of a shell that tells at its end how the monitor has ended.
+std::vector<std::string> inShell(const std::string& arguments, const std::string& rest) {
+    return {"sh", "-c", "(" DAXCTL " monitor " + arguments + "; echo ended with $? >&2) " + rest};
+}
+
+TEST_F(MonitorTest, EndsWhenNobodyReadsAnyMore) {
+    const std::string picture = (desk.root / "head.svg").string();
+    Command command;
+    command.line = inShell("--diagram " + picture, "| head -n 1");
+    Process shell(command);
+    ASSERT_TRUE(shell.waitForErrors("Watching the bus."));
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(shell.waitForEnd(), ProcessEnd::exited(0));
+    EXPECT_THAT(shell.output(), HasSubstr("service"));
+    EXPECT_THAT(shell.errors(), EndsWith("ended with 0\n"));
+    EXPECT_THAT(desk.root.read("head.svg"), EndsWith("</svg>\n"));
+}
+
+TEST_F(MonitorTest, SaysWhenItsOutputCannotBeWritten) {
+    Command command;
+    command.line = inShell("", "> /dev/full");
+    Process shell(command);
+    ASSERT_TRUE(shell.waitForErrors("Watching the bus."));
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(shell.waitForEnd(), ProcessEnd::exited(0));
+    EXPECT_THAT(shell.errors(), EndsWith("daxctl: The standard output cannot be written: No space left on device\n"
+                                         "ended with 1\n"));
+}
+
+TEST_F(MonitorTest, TellsWhatItHasSeenWhenTheDiskOfItsCaptureIsFull) {
+    watch({"--write", "/dev/full"});
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(monitor->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_THAT(monitor->errors(), EndsWith("daxctl: /dev/full: No space left on device\n"));
+    EXPECT_THAT(monitor->output(), HasSubstr("worst ms\n"));
+}
+
+TEST_F(MonitorTest, SaysAtOnceThatAPictureCannotBeDrawn) {
+    const auto run = desk.run("daxctl", {"monitor", "--diagram", (desk.root / "no/folder.svg").string()});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_THAT(run.errors, AllOf(EndsWith("no/folder.svg: No such file or directory\n"), Not(HasSubstr("Watching"))));
+}
+
+TEST_F(MonitorTest, WritesItsFailureAsALineOfJson) {
+    watch({"--json"});
+    desk.stopBus();
+    EXPECT_EQ(monitor->waitForEnd(), ProcessEnd::exited(1));
+    EXPECT_EQ(faultsBySchema(monitor->output()), "");
+    EXPECT_EQ(jsonLines(monitor->output()).back(),
+              nlohmann::json::parse(R"({"event": "error", "error": "The bus has ended the connection."})"));
+}
+
+// As of `ssh tv dbus-monitor --system --pcap | daxctl monitor --read -`.
+TEST_F(MonitorTest, ShowsAStreamAsItComesUntilCtrlC) {
+    const std::string capture = (desk.root / "seen.pcap").string();
+    watch({"--write", capture});
+    desk.run("daxctl", {"status"});
+    finish();
+    const std::string stream = (desk.root / "stream").string();
+    ASSERT_EQ(::mkfifo(stream.c_str(), 0600), 0);
+    const auto reader = desk.start("daxctl", {"monitor", "--read", stream});
+    std::ofstream writer(stream, std::ios::binary);
+    writer << desk.root.read("seen.pcap") << std::flush; // and it stays open
+    ASSERT_TRUE(reader->waitForOutput("< getServiceOwner"));
+    reader->send(SIGINT);
+    EXPECT_EQ(reader->waitForEnd(), ProcessEnd::exited(0)) << reader->errors();
+    EXPECT_THAT(reader->output(), HasSubstr("worst ms\n"));
+    EXPECT_EQ(reader->errors(), "");
+}
+
+TEST_F(MonitorTest, SaysWhatToDoOnABusWhoseRulesLetNobodyWatch) {
+    desk.root.write("rules.conf", "<busconfig><policy context=\"mandatory\">"
+                                  "<deny send_interface=\"org.freedesktop.DBus.Monitoring\"/></policy></busconfig>");
+    desk.stopBus();
+    SystemBusRules rules;
+    rules.policies = {(desk.root / "rules.conf").string()};
+    const PrivateBus bus(rules);
+    const auto run = daxctl({"monitor"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+    EXPECT_EQ(run.errors, ::geteuid() == 0
+                              ? "daxctl: The rules of this bus let nobody see what others send. Allow the interface "
+                                "org.freedesktop.DBus.Monitoring in them, or read a capture that somebody else has "
+                                "made with --read.\n"
+                              : "daxctl: This bus does not let you see what others send. Be root, or the user that "
+                                "the bus runs as: sudo daxctl monitor. A capture that somebody else has made can be "
+                                "read with --read.\n");
+}
+
 TEST(MonitorAsAnOrdinaryUser, SaysWhatToDo) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only the superuser can run a program as another user";
@@ -243,9 +334,22 @@ TEST(MonitorAsAnOrdinaryUser, SaysWhatToDo) {
 TEST(MonitorUsage, KnowsWhichOptionsGoTogether) {
     EXPECT_EQ(daxctl({"monitor", "--read", "a.pcap", "--write", "b.pcap"}).end, ProcessEnd::exited(2));
     EXPECT_EQ(daxctl({"monitor", "--read", "a.pcap", "--time-scale"}).end, ProcessEnd::exited(2));
+    EXPECT_EQ(daxctl({"monitor", "--write", "-"}).end, ProcessEnd::exited(2));
     const auto unknown = daxctl({"monitor", "--method", "getServise"});
     EXPECT_EQ(unknown.end, ProcessEnd::exited(2));
     EXPECT_EQ(unknown.errors, "daxctl: The service has no method getServise. Did you mean getService?\n");
+}
+
+TEST(MonitorUsage, DrawsNoPictureOverTheCapture) {
+    const TemporaryRoot root;
+    root.write("seen.pcap", "a capture");
+    const std::string capture = (root / "seen.pcap").string();
+    const std::string same = (root / "./seen.pcap").string();
+    const auto run = daxctl({"monitor", "--read", capture, "--diagram", same});
+    EXPECT_EQ(run.end, ProcessEnd::exited(2));
+    EXPECT_EQ(run.errors, "daxctl: The picture would overwrite the capture. Name another file.\n");
+    EXPECT_EQ(root.read("seen.pcap"), "a capture");
+    EXPECT_EQ(daxctl({"monitor", "--write", same, "--diagram", capture}).end, ProcessEnd::exited(2));
 }
 
 } // namespace
