@@ -11,9 +11,9 @@
 namespace monitor {
 
 // Draws what was seen as a sequence: a lifeline for each client, one for the service and one for the core, the calls as
-// arrows with their results below, refusals and failures in colours of their own. Calls that repeat themselves, as
-// progress that is polled, become one arrow. It keeps the first MOST_STEPS calls and changes, and tells how many it has
-// left out.
+// arrows with their results below, refusals and failures in colours of their own, and a bar where a client holds the
+// service. Calls that repeat themselves, as progress that is polled, become one arrow. It keeps the first MOST_STEPS
+// calls and changes, and tells how many it has left out.
 class Diagram : public EventSink {
 public:
     enum class Scale {
@@ -32,6 +32,8 @@ public:
 
     // How one step looks. The drawing itself is in DiagramDrawing.
     enum class Look { PLAIN, REFUSED, FAILED };
+    // What it does to the session, of which there is one at most.
+    enum class Session { SAME, BEGINS, ENDS };
 
     // A call, or a change.
     struct Step {
@@ -41,7 +43,10 @@ public:
         std::string connection; // of the caller
         std::string label;
         std::string result;
+        std::string explanation; // of a failure
         Look look = Look::PLAIN;
+        Session session = Session::SAME;
+        bool wantsAnswer = true;
         bool isAnswered = false;
         bool isEnd = false; // of a lifeline
     };

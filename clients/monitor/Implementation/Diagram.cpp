@@ -11,46 +11,95 @@ namespace monitor {
 
 namespace {
 
+namespace ServiceMethods = DAX::DAXIPC::DBUSLowLevel::ServiceMethods;
 using DAX::DAXIPC::DBUSLowLevel::DecodedValue;
+using DAX::DAXIPC::DBUSLowLevel::TypeDescription;
 
-const std::size_t VALUE_LETTERS = 24; // characters of one value
+const std::size_t VALUE_LETTERS = 24; // of one value
+const std::size_t EXPLANATION_LETTERS = 200;
 
-// The values of a record without the names of its fields, which would not fit.
+bool isOf(const DecodedValue& value, TypeDescription::Form form) {
+    return value.type != nullptr && value.type->form == form;
+}
+
+// What says little in a picture: what is empty, bytes, and the fraction that refines a percentage.
+bool isDetail(const DecodedValue& value) {
+    return isOf(value, TypeDescription::Form::BYTES) ||
+           (isOf(value, TypeDescription::Form::OPTIONAL) &&
+            (value.children.empty() || isOf(value.children[0], TypeDescription::Form::FRACTION)));
+}
+
+// A value with as few words as possible: names of fields stand with plain numbers only, and not where a number speaks
+// for itself.
 std::string shortValue(const DecodedValue& value) {
-    using Form = DAX::DAXIPC::DBUSLowLevel::TypeDescription::Form;
-    if (value.type == nullptr || value.children.empty() ||
-        (value.type->form != Form::RECORD && value.type->form != Form::OPTIONAL)) {
+    if (value.name == "progressPercent") {
+        return valueAsText(value, VALUE_LETTERS) + " %";
+    }
+    if (isOf(value, TypeDescription::Form::NUMBER) && value.type->names.empty()) {
+        return value.name + " " + valueAsText(value, VALUE_LETTERS);
+    }
+    if (value.children.empty() || isOf(value, TypeDescription::Form::LIST)) {
         return valueAsText(value, VALUE_LETTERS);
     }
     std::string text;
     for (const DecodedValue& child : value.children) {
-        const bool isEmpty = child.type != nullptr && child.type->form == Form::OPTIONAL && child.children.empty();
-        const bool isBytes = child.type != nullptr && child.type->form == Form::BYTES;
-        if (!isEmpty && !isBytes) {
+        if (!isDetail(child)) {
             text += (text.empty() ? "" : ", ") + shortValue(child);
         }
     }
     return text;
 }
 
+bool isService(const CallEvent& call, const char* method) {
+    return call.side == Side::SERVICE && call.method == method;
+}
+
 // What the result says, in a few words.
-std::string resultOf(const AnswerEvent& answer) {
+std::string resultOf(const CallEvent& call, const AnswerEvent& answer) {
     switch (answer.outcome) {
     case Outcome::REFUSED:
         return "refused";
     case Outcome::FAILED:
-        return answer.failure.substr(answer.isBusError ? answer.failure.rfind('.') + 1 : 0) +
-               (answer.text.empty() ? "" : ": " + printable(answer.text, 60));
+        return answer.failure.substr(answer.isBusError ? answer.failure.rfind('.') + 1 : 0);
     case Outcome::BROKEN:
-        return "cannot be read: " + answer.result.breakage->reason;
+        return "cannot be read";
     case Outcome::DONE:
         break;
     }
+    const auto& values = answer.result.values;
+    if (isService(call, ServiceMethods::getServiceOwner.name) && values.size() > 2) {
+        const bool* const isOwned = std::get_if<bool>(&values[0].value);
+        return isOwned != nullptr && *isOwned ? shortValue(values[2]) + ", " + shortValue(values[1]) : "nobody";
+    }
     std::string text;
-    for (const DecodedValue& value : answer.result.values) {
+    for (const DecodedValue& value : values) {
         text += (text.empty() ? "" : ", ") + (value.name == "busName" ? "granted" : shortValue(value));
     }
     return text;
+}
+
+std::string explanationOf(const AnswerEvent& answer) {
+    return answer.outcome == Outcome::FAILED   ? printable(answer.text, EXPLANATION_LETTERS)
+           : answer.outcome == Outcome::BROKEN ? printable(answer.result.breakage->reason, EXPLANATION_LETTERS)
+                                               : std::string();
+}
+
+Diagram::Session sessionAfter(const CallEvent& call, const AnswerEvent& answer) {
+    if (answer.outcome == Outcome::DONE && isService(call, ServiceMethods::getService.name)) {
+        return Diagram::Session::BEGINS;
+    }
+    return answer.outcome == Outcome::DONE && isService(call, ServiceMethods::invalidate.name) ? Diagram::Session::ENDS
+                                                                                               : Diagram::Session::SAME;
+}
+
+std::string labelOf(const CallEvent& call) {
+    std::string label = printable(call.method, 40);
+    if (isService(call, ServiceMethods::getService.name) && !call.arguments.values.empty()) {
+        label += ", priority " + valueAsText(call.arguments.values[0], VALUE_LETTERS);
+    } else if (isService(call, ServiceMethods::helloMessage.name) && !call.session.empty()) {
+        label += call.transaction.empty() ? " of the session" : " of the transaction";
+    }
+    return label;
 }
 
 std::string latencyText(std::int64_t microseconds) {
@@ -91,11 +140,8 @@ void Diagram::onCall(const CallEvent& call) {
     step.call = call.number;
     step.side = call.side;
     step.connection = call.caller.connection;
-    step.label = printable(call.method, 40);
-    if (call.side == Side::SERVICE && call.method == DAX::DAXIPC::DBUSLowLevel::ServiceMethods::getService.name &&
-        !call.arguments.values.empty()) {
-        step.label += ", priority " + valueAsText(call.arguments.values[0], VALUE_LETTERS);
-    }
+    step.label = labelOf(call);
+    step.wantsAnswer = call.expectsAnswer;
     m_open[call.number] = m_steps.size();
     m_steps.push_back(std::move(step));
 }
@@ -107,9 +153,11 @@ void Diagram::onAnswer(const CallEvent& call, const AnswerEvent& answer) {
     }
     Step& step = m_steps[open->second];
     m_open.erase(open);
-    const std::string result = resultOf(answer);
+    const std::string result = resultOf(call, answer);
     step.result = (result.empty() ? "" : result + " · ") + latencyText(answer.latency);
+    step.explanation = explanationOf(answer);
     step.look = lookOf(answer.outcome);
+    step.session = sessionAfter(call, answer);
     step.isAnswered = true;
 }
 
@@ -131,6 +179,8 @@ void Diagram::onOwner(const OwnerEvent& change) {
     } else {
         step.label = change.session.empty() ? "leaves" : "leaves, its session ends";
     }
+    const bool endsSession = change.side ? change.side == Side::SERVICE : !change.session.empty();
+    step.session = endsSession ? Session::ENDS : Session::SAME;
     m_steps.push_back(std::move(step));
 }
 

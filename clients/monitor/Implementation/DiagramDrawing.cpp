@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 
+#include "monitor/LineBreaks.h"
 #include "monitor/Values.h"
 
 namespace monitor {
@@ -17,11 +19,14 @@ const double MARGIN = 130;     // right of the core's
 const double HEAD = 84;        // above the first row
 const double ROW = 46;
 const double CHANGE = 36;
+const double LINE = 14;          // of an explanation
 const double SCALE = 120;        // a second
 const double LONGEST_GAP = 1200; // between two rows
 const double FOOT = 64;
 const std::size_t MOST_CLIENTS = 6;
 const std::size_t MOST_LETTERS = 46; // of a label between two lifelines
+const std::size_t SMALL_LETTERS = 50;
+const std::size_t MOST_LINES = 2; // of an explanation
 
 const char* const STYLE = R"(    text { font: 14px "DejaVu Sans", Verdana, sans-serif; fill: #1f2933 }
     .title { font-weight: bold }
@@ -33,6 +38,7 @@ const char* const STYLE = R"(    text { font: 14px "DejaVu Sans", Verdana, sans-
     .box { fill: #f5f7fa; stroke: #7b8794; stroke-width: 1.25 }
     .daemon { fill: #e6f0fb; stroke: #2f6fb2; stroke-width: 1.5 }
     .life { stroke: #9aa5b1; stroke-dasharray: 2 4 }
+    .held { fill: #bcd7f2; stroke: #2f6fb2 }
     .line { fill: none; stroke: #3e4c59; stroke-width: 1.5; marker-end: url(#tip) }
     .line.refused { stroke: #b7791f; marker-end: url(#tip-refused) }
     .line.failed { stroke: #c02a2a; marker-end: url(#tip-failed) }
@@ -40,8 +46,9 @@ const char* const STYLE = R"(    text { font: 14px "DejaVu Sans", Verdana, sans-
     .cross { fill: none; stroke: #c02a2a; stroke-width: 2.5 }
     .cross.plain { stroke: #7b8794 }
     .tip { fill: #3e4c59 }
-    text.refused { fill: #8a5a10; font-weight: bold }
-    text.failed { fill: #b02020; font-weight: bold }
+    text.refused { fill: #8a5a10 }
+    text.failed { fill: #b02020 }
+    .bold { font-weight: bold }
     .tip.refused { fill: #b7791f }
     .tip.failed { fill: #c02a2a }
     @media (prefers-color-scheme: dark) {
@@ -51,6 +58,7 @@ const char* const STYLE = R"(    text { font: 14px "DejaVu Sans", Verdana, sans-
       .box { fill: #232a32; stroke: #8d99a6 }
       .daemon { fill: #172a40; stroke: #6aa9e9 }
       .life { stroke: #66727f }
+      .held { fill: #28486b; stroke: #6aa9e9 }
       .line { stroke: #c3ccd5 }
       .tip { fill: #c3ccd5 }
       text.refused { fill: #e0b15a }
@@ -89,6 +97,19 @@ std::string shortened(const std::string& text, std::size_t most) {
     return text.substr(0, end) + "...";
 }
 
+std::vector<std::string> explanationLines(const Diagram::Step& step) {
+    if (step.explanation.empty()) {
+        return {};
+    }
+    std::vector<std::string> lines = brokenLines(step.explanation, SMALL_LETTERS, 0);
+    if (lines.size() > MOST_LINES) {
+        lines.resize(MOST_LINES);
+        const std::string more = " ...";
+        lines.back() = brokenLines(lines.back(), SMALL_LETTERS - more.size(), 0).front() + more;
+    }
+    return lines;
+}
+
 std::string number(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", value);
@@ -124,6 +145,10 @@ bool isCallOf(const Diagram::Step& step, Side side) {
     return step.call != 0 && step.side == side;
 }
 
+bool isClientLeaving(const Diagram::Step& step) {
+    return step.call == 0 && step.isEnd && !step.side;
+}
+
 // Connections that are one client to a reader have the same: those of a process, or of the name that a client has
 // given.
 std::string identityOf(const Caller& caller) {
@@ -146,7 +171,7 @@ std::string describeProcess(const Caller& caller) {
 DiagramDrawing::DiagramDrawing(const std::vector<Step>& steps, const std::map<std::string, Caller>& callers,
                                bool toScale) {
     assignLifelines(steps, callers);
-    fold(unitsOf(steps));
+    fold(unitsOf(withoutRepeatedLeaving(steps)));
     place(toScale);
 }
 
@@ -181,31 +206,50 @@ void DiagramDrawing::assignLifeline(const Caller& caller, std::map<std::string, 
     }
 }
 
-bool DiagramDrawing::isSameClientLeaving(const Step* previous, const Step& step) const {
-    const auto isLeaving = [](const Step& any) { return any.call == 0 && any.isEnd && !any.side; };
-    return previous != nullptr && isLeaving(*previous) && isLeaving(step) && lifeline(*previous) == lifeline(step);
-}
-
-std::vector<DiagramDrawing::Unit> DiagramDrawing::unitsOf(const std::vector<Step>& steps) const {
-    std::vector<Unit> units;
-    const std::int64_t begin = steps.empty() ? 0 : steps.front().time;
-    const Step* previous = nullptr;
+// A client has several connections, but it leaves once: with the one that ends its session, or with the last that does
+// anything at all.
+std::vector<const DiagramDrawing::Step*> DiagramDrawing::withoutRepeatedLeaving(const std::vector<Step>& steps) const {
+    std::map<std::size_t, const Step*> last; // of each client
     for (const Step& step : steps) {
-        if (isSameClientLeaving(previous, step)) {
-            // A client has several connections, but it leaves once.
-            Row& row = units.back().rows.back();
-            row.steps.back() = step.label.size() > row.steps.back()->label.size() ? &step : row.steps.back();
+        if (isClientLeaving(step) || isCallOf(step, Side::SERVICE)) {
+            last[clientOf(step)] = &step;
+        }
+    }
+    std::vector<const Step*> kept;
+    std::set<std::size_t> gone;
+    for (const Step& step : steps) {
+        const std::size_t client = clientOf(step);
+        const bool isPlainLeaving = isClientLeaving(step) && step.session == Diagram::Session::SAME;
+        if (isPlainLeaving && (last[client] != &step || gone.count(client) != 0)) {
             continue;
         }
+        if (isClientLeaving(step)) {
+            gone.insert(client);
+        } else if (isCallOf(step, Side::SERVICE)) {
+            gone.erase(client);
+        }
+        kept.push_back(&step);
+    }
+    return kept;
+}
+
+std::vector<DiagramDrawing::Unit> DiagramDrawing::unitsOf(const std::vector<const Step*>& steps) const {
+    std::vector<Unit> units;
+    const std::int64_t begin = steps.empty() ? 0 : steps.front()->time;
+    const Step* previous = nullptr;
+    for (const Step* const current : steps) {
+        const Step& step = *current;
         if (units.empty() || !isCallOf(step, Side::CORE)) {
             units.emplace_back();
         }
         Unit& unit = units.back();
         const bool isBeside = isCallOf(step, Side::CORE) && previous != nullptr && isCallOf(*previous, Side::SERVICE);
         if (!isBeside) {
-            unit.rows.push_back({{}, 1, step.time - begin, step.time - begin, 0});
+            unit.rows.push_back({{}, 1, step.time - begin, step.time - begin, 0, 0});
         }
-        unit.rows.back().steps.push_back(&step);
+        Row& row = unit.rows.back();
+        row.steps.push_back(&step);
+        row.lines = std::max(row.lines, explanationLines(step).size());
         const bool isPlain = step.call != 0 && step.look == Diagram::Look::PLAIN && step.isAnswered;
         const bool isFirst = unit.rows.size() == 1 && unit.rows[0].steps.size() == 1;
         if (!isPlain) {
@@ -242,8 +286,10 @@ void DiagramDrawing::fold(std::vector<Unit> units) {
 void DiagramDrawing::place(bool toScale) {
     double y = HEAD;
     std::int64_t previous = 0;
+    double linesAbove = 0;
     for (Row& row : m_rows) {
-        const double least = row.steps.front()->call != 0 ? ROW : CHANGE;
+        const double least = (row.steps.front()->call != 0 ? ROW : CHANGE) + linesAbove;
+        linesAbove = LINE * static_cast<double>(row.lines);
         const double scaled = static_cast<double>(row.begin - previous) / 1e6 * SCALE;
         y += toScale ? std::max(least, std::min(scaled, LONGEST_GAP)) : least;
         row.y = y;
@@ -251,10 +297,13 @@ void DiagramDrawing::place(bool toScale) {
     }
 }
 
-double DiagramDrawing::lifeline(const Step& step) const {
+std::size_t DiagramDrawing::clientOf(const Step& step) const {
     const auto client = m_clientOf.find(step.connection);
-    const std::size_t index = client == m_clientOf.end() ? 0 : client->second;
-    return TIMES + CLIENT / 2 + CLIENT * static_cast<double>(index);
+    return client == m_clientOf.end() ? 0 : client->second;
+}
+
+double DiagramDrawing::lifeline(const Step& step) const {
+    return TIMES + CLIENT / 2 + CLIENT * static_cast<double>(clientOf(step));
 }
 
 double DiagramDrawing::xOfService() const {
@@ -270,19 +319,20 @@ double DiagramDrawing::width() const {
 }
 
 double DiagramDrawing::height() const {
-    return (m_rows.empty() ? HEAD : m_rows.back().y) + FOOT + 24;
+    return (m_rows.empty() ? HEAD : m_rows.back().y + LINE * static_cast<double>(m_rows.back().lines)) + FOOT + 24;
 }
 
 void DiagramDrawing::write(std::ostream& out, std::size_t leftOut) const {
     writeHead(out);
     writeLifelines(out);
+    writeSessions(out);
     for (const Row& row : m_rows) {
         writeRow(out, row);
     }
     writeText(
         out, "small", 24, height() - 20,
-        "Times in seconds. Solid: a call, its result below. Amber: refused. Red: failed. Dashed: no answer. ×N: N "
-        "calls, with the result of the last one." +
+        "Times in seconds. Bar: holds the service. Amber: refused. Red: failed. Dashed: no answer. ×N: N calls, with "
+        "the result of the last one." +
             (leftOut > 0 ? " " + std::to_string(leftOut) + " more calls and changes are not drawn." : std::string()));
     out << "</svg>\n";
 }
@@ -323,6 +373,33 @@ void DiagramDrawing::writeLifelines(std::ostream& out) const {
     head("box", xOfCore(), 170, "update core", "");
 }
 
+void DiagramDrawing::writeSessions(std::ostream& out) const {
+    const double width = 10;
+    double x = 0;
+    double begin = 0;
+    bool isHeld = false;
+    const auto endAt = [&](double y) {
+        if (isHeld) {
+            out << "  <rect class=\"held\" x=\"" << number(x - width / 2) << "\" y=\"" << number(begin) << "\" width=\""
+                << number(width) << "\" height=\"" << number(y - begin) << "\" rx=\"2\"/>\n";
+        }
+        isHeld = false;
+    };
+    for (const Row& row : m_rows) {
+        for (const Step* const step : row.steps) {
+            if (step->session != Diagram::Session::SAME) {
+                endAt(row.y);
+            }
+            if (step->session == Diagram::Session::BEGINS) {
+                x = lifeline(*step);
+                begin = row.y;
+                isHeld = true;
+            }
+        }
+    }
+    endAt(height() - FOOT + 18);
+}
+
 void DiagramDrawing::writeRow(std::ostream& out, const Row& row) const {
     writeText(out, "small end", TIMES - 22, row.y + 4,
               row.repetitions > 1 ? seconds(row.begin) + " – " + seconds(row.end) : seconds(row.begin));
@@ -341,14 +418,21 @@ void DiagramDrawing::writeCall(std::ostream& out, const Row& row, const Step& st
     const double to = isService ? xOfService() : xOfCore();
     const double middle = to - TO_SERVICE / 2;
     const std::string look = className(step.look);
+    const std::string bold = look.empty() ? "" : " bold";
     out << "  <path class=\"line" << look << (step.isAnswered ? "" : " waiting") << "\" d=\"M" << number(from) << " "
         << number(row.y) << "H" << number(to - 4) << "\"/>\n";
     const std::string label =
         step.label + (row.repetitions > 1 ? " ×" + std::to_string(row.repetitions) : std::string());
-    writeText(out, "code middle" + look, middle, row.y - 7, shortened(label, MOST_LETTERS));
-    writeText(out, "small middle" + look, middle, row.y + 15,
-              step.isAnswered ? shortened(step.result, look.empty() ? MOST_LETTERS + 4 : MOST_LETTERS - 2)
-                              : "no answer");
+    writeText(out, "code middle" + look + bold, middle, row.y - 7, shortened(label, MOST_LETTERS));
+    if (!step.isAnswered) {
+        writeText(out, "small middle", middle, row.y + 15, step.wantsAnswer ? "no answer" : "wants no answer");
+        return;
+    }
+    writeText(out, "small middle" + look + bold, middle, row.y + 15, shortened(step.result, SMALL_LETTERS));
+    double y = row.y + 15;
+    for (const std::string& line : explanationLines(step)) {
+        writeText(out, "small middle" + look, middle, y += LINE, line);
+    }
 }
 
 void DiagramDrawing::writeChange(std::ostream& out, const Row& row, const Step& step) const {
@@ -360,7 +444,7 @@ void DiagramDrawing::writeChange(std::ostream& out, const Row& row, const Step& 
     } else if (step.side) {
         out << "  <circle class=\"daemon\" cx=\"" << number(x) << "\" cy=\"" << number(row.y) << "\" r=\"5\"/>\n";
     }
-    writeText(out, "small" + look, x + 12, row.y + 4, step.label);
+    writeText(out, "small" + look + (look.empty() ? "" : " bold"), x + 12, row.y + 4, step.label);
 }
 
 } // namespace monitor

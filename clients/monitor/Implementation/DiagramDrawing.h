@@ -26,6 +26,7 @@ private:
         std::int64_t begin = 0;
         std::int64_t end = 0;
         double y = 0;
+        std::size_t lines = 0; // of explanations below the results
     };
     // A call of the service with all that follows until the next one.
     struct Unit {
@@ -33,13 +34,14 @@ private:
         std::string signature; // the same for units that may become one; empty for one that stands for itself
     };
 
-    bool isSameClientLeaving(const Step* previous, const Step& step) const;
+    std::vector<const Step*> withoutRepeatedLeaving(const std::vector<Step>& steps) const;
     void assignLifelines(const std::vector<Step>& steps, const std::map<std::string, Caller>& callers);
     void assignLifeline(const Caller& caller, std::map<std::string, std::size_t>& byIdentity);
-    std::vector<Unit> unitsOf(const std::vector<Step>& steps) const;
+    std::vector<Unit> unitsOf(const std::vector<const Step*>& steps) const;
     void fold(std::vector<Unit> units);
     void place(bool toScale);
 
+    std::size_t clientOf(const Step& step) const;
     double lifeline(const Step& step) const;
     double xOfService() const;
     double xOfCore() const;
@@ -48,6 +50,7 @@ private:
 
     void writeHead(std::ostream& out) const;
     void writeLifelines(std::ostream& out) const;
+    void writeSessions(std::ostream& out) const;
     void writeRow(std::ostream& out, const Row& row) const;
     void writeCall(std::ostream& out, const Row& row, const Step& step) const;
     void writeChange(std::ostream& out, const Row& row, const Step& step) const;
