@@ -8,6 +8,7 @@
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Common/DBUSWrapper/Implementation/ByteArrays.h"
+#include "Common/DBUSWrapper/Implementation/ClientBus.h"
 #include "Common/Logging/LoggingStream.h"
 #include "Utility/Utils/ErrInfoStream.h"
 
@@ -63,6 +64,22 @@ CDBUSProxy::CDBUSProxy(const std::string& objectPath, const std::string& interfa
     , m_callTimeoutMs(callTimeoutMs)
     , m_id(nextProxyId()) {
     m_dbusConnectionHandle = openPrivateConnection(m_dbusType);
+    prepareConnection();
+}
+
+CDBUSProxy::CDBUSProxy(const std::string& objectPath, const std::string& interfaceName,
+                       const ClientConnection& connection)
+    : m_objectPath(objectPath)
+    , m_interfaceName(interfaceName)
+    , m_dbusConnectionHandle(openClientConnection(connection))
+    , m_dbusType(IDBUSWrapper::SYSTEM)
+    , m_callTimeoutMs(connection.timeoutMs)
+    , m_id(nextProxyId())
+    , m_tellsBusErrors(true) {
+    prepareConnection();
+}
+
+void CDBUSProxy::prepareConnection() {
     DAX_LOG(INF) << "New DBUSProxy for object: " << m_objectPath << ", interface: " << m_interfaceName
                  << ". Created connection: " << dbus_bus_get_unique_name(m_dbusConnectionHandle.get());
     dbus_connection_set_exit_on_disconnect(m_dbusConnectionHandle.get(), false);
@@ -121,6 +138,15 @@ void CDBUSProxy::throwIfNotCallable(const std::string& method) const {
     }
 }
 
+template <class Exception>
+void CDBUSProxy::throwError(Exception exception, const DBUSError& error) const {
+    if (m_tellsBusErrors) {
+        exception << errinfo_bus_error(error.name());
+    }
+    exception << error.message();
+    exception.throwException();
+}
+
 DBUSMessageHandle CDBUSProxy::sendAndWait(DBusMessage& message) const {
     const std::chrono::milliseconds timeout(m_callTimeoutMs.value_or(DEFAULT_CALL_TIMEOUT_MS));
     DBUSError error;
@@ -132,9 +158,9 @@ DBUSMessageHandle CDBUSProxy::sendAndWait(DBusMessage& message) const {
         DAX_THROW(DBUSMemoryError(), "There is no memory for sending the call.");
     }
     if (error.hasName(DBUS_ERROR_TIMED_OUT)) {
-        DAX_THROW(RemoteObjectActivationTimedOut(), error.message());
+        throwError(DAX_EXCEPTION(RemoteObjectActivationTimedOut()), error);
     }
-    DAX_THROW(RemoteObjectNotAccessible(), error.message());
+    throwError(DAX_EXCEPTION(RemoteObjectNotAccessible()), error);
 }
 
 } // namespace DAX::Common::DBUSWrapper

@@ -102,7 +102,7 @@ DBUSMessageHandle CallChannel::waitForReply(dbus_uint32_t serial, Clock::time_po
         }
         const auto now = Clock::now();
         if (now >= deadline) {
-            dbus_set_error_const(error.get(), DBUS_ERROR_NO_REPLY, NO_REPLY);
+            dbus_set_error_const(error.get(), DBUS_ERROR_TIMEOUT, NO_REPLY);
             return nullptr;
         }
         if (waitForTraffic(std::chrono::ceil<std::chrono::milliseconds>(deadline - now))) {

@@ -27,7 +27,8 @@ public:
     ~CallChannel() = default;
 
     // Sends the call and waits for its reply. Without one, or when it is an error, it returns null, and `error` tells
-    // what the remote side, the bus or the library said; `error` stays unset when there is no memory for sending.
+    // what the remote side, the bus or the library said, which is DBUS_ERROR_TIMEOUT when there was no reply in time;
+    // `error` stays unset when there is no memory for sending.
     // `timeout` counts from the beginning of this call, on the steady clock.
     DBUSMessageHandle call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error);
 

@@ -22,6 +22,7 @@ public:
     DBusError* get() { return &m_error; }
     bool isSet() const { return dbus_error_is_set(&m_error) != 0; }
     bool hasName(const char* name) const { return dbus_error_has_name(&m_error, name) != 0; }
+    const char* name() const { return m_error.name; }
     const char* message() const { return m_error.message; }
 
 private:

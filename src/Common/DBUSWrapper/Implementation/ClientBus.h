@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Common/DBUSWrapper/ClientConnection.h"
+#include "Common/DBUSWrapper/Implementation/DBUSConnectionHandle.h"
+
+namespace DAX::Common::DBUSWrapper {
+
+// The time-out as libdbus takes it.
+int timeoutOf(const ClientConnection& connection);
+
+// A new connection that has a unique name. Throws ErrorConnectingToDBUS with the message of libdbus and its
+// errinfo_bus_error. Any thread.
+DBUSConnectionHandle openClientConnection(const ClientConnection& connection);
+
+} // namespace DAX::Common::DBUSWrapper
