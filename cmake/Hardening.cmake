@@ -23,11 +23,15 @@ function(dax_harden)
   endif()
   foreach(target ${ARGN})
     # A distribution's own flags may bring another level, and a second definition is a warning.
-    target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fPIE
+    # The property is for what goes into a shared library; CMake then gives the option for that.
+    target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong
+                                             $<$<NOT:$<BOOL:$<TARGET_PROPERTY:POSITION_INDEPENDENT_CODE>>>:-fPIE>
                                              $<$<BOOL:${DAX_HAS_CF_PROTECTION}>:-fcf-protection>)
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "EXECUTABLE")
       target_link_options(${target} PRIVATE -pie -Wl,-z,relro,-z,now)
+    elseif(type STREQUAL "SHARED_LIBRARY")
+      target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now)
     endif()
   endforeach()
 endfunction()
