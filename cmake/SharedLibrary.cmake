@@ -15,7 +15,7 @@ function(dax_shared_objects target)
 endfunction()
 
 # DAX_BOOST_FOR_SHARED_LIBRARY: the Boost libraries for it. Static ones, hidden, if they can go into a shared library; a
-# distribution's usually cannot, then the shared ones.
+# distribution's usually cannot, then the shared ones. Empty where there are neither.
 include(CheckCXXSourceCompiles)
 set(boost_components serialization thread filesystem)
 
@@ -45,8 +45,12 @@ if(DAX_BOOST_FITS_SHARED_LIBRARY OR NOT DAX_BOOST_STATIC)
 else()
   set(DAX_BOOST_FOR_SHARED_LIBRARY "")
   foreach(component ${boost_components})
-    find_library(DAX_SHARED_BOOST_${component} NAMES libboost_${component}.so HINTS ${Boost_LIBRARY_DIRS} REQUIRED)
+    find_library(DAX_SHARED_BOOST_${component} NAMES libboost_${component}.so HINTS ${Boost_LIBRARY_DIRS})
     mark_as_advanced(DAX_SHARED_BOOST_${component})
+    if(NOT DAX_SHARED_BOOST_${component})
+      set(DAX_BOOST_FOR_SHARED_LIBRARY "")
+      break()
+    endif()
     list(APPEND DAX_BOOST_FOR_SHARED_LIBRARY ${DAX_SHARED_BOOST_${component}})
   endforeach()
 endif()

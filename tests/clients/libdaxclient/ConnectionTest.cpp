@@ -1,0 +1,244 @@
+// How the library gets to the service: addresses, time-outs, identities, threads.
+#include <atomic>
+#include <future>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "FakeService.h"
+#include "Steps.h"
+#include "support/PrivateBus.h"
+#include "support/TemporaryRoot.h"
+#include "support/WireGoldens.h"
+
+namespace DAX::Tests {
+namespace {
+
+using namespace testing;
+using std::chrono::milliseconds;
+using Reason = dax::Unreachable::Reason;
+
+template <class Statement>
+dax::Unreachable unreachableBy(const Statement& statement) {
+    try {
+        statement();
+    } catch (const dax::Unreachable& failure) {
+        return failure;
+    }
+    ADD_FAILURE() << "the service was reached";
+    return {Reason::NO_BUS, "", "", ""};
+}
+
+TEST(Connection, ToABusThatDoesNotExistIsToldAsSuch) {
+    const TemporaryRoot root;
+    dax::Options options;
+    options.busAddress = "unix:path=" + (root / "no-bus").string();
+    const dax::Unreachable failure = unreachableBy([&] { dax::Client client("me", options); });
+    EXPECT_EQ(failure.reason(), Reason::NO_BUS);
+    EXPECT_THAT(failure.busError(), StartsWith("org.freedesktop.DBus.Error."));
+    EXPECT_THAT(failure.text(), HasSubstr("No such file or directory"));
+    EXPECT_THAT(failure.what(), StartsWith("The message bus cannot be reached: "));
+}
+
+TEST(Connection, ToAnAddressThatIsNoneIsToldAsSuch) {
+    dax::Options options;
+    options.busAddress = "somewhere";
+    EXPECT_EQ(unreachableBy([&] { dax::Client client("me", options); }).reason(), Reason::NO_BUS);
+}
+
+TEST(Connection, TakesTheAddressThatItIsGiven) {
+    const PrivateBus bus(PrivateBus::Kind::SESSION);
+    dax::Options options;
+    options.busAddress = bus.address();
+    dax::Client client("me", options);
+    const dax::Unreachable failure = unreachableBy([&] { client.version(); });
+    EXPECT_EQ(failure.reason(), Reason::NO_SERVICE);
+    EXPECT_EQ(failure.busError(), "org.freedesktop.DBus.Error.ServiceUnknown");
+}
+
+TEST(Connection, ToABusThatSaysNothingEndsAfterTheTimeOut) {
+    const TemporaryRoot root;
+    const std::string path = (root / "silent").string();
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener, 1), 0);
+    dax::Options options;
+    options.busAddress = "unix:path=" + path;
+    options.callTimeout = milliseconds(100);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(unreachableBy([&] { dax::Client client("me", options); }).reason(), Reason::NO_BUS);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+    close(listener);
+}
+
+TEST(Connection, NeedsATimeOutThatIsOne) {
+    dax::Options options;
+    options.callTimeout = milliseconds(0);
+    EXPECT_THROW(dax::Client("me", options), std::invalid_argument);
+}
+
+class ConnectionTest : public Test {
+protected:
+    PrivateBus bus;
+    FakeService service;
+};
+
+TEST_F(ConnectionTest, ThatBreaksIsTheBussFault) {
+    dax::Client client("me");
+    bus.stop();
+    const dax::Unreachable failure = unreachableBy([&] { client.version(); });
+    EXPECT_EQ(failure.reason(), Reason::NO_BUS);
+    EXPECT_EQ(failure.busError(), "org.freedesktop.DBus.Error.Disconnected");
+}
+
+TEST_F(ConnectionTest, IsUsableAfterATimeOut) {
+    dax::Options options;
+    options.callTimeout = milliseconds(100);
+    dax::Client client("me", options);
+    service.answer("getCurrentVersion", FakeService::nothing());
+    EXPECT_EQ(unreachableBy([&] { client.version(); }).reason(), Reason::TIMED_OUT);
+    service.answerWell("getCurrentVersion");
+    EXPECT_EQ(client.version(), "17.037.0");
+}
+
+TEST_F(ConnectionTest, ClaimsItsSessionsByIdsThatNobodyCanGuess) {
+    dax::Client client("me");
+    std::set<std::string> ids;
+    for (int i = 0; i < 50; ++i) {
+        client.request(dax::Priority(4)).start(dax::UpgradeType::OTN);
+    }
+    for (const std::string& hello : service.callsOf("helloMessage")) {
+        const auto id = std::get<0>(decode<std::string>(hello));
+        EXPECT_THAT(id, MatchesRegex("[0-9a-f]{32}"));
+        ids.insert(id);
+    }
+    EXPECT_EQ(ids.size(), 100U);
+}
+
+TEST_F(ConnectionTest, SaysTheNumbersThatItIsGiven) {
+    dax::Client client("me");
+    client.request(dax::Priority(-7), dax::TransactionType(11)).start(dax::UpgradeType(12));
+    const auto [priority, name, type] = decode<int, std::string, int>(service.callsOf("getService").front());
+    EXPECT_EQ(priority, -7);
+    EXPECT_EQ(name, "me");
+    EXPECT_EQ(type, 11);
+    EXPECT_EQ(std::get<0>(decode<int>(service.callsOf("startNewTransaction").front())), 12);
+}
+
+TEST_F(ConnectionTest, TellsTheTimeOfTheLastSearchInEveryUnit) {
+    dax::Client client("me");
+    const std::optional<dax::LocalTime> time = client.lastSearch();
+    ASSERT_TRUE(time);
+    EXPECT_EQ(time->toString(), "2024-02-29T23:59:58");
+    setenv("TZ", "UTC", 1);
+    EXPECT_EQ(time->toSystemTime().time_since_epoch(), std::chrono::seconds(1709251198));
+}
+
+TEST_F(ConnectionTest, TakesWhatIsNoTimeForNone) {
+    dax::Client client("me");
+    service.answer("getLastSearchingForUpgradeDate",
+                   FakeService::archive("22 serialization::archive 18 0 1 1 0 0 0 0 15 not-a-date-time\n"));
+    EXPECT_FALSE(client.lastSearch().has_value());
+}
+
+TEST(LocalTime, ShowsAFractionInMicroseconds) {
+    dax::LocalTime time;
+    time.fraction = std::chrono::microseconds(45);
+    EXPECT_EQ(time.toString(), "1970-01-01T00:00:00.000045");
+}
+
+TEST_F(ConnectionTest, AStartWithoutATransactionIsARefusal) {
+    dax::Client client("me");
+    dax::Session session = client.request(dax::Priority(4));
+    service.answer("startNewTransaction", FakeService::archive("22 serialization::archive 18 0 \n"));
+    try {
+        session.start(dax::UpgradeType::OTN);
+        FAIL() << "a transaction was started";
+    } catch (const dax::Refusal& refusal) {
+        EXPECT_EQ(refusal.reason(), dax::Refusal::Reason::SESSION_OVER);
+        EXPECT_STREQ(refusal.what(), "The update service is refused: the session is no longer valid.");
+    }
+}
+
+TEST_F(ConnectionTest, AsksAgainUntilAStepHasEnded) {
+    OpenClient open;
+    std::atomic<int> asked{0};
+    service.answer("getInstallationProgress", [&asked](DBusMessage& call) {
+        const char* const states[] = {"0", "1", "77", "2"};
+        return FakeService::archive("22 serialization::archive 18 0 0 " + std::string(states[asked++]) +
+                                    " 5 0 1 0\n")(call);
+    });
+    dax::Waiting waiting;
+    waiting.interval = milliseconds(0);
+    EXPECT_EQ(open.transaction.install({}, waiting), dax::Outcome::SUCCEEDED);
+    EXPECT_EQ(asked, 4);
+}
+
+// What the contract allows, for the thread sanitizer to look at.
+TEST_F(ConnectionTest, MayBeUsedByManyThreads) {
+    OpenClient open;
+    std::vector<std::future<void>> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.push_back(std::async(std::launch::async, [&open, i] {
+            for (int j = 0; j < 20; ++j) {
+                EXPECT_EQ(open.client.version(), "17.037.0");
+                open.session.priority();
+                open.transaction.searchProgress();
+                open.transaction.searchResult();
+                dax::Client own("thread " + std::to_string(i));
+                own.request(dax::Priority(i)).start(dax::UpgradeType::OTN).search();
+                open.client.lock(dax::Priority(i)).isLost();
+            }
+        }));
+    }
+    for (auto& thread : threads) {
+        thread.get();
+    }
+}
+
+TEST_F(ConnectionTest, LetsAnotherThreadCancelWhileOneWaits) {
+    service.answer("getSearchProgress", FakeService::archive("22 serialization::archive 18 0 0 1 5 0 1 0\n"));
+    dax::Client client("me");
+    dax::Session session = client.request(dax::Priority(4));
+    dax::Transaction transaction = session.start(dax::UpgradeType::OTN);
+    dax::StopSource stop;
+    dax::Waiting waiting;
+    waiting.stop = stop.token();
+    waiting.interval = milliseconds(1);
+    auto found = std::async(std::launch::async, [&] { return transaction.search("", waiting); });
+    ASSERT_TRUE(service.waitForCall("getSearchProgress"));
+    transaction.cancel("by hand");
+    stop.requestStop("by token");
+    EXPECT_EQ(found.get().outcome, dax::Outcome::STOPPED);
+    std::vector<std::string> reasons;
+    for (const std::string& call : service.callsOf("cancelServiceTransaction")) {
+        reasons.push_back(std::get<0>(decode<std::string>(call)));
+    }
+    EXPECT_THAT(reasons, ElementsAre("by hand", "by token"));
+}
+
+TEST(StopToken, KeepsTheFirstReason) {
+    const dax::StopSource source;
+    const dax::StopToken token = source.token();
+    EXPECT_FALSE(token.isStopped());
+    EXPECT_EQ(token.reason(), "");
+    dax::StopSource(source).requestStop("first");
+    dax::StopSource(source).requestStop("second");
+    EXPECT_TRUE(token.isStopped());
+    EXPECT_EQ(token.reason(), "first");
+    EXPECT_TRUE(token.waitFor(std::chrono::hours(1)));
+}
+
+TEST(StopToken, OfNoSourceIsNeverStopped) {
+    EXPECT_FALSE(dax::StopToken().waitFor(milliseconds(1)));
+    EXPECT_EQ(dax::StopToken().reason(), "");
+}
+
+} // namespace
+} // namespace DAX::Tests

@@ -1,0 +1,141 @@
+// To which service a lock belongs.
+#include <future>
+
+#include <dax/client.h>
+#include <gmock/gmock.h>
+
+#include "support/PlayedService.h"
+#include "support/PrivateBus.h"
+#include "support/WaitUntil.h"
+
+namespace DAX::Tests {
+namespace {
+
+using namespace testing;
+using Reason = dax::Unreachable::Reason;
+
+class LockTest : public Test {
+protected:
+    // Asks for the lock on another thread, while the test plays the service.
+    std::future<dax::Lock> begin() {
+        return std::async(std::launch::async, [this] { return client.lock(dax::Priority(4)); });
+    }
+
+    // Why the lock is not given.
+    Reason reasonOf(std::future<dax::Lock> lock) {
+        try {
+            lock.get();
+        } catch (const dax::Unreachable& failure) {
+            return failure.reason();
+        }
+        throw std::runtime_error("the lock is given");
+    }
+
+    PrivateBus bus;
+    dax::Client client{"locker"};
+};
+
+TEST_F(LockTest, IsAskedForAndReleasedByTheUniqueNameOfTheService) {
+    PlayedService daemon;
+    auto future = begin();
+    const RawMessage acquire = daemon.next("acquireExternalLock");
+    EXPECT_EQ(dbus_message_get_destination(acquire.get()), daemon.name());
+    daemon.answer(*acquire, encode(5U));
+    dax::Lock lock = future.get();
+    EXPECT_EQ(lock.id(), 5U);
+    EXPECT_FALSE(lock.isLost());
+    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
+    const RawMessage release = daemon.next("releaseExternalLock");
+    EXPECT_EQ(dbus_message_get_destination(release.get()), daemon.name());
+    daemon.answer(*release, "");
+    EXPECT_TRUE(released.get());
+    EXPECT_TRUE(lock.release()) << "a second call asks again";
+    daemon.leave();
+    EXPECT_FALSE(lock.isLost());
+}
+
+TEST_F(LockTest, BelongsToTheNextServiceWhenOneLeavesBeforeItAnswers) {
+    PlayedService first;
+    PlayedService second;
+    auto future = begin();
+    first.next("acquireExternalLock");
+    first.leave();
+    second.giveLock(6);
+    dax::Lock lock = future.get();
+    EXPECT_EQ(lock.id(), 6U);
+    EXPECT_FALSE(lock.isLost());
+    second.leave();
+    EXPECT_TRUE(waitUntil([&lock] { return lock.isLost(); }));
+    EXPECT_FALSE(lock.release());
+}
+
+TEST_F(LockTest, IsNotReleasedAtAServiceThatTookTheNameOver) {
+    PlayedService first;
+    auto future = begin();
+    first.giveLock(1);
+    dax::Lock lock = future.get();
+    PlayedService second;
+    first.leave();
+    EXPECT_FALSE(lock.release());
+    auto next = begin(); // makes the first call that the second service gets
+    second.giveLock(2);
+    auto released = std::async(std::launch::async, [&next] { next.get(); });
+    second.answer(*second.next("releaseExternalLock"), "");
+    released.get();
+}
+
+TEST_F(LockTest, IsOfTheNextServiceWhenOneRefusesItWithoutItsName) {
+    PlayedService first;
+    PlayedService second;
+    auto future = begin();
+    const RawMessage acquire = first.next("acquireExternalLock");
+    first.giveNameBack();
+    first.refuse(*acquire);
+    second.giveLock(7);
+    dax::Lock lock = future.get();
+    EXPECT_EQ(lock.detach(), 7U);
+}
+
+TEST_F(LockTest, IsAskedForOnceOfAServiceThatRefusesItUnderItsName) {
+    PlayedService daemon;
+    auto future = begin();
+    daemon.refuse(*daemon.next("acquireExternalLock"));
+    EXPECT_EQ(reasonOf(std::move(future)), Reason::NOT_ALLOWED);
+}
+
+TEST_F(LockTest, IsAskedForOfSixServicesThatLeaveAndOfNoMore) {
+    std::vector<PlayedService> daemons(6);
+    auto future = begin();
+    for (PlayedService& daemon : daemons) {
+        daemon.next("acquireExternalLock");
+        daemon.leave();
+    }
+    EXPECT_EQ(reasonOf(std::move(future)), Reason::NO_SERVICE);
+}
+
+TEST_F(LockTest, CannotBeAcquiredWithoutAService) {
+    EXPECT_EQ(reasonOf(begin()), Reason::NO_SERVICE);
+}
+
+TEST_F(LockTest, IsGivenUpWhenItCannotBeReleased) {
+    PlayedService daemon;
+    auto future = begin();
+    daemon.giveLock(1);
+    dax::Lock lock = future.get();
+    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
+    daemon.refuse(*daemon.next("releaseExternalLock"));
+    EXPECT_THROW(released.get(), dax::Unreachable);
+    EXPECT_TRUE(lock.release()) << "it asks once more";
+}
+
+TEST_F(LockTest, IsLostWithTheBus) {
+    PlayedService daemon;
+    auto future = begin();
+    daemon.giveLock(1);
+    dax::Lock lock = future.get();
+    bus.stop();
+    EXPECT_TRUE(waitUntil([&lock] { return lock.isLost(); }));
+}
+
+} // namespace
+} // namespace DAX::Tests
