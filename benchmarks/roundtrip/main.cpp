@@ -10,6 +10,7 @@
 
 #include "clients_common/CommandLine.h"
 #include "roundtrip/BareServer.h"
+#include "roundtrip/LibraryCost.h"
 #include "roundtrip/Measurement.h"
 #include "support/PrivateBus.h"
 #include "support/TemporaryRoot.h"
@@ -18,7 +19,7 @@
 // same client, on the same bus and the same CPU, in one run. The servers take turns in short blocks; each begins every
 // other block. Memory figures come from smaps_rollup, CPU figures from schedstat. A cold activation is the first call
 // to a name whose server has just been ended, with a warm page cache. Everything is then measured again with the log
-// going to a file.
+// going to a file. At the end, libdaxclient is measured against the proxies that it stands on.
 
 namespace {
 
@@ -114,6 +115,16 @@ void measureWithLog(const std::string& title, const std::string& log, const std:
     printTable(title, figures.at(0), figures.at(1));
 }
 
+void measureLibrary(const std::string& server, const Plan& plan) {
+    setenv("KOVAN_DLOG", "none", 1);
+    DAX::Tests::PrivateBus bus;
+    bus.addService(DAEMON.connectionName, server);
+    const LibraryCost cost = measureLibraryCost(plan.calls, plan.blockLength);
+    std::printf("\nThe client's own side\n%-42s %-4s %10s %10s %7s  %s\n", "figure", "unit", "proxies", "library",
+                "ratio", "aim");
+    printRow("client CPU per call, median", "us", cost.proxies, cost.library, cost.ratio, {Aim::Of::RATIO, 1.15});
+}
+
 void run(const std::string& server, const Plan& plan) {
     pinToOneCpu();
     allowManyConnections();
@@ -126,6 +137,7 @@ void run(const std::string& server, const Plan& plan) {
         "one after the other.\n");
     measureWithLog("Without a log", "none", server, plan);
     measureWithLog("With the log in a file", (root / "log").string(), server, plan);
+    measureLibrary(server, plan);
 }
 
 } // namespace
