@@ -12,7 +12,7 @@ namespace daxctl {
 
 void addFactoryResetCommand(clients_common::Command& program) {
     addDaemonCommand(program, "factory-reset", "Have the core schedule a factory reset", [](bool json) -> int {
-        connectToDaemon()->scheduleFactoryReset();
+        connectToDaemon().scheduleFactoryReset();
         if (json) {
             clients_common::printJson({{"outcome", "scheduled"}});
         } else {

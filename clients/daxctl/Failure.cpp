@@ -1,29 +1,24 @@
 #include "daxctl/Failure.h"
 
 #include <boost/exception/diagnostic_information.hpp>
-#include <boost/exception/get_error_info.hpp>
 #include <nlohmann/json.hpp>
 
-#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "Utility/Utils/ErrorTags.h"
 #include "Utility/Utils/InnermostText.h"
+#include "dax/client.h"
 
 namespace daxctl {
 
 namespace {
 
-using namespace DAX::Common::Utils;
-using DAX::DAXIPC::DBUSLowLevel::StandardExceptionHandler;
-namespace Wrapper = DAX::Common::DBUSWrapper::DBUSWrapperExceptions;
-
-std::string streamedText(const boost::exception& exception) {
-    const std::string* text = boost::get_error_info<errinfo_stream_text>(exception);
-    return text != nullptr ? *text : std::string();
-}
-
-Failure describeTransport(const char* name, const boost::exception& exception) {
-    return {name, {}, streamedText(exception), boost::diagnostic_information(exception)};
+// The names that scripts know these failures by.
+const char* nameOf(const dax::Unreachable& failure) {
+    if (failure.busError() == "org.freedesktop.DBus.Error.TimedOut") {
+        return "RemoteObjectActivationTimedOut";
+    }
+    const bool wasConnected = failure.busError() == "org.freedesktop.DBus.Error.Disconnected";
+    return failure.reason() == dax::Unreachable::Reason::NO_BUS && !wasConnected ? "ErrorConnectingToDBUS"
+                                                                                 : "RemoteObjectNotAccessible";
 }
 
 } // namespace
@@ -43,18 +38,14 @@ nlohmann::ordered_json Failure::toJson() const {
 Failure describeCurrentException() {
     try {
         throw;
-    } catch (const Wrapper::ErrorConnectingToDBUS& exception) {
-        return describeTransport("ErrorConnectingToDBUS", exception);
-    } catch (const Wrapper::RemoteObjectActivationTimedOut& exception) {
-        return describeTransport("RemoteObjectActivationTimedOut", exception);
-    } catch (const Wrapper::DBUSWrapperException& exception) {
-        return describeTransport("RemoteObjectNotAccessible", exception);
+    } catch (const dax::Unreachable& failure) {
+        return {nameOf(failure), {}, failure.text(), failure.diagnostic()};
+    } catch (const dax::Error& error) {
+        return {error.name(), error.supportCode(), error.text(), error.diagnostic()};
     } catch (boost::exception& exception) {
-        const std::string* diagnostic = boost::get_error_info<errinfo_string>(exception);
-        Failure failure{StandardExceptionHandler::wireNameOf(exception), get_combined_supportcode(exception), {}, {}};
-        failure.diagnostic = diagnostic != nullptr ? *diagnostic : boost::diagnostic_information(exception);
-        failure.text = get_innermost_text(failure.diagnostic);
-        return failure;
+        const std::string diagnostic = boost::diagnostic_information(exception);
+        return {"DAXUnknownException", DAX::Common::Utils::get_combined_supportcode(exception),
+                DAX::Common::Utils::get_innermost_text(diagnostic), diagnostic};
     } catch (const std::exception& exception) {
         return {"Error", {}, exception.what(), exception.what()};
     }

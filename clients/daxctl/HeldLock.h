@@ -1,25 +1,18 @@
 #pragma once
 
-#include <memory>
-#include <string>
-
-#include "ServiceInterface/IServiceManager.h"
-#include "daxctl/DaemonWatch.h"
-#include "daxctl/Session.h"
+#include "dax/client.h"
 
 namespace daxctl {
 
-// An external lock of one daemon. The destructor releases it. When the daemon leaves the bus, its lock is gone as well;
-// a later daemon is not asked to release it, since it may have given the number to somebody else.
+// A lock of the daemon for the length of a command, and what a person has to be told of it. The destructor releases it.
 class HeldLock {
 public:
-    // Starts the daemon if none runs. Throws ExternalLockDenied, and what every call to the daemon throws.
-    explicit HeldLock(const Request& request);
+    explicit HeldLock(dax::Lock lock);
     ~HeldLock();
     HeldLock(const HeldLock&) = delete;
     HeldLock& operator=(const HeldLock&) = delete;
 
-    DAX::Service::ExternalLockId id() const { return m_id; }
+    dax::LockId id() const { return m_lock.id(); }
 
     // Finds out whether the daemon, and with it the lock, has gone in the meantime, and reports that once on standard
     // error. Does not wait.
@@ -35,10 +28,7 @@ public:
 private:
     void lose();
 
-    DaemonWatch m_daemon;
-    std::unique_ptr<DAX::Service::IServiceManager> m_manager;
-    std::string m_clientName;
-    DAX::Service::ExternalLockId m_id = 0;
+    dax::Lock m_lock;
     bool m_isHeld = true;
     bool m_isLost = false;
 };

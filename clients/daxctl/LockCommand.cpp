@@ -3,7 +3,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "DAXCommon/UserInterestExceptions.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "daxctl/ChildProcess.h"
@@ -17,37 +16,40 @@ namespace daxctl {
 
 namespace {
 
-using DAX::DAXCommon::ServiceClientPriority;
-using DAX::Service::ExternalLockId;
-using DAX::Service::IServiceManager;
+bool isDenied(const dax::Error& error) {
+    return error.kind() == dax::Error::Kind::EXTERNAL_LOCK_DENIED;
+}
 
-int reportDenied(IServiceManager& manager, bool json) {
-    const std::string reason = whyRefused(manager);
+int reportDenied(dax::Client& client, bool json) {
+    const auto owner = client.owner();
+    const std::string reason = whyRefused(owner);
     std::fprintf(stderr, "Denied: %s.\n", reason.c_str());
     if (json) {
-        clients_common::printJson({{"outcome", "denied"}, {"refusedBecause", reason}, {"owner", ownerOf(manager)}});
+        clients_common::printJson({{"outcome", "denied"}, {"refusedBecause", reason}, {"owner", toJson(owner)}});
     }
     return clients_common::EXIT_REFUSED;
 }
 
 int acquire(const Request& request, bool json) {
-    const auto manager = connectToDaemon();
+    dax::Client client = connectToDaemon(request.clientName);
     try {
-        const ExternalLockId id =
-            manager->acquireExternalLock(request.clientName, ServiceClientPriority(request.priority));
+        const dax::LockId id = client.acquireLock(dax::Priority(request.priority));
         if (json) {
             clients_common::printJson({{"outcome", "acquired"}, {"id", id}});
         } else {
             std::printf("%u\n", id);
         }
         return clients_common::EXIT_DONE;
-    } catch (const DAX::UserInterestExceptions::ExternalLockDenied&) {
-        return reportDenied(*manager, json);
+    } catch (const dax::Error& error) {
+        if (!isDenied(error)) {
+            throw;
+        }
+        return reportDenied(client, json);
     }
 }
 
-int release(const Request& request, ExternalLockId id, bool json) {
-    connectToDaemon()->releaseExternalLock(request.clientName, id);
+int release(const Request& request, dax::LockId id, bool json) {
+    connectToDaemon(request.clientName).releaseLock(id);
     if (json) {
         clients_common::printJson({{"outcome", "released"}, {"id", id}});
     }
@@ -58,16 +60,20 @@ int release(const Request& request, ExternalLockId id, bool json) {
 int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
     Interruption interruption;
     const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
+    dax::Client client = connectToDaemon(request.clientName);
     try {
-        HeldLock lock(request);
+        HeldLock lock(client.lock(dax::Priority(request.priority)));
         const int status = runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
         const bool held = lock.release();
         if (json) {
             clients_common::printJson({{"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}});
         }
         return held ? status : clients_common::EXIT_REFUSED;
-    } catch (const DAX::UserInterestExceptions::ExternalLockDenied&) {
-        return reportDenied(*connectToDaemon(), json);
+    } catch (const dax::Error& error) {
+        if (!isDenied(error)) {
+            throw;
+        }
+        return reportDenied(client, json);
     }
 }
 
@@ -82,7 +88,7 @@ void addLockCommands(clients_common::Command& program) {
         [request](bool json) { return acquire(*request, json); });
     addRequestOptions(acquireCommand, *request);
 
-    const auto id = std::make_shared<ExternalLockId>(0);
+    const auto id = std::make_shared<dax::LockId>(0);
     auto releaseCommand = addDaemonCommand(group, "release", "Release a lock",
                                            [request, id](bool json) { return release(*request, *id, json); });
     addRequestOptions(releaseCommand, *request);

@@ -26,9 +26,9 @@ ProgressDisplay::~ProgressDisplay() {
     }
 }
 
-void ProgressDisplay::show(const DAX::Service::ServiceTransactionProgress& progress) {
+void ProgressDisplay::show(const dax::Progress& progress) {
     const bool first = m_percent < 0;
-    m_percent = std::clamp(progress.progressPercent, 0, 100);
+    m_percent = std::clamp(progress.percent, 0, 100);
     if (m_style == Style::BAR) {
         drawBar("");
         m_isLineOpen = true;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ServiceInterface/ServiceTransactionProgress.h"
+#include "dax/client.h"
 
 namespace daxctl {
 
@@ -17,7 +17,7 @@ public:
     // Ends the line of an unfinished bar, so that the next output has a line of its own.
     ~ProgressDisplay();
 
-    void show(const DAX::Service::ServiceTransactionProgress& progress);
+    void show(const dax::Progress& progress);
 
     // The step has ended: `outcome` is added to what was last shown.
     void finish(const std::string& outcome);

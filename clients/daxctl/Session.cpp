@@ -6,8 +6,6 @@
 #include <boost/filesystem/exception.hpp>
 #include <nlohmann/json.hpp>
 
-#include "Common/DBUSWrapper/IDBUSProxy.h"
-#include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxyFactory.h"
 #include "Platform/Product/IProductInfo.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
@@ -15,36 +13,26 @@
 
 namespace daxctl {
 
-using DAX::DAXCommon::ServiceClientPriority;
-using DAX::DAXCommon::ServiceTransactionType;
-using DAX::Service::IServiceManager;
-
-std::unique_ptr<IServiceManager> connectToDaemon() {
-    std::shared_ptr<DAX::Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory> proxies =
-        DAX::Common::DBUSWrapper::IDBUSProxy::createDefaultProxyFactory();
-    return DAX::DAXIPC::DBUSLowLevel::CServiceManagerProxyFactory(std::move(proxies)).create();
+dax::Client connectToDaemon(const std::string& clientName) {
+    return dax::Client(clientName);
 }
 
-nlohmann::ordered_json ownerOf(IServiceManager& manager) {
-    auto priority = ServiceClientPriority(0);
-    std::string clientName;
-    auto type = ServiceTransactionType(0);
-    if (!manager.getServiceOwner(priority, clientName, type)) {
+nlohmann::ordered_json toJson(const std::optional<dax::Owner>& owner) {
+    if (!owner) {
         return nullptr;
     }
-    return {{"clientName", clientName},
-            {"priority", static_cast<int>(priority)},
-            {"transactionType", static_cast<int>(type)}};
+    return {{"clientName", owner->clientName},
+            {"priority", static_cast<int>(owner->priority)},
+            {"transactionType", static_cast<int>(owner->transactionType)}};
 }
 
-std::string whyRefused(IServiceManager& manager) {
+std::string whyRefused(const std::optional<dax::Owner>& owner) {
     if (isInstallationLocked().value_or(false)) {
         return "an installation lock is in force";
     }
-    const auto owner = ownerOf(manager);
-    if (!owner.is_null()) {
-        return "the service is held by " + owner["clientName"].get<std::string>() + " with priority " +
-               std::to_string(owner["priority"].get<int>());
+    if (owner) {
+        return "the service is held by " + owner->clientName + " with priority " +
+               std::to_string(static_cast<int>(owner->priority));
     }
     return "an external lock of this priority or a higher one is held";
 }

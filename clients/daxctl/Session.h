@@ -1,12 +1,12 @@
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <string>
 
 #include <boost/optional.hpp>
 #include <nlohmann/json_fwd.hpp>
 
-#include "ServiceInterface/IServiceManager.h"
+#include "dax/client.h"
 
 namespace daxctl {
 
@@ -17,15 +17,15 @@ struct Request {
     int transactionType = 2;
 };
 
-// A connection to the daemon. Throws ErrorConnectingToDBUS when there is no bus.
-std::unique_ptr<DAX::Service::IServiceManager> connectToDaemon();
+// A connection to the daemon. Throws dax::Unreachable when there is no bus.
+dax::Client connectToDaemon(const std::string& clientName = Request().clientName);
 
 // Who holds the service: {"clientName", "priority", "transactionType"}, or null when nobody does.
-nlohmann::ordered_json ownerOf(DAX::Service::IServiceManager& manager);
+nlohmann::ordered_json toJson(const std::optional<dax::Owner>& owner);
 
 // What blocks a request, as far as it can be seen from outside: the owner, the installation lock, a blocking external
 // lock.
-std::string whyRefused(DAX::Service::IServiceManager& manager);
+std::string whyRefused(const std::optional<dax::Owner>& owner);
 
 // The locks in force, according to the device's settings and files; empty when this user may not read those.
 boost::optional<bool> isInstallationLocked();

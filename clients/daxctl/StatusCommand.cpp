@@ -1,9 +1,7 @@
 #include <cstdio>
 
-#include <boost/date_time/posix_time/time_formatters.hpp>
 #include <nlohmann/json.hpp>
 
-#include "DAXCommon/UpgradeType.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
 #include "daxctl/Commands.h"
@@ -16,11 +14,9 @@ namespace daxctl {
 
 namespace {
 
-using DAX::Service::IServiceManager;
-
-nlohmann::ordered_json lastSearchOf(IServiceManager& manager) {
-    const auto date = manager.getLastSearchingForUpgradeDate();
-    return date ? nlohmann::ordered_json(boost::posix_time::to_iso_extended_string(*date)) : nlohmann::ordered_json();
+nlohmann::ordered_json lastSearchOf(dax::Client& client) {
+    const auto date = client.lastSearch();
+    return date ? nlohmann::ordered_json(date->toString()) : nlohmann::ordered_json();
 }
 
 // Null for what this user may not read.
@@ -29,11 +25,11 @@ nlohmann::ordered_json orNull(const boost::optional<bool>& fact) {
 }
 
 // The part of the status that only the core knows. A core that cannot be reached does not hide the rest.
-bool addCoreFacts(IServiceManager& manager, nlohmann::ordered_json& status) {
+bool addCoreFacts(dax::Client& client, nlohmann::ordered_json& status) {
     try {
-        status["version"] = manager.getCurrentVersion();
+        status["version"] = client.version();
         auto types = nlohmann::ordered_json::array();
-        for (const auto type : manager.getSupportedUpgradeTypes()) {
+        for (const auto type : client.supportedTypes()) {
             types.push_back(upgradeTypeName(type));
         }
         status["supportedTypes"] = types;
@@ -76,12 +72,12 @@ void printForPeople(const nlohmann::ordered_json& status) {
 }
 
 int runStatus(bool json) {
-    const auto manager = connectToDaemon();
-    nlohmann::ordered_json status = {{"owner", ownerOf(*manager)},
-                                     {"lastSearch", lastSearchOf(*manager)},
+    dax::Client client = connectToDaemon();
+    nlohmann::ordered_json status = {{"owner", toJson(client.owner())},
+                                     {"lastSearch", lastSearchOf(client)},
                                      {"installationLock", orNull(isInstallationLocked())},
                                      {"blockingExternalLock", orNull(isBlockingExternalLockHeld())}};
-    const bool complete = addCoreFacts(*manager, status);
+    const bool complete = addCoreFacts(client, status);
     if (json) {
         clients_common::printJson(status);
     } else {

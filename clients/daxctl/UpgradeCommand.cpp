@@ -36,8 +36,8 @@ int printFound(const nlohmann::ordered_json& found) {
 
 int runPlan(const UpgradePlan& plan, bool json) {
     Interruption interruption;
-    const auto manager = connectToDaemon();
-    UpgradeRun run(*manager, plan, interruption, json);
+    dax::Client client = connectToDaemon(plan.request.clientName);
+    UpgradeRun run(client, plan, interruption, json);
     const bool succeeded = run.run();
     if (json) {
         clients_common::printJson(run.report());

@@ -6,17 +6,16 @@
 
 namespace daxctl {
 
-using namespace DAX::Service;
-using DAX::DAXCommon::ServiceClientPriority;
-using DAX::DAXCommon::ServiceTransactionType;
-
 namespace {
 
-const auto POLL_INTERVAL = std::chrono::milliseconds(50);
+// Five times a second is often enough for eyes.
+const auto POLL_INTERVAL = std::chrono::milliseconds(200);
 
-std::string hexadecimal(const std::vector<unsigned char>& bytes) {
+const char* const STOP_REASON = "Interrupted by the user of daxctl.";
+
+std::string hexadecimal(const std::vector<std::uint8_t>& bytes) {
     std::string text;
-    for (const unsigned char byte : bytes) {
+    for (const std::uint8_t byte : bytes) {
         char digits[3];
         std::snprintf(digits, sizeof digits, "%02x", byte);
         text += digits;
@@ -24,110 +23,126 @@ std::string hexadecimal(const std::vector<unsigned char>& bytes) {
     return text;
 }
 
-nlohmann::ordered_json toJson(const SingleUpgradeDescription& upgrade) {
-    return {{"upgradeType", static_cast<int>(upgrade.upgradeType)},
-            {"upgradeId", hexadecimal(upgrade.upgradeId)},
+nlohmann::ordered_json toJson(const dax::Upgrade& upgrade) {
+    return {{"upgradeType", static_cast<int>(upgrade.type)},
+            {"upgradeId", hexadecimal(upgrade.id)},
             {"version", upgrade.version ? nlohmann::ordered_json(*upgrade.version) : nlohmann::ordered_json()},
-            {"updateInfo", std::string(upgrade.updateInfo.begin(), upgrade.updateInfo.end())},
+            {"updateInfo", std::string(upgrade.info.begin(), upgrade.info.end())},
             {"kind", static_cast<unsigned int>(upgrade.kind)},
             {"scope", upgrade.scope}};
 }
 
-bool isUnderWay(const ServiceTransactionProgress& progress) {
-    return progress.result != SERVICE_TRANSACTION_SUCCESS && progress.result != SERVICE_TRANSACTION_FAILED;
-}
-
 } // namespace
 
-UpgradeRun::UpgradeRun(IServiceManager& manager, const UpgradePlan& plan, Interruption& interruption, bool silent)
-    : m_manager(manager), m_plan(plan), m_interruption(interruption), m_silent(silent), m_report({}) {}
+UpgradeRun::UpgradeRun(dax::Client& client, const UpgradePlan& plan, Interruption& interruption, bool silent)
+    : m_client(client), m_plan(plan), m_interruption(interruption), m_silent(silent), m_report({}) {}
 
 bool UpgradeRun::run() {
-    const auto service = m_manager.getService(ServiceClientPriority(m_plan.request.priority), m_plan.request.clientName,
-                                              ServiceTransactionType(m_plan.request.transactionType));
-    if (!service) {
-        const std::string reason = whyRefused(m_manager);
-        m_report["refusedBecause"] = reason;
-        m_report["owner"] = ownerOf(m_manager);
-        return end("refused", "Refused: " + reason + ".");
+    try {
+        dax::Session session = m_client.request(dax::Priority(m_plan.request.priority),
+                                                dax::TransactionType(m_plan.request.transactionType));
+        dax::Transaction transaction = session.start(static_cast<dax::UpgradeType>(m_plan.upgradeType));
+        const bool done = runTransaction(transaction);
+        session.end("The client has finished.");
+        return done;
+    } catch (const dax::Refusal& refusal) {
+        return refused(refusal);
     }
-    const auto transaction = service->startNewTransaction(m_plan.upgradeType);
-    if (!transaction) {
-        return end("refused", "Refused: the session is no longer valid.");
-    }
-    const bool done = runTransaction(*transaction);
-    service->invalidate("The client has finished.");
-    return done;
 }
 
-bool UpgradeRun::runTransaction(IServiceTransaction& transaction) {
-    const auto possible = transaction.isSearchingPossible();
-    if (possible && !*possible) {
+bool UpgradeRun::refused(const dax::Refusal& refusal) {
+    if (refusal.reason() == dax::Refusal::Reason::SESSION_OVER) {
+        return end("refused", "Refused: the session is no longer valid.");
+    }
+    const std::string reason = whyRefused(refusal.owner());
+    m_report["refusedBecause"] = reason;
+    m_report["owner"] = daxctl::toJson(refusal.owner());
+    return end("refused", "Refused: " + reason + ".");
+}
+
+bool UpgradeRun::runTransaction(dax::Transaction& transaction) {
+    if (!transaction.isSearchPossible().value_or(true)) {
         return end("searchNotPossible", "Searching is not possible now.");
     }
-    const auto searching = [&] { transaction.startSearching(m_plan.searchParameter); };
-    if (!step(transaction, "Search", searching, &IServiceTransaction::getSearchProgress) || !search(transaction)) {
+    if (!search(transaction)) {
         return false;
     }
     if (m_plan.searchOnly) {
         return end("found", "");
     }
-    const auto installing = [&] { transaction.startInstallation(m_plan.items); };
-    if (!step(transaction, "Installation", installing, &IServiceTransaction::getInstallationProgress)) {
+    const auto install = [&](const dax::Waiting& waiting) { return transaction.install(m_plan.items, waiting); };
+    if (!step(transaction, "Installation", install)) {
         return false;
     }
     if (!m_plan.finalize) {
         return end("installed", "Installed; not finalized.");
     }
-    const auto finalizing = [&] { transaction.startFinalization(m_plan.items, m_plan.finalizationFlag); };
-    return step(transaction, "Finalization", finalizing, &IServiceTransaction::getFinalizationProgress) &&
+    const auto finalize = [&](const dax::Waiting& waiting) {
+        return transaction.finalize(m_plan.items, m_plan.finalizationFlag, waiting);
+    };
+    return step(transaction, "Finalization", finalize) &&
            end("finalized", "Finalized. The installation lock is in force until the device has started anew.");
 }
 
-bool UpgradeRun::search(IServiceTransaction& transaction) {
-    const ServiceSearchResult result = transaction.getSearchResult();
-    if (result.result != SERVICE_TRANSACTION_SUCCESS || !result.upgrade) {
+bool UpgradeRun::search(dax::Transaction& transaction) {
+    dax::Found found;
+    const auto search = [&](const dax::Waiting& waiting) {
+        found = transaction.search(m_plan.searchParameter, waiting);
+        return found.outcome;
+    };
+    if (!step(transaction, "Search", search)) {
+        return false;
+    }
+    if (!found.upgrade) {
         return end("nothingFound", "No upgrade was found.");
     }
-    m_report["search"] = toJson(*result.upgrade);
+    m_report["search"] = toJson(*found.upgrade);
     if (!m_silent) {
         std::fprintf(stderr, "Found version %s (scope %d, id %s)\n",
-                     result.upgrade->version.value_or("without a number").c_str(), result.upgrade->scope,
-                     hexadecimal(result.upgrade->upgradeId).c_str());
+                     found.upgrade->version.value_or("without a number").c_str(), found.upgrade->scope,
+                     hexadecimal(found.upgrade->id).c_str());
     }
     return true;
 }
 
 // A call to the daemon can take long, and a step can end at once, so an interruption is looked for before every step.
-bool UpgradeRun::step(IServiceTransaction& transaction, const std::string& name, const std::function<void()>& start,
-                      Progress progress) {
+bool UpgradeRun::step(dax::Transaction& transaction, const std::string& name, const Step& run) {
     if (m_interruption.requested()) {
-        return cancel(transaction, name + " was not started");
+        transaction.cancel(STOP_REASON);
+        return cancelled(name + " was not started");
     }
-    start();
-    return follow(transaction, name, progress);
+    return follow(name, run);
 }
 
-bool UpgradeRun::cancel(IServiceTransaction& transaction, const std::string& what) {
-    transaction.cancelServiceTransaction("Interrupted by the user of daxctl.");
+// An interruption is looked for as often as the progress.
+bool UpgradeRun::follow(const std::string& name, const Step& run) {
+    ProgressDisplay display(name, m_silent);
+    dax::StopSource stop;
+    dax::Waiting waiting;
+    waiting.interval = POLL_INTERVAL;
+    waiting.stop = stop.token();
+    waiting.onProgress = [&](const dax::Progress& progress) {
+        display.show(progress);
+        const bool isUnderWay = progress.state != dax::State::SUCCEEDED && progress.state != dax::State::FAILED;
+        if (isUnderWay && m_interruption.requested()) {
+            stop.requestStop(STOP_REASON);
+        }
+    };
+    switch (run(waiting)) {
+    case dax::Outcome::STOPPED:
+        display.finish("interrupted");
+        return cancelled(name + " was interrupted");
+    case dax::Outcome::FAILED:
+        display.finish("failed");
+        return end("failed", name + " failed.");
+    default:
+        display.finish("done");
+        return true;
+    }
+}
+
+bool UpgradeRun::cancelled(const std::string& what) {
     return end("cancelled", what + "; the transaction has been cancelled at the core.");
-}
-
-bool UpgradeRun::follow(IServiceTransaction& transaction, const std::string& step, Progress progress) {
-    ProgressDisplay display(step, m_silent);
-    for (;;) {
-        const ServiceTransactionProgress now = (transaction.*progress)();
-        display.show(now);
-        if (!isUnderWay(now)) {
-            const bool succeeded = now.result == SERVICE_TRANSACTION_SUCCESS;
-            display.finish(succeeded ? "done" : "failed");
-            return succeeded || end("failed", step + " failed.");
-        }
-        if (m_interruption.wait(POLL_INTERVAL)) {
-            display.finish("interrupted");
-            return cancel(transaction, step + " was interrupted");
-        }
-    }
 }
 
 // Ends a run: stores the outcome and shows it. True for an outcome that the plan asked for.

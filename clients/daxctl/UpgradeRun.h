@@ -6,7 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "ServiceInterface/IServiceManager.h"
+#include "DAXCommon/UpgradeType.h"
+#include "dax/client.h"
 #include "daxctl/Interruption.h"
 #include "daxctl/Session.h"
 
@@ -27,27 +28,26 @@ struct UpgradePlan {
 // first step that does not succeed; an interruption cancels the transaction at the core.
 class UpgradeRun {
 public:
-    UpgradeRun(DAX::Service::IServiceManager& manager, const UpgradePlan& plan, Interruption& interruption,
-               bool silent);
+    UpgradeRun(dax::Client& client, const UpgradePlan& plan, Interruption& interruption, bool silent);
 
-    // True when every step of the plan succeeded. Exceptions of the daemon and of the core pass.
+    // True when every step of the plan succeeded. dax::Error and dax::Unreachable pass.
     bool run();
 
     // The result: "outcome", and as far as the run got, "search" and "refusedBecause".
     const nlohmann::ordered_json& report() const { return m_report; }
 
 private:
-    using Progress = DAX::Service::ServiceTransactionProgress (DAX::Service::IServiceTransaction::*)();
+    using Step = std::function<dax::Outcome(const dax::Waiting&)>;
 
-    bool runTransaction(DAX::Service::IServiceTransaction& transaction);
-    bool search(DAX::Service::IServiceTransaction& transaction);
-    bool step(DAX::Service::IServiceTransaction& transaction, const std::string& name,
-              const std::function<void()>& start, Progress progress);
-    bool cancel(DAX::Service::IServiceTransaction& transaction, const std::string& what);
-    bool follow(DAX::Service::IServiceTransaction& transaction, const std::string& step, Progress progress);
+    bool refused(const dax::Refusal& refusal);
+    bool runTransaction(dax::Transaction& transaction);
+    bool search(dax::Transaction& transaction);
+    bool step(dax::Transaction& transaction, const std::string& name, const Step& run);
+    bool follow(const std::string& name, const Step& run);
+    bool cancelled(const std::string& what);
     bool end(const std::string& outcome, const std::string& message);
 
-    DAX::Service::IServiceManager& m_manager;
+    dax::Client& m_client;
     const UpgradePlan& m_plan;
     Interruption& m_interruption;
     bool m_silent;

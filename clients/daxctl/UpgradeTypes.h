@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "DAXCommon/UpgradeType.h"
+#include "dax/client.h"
 
 namespace daxctl {
 
 // The name of a type, or its number when it has no name.
-std::string upgradeTypeName(DAX::DAXCommon::UpgradeType type);
+std::string upgradeTypeName(dax::UpgradeType type);
 
 } // namespace daxctl

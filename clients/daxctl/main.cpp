@@ -1,12 +1,10 @@
 #include <cstdlib>
 
-#include "DAXIPC/IDAXIPC.h"
 #include "daxctl/Commands.h"
 
 int main(int argc, char** argv) {
     // The library's log is meant for services. A person at a terminal gets it only on request.
     setenv("KOVAN_DLOG", "none", 0);
-    DAX::DAXIPC::IDAXIPC::initialize();
 
     clients_common::Program program("daxctl", "A person's client of the update service on the system bus.");
     program.requireCommand();

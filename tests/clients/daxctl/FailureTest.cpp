@@ -1,23 +1,17 @@
 #include "daxctl/Failure.h"
 
-#include <boost/exception_ptr.hpp>
 #include <gmock/gmock.h>
 
-#include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
-#include "DAXCommon/UserInterestExceptions.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/StandardExceptionHandler.h"
 #include "Utility/Utils/ErrInfoStream.h"
+#include "Utility/Utils/GenericException.h"
+#include "dax/client.h"
 
 namespace DAX::Tests {
 namespace {
 
 using namespace testing;
-using Common::Utils::errinfo_description;
-using Common::Utils::errinfo_supportcode;
 using daxctl::Failure;
-using DAXIPC::DBUSLowLevel::StandardExceptionHandler;
-using UserInterestExceptions::CUSBReadError;
-namespace Wrapper = Common::DBUSWrapper::DBUSWrapperExceptions;
+using Reason = dax::Unreachable::Reason;
 
 template <class Statement>
 Failure failureOf(const Statement& statement) {
@@ -27,19 +21,6 @@ Failure failureOf(const Statement& statement) {
         return daxctl::describeCurrentException();
     }
     return {"nothing was thrown", {}, {}, {}};
-}
-
-// The exception that the statement throws, as it arrives after one hop over the bus.
-template <class Statement>
-void overTheBus(const Statement& statement) {
-    std::string name;
-    std::stringstream archive;
-    try {
-        statement();
-    } catch (...) {
-        StandardExceptionHandler::wrapException(boost::current_exception(), name, archive);
-    }
-    StandardExceptionHandler::unwrapException("startInstallation", name, archive);
 }
 
 TEST(Failure, IsShownByNameSupportCodeAndText) {
@@ -60,42 +41,37 @@ TEST(Failure, IsADocumentOfFourFields) {
               R"({"name":"CWrongKeys","supportCode":"E-42","text":"It is broken.","diagnostic":"chain"})");
 }
 
-TEST(DescribeCurrentException, TellsWhatTheCoreThrewTwoHopsAway) {
-    const auto atTheCore = [] { DAX_THROW(CUSBReadError(), "It is broken." << errinfo_supportcode("E-42")); };
-    const Failure failure = failureOf([&] { overTheBus([&] { overTheBus(atTheCore); }); });
+TEST(DescribeCurrentException, TellsWhatTheServiceReports) {
+    const Failure failure = failureOf(
+        [] { throw dax::Error(dax::Error::Kind::USB_READ_ERROR, "CUSBReadError", "E-42", "It is broken.", "chain"); });
     EXPECT_EQ(failure.name, "CUSBReadError");
     EXPECT_EQ(failure.supportCode, "E-42");
     EXPECT_EQ(failure.text, "It is broken.");
-    EXPECT_THAT(failure.diagnostic, StartsWith("Remote method 'startInstallation' raised 'CUSBReadError' with {\n"));
-}
-
-TEST(DescribeCurrentException, TellsADescriptionThatCameOverTheBus) {
-    const auto far = [] { DAX_THROW(CUSBReadError(), errinfo_description("It is broken.")); };
-    EXPECT_EQ(failureOf([&] { overTheBus(far); }).toString(), "CUSBReadError: It is broken.");
-}
-
-TEST(DescribeCurrentException, TellsTheDiagnosticOfAnExceptionWithoutAText) {
-    const Failure failure = failureOf([] { overTheBus([] { DAX_EXCEPTION(CUSBReadError()).throwException(); }); });
-    EXPECT_EQ(failure.text, "");
-    EXPECT_EQ(failure.toString(), "CUSBReadError: " + failure.diagnostic);
-}
-
-TEST(DescribeCurrentException, NamesAnExceptionWithoutABusNameAsTheBusDoes) {
-    const auto far = [] { DAX_THROW(UserInterestExceptions::ServiceRevokedException(), "It is over."); };
-    EXPECT_EQ(failureOf([&] { overTheBus(far); }).toString(), "DAXUnknownException: It is over.");
+    EXPECT_EQ(failure.diagnostic, "chain");
 }
 
 TEST(DescribeCurrentException, TellsWhatPreventedTheCall) {
-    const auto nameOf = [](auto exception) {
-        const Failure failure = failureOf([&] { DAX_THROW(exception, "No way."); });
+    const auto nameOf = [](Reason reason, const std::string& busError) {
+        const Failure failure = failureOf([&] { throw dax::Unreachable(reason, busError, "No way.", "chain"); });
         EXPECT_EQ(failure.supportCode, "");
         EXPECT_EQ(failure.text, "No way.");
-        EXPECT_THAT(failure.diagnostic, HasSubstr("No way."));
+        EXPECT_EQ(failure.diagnostic, "chain");
         return failure.name;
     };
-    EXPECT_EQ(nameOf(Wrapper::ErrorConnectingToDBUS()), "ErrorConnectingToDBUS");
-    EXPECT_EQ(nameOf(Wrapper::RemoteObjectActivationTimedOut()), "RemoteObjectActivationTimedOut");
-    EXPECT_EQ(nameOf(Wrapper::RemoteObjectNotAccessible()), "RemoteObjectNotAccessible");
+    const std::string prefix = "org.freedesktop.DBus.Error.";
+    EXPECT_EQ(nameOf(Reason::NO_BUS, ""), "ErrorConnectingToDBUS");
+    EXPECT_EQ(nameOf(Reason::NO_BUS, prefix + "FileNotFound"), "ErrorConnectingToDBUS");
+    EXPECT_EQ(nameOf(Reason::NO_BUS, prefix + "Disconnected"), "RemoteObjectNotAccessible");
+    EXPECT_EQ(nameOf(Reason::NO_SERVICE, prefix + "TimedOut"), "RemoteObjectActivationTimedOut");
+    EXPECT_EQ(nameOf(Reason::NO_SERVICE, prefix + "ServiceUnknown"), "RemoteObjectNotAccessible");
+    EXPECT_EQ(nameOf(Reason::NOT_ALLOWED, prefix + "AccessDenied"), "RemoteObjectNotAccessible");
+    EXPECT_EQ(nameOf(Reason::TIMED_OUT, prefix + "Timeout"), "RemoteObjectNotAccessible");
+}
+
+TEST(DescribeCurrentException, TellsAFailureOfTheDevicesFilesByItsText) {
+    const Failure failure = failureOf([] { DAX_THROW(Common::Utils::GenericException(), "It is broken."); });
+    EXPECT_EQ(failure.toString(), "DAXUnknownException: It is broken.");
+    EXPECT_THAT(failure.diagnostic, HasSubstr("GenericException"));
 }
 
 TEST(DescribeCurrentException, TellsWhatAnyOtherExceptionSays) {

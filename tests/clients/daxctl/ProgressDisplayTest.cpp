@@ -10,8 +10,8 @@ namespace {
 using namespace testing;
 using daxctl::ProgressDisplay;
 
-Service::ServiceTransactionProgress percent(int number) {
-    return {Service::SERVICE_TRANSACTION_IN_PROGRESS, number, boost::none};
+dax::Progress percent(int number) {
+    return {dax::State::IN_PROGRESS, number, std::nullopt};
 }
 
 const std::string BAR_OF_0 = "\rSearch        [........................................]   0 %";

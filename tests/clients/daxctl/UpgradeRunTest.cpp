@@ -1,14 +1,19 @@
 #include "daxctl/UpgradeRun.h"
 
 #include <csignal>
+#include <thread>
 
 #include <boost/optional/optional_io.hpp>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
+#include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/DAXIPCServiceManagerAdapter.h"
 #include "clients/daxctl/StandardError.h"
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "support/FakeKovan.h"
+#include "support/PrivateBus.h"
+#include "support/RawPeer.h"
 #include "support/TemporaryRoot.h"
 
 namespace DAX::Tests {
@@ -20,6 +25,35 @@ using DAXCommon::ServiceClientPriority;
 using DAXCommon::ServiceTransactionType;
 
 const char* const CANCEL_REASON = "Interrupted by the user of daxctl.";
+
+// A signal for the process, since the mocks are called on another thread than the one that waits for it.
+void interrupt() {
+    kill(getpid(), SIGINT);
+}
+
+// The mocks on the bus, served by the daemon's own adapter on a thread of its own.
+class MocksOnTheBus {
+public:
+    MocksOnTheBus(PrivateBus& bus, std::unique_ptr<IServiceManager> manager)
+        : m_bus(bus)
+        , m_factory(std::make_shared<OneServiceManagerFactory>(std::move(manager)))
+        , m_thread([this] { m_adapter.listenDBUS(m_factory, 1, 0, 10, boost::none, boost::none); }) {
+        EXPECT_TRUE(RawPeer().waitForNameOwner("org.kovan.tv.dax.service.servicemanager", true));
+    }
+    MocksOnTheBus(const MocksOnTheBus&) = delete;
+    MocksOnTheBus& operator=(const MocksOnTheBus&) = delete;
+    ~MocksOnTheBus() {
+        m_bus.stop(); // ends the adapter at once
+        m_thread.join();
+    }
+
+private:
+    PrivateBus& m_bus;
+    DAXIPC::DBUSLowLevel::DAXIPCServiceManagerAdapter m_adapter{
+        Common::DBUSWrapper::IDBUSAdapter::createDefaultAdapterFactory()};
+    std::shared_ptr<OneServiceManagerFactory> m_factory;
+    std::thread m_thread; // last: it uses the others
+};
 
 class UpgradeRunTest : public Test {
 protected:
@@ -40,19 +74,23 @@ protected:
     // Runs the upgrade and returns what it shows to people. Keeps its result and its report.
     std::string run(bool silent = false) {
         StandardError pipe(StandardError::Kind::PIPE);
-        daxctl::UpgradeRun upgrade(manager, plan, interruption, silent);
+        dax::Client client(plan.request.clientName);
+        daxctl::UpgradeRun upgrade(client, plan, interruption, silent);
         succeeded = upgrade.run();
         report = upgrade.report();
         return pipe.text();
     }
 
     TemporaryRoot root;
-    daxctl::Interruption interruption;
+    PrivateBus bus;                    // before the signals are blocked, which end it
+    daxctl::Interruption interruption; // before the threads, which must not take the signals
     daxctl::UpgradePlan plan;
-    NiceMock<MockServiceManager> manager;
+    std::unique_ptr<NiceMock<MockServiceManager>> ownedManager = std::make_unique<NiceMock<MockServiceManager>>();
+    NiceMock<MockServiceManager>& manager = *ownedManager;
     std::shared_ptr<NiceMock<MockService>> service = std::make_shared<NiceMock<MockService>>();
     std::shared_ptr<NiceMock<MockServiceTransaction>> transaction =
         std::make_shared<NiceMock<MockServiceTransaction>>();
+    MocksOnTheBus onTheBus{bus, std::move(ownedManager)};
     bool succeeded = false;
     nlohmann::ordered_json report;
 };
@@ -112,10 +150,15 @@ TEST_F(UpgradeRunTest, IsRefusedByALockWhenNobodyHoldsTheService) {
     EXPECT_TRUE(report["owner"].is_null());
 }
 
-TEST_F(UpgradeRunTest, IsRefusedWhenItsSessionIsNoLongerValid) {
+// The daemon says so at the transaction's first call.
+TEST_F(UpgradeRunTest, EndsWithAnErrorWhenItsSessionIsNoLongerValid) {
     EXPECT_CALL(*service, startNewTransaction).WillOnce(Return(nullptr));
-    EXPECT_EQ(run(), "Refused: the session is no longer valid.\n");
-    EXPECT_EQ(report["outcome"], "refused");
+    try {
+        run();
+        FAIL() << "it has gone on";
+    } catch (const dax::Error& error) {
+        EXPECT_EQ(error.kind(), dax::Error::Kind::TRANSACTION_INVALIDATED);
+    }
 }
 
 TEST_F(UpgradeRunTest, GoesOnWhenTheCoreDoesNotKnowWhetherASearchIsPossible) {
@@ -158,7 +201,7 @@ TEST_F(UpgradeRunTest, LooksAgainUntilAStepHasEnded) {
 
 TEST_F(UpgradeRunTest, AnInterruptionDuringAStepCancelsAtTheCore) {
     EXPECT_CALL(*transaction, getInstallationProgress).WillOnce([] {
-        raise(SIGINT);
+        interrupt();
         return ServiceTransactionProgress{SERVICE_TRANSACTION_IN_PROGRESS, 30, boost::none};
     });
     EXPECT_CALL(*transaction, cancelServiceTransaction(CANCEL_REASON));
@@ -169,7 +212,7 @@ TEST_F(UpgradeRunTest, AnInterruptionDuringAStepCancelsAtTheCore) {
 }
 
 TEST_F(UpgradeRunTest, AnInterruptionDuringACallCountsBeforeTheNextStep) {
-    EXPECT_CALL(*transaction, startInstallation).WillOnce([](const std::set<std::string>&) { raise(SIGINT); });
+    EXPECT_CALL(*transaction, startInstallation).WillOnce([](const std::set<std::string>&) { interrupt(); });
     EXPECT_CALL(*transaction, startFinalization).Times(0);
     EXPECT_CALL(*transaction, cancelServiceTransaction(CANCEL_REASON));
     EXPECT_THAT(run(), EndsWith("Finalization was not started; the transaction has been cancelled at the core.\n"));
@@ -177,14 +220,14 @@ TEST_F(UpgradeRunTest, AnInterruptionDuringACallCountsBeforeTheNextStep) {
 }
 
 TEST_F(UpgradeRunTest, AnInterruptionBeforeTheSearchCancelsAtTheCore) {
-    raise(SIGINT);
+    interrupt();
     EXPECT_CALL(*transaction, startSearching).Times(0);
     EXPECT_CALL(*transaction, cancelServiceTransaction(CANCEL_REASON));
     EXPECT_EQ(run(), "Search was not started; the transaction has been cancelled at the core.\n");
 }
 
 TEST_F(UpgradeRunTest, AnInterruptionDuringTheLastCallComesTooLate) {
-    EXPECT_CALL(*transaction, startFinalization).WillOnce([](const std::set<std::string>&, bool) { raise(SIGINT); });
+    EXPECT_CALL(*transaction, startFinalization).WillOnce([](const std::set<std::string>&, bool) { interrupt(); });
     EXPECT_CALL(*transaction, cancelServiceTransaction).Times(0);
     run();
     EXPECT_TRUE(succeeded);

@@ -5,14 +5,14 @@
 namespace DAX::Tests {
 namespace {
 
-using namespace DAXCommon;
+using dax::UpgradeType;
 
 TEST(UpgradeTypes, AreNamedEach) {
-    EXPECT_EQ(daxctl::upgradeTypeName(UNDEFINED), "UNDEFINED");
-    EXPECT_EQ(daxctl::upgradeTypeName(OTA), "OTA");
-    EXPECT_EQ(daxctl::upgradeTypeName(OTN), "OTN");
-    EXPECT_EQ(daxctl::upgradeTypeName(USB), "USB");
-    EXPECT_EQ(daxctl::upgradeTypeName(POSTPONE), "POSTPONE");
+    EXPECT_EQ(daxctl::upgradeTypeName(UpgradeType::UNDEFINED), "UNDEFINED");
+    EXPECT_EQ(daxctl::upgradeTypeName(UpgradeType::OTA), "OTA");
+    EXPECT_EQ(daxctl::upgradeTypeName(UpgradeType::OTN), "OTN");
+    EXPECT_EQ(daxctl::upgradeTypeName(UpgradeType::USB), "USB");
+    EXPECT_EQ(daxctl::upgradeTypeName(UpgradeType::POSTPONE), "POSTPONE");
 }
 
 TEST(UpgradeTypes, AreNumbersWhenTheyHaveNoName) {
