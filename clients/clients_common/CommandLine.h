@@ -116,6 +116,9 @@ public:
     // From now on one command must be named, and --json is known.
     using Command::requireCommand;
 
+    // From now on --version prints the program's name and version, and ends the program with EXIT_DONE.
+    void addVersion();
+
     // Parses the arguments. Returns nothing when the program is to go on. Otherwise the status with which it is to end:
     // EXIT_DONE after help, EXIT_USAGE after a wrong command line, told on standard error.
     std::optional<int> parse(int argc, const char* const* argv);

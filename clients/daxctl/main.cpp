@@ -8,6 +8,7 @@ int main(int argc, char** argv) {
 
     clients_common::Program program("daxctl", "A person's client of the update service on the system bus.");
     program.requireCommand();
+    program.addVersion();
     program.footer(
         "Exit status: 0 done, 1 refused or failed, 2 wrong usage. DBUS_SYSTEM_BUS_ADDRESS names another bus.");
     daxctl::addStatusCommand(program);

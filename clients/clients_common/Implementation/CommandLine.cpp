@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "clients_common/ExitStatus.h"
+#include "clients_common/Implementation/Version.h"
 #include "clients_common/Output.h"
 
 namespace clients_common {
@@ -132,6 +133,10 @@ Program::Program(const std::string& name, const std::string& description)
 Program::Program(std::unique_ptr<Parser> parser) : Command(parser->app, parser->choice), m_parser(std::move(parser)) {}
 
 Program::~Program() = default;
+
+void Program::addVersion() {
+    m_parser->app.set_version_flag("--version", m_parser->app.get_name() + " " + VERSION, "Print the version and exit");
+}
 
 std::optional<int> Program::parse(int argc, const char* const* argv) {
     try {
