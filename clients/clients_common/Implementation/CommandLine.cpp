@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "clients_common/ExitStatus.h"
+#include "clients_common/Implementation/UnknownCommand.h"
 #include "clients_common/Implementation/Version.h"
 #include "clients_common/Output.h"
 
@@ -142,8 +143,13 @@ std::optional<int> Program::parse(int argc, const char* const* argv) {
     try {
         m_parser->app.parse(argc, argv);
         return std::nullopt;
+    } catch (const CLI::Success& help) {
+        m_parser->app.exit(help);
+        return EXIT_DONE;
     } catch (const CLI::ParseError& error) {
-        return m_parser->app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        const std::string text = complaintAboutCommand(m_parser->app).value_or(error.what());
+        std::cerr << text << "\nRun with --help for more information." << std::endl;
+        return EXIT_USAGE;
     }
 }
 
