@@ -12,15 +12,11 @@ namespace {
 using DBUSWrapperExceptions::DBUSMemoryError;
 using DBUSWrapperExceptions::ERRORSendingReply;
 
-DBUSMessageHandle orThrow(DBusMessage* reply) {
+DBUSMessageHandle newReply(DBusMessage* call, std::string_view kind, std::string_view name) {
+    DBUSMessageHandle reply(dbus_message_new_method_return(call));
     if (reply == nullptr) {
         DAX_THROW(DBUSMemoryError(), "A reply cannot be made.");
     }
-    return DBUSMessageHandle(reply);
-}
-
-DBUSMessageHandle newReply(DBusMessage* call, std::string_view kind, std::string_view name) {
-    DBUSMessageHandle reply = orThrow(dbus_message_new_method_return(call));
     DBusMessageIter arguments;
     dbus_message_iter_init_append(reply.get(), &arguments);
     appendByteArray(arguments, kind);
@@ -30,10 +26,15 @@ DBUSMessageHandle newReply(DBusMessage* call, std::string_view kind, std::string
 
 // A copy with another receiver and serial, each in its old place of the header.
 DBUSMessageHandle copyFor(const char* receiver, dbus_uint32_t serial, DBusMessage* begun) {
-    DBUSMessageHandle reply = orThrow(dbus_message_copy(begun));
-    const bool addressed =
-        dbus_message_has_destination(begun, receiver) || dbus_message_set_destination(reply.get(), receiver);
-    return orThrow(addressed && dbus_message_set_reply_serial(reply.get(), serial) ? reply.release() : nullptr);
+    DBUSMessageHandle reply(dbus_message_copy(begun));
+    const bool isAddressed =
+        reply != nullptr &&
+        (dbus_message_has_destination(begun, receiver) || dbus_message_set_destination(reply.get(), receiver)) &&
+        dbus_message_set_reply_serial(reply.get(), serial);
+    if (!isAddressed) {
+        DAX_THROW(DBUSMemoryError(), "A reply cannot be copied.");
+    }
+    return reply;
 }
 
 } // namespace
@@ -52,17 +53,24 @@ DBUSMessageHandle Replies::begin(DBusMessage* call, std::string_view kind, std::
     if (receiver == nullptr) { // from a broken bus: the header of its reply has one field less
         return newReply(call, kind, name);
     }
-    if (m_begun == nullptr || m_kind != kind || m_name != name) {
-        m_begun.reset(); // so that a failure in between leaves nothing that its names do not tell
+    if (m_kind != kind || m_name != name) {
+        DBUSMessageHandle reply = newReply(call, kind, name);
+        m_begun.reset();
         m_kind = kind;
         m_name = name;
+        return reply;
+    }
+    if (m_begun == nullptr) {
         m_begun = newReply(call, kind, name);
     }
     return copyFor(receiver, dbus_message_get_serial(call), m_begun.get());
 }
 
 DBUSMessageHandle textReply(DBusMessage* call, const std::string& text) {
-    DBUSMessageHandle reply = orThrow(dbus_message_new_method_return(call));
+    DBUSMessageHandle reply(dbus_message_new_method_return(call));
+    if (reply == nullptr) {
+        DAX_THROW(DBUSMemoryError(), "A reply cannot be made.");
+    }
     const char* const data = text.c_str();
     if (!dbus_validate_utf8(data, nullptr) ||
         !dbus_message_append_args(reply.get(), DBUS_TYPE_STRING, &data, DBUS_TYPE_INVALID)) {

@@ -1,6 +1,8 @@
 #include "Common/DBUSWrapper/Implementation/Replies.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <dbus/dbus.h>
 #include <gmock/gmock.h>
@@ -72,11 +74,15 @@ TEST_F(RepliesTest, GoesToTheCallerOfEachCall) {
 }
 
 TEST_F(RepliesTest, NamesTheKindAndTheFunctionOfEachReply) {
-    expectBytesOfANewReply(":1.7", 2, "REPLY", "method", "data");
-    expectBytesOfANewReply(":1.7", 3, "EXCEPTION", "method", "data");
-    expectBytesOfANewReply(":1.7", 4, "EXCEPTION", "Invalid arguments.", "data");
-    expectBytesOfANewReply(":1.7", 5, "REPLY", "", "data");
-    expectBytesOfANewReply(":1.7", 6, "REPLY", "method", "data");
+    const std::vector<std::pair<std::string, std::string>> names = {
+        {"REPLY", "method"}, {"EXCEPTION", "method"}, {"EXCEPTION", "Invalid arguments."}, {"REPLY", ""}};
+    for (const int inARow : {1, 2, 3}) {
+        for (const auto& [kind, name] : names) {
+            for (int i = 0; i < inARow; ++i) {
+                expectBytesOfANewReply(":1.7", 2, kind, name, "data");
+            }
+        }
+    }
 }
 
 TEST_F(RepliesTest, AnswersACallThatNamesNoSender) {
@@ -84,14 +90,18 @@ TEST_F(RepliesTest, AnswersACallThatNamesNoSender) {
     expectBytesOfANewReply(":1.7", 3, "REPLY", "method", "data");
     expectBytesOfANewReply(nullptr, 4, "REPLY", "method", "data");
     expectBytesOfANewReply(":1.7", 5, "REPLY", "method", "data");
+    expectBytesOfANewReply(nullptr, 6, "REPLY", "method", "data");
+    expectBytesOfANewReply(":1.7", 7, "REPLY", "method", "data");
 }
 
 TEST_F(RepliesTest, LeavesAnEarlierReplyAsItWas) {
     const RawMessage call = callFrom(":1.7", 2);
     const auto first = replies.make(call.get(), "REPLY", "method", "first");
     const auto second = replies.make(call.get(), "REPLY", "method", "second");
+    const auto third = replies.make(call.get(), "REPLY", "method", "third");
     EXPECT_THAT(byteArrays(*first), ElementsAre("REPLY", "method", "first"));
     EXPECT_THAT(byteArrays(*second), ElementsAre("REPLY", "method", "second"));
+    EXPECT_THAT(byteArrays(*third), ElementsAre("REPLY", "method", "third"));
 }
 
 class RepliesFailureTest : public RepliesTest, public testing::WithParamInterface<const char*> {};
@@ -99,6 +109,7 @@ class RepliesFailureTest : public RepliesTest, public testing::WithParamInterfac
 TEST_P(RepliesFailureTest, SaysSoAndGoesOn) {
     const RawMessage call = callFrom(":1.7", 2);
     replies.make(call.get(), "REPLY", "before", "data");
+    replies.make(call.get(), "REPLY", "method", "data"); // so that the next is the first that is copied
     failNext(GetParam());
     EXPECT_THROW(replies.make(call.get(), "REPLY", "method", "data"), DBUSMemoryError);
     expectBytesOfANewReply(":1.7", 3, "REPLY", "method", "data");
@@ -113,6 +124,7 @@ INSTANTIATE_TEST_SUITE_P(OfABuildingFunction, RepliesFailureTest,
 
 TEST_F(RepliesTest, SaysWhenTheReceiverCannotBeChanged) {
     replies.make(callFrom(":1.7", 2).get(), "REPLY", "method", "data");
+    replies.make(callFrom(":1.7", 3).get(), "REPLY", "method", "data");
     const RawMessage call = callFrom(":1.8", 2);
     failNext("dbus_message_set_destination");
     EXPECT_THROW(replies.make(call.get(), "REPLY", "method", "data"), DBUSMemoryError);
