@@ -55,9 +55,9 @@ void keepOthersFromWriting() {
     umask(umask(0) | S_IWGRP | S_IWOTH);
 }
 
-// Small pieces of memory are merged with their neighbours as soon as they are freed. The allocator would otherwise keep
-// them apart, and a row of calls, each of which needs a piece of another size than the last one left, would make the
-// heap grow by some bytes a call.
+// Small pieces of memory that are freed are merged with their neighbours, but for the few that each thread keeps. The
+// allocator would otherwise keep all of them apart, and a row of calls, each of which needs a piece of another size
+// than the last one left, would make the heap grow by some bytes a call.
 void mergeFreedMemoryAtOnce() {
     mallopt(M_MXFAST, 0);
 }

@@ -1,9 +1,12 @@
+#include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include "support/FakeKovan.h"
 #include "support/ProcessDeath.h"
@@ -73,6 +76,20 @@ TEST_F(MainTest, RegistersForThreeHundredSecondsBeforeItListens) {
         whileListening = [&before] { before = FakeKovan::journal("hangguard"); };
         EXPECT_EQ(run({}), 0);
         EXPECT_THAT(before, ElementsAre("hangguard register 300"));
+    });
+}
+
+TEST_F(MainTest, KeepsNoSmallPiecesOfFreedMemoryApart) {
+    EXPECT_IN_CHILD({
+        std::size_t keptApart = 1;
+        whileListening = [&keptApart] {
+            std::vector<void*> pieces(100);
+            std::generate(pieces.begin(), pieces.end(), [] { return std::malloc(32); });
+            std::for_each(pieces.begin(), pieces.end(), std::free);
+            keptApart = mallinfo2().smblks;
+        };
+        EXPECT_EQ(run({}), 0);
+        EXPECT_EQ(keptApart, 0U);
     });
 }
 
