@@ -3,6 +3,7 @@
 #include <atomic>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "support/RawPeer.h"
 #include "support/WaitUntil.h"
@@ -28,7 +29,8 @@ inline void sendGreatSignals(RawPeer& peer, const std::string& destination) {
 // Sends small signals to one connection while the object lives, as many as the bus takes.
 class Flood {
 public:
-    explicit Flood(const std::string& destination) : m_thread([this, destination] { run(destination); }) {}
+    explicit Flood(const std::string& destination, RawPeer sender = RawPeer())
+        : m_peer(std::move(sender)), m_thread([this, destination] { run(destination); }) {}
     ~Flood() {
         m_stop = true;
         m_thread.join();

@@ -15,7 +15,7 @@ const long LARGEST_GROWTH = (HAS_SANITIZER ? 1024 : 100) * 1024;
 
 TEST(ManyLocks, WithLongNamesMakeARefusalNeitherSlowNorLarge) {
     const int locks = 300;
-    Desk desk;
+    Desk desk{"", SystemBusRules::ofDevice()};
     const auto client = desk.connect();
     const std::string name(1024 * 1024, 'n');
     for (int lock = 0; lock < locks; ++lock) {

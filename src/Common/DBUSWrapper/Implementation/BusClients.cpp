@@ -34,6 +34,7 @@ BusClients::BusClients(BusCalls& calls, Utils::ISimpleClock& clock, std::functio
 
 void BusClients::begin(DBusConnection* connection) {
     m_connection = connection;
+    m_isRefusalLogged = false;
     if (!m_clients.empty()) {
         m_clients.clear();
         m_idleSince = m_clock.getCurrentTime();
