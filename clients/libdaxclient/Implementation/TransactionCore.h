@@ -28,7 +28,7 @@ public:
 
     Progress searchProgress();
 
-    // A call that the service survives only after the end of a search. Throws std::logic_error before.
+    // A call that ends the service's process while a search runs. Throws std::logic_error until the search has ended.
     template <class Call>
     auto callAfterSearch(const Call& call) {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -87,7 +87,8 @@ private:
     bool m_endOfDataMarked = false;
     std::uint32_t m_remainder = Crc::initial_remainder;
 
-    static_assert(Crc::bit_count == 32 && Crc::reflect_input && Crc::reflect_remainder, "the bits are reversed above, which only this form of the sum wants");
+    static_assert(Crc::bit_count == 32 && Crc::reflect_input && Crc::reflect_remainder,
+                  "the bits are reversed above, which only this form of the sum wants");
     static_assert(Crc::final_xor_value == 0xFFFFFFFF, "the remainder is given inverted");
 };
 

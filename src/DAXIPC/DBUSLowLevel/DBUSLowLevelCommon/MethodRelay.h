@@ -15,7 +15,7 @@ namespace DAX::DAXIPC::DBUSLowLevel {
 template <class Operation>
 struct OperationTraits;
 
-// The one form that there is: a member function.
+// Every operation is a member function, so there is no other form.
 template <class R, class I, class... Args>
 struct OperationTraits<R (I::*)(Args...)> {
     using Interface = I;
@@ -29,7 +29,7 @@ template <class Call, class Arguments, class R = decltype(std::apply(std::declva
 struct Sent {
     using Type = decltype(asSent(std::declval<R>()));
 };
-// Nothing.
+// A call without a result sends none.
 template <class Call, class Arguments>
 struct Sent<Call, Arguments, void> {
     using Type = void;
