@@ -1,15 +1,11 @@
-#include <filesystem>
 #include <string>
 
 #include <gmock/gmock.h>
 
-#include "support/Process.h"
-#include "support/TemporaryRoot.h"
+#include "scripts/ScriptTree.h"
 
 namespace DAX::Tests {
 namespace {
-
-const std::filesystem::path SOURCES(SOURCE_FOLDER);
 
 const char INTERFACE[] = "#pragma once\n"
                          "\n"
@@ -32,19 +28,15 @@ const char INTERFACE[] = "#pragma once\n"
                          "};\n";
 
 // A tree with a public header in each folder that the script looks at. Everything in it has a comment.
-class CheckContracts : public testing::Test {
+class CheckContracts : public ScriptTree {
 protected:
-    CheckContracts() {
-        std::filesystem::create_directories(m_tree / "scripts");
-        std::filesystem::copy_file(SOURCES / "scripts/check-contracts", m_tree / "scripts/check-contracts");
+    CheckContracts() : ScriptTree({"check-contracts"}) {
         write("src/Room/IRoom.h", INTERFACE);
         write("src/Room/Implementation/CRoom.h", "class CRoom {};\n");
         write("include/Size.h", "// A size.\nstruct Size {\n    int width;\n};\n");
         write("platform/include/door.h", "// A door.\nstruct door;\n");
         write("AdditionalDependencies/Chests/Chest.h", "// A chest.\nclass Chest {};\n");
     }
-
-    void write(const std::string& file, const std::string& text) const { m_tree.write(file, text); }
 
     // Writes the interface without this text.
     void writeWithout(const std::string& removed) const {
@@ -53,18 +45,13 @@ protected:
         write("src/Room/IRoom.h", text.erase(text.find(removed), removed.size()));
     }
 
-    FinishedRun check(const std::string& option = "") const {
-        const std::string script = (m_tree / "scripts/check-contracts").string();
-        return option.empty() ? run({{script}, {}, {}, {}}) : run({{script, option}, {}, {}, {}});
-    }
+    FinishedRun check(const Arguments& options = {}) const { return runScript("check-contracts", {}, options); }
 
     void expectRefused(const std::string& complaints) const {
         const FinishedRun finished = check();
         EXPECT_EQ(finished.output, complaints) << finished.errors;
         EXPECT_EQ(finished.end, ProcessEnd::exited(1));
     }
-
-    const TemporaryRoot m_tree;
 };
 
 TEST_F(CheckContracts, PassATreeInWhichEverythingHasAComment) {
@@ -86,7 +73,7 @@ TEST_F(CheckContracts, RefuseAnOperationBehindTheDestructor) {
 }
 
 TEST(CheckContractsOfThisTree, Pass) {
-    const FinishedRun finished = run({{(SOURCES / "scripts/check-contracts").string()}, {}, {}, {}});
+    const FinishedRun finished = runOnThisTree("check-contracts");
     EXPECT_EQ(finished.output, "") << finished.errors;
     EXPECT_EQ(finished.end, ProcessEnd::exited(0));
 }
@@ -151,7 +138,7 @@ TEST_F(CheckContracts, TakeACommentWithoutWordsOrForAToolForNone) {
 
 TEST_F(CheckContracts, CountWhatHasACommentAndWhatHasNone) {
     writeWithout("    // In metres.\n");
-    const FinishedRun finished = check("--count");
+    const FinishedRun finished = check({"--count"});
     EXPECT_THAT(finished.output, testing::EndsWith("pure virtual: 1 with a comment, 2 without\n"
                                                    "class: 3 with a comment, 0 without\n"
                                                    "static: 0 with a comment, 0 without\n"));

@@ -1,26 +1,18 @@
-#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 
-#include "support/Process.h"
-#include "support/TemporaryRoot.h"
+#include "scripts/ScriptTree.h"
 
 namespace DAX::Tests {
 namespace {
 
-const std::chrono::seconds LONGEST_CHECK(60); // on a busy machine
-
-const std::filesystem::path SOURCE_OF_CHECK = std::filesystem::path(SOURCE_FOLDER) / "scripts/check-documents";
-
 // A tracked tree with one document that explains two texts, and a source that logs both.
-class CheckDocuments : public testing::Test {
+class CheckDocuments : public ScriptTree {
 protected:
-    CheckDocuments() {
-        std::filesystem::create_directories(m_tree / "scripts");
-        std::filesystem::copy_file(SOURCE_OF_CHECK, m_tree / "scripts/check-documents");
+    CheckDocuments() : ScriptTree({"check-documents"}) {
         m_tree.write("docs/debugging.md", "# Debugging\n"
                                           "\n"
                                           "| Text | What to do |\n"
@@ -35,12 +27,10 @@ protected:
         git({"init", "--quiet"});
     }
 
-    void write(const std::string& file, const std::string& text) const { m_tree.write(file, text); }
-
     // What the check complains of, with everything tracked.
     FinishedRun check() const {
         git({"add", "--all"});
-        return run({{(m_tree / "scripts/check-documents").string()}, {}, {}, {}}, LONGEST_CHECK);
+        return runScript("check-documents");
     }
 
     void expectRefused(const std::string& complaints) const {
@@ -53,10 +43,8 @@ private:
     void git(const std::vector<std::string>& arguments) const {
         std::vector<std::string> line{"git", "-C", m_tree.path().string()};
         line.insert(line.end(), arguments.begin(), arguments.end());
-        ASSERT_EQ(run({line, {}, {}, {}}, LONGEST_CHECK).end, ProcessEnd::exited(0));
+        ASSERT_EQ(run({line, {}, {}, {}}, LONGEST_SCRIPT).end, ProcessEnd::exited(0));
     }
-
-    const TemporaryRoot m_tree;
 };
 
 TEST_F(CheckDocuments, PassATreeWhoseErrorsAreExplained) {
@@ -97,10 +85,10 @@ TEST_F(CheckDocuments, RefuseALineOfATableWithAnotherNumberOfColumns) {
 }
 
 TEST(CheckDocumentsOfThisTree, Pass) {
-    if (!std::filesystem::exists(std::filesystem::path(SOURCE_FOLDER) / ".git")) {
+    if (!std::filesystem::exists(SOURCE_TREE / ".git")) {
         GTEST_SKIP() << "these sources are no checkout of git, so nothing tells which files are tracked";
     }
-    const FinishedRun finished = run({{SOURCE_OF_CHECK.string()}, {}, {}, {}}, LONGEST_CHECK);
+    const FinishedRun finished = runOnThisTree("check-documents");
     EXPECT_EQ(finished.errors, "");
     EXPECT_EQ(finished.end, ProcessEnd::exited(0));
 }

@@ -1,26 +1,12 @@
-#include <chrono>
 #include <filesystem>
-#include <map>
-#include <optional>
 #include <string>
 
 #include <gmock/gmock.h>
 
-#include "support/Process.h"
-#include "support/TemporaryRoot.h"
+#include "scripts/ScriptTree.h"
 
 namespace DAX::Tests {
 namespace {
-
-const std::filesystem::path SOURCE_TREE(SOURCE_FOLDER);
-
-const std::chrono::seconds BOUND(60); // an interpreter on a busy machine
-
-using Environment = std::map<std::string, std::optional<std::string>>;
-
-FinishedRun runScript(const std::filesystem::path& script, const Environment& environment = {}) {
-    return run({{script.string()}, environment, {}, {}}, BOUND);
-}
 
 const char MODULES[] = "function(dax_module target)\n"
                        "  cmake_parse_arguments(ARG \"\" \"\" \"PUBLIC;PRIVATE\" ${ARGN})\n"
@@ -43,33 +29,15 @@ const char ROOT_LIST[] = "cmake_minimum_required(VERSION 3.25)\n"
                          "  add_subdirectory(${folder})\n"
                          "endforeach()\n";
 
-// What a shell command prints, without the end of its line.
-std::string printedBy(const std::string& command) {
-    const FinishedRun finished = run({{"/bin/sh", "-c", command}, {}, {}, {}}, BOUND);
-    EXPECT_EQ(finished.end, ProcessEnd::exited(0)) << command;
-    return finished.output.substr(0, finished.output.find('\n'));
-}
-
-// Makes a folder for PATH with the interpreter alone. What stands in PATH for it may be a script that needs others.
-std::filesystem::path folderWithInterpreter(const std::filesystem::path& folder) {
-    std::filesystem::create_directories(folder);
-    std::filesystem::create_symlink(printedBy("python3 -c 'import sys; print(sys.executable)'"), folder / "python3");
-    return folder;
-}
-
 const char SECOND_USES_TOP[] = "Second may not use Top: layer low may not use layer high\n";
 
 // A tree of three modules in two layers, with its own list and picture. It keeps to the list.
-class CheckLayers : public testing::Test {
+class CheckLayers : public ScriptTree {
 protected:
-    CheckLayers() {
-        std::filesystem::create_directories(m_tree / "scripts");
+    CheckLayers() : ScriptTree({"check-layers", "draw-layers", "layers.py", "links.py"}) {
         std::filesystem::create_directories(m_tree / "cmake");
         std::filesystem::copy(SOURCE_TREE / "cmake/links", m_tree / "cmake/links",
                               std::filesystem::copy_options::recursive);
-        for (const char* const script : {"check-layers", "draw-layers", "layers.py", "links.py"}) {
-            std::filesystem::copy_file(SOURCE_TREE / "scripts" / script, m_tree / "scripts" / script);
-        }
         write("cmake/Layers.txt", "layer low: what carries\n"
                                   "  First src/First\n"
                                   "  Second src/Second\n"
@@ -88,37 +56,33 @@ protected:
         write("src/Top/Top.h", "#include \"First/First.h\"\n#include \"Second/Second.h\"\n");
         write("src/Top/CMakeLists.txt", "dax_program(Top LINK First\n            Second) # not Nobody\n");
         write("docs/pictures/layers.svg", "");
-        EXPECT_EQ(runScript(m_tree / "scripts/draw-layers").end, ProcessEnd::exited(0));
+        EXPECT_EQ(runScript("draw-layers").end, ProcessEnd::exited(0));
     }
 
-    void write(const std::string& file, const std::string& text) const { m_tree.write(file, text); }
-
     void expectRefused(const std::string& complaints) const {
-        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        const FinishedRun run = runScript("check-layers");
         EXPECT_EQ(run.output, complaints) << run.errors;
         EXPECT_EQ(run.end, ProcessEnd::exited(1));
     }
 
     // The line is that of the first of the words that the check looks for.
     void expectRefusedAtAnyLine(const std::string& link) const {
-        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        const FinishedRun run = runScript("check-layers");
         EXPECT_THAT(run.output,
                     testing::MatchesRegex(std::string("src/Second/CMakeLists.txt:[12]: ") + SECOND_USES_TOP))
             << link << run.errors;
         EXPECT_EQ(run.end, ProcessEnd::exited(1)) << link;
     }
-
-    const TemporaryRoot m_tree;
 };
 
 TEST_F(CheckLayers, PassesATreeThatKeepsToItsList) {
-    const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+    const FinishedRun run = runScript("check-layers");
     EXPECT_EQ(run.output, "") << run.errors;
     EXPECT_EQ(run.end, ProcessEnd::exited(0));
 }
 
 TEST(CheckLayersOfThisTree, Pass) {
-    const FinishedRun run = runScript(SOURCE_TREE / "scripts/check-layers");
+    const FinishedRun run = runOnThisTree("check-layers");
     EXPECT_EQ(run.output, "") << run.errors;
     EXPECT_EQ(run.end, ProcessEnd::exited(0));
 }
@@ -217,7 +181,7 @@ TEST_F(CheckLayers, TakeNoValueOfALinkersOptionForALink) {
           "$<$<VERSION_GREATER:$<CXX_COMPILER_VERSION>,11>:-Wl,-z,now>"}) {
         write("src/Second/CMakeLists.txt", std::string("dax_module(Second)\ntarget_link_options(Second PRIVATE ") +
                                                option + ")\ntarget_link_libraries(Second PRIVATE " + option + ")\n");
-        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        const FinishedRun run = runScript("check-layers");
         EXPECT_EQ(run.output, "") << option << run.errors;
         EXPECT_EQ(run.end, ProcessEnd::exited(0)) << option;
     }
@@ -267,7 +231,7 @@ TEST_F(CheckLayers, RefuseAnImportedLibraryThatIsAModulesFile) {
 
 TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
     write("src/Second/CMakeLists.txt", "no_such_command(Second)\n");
-    const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+    const FinishedRun run = runScript("check-layers");
     EXPECT_THAT(run.errors, testing::StartsWith("CMake cannot read the tree for the platform host:\n"));
     EXPECT_THAT(run.errors, testing::HasSubstr("Unknown CMake command \"no_such_command\""));
     EXPECT_EQ(run.end, ProcessEnd::exited(1));
@@ -276,7 +240,7 @@ TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
 TEST_F(CheckLayers, FailOnAnErrorAfterWhichCMakeGoesOn) {
     for (const char* const line : {"include(Missing.cmake)", "add_subdirectory(missing)", "message(SEND_ERROR x)"}) {
         write("src/Second/CMakeLists.txt", std::string("dax_module(Second)\n") + line + "\n");
-        const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+        const FinishedRun run = runScript("check-layers");
         EXPECT_THAT(run.errors, testing::StartsWith("CMake cannot read the tree for the platform host:\n")) << line;
         EXPECT_THAT(run.errors, testing::HasSubstr("src/Second/CMakeLists.txt:2")) << line;
         EXPECT_EQ(run.end, ProcessEnd::exited(1)) << line;
@@ -289,7 +253,7 @@ TEST_F(CheckLayers, AskNoCompiler) {
                                                         "include(CheckCXXSourceCompiles)\n"
                                                         "check_cxx_source_compiles(\"int main() {}\" CAN_COMPILE)\n"
                                                         "message(FATAL_ERROR \"[${HAS_FLAG}${CAN_COMPILE}]\")\n");
-    const FinishedRun run = runScript(m_tree / "scripts/check-layers");
+    const FinishedRun run = runScript("check-layers");
     EXPECT_THAT(run.errors, testing::HasSubstr("[]"));
     EXPECT_THAT(run.errors, testing::Not(testing::HasSubstr("needs to be enabled before use")));
 }
@@ -297,17 +261,17 @@ TEST_F(CheckLayers, AskNoCompiler) {
 TEST_F(CheckLayers, NeedNoBuildToolAndNoSettingOfCMakes) {
     const std::filesystem::path programs = folderWithInterpreter(m_tree / "programs");
     std::filesystem::create_symlink(printedBy("command -v cmake"), programs / "cmake");
-    const FinishedRun run = runScript(m_tree / "scripts/check-layers", {{"PATH", programs.string()},
-                                                                        {"CMAKE_GENERATOR", "No Such Generator"},
-                                                                        {"CMAKE_GENERATOR_TOOLSET", "none"},
-                                                                        {"CMAKE_TOOLCHAIN_FILE", "/missing"}});
+    const FinishedRun run = runScript("check-layers", {{"PATH", programs.string()},
+                                                       {"CMAKE_GENERATOR", "No Such Generator"},
+                                                       {"CMAKE_GENERATOR_TOOLSET", "none"},
+                                                       {"CMAKE_TOOLCHAIN_FILE", "/missing"}});
     EXPECT_EQ(run.output, "") << run.errors;
     EXPECT_EQ(run.end, ProcessEnd::exited(0)) << run.errors;
 }
 
 TEST_F(CheckLayers, SayThatTheyNeedCMake) {
     const std::filesystem::path programs = folderWithInterpreter(m_tree / "programs");
-    const FinishedRun run = runScript(m_tree / "scripts/check-layers", {{"PATH", programs.string()}});
+    const FinishedRun run = runScript("check-layers", {{"PATH", programs.string()}});
     EXPECT_EQ(run.errors, "scripts/check-layers needs cmake 3.25 or newer\n");
     EXPECT_EQ(run.end, ProcessEnd::exited(1));
 }

@@ -6,15 +6,12 @@
 
 #include <gmock/gmock.h>
 
-#include "support/Process.h"
-#include "support/TemporaryRoot.h"
+#include "scripts/ScriptTree.h"
 
 namespace DAX::Tests {
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::chrono::seconds LONGEST_RUN(60); // on a busy machine
 
 const char BUILD[] = "#!/bin/bash\nexit 0\n";
 
@@ -40,31 +37,21 @@ const char FAILS_IN_A_SECOND_RUN[] = "#!/bin/bash\n"
                                      "rm fail\n";
 
 // A tree whose build does nothing and whose tests are two programs that need not run.
-class TestScript : public testing::Test {
+class TestScript : public ScriptTree {
 protected:
-    TestScript() {
-        for (const char* const folder : {"tests/golden", "scripts", "packaging", "cmake", "simulators", "bin"}) {
+    TestScript() : ScriptTree({"test"}) {
+        for (const char* const folder : {"tests/golden", "packaging", "cmake", "simulators", "bin"}) {
             fs::create_directories(m_tree / folder);
         }
-        fs::copy_file(fs::path(SOURCE_FOLDER) / "scripts/test", m_tree / "scripts/test");
-        program("scripts/build", BUILD);
-        program("bin/ctest", CTEST);
-        program("build/release/bin/test_First", "");
-        program("build/release/bin/test_Second", "");
-    }
-
-    void program(const std::string& path, const std::string& text) const {
-        m_tree.write(path, text);
-        fs::permissions(m_tree / path, fs::perms::owner_all);
+        writeProgram("scripts/build", BUILD);
+        writeProgram("bin/ctest", CTEST);
+        writeProgram("build/release/bin/test_First", "");
+        writeProgram("build/release/bin/test_Second", "");
     }
 
     // What the script prints.
-    std::string test(const std::vector<std::string>& arguments = {}) const {
-        std::vector<std::string> line{(m_tree / "scripts/test").string()};
-        line.insert(line.end(), arguments.begin(), arguments.end());
-        const FinishedRun finished =
-            run({line, {{"PATH", (m_tree / "bin").string() + ":" + std::getenv("PATH")}}, {}, {}}, LONGEST_RUN);
-        return finished.output;
+    std::string test(const Arguments& arguments = {}) const {
+        return runScript("test", {{"PATH", (m_tree / "bin").string() + ":" + std::getenv("PATH")}}, arguments).output;
     }
 
     void buildAnew(const std::string& program) const { change("build/release/bin/" + program); }
@@ -72,8 +59,6 @@ protected:
     void change(const std::string& path) const {
         fs::last_write_time(m_tree / path, fs::file_time_type::clock::now() + std::chrono::hours(1));
     }
-
-    const TemporaryRoot m_tree;
 };
 
 TEST_F(TestScript, TakesEverythingForChangedBeforeAnythingPassed) {
@@ -94,7 +79,7 @@ TEST_F(TestScript, TakesWhatIsBuiltAnewForChangedAfterAFullRunThatPassed) {
 }
 
 TEST_F(TestScript, TakesEverythingForChangedAfterAFullRunThatFailed) {
-    m_tree.write("fail", "");
+    write("fail", "");
     EXPECT_EQ(test(), "1 passed, 1 failed\n");
     fs::remove(m_tree / "fail");
     EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
@@ -112,10 +97,10 @@ TEST_F(TestScript, TakesNothingForChangedAfterARunOfWhatChangedThatPassed) {
 }
 
 TEST_F(TestScript, TakesTheTestsOfTheScriptsForChangedWithEachDocumentAndListThatTheyCheck) {
-    program("build/release/bin/test_scripts", "");
+    writeProgram("build/release/bin/test_scripts", "");
     for (const char* const file : {"README.md", "docs/desk.md", "docs/pictures/layers.svg", "CMakeLists.txt",
                                    "src/Common/IO/CMakeLists.txt", "tests/CMakeLists.txt"}) {
-        m_tree.write(file, "");
+        write(file, "");
         test();
         change(file);
         EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n") << file;
@@ -125,7 +110,7 @@ TEST_F(TestScript, TakesTheTestsOfTheScriptsForChangedWithEachDocumentAndListTha
 }
 
 TEST_F(TestScript, TakesNothingForChangedWithAFileThatTheBuildWrites) {
-    m_tree.write("build/release/_deps/README.md", "");
+    write("build/release/_deps/README.md", "");
     test();
     change("build/release/_deps/README.md");
     EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
@@ -133,7 +118,7 @@ TEST_F(TestScript, TakesNothingForChangedWithAFileThatTheBuildWrites) {
 
 TEST_F(TestScript, RemembersAFailureOfARunThatAnotherRunOutlasts) {
     test();
-    program("meanwhile", FAILS_IN_A_SECOND_RUN);
+    writeProgram("meanwhile", FAILS_IN_A_SECOND_RUN);
     EXPECT_EQ(test(), "2 passed, 0 failed\n");
     EXPECT_THAT(m_tree.read("second-run"), testing::EndsWith("1 passed, 1 failed\n"));
 
@@ -143,7 +128,7 @@ TEST_F(TestScript, RemembersAFailureOfARunThatAnotherRunOutlasts) {
 }
 
 TEST_F(TestScript, LeavesNothingButTheMarkAndTheOutputOfTheLastRun) {
-    m_tree.write("fail", "");
+    write("fail", "");
     test();
     fs::remove(m_tree / "fail");
     test();
