@@ -1,4 +1,4 @@
-"""Reads cmake/Layers.txt, for scripts/check-layers and scripts/draw-layers."""
+"""The rooms of the tree, and the list cmake/Layers.txt, for the scripts that check them."""
 import os
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))

@@ -13,6 +13,8 @@ public:
     ReadInterruption(const ReadInterruption&) = delete;
     ReadInterruption& operator=(const ReadInterruption&) = delete;
 
+    // Whether one of these signals came since the latest object was made. That stays true after the end of the object.
+    // The thread that made the object calls it, or a signal handler.
     static bool requested();
 
 private:

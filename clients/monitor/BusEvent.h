@@ -76,9 +76,17 @@ struct NoteEvent {
 class EventSink {
 public:
     virtual ~EventSink() = default;
+
+    // A call was made. Its answer comes later, or never: when nobody answers, or when too much came in between.
     virtual void onCall(const CallEvent& call) = 0;
+
+    // A call was answered. It is the one that onCall has got before.
     virtual void onAnswer(const CallEvent& call, const AnswerEvent& answer) = 0;
+
+    // A name has another owner or none, or a caller has left the bus.
     virtual void onOwner(const OwnerEvent& change) = 0;
+
+    // Something came that cannot be shown.
     virtual void onNote(const NoteEvent& note) = 0;
 };
 

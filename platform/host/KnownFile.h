@@ -20,6 +20,7 @@ namespace KovanHost {
 template <class Content>
 class KnownFile {
 public:
+    // Where the file is, and how its text and its meaning become each other.
     struct Form {
         const char* path;                          // under the root
         Content (*parse)(const std::string& text); // throws std::runtime_error when the text makes no sense

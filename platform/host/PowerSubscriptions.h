@@ -22,6 +22,7 @@ public:
     static constexpr int ALREADY_SUBSCRIBED = -17;
     static constexpr int NOT_SUBSCRIBED = -2;
 
+    // The one of this process. It is never destroyed, so it may be used until the very end.
     static PowerSubscriptions& get();
 
     // `signal` is the name of an announcement. Returns 0 or one of the results above. Throws a std::exception when the

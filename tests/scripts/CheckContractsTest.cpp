@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -30,7 +31,7 @@ const char INTERFACE[] = "#pragma once\n"
 // A tree with a public header in each folder that the script looks at. Everything in it has a comment.
 class CheckContracts : public ScriptTree {
 protected:
-    CheckContracts() : ScriptTree({"check-contracts"}) {
+    CheckContracts() : ScriptTree({"check-contracts", "layers.py"}) {
         write("src/Room/IRoom.h", INTERFACE);
         write("src/Room/Implementation/CRoom.h", "class CRoom {};\n");
         write("include/Size.h", "// A size.\nstruct Size {\n    int width;\n};\n");
@@ -101,13 +102,96 @@ TEST_F(CheckContracts, RefuseAClassWhoseCommentWasRemoved) {
     expectRefused("src/Room/IRoom.h:3: class IRoom has no comment\n");
 }
 
-TEST_F(CheckContracts, RefuseAClassOfTheSharedAndOfThePlatformHeaders) {
+TEST_F(CheckContracts, RefuseAClassOfAnyRoom) {
     write("include/Size.h", "struct Size {};\n");
     write("platform/include/door.h", "class Door {};\n");
+    write("platform/host/Hinge.h", "class Hinge {};\n");
     write("AdditionalDependencies/Chests/Chest.h", "class Chest {};\n");
-    expectRefused("include/Size.h:1: class Size has no comment\n"
+    write("clients/visitor/include/Visitor.h", "class Visitor {};\n");
+    write("simulators/Ghost.hpp", "class Ghost {};\n");
+    expectRefused("AdditionalDependencies/Chests/Chest.h:1: class Chest has no comment\n"
+                  "clients/visitor/include/Visitor.h:1: class Visitor has no comment\n"
+                  "include/Size.h:1: class Size has no comment\n"
+                  "platform/host/Hinge.h:1: class Hinge has no comment\n"
                   "platform/include/door.h:1: class Door has no comment\n"
-                  "AdditionalDependencies/Chests/Chest.h:1: class Chest has no comment\n");
+                  "simulators/Ghost.hpp:1: class Ghost has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseAClassHoweverItIsSpelled) {
+    write("src/Room/IDoor.h", "class ROOM_API A : public B {};\n"
+                              "class ROOM_API(1) C final {};\n"
+                              "class [[deprecated(\"no\")]] D {};\n"
+                              "struct alignas(sizeof(int)) E {};\n"
+                              "struct __attribute__((visibility(\"hidden\"))) F {};\n"
+                              "union G {};\n"
+                              "typedef struct {\n"
+                              "} H;\n"
+                              "typedef struct i {\n"
+                              "} I;\n"
+                              "template <class T = std::vector<int>>\n"
+                              "struct J<std::list<T>> : K {};\n"
+                              "/* A block. */ class L {};\n");
+    expectRefused("src/Room/IDoor.h:1: class A has no comment\n"
+                  "src/Room/IDoor.h:2: class C has no comment\n"
+                  "src/Room/IDoor.h:3: class D has no comment\n"
+                  "src/Room/IDoor.h:4: class E has no comment\n"
+                  "src/Room/IDoor.h:5: class F has no comment\n"
+                  "src/Room/IDoor.h:6: class G has no comment\n"
+                  "src/Room/IDoor.h:7: class (unnamed) has no comment\n"
+                  "src/Room/IDoor.h:9: class i has no comment\n"
+                  "src/Room/IDoor.h:11: class J has no comment\n"
+                  "src/Room/IDoor.h:13: class L has no comment\n");
+}
+
+TEST_F(CheckContracts, RefuseAStaticWhateverStandsBeforeIt) {
+    write("src/Room/IDoor.h", "// A door.\n"
+                              "class ROOM_API IDoor {\n"
+                              "public:\n"
+                              "    [[nodiscard(\"a width\")]] static int a();\n"
+                              "\n"
+                              "    inline static int b() { return 1; }\n"
+                              "\n"
+                              "    constexpr static int c();\n"
+                              "\n"
+                              "    template <class T = int>\n"
+                              "    static T d(T first = T());\n"
+                              "\n"
+                              "    int static e();\n"
+                              "\n"
+                              "    __attribute__((noinline)) static int f();\n"
+                              "};\n");
+    expectRefused("src/Room/IDoor.h:4: static a has no comment\n"
+                  "src/Room/IDoor.h:6: static b has no comment\n"
+                  "src/Room/IDoor.h:8: static c has no comment\n"
+                  "src/Room/IDoor.h:10: static d has no comment\n"
+                  "src/Room/IDoor.h:13: static e has no comment\n"
+                  "src/Room/IDoor.h:15: static f has no comment\n");
+}
+
+TEST_F(CheckContracts, AcceptWhatIsNoOperationAndNoClass) {
+    write("src/Room/IDoor.h", "class Declared;\n"
+                              "union Told;\n"
+                              "typedef struct hinge_s* hinge_h;\n"
+                              "// A door.\n"
+                              "class IDoor {\n"
+                              "public:\n"
+                              "    static constexpr int WIDTH = widthOf(1);\n"
+                              "\n"
+                              "    static_assert(isDoor(1));\n"
+                              "\n"
+                              "    struct sigaction m_before[3] = {};\n"
+                              "\n"
+                              "    struct sigaction m_now {};\n"
+                              "};\n");
+    EXPECT_EQ(check().output, "");
+}
+
+TEST_F(CheckContracts, LookAtATreeBelowAFolderOfAnyName) {
+    std::filesystem::create_directories(m_tree / "Implementation");
+    std::filesystem::copy(m_tree / "scripts", m_tree / "Implementation/scripts");
+    write("Implementation/src/Room/IDoor.h", "class Door {};\n");
+    EXPECT_EQ(runScript("../Implementation/scripts/check-contracts").output,
+              "src/Room/IDoor.h:1: class Door has no comment\n");
 }
 
 TEST_F(CheckContracts, RefuseAStaticOfAFacade) {
