@@ -118,7 +118,7 @@ std::optional<Process> CapturedProcesses::processOf(const std::string& connectio
 
 struct CaptureWriter::File {
     struct CloseDumper {
-        void operator()(pcap_dumper_t* dumper) const { pcap_dump_close(dumper); }
+        void operator()(pcap_dumper_t* writer) const { pcap_dump_close(writer); }
     };
 
     explicit File(const std::string& filePath)
