@@ -87,7 +87,8 @@ public:
     // What the help ends with.
     void footer(const std::string& text);
 
-    // Adds a command, with --json. `action` is what the program does when the command is chosen.
+    // Adds a command, with --json. `action` is what the program does when the command is chosen, and none of those that
+    // were added to the command itself.
     Command addCommand(const std::string& name, const std::string& description,
                        const std::function<int(bool json)>& action);
     // Adds a group of commands with --json. The user must name one of its commands.

@@ -10,6 +10,7 @@ void addUpgradeCommand(clients_common::Command& program);
 void addSearchCommand(clients_common::Command& program);
 void addLockCommands(clients_common::Command& program);
 void addFactoryResetCommand(clients_common::Command& program);
+void addInstallationLockCommand(clients_common::Command& program);
 void addDecodeCommand(clients_common::Command& program);
 void addMonitorCommand(clients_common::Command& program);
 

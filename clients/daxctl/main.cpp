@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
     daxctl::addSearchCommand(program);
     daxctl::addLockCommands(program);
     daxctl::addFactoryResetCommand(program);
+    daxctl::addInstallationLockCommand(program);
     daxctl::addDecodeCommand(program);
     daxctl::addMonitorCommand(program);
     return program.run(argc, argv);

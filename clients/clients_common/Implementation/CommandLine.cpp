@@ -106,7 +106,12 @@ Command Command::addCommand(const std::string& name, const std::string& descript
                             const std::function<int(bool json)>& action) {
     CLI::App& command = *m_app->add_subcommand(name, description);
     command.add_flag("--json", m_choice->json, JSON_HELP);
-    command.callback([choice = m_choice, action] { choice->action = action; });
+    // It is called after those of the command's own commands.
+    command.callback([choice = m_choice, action, &command] {
+        if (command.get_subcommands().empty()) {
+            choice->action = action;
+        }
+    });
     return {command, *m_choice};
 }
 

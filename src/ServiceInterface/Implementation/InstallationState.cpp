@@ -26,4 +26,16 @@ void saveInstallationState(const std::string& path, const std::string& info) {
     DAX_LOG(INF) << "Upgrade info saved in file: " << path;
 }
 
+boost::optional<std::string> loadInstallationState(const std::string& path) {
+    const auto file = std::make_shared<FileStream>(path);
+    file->open(); // to the check, a file that cannot be opened is one without a trailer
+    ChecksumedStream stream(file);
+    try {
+        stream.open();
+    } catch (const Common::IO::IOExceptions::ChecksumedStreamDataCorrupted&) {
+        return boost::none;
+    }
+    return readInstallationRecord(stream);
+}
+
 } // namespace DAX::Service::ServiceCommon

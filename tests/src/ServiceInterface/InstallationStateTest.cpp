@@ -8,12 +8,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Common/IO/ChecksumedSink.h"
 #include "Common/IO/ChecksumedStream.h"
 #include "Common/IO/FileExceptions.h"
+#include "Common/IO/FileSink.h"
 #include "Common/IO/FileStream.h"
 #include "ServiceInterface/Implementation/InstallationRecord.h"
 #include "serializers/binary/little_endian.h"
 #include "support/AfterClose.h"
+#include "support/Corruption.h"
 #include "support/FakeKovan.h"
 #include "support/OrdinaryUser.h"
 #include "support/SmallDisk.h"
@@ -23,12 +26,16 @@
 namespace DAX::Tests {
 namespace {
 
+using Common::IO::ChecksumedSink;
 using Common::IO::ChecksumedStream;
+using Common::IO::FileSink;
 using Common::IO::FileSinkIOException;
 using Common::IO::FileSinkNotEnoughSpaceException;
 using Common::IO::FileStream;
+using Common::IO::FileStreamIOException;
 using Common::Utils::errinfo_description;
 using Common::Utils::errinfo_stream_text;
+using Service::ServiceCommon::loadInstallationState;
 using Service::ServiceCommon::saveInstallationState;
 using Service::ServiceCommon::writeInstallationRecord;
 using ::testing::ElementsAre;
@@ -217,6 +224,46 @@ TEST_F(InstallationStateTest, ACutFileIsNotIntact) {
         root.write("lock", good.substr(0, length));
         EXPECT_FALSE(isIntact()) << length << " bytes";
     }
+}
+
+TEST_F(InstallationStateTest, LoadsWhatWasSaved) {
+    for (const std::string& text : {std::string(), std::string("Type: OTN(F) from: 1000 to: 1100"),
+                                    std::string("\0\n\xff", 3), std::string(5000, 'x')}) {
+        saveInstallationState(path, text);
+        EXPECT_EQ(loadInstallationState(path), text);
+    }
+}
+
+TEST_F(InstallationStateTest, LoadsNothingFromAFileThatIsCutAnywhere) {
+    saveInstallationState(path, "info");
+    for (const std::string& cut : cutsOf(bytes())) {
+        root.write("lock", cut);
+        EXPECT_EQ(loadInstallationState(path), boost::none) << cut.size() << " bytes";
+    }
+}
+
+TEST_F(InstallationStateTest, LoadsNothingFromAFileInWhichAByteIsAnother) {
+    saveInstallationState(path, "info");
+    for (const std::string& changed : changesOf(bytes(), std::string("\0\x01\xff", 3))) {
+        root.write("lock", changed);
+        EXPECT_EQ(loadInstallationState(path), boost::none);
+    }
+}
+
+TEST_F(InstallationStateTest, LoadsNothingFromDataThatIsNotAsLongAsItSays) {
+    for (const std::string& data : {std::string(), std::string("\0\0\0", 3), std::string("\x01\0\0\0", 4),
+                                    std::string("\x01\0\0\0ab", 6), std::string("\xff\xff\xff\xff", 4) + "info"}) {
+        ChecksumedSink sink(std::make_shared<FileSink>(path, true), true);
+        sink.writeChunk(reinterpret_cast<const std::uint8_t*>(data.data()), data.size());
+        sink.markEndOfData();
+        sink.close();
+        EXPECT_TRUE(isIntact());
+        EXPECT_EQ(loadInstallationState(path), boost::none) << data.size() << " bytes";
+    }
+}
+
+TEST_F(InstallationStateTest, ThrowsWhenThereIsNoFileToLoad) {
+    EXPECT_THROW(loadInstallationState(path), FileStreamIOException);
 }
 
 } // namespace
