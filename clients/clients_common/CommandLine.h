@@ -73,7 +73,7 @@ public:
     Option add(const std::string& name, std::set<std::string>& value, const std::string& description = "");
     // A name that begins with "!" stands for false.
     Option addFlag(const std::string& name, bool& value, const std::string& description);
-    // One of the names, in letters of any case, or its number. The help shows `defaultName`.
+    // One of the names, in letters of any case, or its number. The help shows the names, and `defaultName`.
     template <class Enum>
     Option addNamed(const std::string& name, Enum& value, const std::map<std::string, Enum>& byName,
                     const std::string& defaultName, const std::string& description) {

@@ -23,7 +23,7 @@ void addPlanOptions(clients_common::Command& command, UpgradePlan& plan) {
              "The purpose of the session; a search of type 2 records its date")
         .showsDefault();
     command.addNamed("--type", plan.upgradeType, DAX::DAXCommon::upgradeTypesByName(), "OTN",
-                     "Where the upgrade comes from");
+                     "Where the upgrade comes from: OTA is over the air, OTN over the network, USB a stick");
     command.add("--search-parameter", plan.searchParameter, "Passed to the core unchanged");
 }
 

@@ -388,6 +388,12 @@ TEST_F(Daxctl, HelpIsEverywhere) {
     }
 }
 
+TEST_F(Daxctl, TheHelpOfATypeShowsItsWords) {
+    for (const char* const command : {"upgrade", "search"}) {
+        EXPECT_THAT(daxctl({command, "--help"}).output, HasSubstr("--type UNDEFINED|OTA|OTN|USB|POSTPONE"));
+    }
+}
+
 // Each exception of the core reaches the client with its name, support code and text.
 class CoreException : public Daxctl, public WithParamInterface<const char*> {};
 

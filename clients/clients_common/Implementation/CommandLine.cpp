@@ -16,6 +16,18 @@ namespace {
 
 const char* const JSON_HELP = "Print one JSON document on standard output";
 
+std::string joinedByNumber(const std::map<std::string, int>& numbers, const std::string& between) {
+    std::map<int, std::string> words;
+    for (const auto& [word, number] : numbers) {
+        words[number] = word;
+    }
+    std::string text;
+    for (const auto& [number, word] : words) {
+        text += (text.empty() ? "" : between) + word;
+    }
+    return text;
+}
+
 } // namespace
 
 Option& Option::required() {
@@ -92,9 +104,18 @@ Option Command::addFlag(const std::string& name, bool& value, const std::string&
 Option Command::addNumbered(const std::string& name, const std::map<std::string, int>& byName,
                             const std::string& defaultName, const std::string& description,
                             const std::function<void(int)>& set) {
+    const auto toNumber = [byName](std::string& text) -> std::string {
+        for (const auto& [word, number] : byName) {
+            if (CLI::detail::to_lower(word) == CLI::detail::to_lower(text) || std::to_string(number) == text) {
+                text = std::to_string(number);
+                return {};
+            }
+        }
+        return text + " is none of " + joinedByNumber(byName, ", ");
+    };
     return Option(*m_app->add_option_function<int>(name, set, description)
-                       ->transform(CLI::CheckedTransformer(byName, CLI::ignore_case))
-                       ->type_name("ENUM")
+                       ->transform(CLI::Validator(toNumber, ""))
+                       ->type_name(joinedByNumber(byName, "|"))
                        ->default_str(defaultName));
 }
 
