@@ -84,8 +84,10 @@ public:
         return addNumbered(name, numbers, defaultName, description,
                            [&value](int number) { value = static_cast<Enum>(number); });
     }
-    // What the help ends with.
+    // What the help ends with, also that of the commands that are added from now on.
     void footer(const std::string& text);
+    // What this command's own help says before its end.
+    void note(const std::string& text);
 
     // Adds a command, with --json. `action` is what the program does when the command is chosen, and none of those that
     // were added to the command itself.

@@ -102,6 +102,11 @@ void addLockCommands(clients_common::Command& program) {
         [request, commandLine](bool json) { return hold(*request, *commandLine, json); });
     addRequestOptions(holdCommand, *request);
     holdCommand.add("COMMAND", *commandLine, "The command to run, after --").required();
+
+    group.note(
+        "The service answers no question for the locks in force, their holders, priorities or ages, so nothing here "
+        "lists them. \"daxctl status\" shows whether one blocks the main application. Keep the number that "
+        "\"acquire\" prints: without it, the lock stays until the daemon ends.");
 }
 
 } // namespace daxctl

@@ -394,6 +394,13 @@ TEST_F(Daxctl, TheHelpOfATypeShowsItsWords) {
     }
 }
 
+TEST_F(Daxctl, TheHelpOfLocksSaysWhatTheServiceDoesNotTell) {
+    EXPECT_THAT(daxctl({"lock", "--help"}).output,
+                AllOf(HasSubstr("The service answers no question for the locks in force, their holders, priorities or "
+                                "ages, so nothing here lists them."),
+                      HasSubstr("Exit status: ")));
+}
+
 // Each exception of the core reaches the client with its name, support code and text.
 class CoreException : public Daxctl, public WithParamInterface<const char*> {};
 

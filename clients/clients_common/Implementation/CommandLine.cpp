@@ -123,6 +123,11 @@ void Command::footer(const std::string& text) {
     m_app->footer(text);
 }
 
+void Command::note(const std::string& text) {
+    const std::string end = m_app->get_footer();
+    m_app->footer(text + "\n" + end);
+}
+
 Command Command::addCommand(const std::string& name, const std::string& description,
                             const std::function<int(bool json)>& action) {
     CLI::App& command = *m_app->add_subcommand(name, description);
