@@ -117,7 +117,7 @@ protected:
     }
 
     // A desk whose command has called the daemon and the core, and goes on.
-    std::unique_ptr<Process> busyDesk(const std::string& goesOn = "sleep 1000") const {
+    std::unique_ptr<Process> busyDesk(const std::string& goesOn = "exec sleep 1000") const {
         auto process = std::make_unique<Process>(
             command({"bash", "-c", "daxctl status && sleep 1000 & daxctl status && echo ready && " + goesOn}));
         EXPECT_TRUE(process->waitForOutput("ready")) << process->errors();
