@@ -133,16 +133,20 @@ void readFault(Group& group, Fault& fault) {
     group.read("empty_reply", fault.emptyReply);
 }
 
+using Reader = void (*)(Group&, Scenario&);
+
+const std::map<std::string, Reader> READERS = {
+    {"core", readCore},
+    {"search", readSearch},
+    {"installation", [](Group& group, Scenario& scenario) { readStep(group, scenario.installation); }},
+    {"finalization", [](Group& group, Scenario& scenario) { readStep(group, scenario.finalization); }},
+};
+
 void readGroup(const ScenarioFile& file, const std::string& name, Scenario& scenario) {
     Group group(file, name);
-    if (name == "core") {
-        readCore(group, scenario);
-    } else if (name == "search") {
-        readSearch(group, scenario);
-    } else if (name == "installation") {
-        readStep(group, scenario.installation);
-    } else if (name == "finalization") {
-        readStep(group, scenario.finalization);
+    const auto reader = READERS.find(name);
+    if (reader != READERS.end()) {
+        reader->second(group, scenario);
     } else if (name.compare(0, FAULT_PREFIX.size(), FAULT_PREFIX) == 0) {
         const std::string method = name.substr(FAULT_PREFIX.size());
         if (!isCoreMethod(method)) {
@@ -178,6 +182,22 @@ Scenario readScenario(const std::string& path) {
         readGroup(file, group, scenario);
     }
     return scenario;
+}
+
+std::map<std::string, std::set<std::string>> scenarioKeys() {
+    const ScenarioFile nothing;
+    Scenario scenario;
+    std::map<std::string, std::set<std::string>> keys;
+    for (const auto& [name, read] : READERS) {
+        Group group(nothing, name);
+        read(group, scenario);
+        keys[name] = group.known();
+    }
+    Group group(nothing, FAULT_PREFIX + "METHOD");
+    Fault fault;
+    readFault(group, fault);
+    keys[FAULT_PREFIX + "METHOD"] = group.known();
+    return keys;
 }
 
 } // namespace DAXCoreSimulator

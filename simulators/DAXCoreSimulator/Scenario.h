@@ -2,6 +2,7 @@
 
 #include <list>
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -60,5 +61,8 @@ public:
 // Reads a GLib key file; what it leaves out has its built-in value. Throws ScenarioError for a file that cannot be read
 // or parsed, for a value that cannot be understood, and for an unknown group or key.
 Scenario readScenario(const std::string& path);
+
+// The groups that such a file may have, with their keys. The group of the faults of a method is called "fault METHOD".
+std::map<std::string, std::set<std::string>> scenarioKeys();
 
 } // namespace DAXCoreSimulator

@@ -36,7 +36,10 @@ private:
 
 } // namespace
 
-ScenarioFile::ScenarioFile(std::string path) : m_path(std::move(path)), m_file(g_key_file_new(), g_key_file_free) {
+ScenarioFile::ScenarioFile() : m_file(g_key_file_new(), g_key_file_free) {}
+
+ScenarioFile::ScenarioFile(std::string path) : ScenarioFile() {
+    m_path = std::move(path);
     Error error;
     if (!g_key_file_load_from_file(m_file.get(), m_path.c_str(), G_KEY_FILE_NONE, error.out())) {
         throw ScenarioError(m_path + ": " + error.text());

@@ -13,6 +13,7 @@ namespace DAXCoreSimulator {
 // The groups and keys of a scenario file. Every failure throws ScenarioError, which names file, group and key.
 class ScenarioFile {
 public:
+    ScenarioFile(); // without any group
     explicit ScenarioFile(std::string path);
 
     std::vector<std::string> groups() const;
@@ -32,6 +33,9 @@ public:
         void read(const char* key, std::vector<std::string>& values);
 
         bool has(const char* key);
+
+        // The keys that somebody has asked for.
+        const std::set<std::string>& known() const { return m_known; }
 
         // Throws for a key in the group that nobody has asked for.
         void refuseUnknownKeys() const;

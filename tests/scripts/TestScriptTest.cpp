@@ -109,6 +109,14 @@ TEST_F(TestScript, TakesTheTestsOfTheScriptsForChangedWithEachDocumentAndListTha
     }
 }
 
+TEST_F(TestScript, TakesTheTestsOfTheManualPagesForChangedWithEachOfThem) {
+    write("docs/man/tool.1.scd", "");
+    test();
+    change("docs/man/tool.1.scd");
+    test({"release:changed"});
+    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("test_manual_pages"));
+}
+
 TEST_F(TestScript, TakesNothingForChangedWithAFileThatTheBuildWrites) {
     write("build/release/_deps/README.md", "");
     test();
