@@ -17,12 +17,15 @@ _dax_tool_names() {
 
 # What the help says behind the name of an option or a positional argument: "TEXT=daxctl", or nothing for a flag.
 _dax_tool_kind() {
-    sed -nE "s/^  (-h,)?$2 ([A-Z][^ ]*( in \{[^}]*\}| \.\.\.| REQUIRED)*).*/\2/p" <<<"$1" | head -n 1
+    sed -nE "s/^  (-h,)?$2 ([A-Z][^ ]*|[^ ]*\|[^ ]*).*/\2/p" <<<"$1" | head -n 1
 }
 
-# The words that a kind names: those of "ENUM:value in {OTA->1,OTN->2} OR …" and of "TEXT:{bool,int}".
+# The words that a kind names: those of "OTA|OTN=OTN" and of "TEXT:{bool,int}".
 _dax_tool_values() {
-    sed -nE 's/^[^{]*\{([^}]*)\}.*/\1/p' <<<"$1" | tr ',' '\n' | sed 's/->.*//'
+    case $1 in
+    *'{'*) sed -E 's/.*\{(.*)\}.*/\1/' <<<"$1" | tr ',' '\n' ;;
+    *'|'*) sed -E 's/=.*//' <<<"$1" | tr '|' '\n' ;;
+    esac
 }
 
 # The keys that the device has now, for "setting get" and the like.
