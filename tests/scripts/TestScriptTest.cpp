@@ -1,7 +1,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -17,9 +19,9 @@ const char BUILD[] = "#!/bin/bash\nexit 0\n";
 
 // Keeps its arguments. Runs what is to happen while the tests run. The tests fail if there is a file that says so.
 const char CTEST[] = "#!/bin/bash\n"
-                     "echo \"$*\" >>ctest-calls\n"
-                     "[[ ! -e meanwhile ]] || ./meanwhile\n"
-                     "if [[ -e fail ]]; then\n"
+                     "echo \"$*\" >>build/ctest-calls\n"
+                     "[[ ! -e build/meanwhile ]] || build/meanwhile\n"
+                     "if [[ -e build/fail ]]; then\n"
                      "    echo '50% tests passed, 1 tests failed out of 2'\n"
                      "    exit 8\n"
                      "fi\n"
@@ -27,14 +29,14 @@ const char CTEST[] = "#!/bin/bash\n"
 
 // A program is built, and a second run of what changed fails.
 const char FAILS_IN_A_SECOND_RUN[] = "#!/bin/bash\n"
-                                     "rm meanwhile\n"
-                                     "touch now\n"
-                                     "until [[ build/release/bin/test_Second -nt now ]]; do\n"
+                                     "rm build/meanwhile\n"
+                                     "touch build/now\n"
+                                     "until [[ build/release/bin/test_Second -nt build/now ]]; do\n"
                                      "    touch build/release/bin/test_Second\n"
                                      "done\n"
-                                     "touch fail\n"
-                                     "scripts/test release:changed >second-run 2>&1\n"
-                                     "rm fail\n";
+                                     "touch build/fail\n"
+                                     "scripts/test release:changed >build/second-run 2>&1\n"
+                                     "rm build/fail\n";
 
 // A tree whose build does nothing and whose tests are two programs that need not run.
 class TestScript : public ScriptTree {
@@ -59,11 +61,24 @@ protected:
     void change(const std::string& path) const {
         fs::last_write_time(m_tree / path, fs::file_time_type::clock::now() + std::chrono::hours(1));
     }
+
+    // As a file that comes out of an archive.
+    void writeLongAgo(const std::string& file) const {
+        write(file, "");
+        fs::last_write_time(m_tree / file, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    }
+
+    // Expects that a run of what changed takes these programs.
+    void expectChosen(const std::string& programs, const std::string& because) const {
+        EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n") << because;
+        EXPECT_THAT(m_tree.read("build/ctest-calls"), testing::EndsWith(" --label-regex ^(" + programs + ")( |$)\n"))
+            << because;
+    }
 };
 
 TEST_F(TestScript, TakesEverythingForChangedBeforeAnythingPassed) {
     EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
-    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("--label-regex ^(test_First|test_Second)( |$)"));
+    EXPECT_THAT(m_tree.read("build/ctest-calls"), testing::HasSubstr("--label-regex ^(test_.*)( |$)"));
 }
 
 TEST_F(TestScript, TakesNothingForChangedAfterAFullRunThatPassed) {
@@ -75,13 +90,13 @@ TEST_F(TestScript, TakesWhatIsBuiltAnewForChangedAfterAFullRunThatPassed) {
     test({"release"});
     buildAnew("test_Second");
     EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
-    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("--label-regex ^(test_Second)( |$)"));
+    EXPECT_THAT(m_tree.read("build/ctest-calls"), testing::HasSubstr("--label-regex ^(test_Second)( |$)"));
 }
 
 TEST_F(TestScript, TakesEverythingForChangedAfterAFullRunThatFailed) {
-    write("fail", "");
+    write("build/fail", "");
     EXPECT_EQ(test(), "1 passed, 1 failed\n");
-    fs::remove(m_tree / "fail");
+    fs::remove(m_tree / "build/fail");
     EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
 }
 
@@ -96,15 +111,75 @@ TEST_F(TestScript, TakesNothingForChangedAfterARunOfWhatChangedThatPassed) {
     EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n");
 }
 
-TEST_F(TestScript, TakesTheTestsOfTheScriptsForChangedWithEachDocumentAndListThatTheyCheck) {
-    writeProgram("build/release/bin/test_scripts", "");
-    for (const char* const file : {"README.md", "docs/desk.md", "docs/pictures/layers.svg", "CMakeLists.txt",
-                                   "src/Common/IO/CMakeLists.txt", "tests/CMakeLists.txt"}) {
+TEST_F(TestScript, TakesTheTestsThatReadAFileForChangedWithIt) {
+    const std::pair<const char*, const char*> files[] = {
+        {"README.md", "test_scripts"},
+        {"docs/desk.md", "test_scripts"},
+        {"docs/client.md", "test_daxclient_package|test_scripts"},
+        {"CMakeLists.txt", "test_packaging|test_scripts"},
+        {"tests/src/Common/CMakeLists.txt", "test_packaging|test_scripts"},
+        {"src/Common/IO/File.h", "test_Platform_Vconf"},
+        {"include/DAXEnums.h", "test_Platform_Vconf"},
+        {"platform/host/File.cpp", "test_Platform_Vconf"},
+        {"clients/daxctl/Failure.cpp", "test_Platform_Vconf"},
+        {"simulators/Core.cpp", "test_Platform_Vconf"},
+    };
+    for (const auto& [file, programs] : files) {
         write(file, "");
         test();
         change(file);
-        EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n") << file;
-        EXPECT_THAT(m_tree.read("ctest-calls"), testing::EndsWith("--label-regex ^(test_scripts)( |$)\n")) << file;
+        expectChosen(programs, file);
+        fs::remove(m_tree / file);
+    }
+}
+
+TEST_F(TestScript, TakesEverythingForChangedWithAFileThatIsNeitherADocumentNorASource) {
+    for (const char* const file :
+         {"docs/monitor.schema.json", "docs/pictures/monitor-upgrade.svg", "examples/lock.cpp", "packaging/dax.conf",
+          "clients/libdaxclient/exported-symbols.txt", "examples/CMakeLists.txt", "cmake/Layers.txt",
+          "scripts/check-layers", "CMakePresets.json", "simulators/core-scenario.example.ini", "tests/golden/wire/a",
+          "tests/support/policies/a.conf"}) {
+        write(file, "");
+        test();
+        change(file);
+        expectChosen("test_.*", file);
+        fs::remove(m_tree / file);
+    }
+}
+
+TEST_F(TestScript, TakesAFileForChangedThatIsNewOrGoneOrHasMoved) {
+    write("tests/golden/a", "");
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"gone", [this] { fs::remove(m_tree / "tests/golden/a"); }},
+        {"new, and old", [this] { writeLongAgo("tests/golden/b"); }},
+        {"moved", [this] { fs::rename(m_tree / "tests/golden/b", m_tree / "tests/golden/c"); }},
+    };
+    for (const auto& [name, change] : changes) {
+        test();
+        change();
+        expectChosen("test_.*", name);
+    }
+}
+
+TEST_F(TestScript, TakesTheTestsThatRunAProgramForChangedWithIt) {
+    for (const char* const program :
+         {"bin/DAXService", "bin/DAXCoreSimulator", "bin/daxctl", "bin/kovanctl", "lib/libdaxclient.so"}) {
+        writeProgram(std::string("build/release/") + program, "");
+        test();
+        change(std::string("build/release/") + program);
+        expectChosen("test_DAXCoreSimulator|test_daxclient.*|test_daxctl|test_kovanctl|test_packaging|test_system.*",
+                     program);
+        writeLongAgo(std::string("build/release/") + program);
+    }
+}
+
+TEST_F(TestScript, TakesNothingForChangedWithASourceThatNoTestReadsOrAHiddenFile) {
+    for (const char* const file : {"tests/src/Common/IOTest.cpp", "benchmarks/streams/main.cpp", "fuzz/decoder.dict",
+                                   ".git/index", ".cache/clangd/index/a.idx", "src/.File.h.swp"}) {
+        write(file, "");
+        test();
+        change(file);
+        EXPECT_EQ(test({"release:changed"}), "0 passed, 0 failed\n") << file;
         fs::remove(m_tree / file);
     }
 }
@@ -126,19 +201,19 @@ TEST_F(TestScript, TakesNothingForChangedWithAFileThatTheBuildWrites) {
 
 TEST_F(TestScript, RemembersAFailureOfARunThatAnotherRunOutlasts) {
     test();
-    writeProgram("meanwhile", FAILS_IN_A_SECOND_RUN);
+    writeProgram("build/meanwhile", FAILS_IN_A_SECOND_RUN);
     EXPECT_EQ(test(), "2 passed, 0 failed\n");
-    EXPECT_THAT(m_tree.read("second-run"), testing::EndsWith("1 passed, 1 failed\n"));
+    EXPECT_THAT(m_tree.read("build/second-run"), testing::EndsWith("1 passed, 1 failed\n"));
 
-    fs::remove(m_tree / "ctest-calls");
+    fs::remove(m_tree / "build/ctest-calls");
     EXPECT_EQ(test({"release:changed"}), "2 passed, 0 failed\n");
-    EXPECT_THAT(m_tree.read("ctest-calls"), testing::HasSubstr("--label-regex ^(test_Second)( |$)"));
+    EXPECT_THAT(m_tree.read("build/ctest-calls"), testing::HasSubstr("--label-regex ^(test_Second)( |$)"));
 }
 
 TEST_F(TestScript, LeavesNothingButTheMarkAndTheOutputOfTheLastRun) {
-    write("fail", "");
+    write("build/fail", "");
     test();
-    fs::remove(m_tree / "fail");
+    fs::remove(m_tree / "build/fail");
     test();
 
     std::vector<std::string> files;
