@@ -1,5 +1,6 @@
 #include "monitor/CaptureFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -38,8 +39,12 @@ PcapFile open(const std::string& path) {
     return file;
 }
 
+// A damaged capture can have any time. What people and programs get has a year of four digits.
 std::int64_t timeOf(const pcap_pkthdr& header) {
-    return std::int64_t(header.ts.tv_sec) * MICROSECONDS + header.ts.tv_usec;
+    const std::int64_t year1901 = -2147483648;
+    const std::int64_t year9999 = 253402300799;
+    return std::clamp<std::int64_t>(header.ts.tv_sec, year1901, year9999) * MICROSECONDS +
+           std::clamp<std::int64_t>(header.ts.tv_usec, 0, MICROSECONDS - 1);
 }
 
 bool takeOne(const pcap_pkthdr& header, const u_char* bytes, const TakeCaptured& take) {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <pcap/pcap.h>
 
+#include "monitor/JsonView.h"
 #include "support/TemporaryRoot.h"
 
 namespace DAX::Tests {
@@ -194,6 +195,21 @@ TEST_F(CaptureFile, OfTheNewerFormatMayBeCutAndChangedAnywhere) {
         EXPECT_LE(readAll(whole.substr(0, at)), messages) << at;
         EXPECT_LE(readAll(changed), messages) << at;
     }
+}
+
+TEST_F(CaptureFile, WithATimeThatCannotBeHasOneOfFourDigits) {
+    const std::string header = __FILE__;
+    std::string capture = contentOf(header.substr(0, header.rfind("clients/")) + "golden/monitor/busctl.pcap");
+    capture.replace(0x94, 4, std::string("\xff\xff\xff\xff", 4)); // the upper half of the first message's time
+    std::vector<std::string> times;
+    readCapture(store(capture), [&times](const auto&, std::int64_t time, const std::string&) {
+        times.push_back(isoTime(time));
+        return false;
+    });
+    EXPECT_THAT(times, ElementsAre(StartsWith("9999-12-31T23:59:59.")));
+    std::string old = contentOf(write({LITTLE}));
+    old.replace(24, 8, std::string("\0\0\0\x80\xff\xff\xff\xff", 8)); // its seconds and microseconds
+    EXPECT_THAT(read(store(old)), ElementsAre("-2147483648000000 a.b.C hi"));
 }
 
 TEST_F(CaptureFile, WithAHugeLengthEndsThere) {
