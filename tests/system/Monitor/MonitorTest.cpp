@@ -160,6 +160,30 @@ TEST_F(MonitorTest, LosesNoCallOfAFlood) {
     EXPECT_EQ(summary["unanswered"], 0);
 }
 
+TEST_F(MonitorTest, ShowsCallersThatAreGoneBeforeAnybodyCanAskWhoTheyAre) {
+    const int callers = 50;
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    watch({"--json", "--service"});
+    std::set<std::string> called;
+    for (int i = 0; i < callers; ++i) {
+        RawPeer peer;
+        called.insert(peer.name());
+        const RawMessage call = callOf("getServiceOwner", "");
+        dbus_message_set_no_reply(call.get(), TRUE);
+        peer.send(*call);
+        peer.disconnect();
+    }
+    ASSERT_TRUE(monitor->waitForOutput("\"number\":" + std::to_string(callers)));
+    std::set<std::string> seen;
+    for (const auto& line : jsonLines(finish())) {
+        if (line["event"] == "call") {
+            seen.insert(line["caller"]["connection"].get<std::string>());
+            EXPECT_TRUE(line["caller"]["pid"].is_null() || line["caller"]["pid"] == getpid()) << line;
+        }
+    }
+    EXPECT_EQ(seen, called);
+}
+
 TEST_F(MonitorTest, WritesACaptureThatReadsAsItWasSeen) {
     const std::string capture = (desk.root / "seen.pcap").string();
     watch({"--json", "--write", capture});
