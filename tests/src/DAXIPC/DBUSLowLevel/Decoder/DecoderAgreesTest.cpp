@@ -50,12 +50,28 @@ TEST(DecoderAgreesWithTheArchives, WhenAnyByteIsAnother) {
 
 TEST(DecoderAgreesWithTheArchives, WhenANumberIsPutIn) {
     forEachGolden([](const auto& name, const auto& description, const auto& isRead, const std::string& bytes) {
+        if (name == "service/getLastSearchingForUpgradeDate.reply") {
+            return; // Boost adds up the hours of a point in time without a look at their number: undefined behaviour
+        }
         for (std::size_t i = bytes.find(' '); i != std::string::npos; i = bytes.find(' ', i + 1)) {
             for (const char* number : {" 0", " 1", " -1", " 65536", " 4294967296", " 18446744073709551615", " 1e9"}) {
                 expectAgreement(name, description, isRead, bytes.substr(0, i) + number + bytes.substr(i));
             }
         }
     });
+}
+
+TEST(DecoderAlone, TakesAnyNumberInAPointInTime) {
+    const std::string bytes = golden("service/getLastSearchingForUpgradeDate.reply");
+    const ArchiveDescription& description = findMethod(Side::SERVICE, "getLastSearchingForUpgradeDate")->reply;
+    for (std::size_t i = bytes.find(' '); i != std::string::npos; i = bytes.find(' ', i + 1)) {
+        for (const char* number : {" 65536", " 4294967296", " 9223372036854775807", " -9223372036854775808"}) {
+            const std::string changed = bytes.substr(0, i) + number + bytes.substr(i);
+            const DecodedArchive archive = decodeArchive(description, changed);
+            EXPECT_LE(archive.end, changed.size());
+            EXPECT_TRUE(archive.breakage || archive.values.size() == 1) << changed;
+        }
+    }
 }
 
 } // namespace
