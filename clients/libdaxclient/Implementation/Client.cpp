@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Common/DBUSWrapper/PeerWatch.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/Proxies/DAXServiceProxy/CServiceManagerProxy.h"
 #include "DAXIPC/IDAXIPC.h"
 #include "libdaxclient/Implementation/ClientCore.h"
@@ -14,10 +16,12 @@
 
 namespace dax {
 
+using DAX::Common::DBUSWrapper::PeerWatch;
 using DAX::DAXCommon::ServiceClientPriority;
 using DAX::DAXCommon::ServiceTransactionType;
 using DAX::DAXIPC::DBUSLowLevel::CServiceManagerProxy;
 using DAX::Service::IServiceManager;
+namespace Names = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager;
 
 namespace {
 
@@ -81,6 +85,13 @@ Client::~Client() = default;
 
 detail::ClientCore& Client::core() const {
     return detail::insideOf(m_core);
+}
+
+bool Client::isServiceRunning() const {
+    const detail::Context& context = *core().context();
+    return detail::callService(context, [&context] {
+        return PeerWatch(context.connection, Names::CONNECTION_NAME).askWhetherAnybodyHasTheName();
+    });
 }
 
 std::string Client::version() {

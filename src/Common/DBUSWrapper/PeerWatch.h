@@ -30,6 +30,9 @@ public:
     // The same, but asks the bus, since its signal may still be on the way. False when the bus does not answer.
     bool askWhetherItHasGone();
 
+    // Asks the bus whether anybody has the well-known name. Starts and follows nobody. Throws as follow().
+    bool askWhetherAnybodyHasTheName();
+
     // Asks the bus whether the followed peer has the well-known name. This differs from hasGone(): between two peers
     // nobody has the name, and a peer that has given it back is still on the bus.
     bool askWhetherItHasTheName();

@@ -97,6 +97,16 @@ TEST_F(ConnectionTest, ThatBreaksIsTheBussFault) {
     EXPECT_EQ(failure.busError(), "org.freedesktop.DBus.Error.Disconnected");
 }
 
+TEST_F(ConnectionTest, TellsWhetherTheServiceRunsAndDoesNotAskIt) {
+    dax::Client client("me");
+    EXPECT_TRUE(client.isServiceRunning());
+    service.leaveAt("getCurrentVersion");
+    EXPECT_THROW(client.version(), dax::Unreachable);
+    EXPECT_FALSE(client.isServiceRunning());
+    bus.stop();
+    EXPECT_EQ(unreachableBy([&] { client.isServiceRunning(); }).reason(), Reason::NO_BUS);
+}
+
 TEST_F(ConnectionTest, IsUsableAfterATimeOut) {
     dax::Options options;
     options.callTimeout = milliseconds(100);

@@ -466,6 +466,10 @@ public:
     Client& operator=(Client&&) noexcept;
     ~Client();
 
+    // Whether the service runs now. Asks the bus alone, which does not start the service for it, and blocks shortly.
+    // Throws Unreachable.
+    bool isServiceRunning() const;
+
     // All that follows throws Error and Unreachable.
 
     // The version that the device runs, as the update core tells it.

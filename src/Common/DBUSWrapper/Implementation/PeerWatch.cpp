@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include <boost/exception/get_error_info.hpp>
 #include <dbus/dbus.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
@@ -119,6 +120,18 @@ bool PeerWatch::askWhetherItHasGone() {
     const bool isThere = dbus_bus_name_has_owner(m_connection.get(), m_uniqueName.c_str(), error.get()) != 0;
     m_hasGone = hasGone() || (!isThere && !error.isSet());
     return m_hasGone;
+}
+
+bool PeerWatch::askWhetherAnybodyHasTheName() {
+    try {
+        return !ask(*questionForTheOwner(m_name)).empty();
+    } catch (const RemoteObjectNotAccessible& exception) {
+        const std::string* const busError = boost::get_error_info<errinfo_bus_error>(exception);
+        if (busError != nullptr && *busError == DBUS_ERROR_NAME_HAS_NO_OWNER) {
+            return false;
+        }
+        throw;
+    }
 }
 
 bool PeerWatch::askWhetherItHasTheName() {
