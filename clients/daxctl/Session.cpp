@@ -58,4 +58,14 @@ boost::optional<bool> isBlockingExternalLockHeld() {
     }
 }
 
+// A daemon may start between two looks, and its lock is in force. So the bus is asked before and after the setting is
+// read: without a daemon at both times, no lock that the setting tells of is in force.
+DaemonTraces lookForTheDaemon(const dax::Client& client) {
+    if (client.isServiceRunning()) {
+        return {true, false};
+    }
+    const bool isSet = isBlockingExternalLockHeld().value_or(false);
+    return {false, isSet && !client.isServiceRunning()};
+}
+
 } // namespace daxctl

@@ -31,4 +31,11 @@ std::string whyRefused(const std::optional<dax::Owner>& owner);
 boost::optional<bool> isInstallationLocked();
 boost::optional<bool> isBlockingExternalLockHeld();
 
+// What can be seen of the daemon without a call, which would start it.
+struct DaemonTraces {
+    bool isRunning = false;
+    bool isLockSettingLeft = false; // the settings tell of a lock, and the daemon that gave it has ended
+};
+DaemonTraces lookForTheDaemon(const dax::Client& client);
+
 } // namespace daxctl

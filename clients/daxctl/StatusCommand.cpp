@@ -54,11 +54,19 @@ void printLine(const char* label, const std::string& value) {
     std::printf("%-18s%s\n", label, value.c_str());
 }
 
-void printFact(const char* label, const nlohmann::ordered_json& fact, const char* yes, const char* no) {
-    printLine(label, fact.is_null() ? "unknown, may not be read by this user" : fact.get<bool>() ? yes : no);
+std::string factToString(const nlohmann::ordered_json& fact, const char* yes, const char* no) {
+    return fact.is_null() ? "unknown, may not be read by this user" : fact.get<bool>() ? yes : no;
+}
+
+std::string lockToString(const nlohmann::ordered_json& status) {
+    if (status["staleExternalLockSetting"].get<bool>()) {
+        return "none; the setting that tells of one is left from a daemon that has ended";
+    }
+    return factToString(status["blockingExternalLock"], "held, blocks the main application", "none that blocks");
 }
 
 void printForPeople(const nlohmann::ordered_json& status) {
+    printLine("daemon", status["daemonWasRunning"].get<bool>() ? "running" : "was not running; this has started it");
     const auto& owner = status["owner"];
     printLine("owner", owner.is_null()
                            ? "nobody"
@@ -67,16 +75,22 @@ void printForPeople(const nlohmann::ordered_json& status) {
     printLine("version", status.value("version", "unknown"));
     printLine("supported types", status.contains("supportedTypes") ? joined(status["supportedTypes"]) : "unknown");
     printLine("last search", status["lastSearch"].is_null() ? "none known" : status["lastSearch"].get<std::string>());
-    printFact("installation lock", status["installationLock"], "in force", "no");
-    printFact("external lock", status["blockingExternalLock"], "held, blocks the main application", "none that blocks");
+    printLine("installation lock", factToString(status["installationLock"], "in force", "no"));
+    printLine("external lock", lockToString(status));
 }
 
 int runStatus(bool json) {
     dax::Client client = connectToDaemon();
-    nlohmann::ordered_json status = {{"owner", toJson(client.owner())},
+    const DaemonTraces before = lookForTheDaemon(client);
+    nlohmann::ordered_json status = {{"daemonWasRunning", before.isRunning},
+                                     {"owner", toJson(client.owner())},
                                      {"lastSearch", lastSearchOf(client)},
                                      {"installationLock", orNull(isInstallationLocked())},
-                                     {"blockingExternalLock", orNull(isBlockingExternalLockHeld())}};
+                                     {"blockingExternalLock", orNull(isBlockingExternalLockHeld())},
+                                     {"staleExternalLockSetting", before.isLockSettingLeft}};
+    if (before.isLockSettingLeft) {
+        status["blockingExternalLock"] = false;
+    }
     const bool complete = addCoreFacts(client, status);
     if (json) {
         clients_common::printJson(status);

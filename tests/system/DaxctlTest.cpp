@@ -40,21 +40,41 @@ protected:
 };
 
 TEST_F(Daxctl, StatusTellsWhatIsKnown) {
-    EXPECT_EQ(jsonOf({"status"}), nlohmann::json::parse(R"({"owner": null, "lastSearch": null,
-        "installationLock": false, "blockingExternalLock": false, "version": "1000",
-        "supportedTypes": ["OTA", "OTN", "USB"]})"));
+    EXPECT_EQ(jsonOf({"status"}), nlohmann::json::parse(R"({"daemonWasRunning": false, "owner": null,
+        "lastSearch": null, "installationLock": false, "blockingExternalLock": false, "staleExternalLockSetting": false,
+        "version": "1000", "supportedTypes": ["OTA", "OTN", "USB"]})"));
 }
 
 TEST_F(Daxctl, StatusIsALineForEachFact) {
     const auto run = daxctl({"status"});
     EXPECT_EQ(run.end, ProcessEnd::exited(0));
     EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output, "owner             nobody\n"
+    EXPECT_EQ(run.output, "daemon            was not running; this has started it\n"
+                          "owner             nobody\n"
                           "version           1000\n"
                           "supported types   OTA, OTN, USB\n"
                           "last search       none known\n"
                           "installation lock no\n"
                           "external lock     none that blocks\n");
+}
+
+TEST_F(Daxctl, StatusTellsOfADaemonThatRuns) {
+    const auto other = holder("updater", "6");
+    EXPECT_THAT(daxctl({"status"}).output, StartsWith("daemon            running\nowner             updater"));
+    EXPECT_EQ(jsonOf({"status"})["daemonWasRunning"], true);
+}
+
+TEST_F(Daxctl, StatusTellsThatTheSettingOfALockIsLeftFromADaemonThatHasEnded) {
+    ASSERT_EQ(daxctl({"lock", "acquire"}).end, ProcessEnd::exited(0));
+    EXPECT_THAT(daxctl({"status"}).output, HasSubstr("external lock     held, blocks the main application\n"));
+    desk.killDaemon();
+    EXPECT_THAT(
+        daxctl({"status"}).output,
+        HasSubstr("external lock     none; the setting that tells of one is left from a daemon that has ended\n"));
+    desk.killDaemon();
+    const auto status = jsonOf({"status"});
+    EXPECT_EQ(status["staleExternalLockSetting"], true);
+    EXPECT_EQ(status["blockingExternalLock"], false);
 }
 
 TEST_F(Daxctl, StatusTellsTheRestWhenTheCoreFails) {
