@@ -1,16 +1,31 @@
 #pragma once
 
+#include <cstdio>
+#include <optional>
 #include <string>
 
 #include "dax/client.h"
 
 namespace daxctl {
 
-// Shows on standard error how far one step has come: on a terminal a bar that is redrawn, elsewhere a plain line at the
-// beginning and at the end, and nothing when it is silent.
+// How a progress is shown.
+enum class ProgressStyle {
+    AUTO,  // BAR on a terminal, PLAIN elsewhere
+    BAR,   // a bar that is redrawn
+    PLAIN, // a line at the beginning and one at the end
+    JSON,  // a line for each change: an object with "step", "state", "percent" and "detail"
+    NONE
+};
+
+struct ProgressOutput {
+    ProgressStyle style = ProgressStyle::AUTO;
+    std::FILE* stream = stderr;
+};
+
+// Shows how far one step has come.
 class ProgressDisplay {
 public:
-    ProgressDisplay(std::string step, bool silent);
+    ProgressDisplay(std::string step, const ProgressOutput& output);
     ProgressDisplay(const ProgressDisplay&) = delete;
     ProgressDisplay& operator=(const ProgressDisplay&) = delete;
 
@@ -23,13 +38,15 @@ public:
     void finish(const std::string& outcome);
 
 private:
-    enum class Style { SILENT, LINES, BAR };
-
     void drawBar(const std::string& behind) const;
+    void writeJson(const std::string& state);
 
     std::string m_step;
-    Style m_style;
+    std::FILE* m_stream;
+    ProgressStyle m_style; // never AUTO
     int m_percent = -1;
+    std::optional<float> m_detail;
+    std::string m_lastLine;    // of JSON
     bool m_isLineOpen = false; // the last output was a bar without a line end
 };
 

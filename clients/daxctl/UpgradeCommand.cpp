@@ -16,6 +16,8 @@ namespace daxctl {
 
 namespace {
 
+enum class ProgressTarget { ERRORS, OUTPUT };
+
 void addPlanOptions(clients_common::Command& command, UpgradePlan& plan) {
     addRequestOptions(command, plan.request);
     command
@@ -25,6 +27,22 @@ void addPlanOptions(clients_common::Command& command, UpgradePlan& plan) {
     command.addNamed("--type", plan.upgradeType, DAX::DAXCommon::upgradeTypesByName(), "OTN",
                      "Where the upgrade comes from: OTA is over the air, OTN over the network, USB a stick");
     command.add("--search-parameter", plan.searchParameter, "Passed to the core unchanged");
+}
+
+void addProgressOptions(clients_common::Command& command, UpgradePlan& plan, ProgressTarget& target) {
+    command.addNamed("--progress", plan.progress.style,
+                     std::map<std::string, ProgressStyle>{{"auto", ProgressStyle::AUTO},
+                                                          {"bar", ProgressStyle::BAR},
+                                                          {"plain", ProgressStyle::PLAIN},
+                                                          {"json", ProgressStyle::JSON},
+                                                          {"none", ProgressStyle::NONE}},
+                     "auto",
+                     "How the progress is shown: auto is a bar on a terminal, plain lines elsewhere and nothing with "
+                     "--json; json is one line a change");
+    command.addNamed(
+        "--progress-to", target,
+        std::map<std::string, ProgressTarget>{{"stderr", ProgressTarget::ERRORS}, {"stdout", ProgressTarget::OUTPUT}},
+        "stderr", "Where the progress is shown");
 }
 
 int printFound(const nlohmann::ordered_json& found) {
@@ -47,13 +65,26 @@ int runPlan(const UpgradePlan& plan, bool json) {
     return succeeded ? clients_common::EXIT_DONE : clients_common::EXIT_REFUSED;
 }
 
+// Standard output is for the document alone.
+int runUpgrade(UpgradePlan plan, ProgressTarget target, bool json) {
+    if (target == ProgressTarget::OUTPUT) {
+        if (json) {
+            throw clients_common::WrongUsage("--progress-to=stdout and --json both need standard output");
+        }
+        plan.progress.stream = stdout;
+    }
+    return runPlan(plan, json);
+}
+
 } // namespace
 
 void addUpgradeCommand(clients_common::Command& program) {
     const auto plan = std::make_shared<UpgradePlan>();
+    const auto target = std::make_shared<ProgressTarget>(ProgressTarget::ERRORS);
     auto command = addDaemonCommand(program, "upgrade", "Run a whole upgrade: search, installation, finalization",
-                                    [plan](bool json) { return runPlan(*plan, json); });
+                                    [plan, target](bool json) { return runUpgrade(*plan, *target, json); });
     addPlanOptions(command, *plan);
+    addProgressOptions(command, *plan, *target);
     command.add("--item", plan->items, "What to install; may be given several times; without it, everything");
     command.addFlag("!--no-finalize", plan->finalize, "Stop after the installation");
     command.addFlag("--finalization-flag", plan->finalizationFlag, "Passed to the core with the finalization");

@@ -2,8 +2,6 @@
 
 #include <cstdio>
 
-#include "daxctl/ProgressDisplay.h"
-
 namespace daxctl {
 
 namespace {
@@ -114,9 +112,14 @@ bool UpgradeRun::step(dax::Transaction& transaction, const std::string& name, co
     return follow(name, run);
 }
 
+ProgressOutput UpgradeRun::progressOutput() const {
+    const bool isHidden = m_silent && m_plan.progress.style == ProgressStyle::AUTO;
+    return isHidden ? ProgressOutput{ProgressStyle::NONE} : m_plan.progress;
+}
+
 // An interruption is looked for as often as the progress.
 bool UpgradeRun::follow(const std::string& name, const Step& run) {
-    ProgressDisplay display(name, m_silent);
+    ProgressDisplay display(name, progressOutput());
     dax::StopSource stop;
     dax::Waiting waiting;
     waiting.interval = POLL_INTERVAL;

@@ -9,6 +9,7 @@
 #include "DAXCommon/UpgradeType.h"
 #include "dax/client.h"
 #include "daxctl/Interruption.h"
+#include "daxctl/ProgressDisplay.h"
 #include "daxctl/Session.h"
 
 namespace daxctl {
@@ -22,9 +23,11 @@ struct UpgradePlan {
     bool searchOnly = false;
     bool finalize = true;
     bool finalizationFlag = false;
+    ProgressOutput progress;
 };
 
-// One run through search, installation and finalization, with its progress shown on standard error. It stops at the
+// One run through search, installation and finalization, with its progress shown as planned, and what people have to
+// know on standard error; silent, it shows only a progress whose style was chosen. It stops at the
 // first step that does not succeed; an interruption cancels the transaction at the core.
 class UpgradeRun {
 public:
@@ -44,6 +47,7 @@ private:
     bool search(dax::Transaction& transaction);
     bool step(dax::Transaction& transaction, const std::string& name, const Step& run);
     bool follow(const std::string& name, const Step& run);
+    ProgressOutput progressOutput() const;
     bool cancelled(const std::string& what);
     bool end(const std::string& outcome, const std::string& message);
 

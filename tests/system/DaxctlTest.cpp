@@ -3,6 +3,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -161,6 +162,27 @@ TEST_F(Daxctl, AnUpgradeInJson) {
     EXPECT_EQ(jsonOf({"upgrade"}), nlohmann::json::parse(R"({"outcome": "finalized", "search": {"upgradeType": 2,
         "upgradeId": "0da5", "version": "1100", "updateInfo": "<update><version>1100</version></update>", "kind": 0,
         "scope": 2}})"));
+}
+
+TEST_F(Daxctl, ProgressInJsonIsALineAChangeBesideAPureDocument) {
+    const auto run = daxctl({"upgrade", "--json", "--progress=json"});
+    EXPECT_EQ(nlohmann::json::parse(run.output)["outcome"], "finalized");
+    std::istringstream lines(run.errors);
+    std::vector<std::string> ended;
+    for (std::string line; std::getline(lines, line);) {
+        const auto change = nlohmann::json::parse(line);
+        if (change["state"] == "done") {
+            ended.push_back(change["step"]);
+        }
+    }
+    EXPECT_THAT(ended, ElementsAre("search", "installation", "finalization"));
+}
+
+TEST_F(Daxctl, ProgressGoesToStandardOutputUnlessTheDocumentDoes) {
+    const auto run = daxctl({"upgrade", "--progress=plain", "--progress-to=stdout"});
+    EXPECT_EQ(run.output, "Search: started\nSearch: done\nInstallation: started\nInstallation: done\n"
+                          "Finalization: started\nFinalization: done\n");
+    EXPECT_EQ(daxctl({"upgrade", "--json", "--progress-to=stdout"}).end, ProcessEnd::exited(2));
 }
 
 TEST_F(Daxctl, NoFinalizeStopsAfterTheInstallation) {

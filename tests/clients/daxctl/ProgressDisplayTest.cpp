@@ -9,6 +9,7 @@ namespace {
 
 using namespace testing;
 using daxctl::ProgressDisplay;
+using daxctl::ProgressStyle;
 
 dax::Progress percent(int number) {
     return {dax::State::IN_PROGRESS, number, std::nullopt};
@@ -20,7 +21,7 @@ const std::string BAR_OF_100 = "\rSearch        [###############################
 
 TEST(ProgressDisplayOnATerminal, RedrawsOneBar) {
     StandardError terminal(StandardError::Kind::TERMINAL);
-    ProgressDisplay display("Search", false);
+    ProgressDisplay display("Search", {});
     display.show(percent(0));
     display.show(percent(50));
     display.show(percent(100));
@@ -30,7 +31,7 @@ TEST(ProgressDisplayOnATerminal, RedrawsOneBar) {
 
 TEST(ProgressDisplayOnATerminal, KeepsTheBarAsItWasAtAFailure) {
     StandardError terminal(StandardError::Kind::TERMINAL);
-    ProgressDisplay display("Search", false);
+    ProgressDisplay display("Search", {});
     display.show(percent(50));
     display.finish("failed");
     EXPECT_EQ(terminal.text(), BAR_OF_50 + BAR_OF_50 + " failed\n");
@@ -38,13 +39,13 @@ TEST(ProgressDisplayOnATerminal, KeepsTheBarAsItWasAtAFailure) {
 
 TEST(ProgressDisplayOnATerminal, DrawsAnEmptyBarForAStepThatWasNeverShown) {
     StandardError terminal(StandardError::Kind::TERMINAL);
-    ProgressDisplay("Search", false).finish("failed");
+    ProgressDisplay("Search", {}).finish("failed");
     EXPECT_EQ(terminal.text(), BAR_OF_0 + " failed\n");
 }
 
 TEST(ProgressDisplayOnATerminal, DrawsPercentsOutsideOfTheRangeAsItsLimits) {
     StandardError terminal(StandardError::Kind::TERMINAL);
-    ProgressDisplay display("Search", false);
+    ProgressDisplay display("Search", {});
     display.show(percent(-7));
     display.show(percent(101));
     display.finish("done");
@@ -53,13 +54,13 @@ TEST(ProgressDisplayOnATerminal, DrawsPercentsOutsideOfTheRangeAsItsLimits) {
 
 TEST(ProgressDisplayOnATerminal, EndsTheLineOfABarThatNobodyFinished) {
     StandardError terminal(StandardError::Kind::TERMINAL);
-    ProgressDisplay("Search", false).show(percent(50));
+    ProgressDisplay("Search", {}).show(percent(50));
     EXPECT_EQ(terminal.text(), BAR_OF_50 + "\n");
 }
 
 TEST(ProgressDisplayOnATerminal, WritesNothingWhenItIsSilent) {
     StandardError terminal(StandardError::Kind::TERMINAL);
-    ProgressDisplay display("Search", true);
+    ProgressDisplay display("Search", {ProgressStyle::NONE});
     display.show(percent(50));
     display.finish("done");
     EXPECT_EQ(terminal.text(), "");
@@ -67,7 +68,7 @@ TEST(ProgressDisplayOnATerminal, WritesNothingWhenItIsSilent) {
 
 TEST(ProgressDisplayOnAPipe, WritesALineAtTheBeginningAndOneAtTheEnd) {
     StandardError pipe(StandardError::Kind::PIPE);
-    ProgressDisplay display("Search", false);
+    ProgressDisplay display("Search", {});
     for (const int number : {0, 50, 100}) {
         display.show(percent(number));
     }
@@ -77,15 +78,59 @@ TEST(ProgressDisplayOnAPipe, WritesALineAtTheBeginningAndOneAtTheEnd) {
 
 TEST(ProgressDisplayOnAPipe, WritesNoFurtherLineForAStepThatNobodyFinished) {
     StandardError pipe(StandardError::Kind::PIPE);
-    ProgressDisplay("Search", false).show(percent(50));
+    ProgressDisplay("Search", {}).show(percent(50));
     EXPECT_EQ(pipe.text(), "Search: started\n");
 }
 
 TEST(ProgressDisplayOnAPipe, WritesNothingWhenItIsSilent) {
     StandardError pipe(StandardError::Kind::PIPE);
-    ProgressDisplay display("Search", true);
+    ProgressDisplay display("Search", {ProgressStyle::NONE});
     display.show(percent(50));
     display.finish("done");
+    EXPECT_EQ(pipe.text(), "");
+}
+
+TEST(ProgressDisplayOnAPipe, RedrawsABarWhenItIsToldTo) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    ProgressDisplay display("Search", {ProgressStyle::BAR});
+    display.show(percent(50));
+    display.finish("done");
+    EXPECT_EQ(pipe.text(), BAR_OF_50 + BAR_OF_50 + " done\n");
+}
+
+TEST(ProgressDisplayOnATerminal, WritesPlainLinesWhenItIsToldTo) {
+    StandardError terminal(StandardError::Kind::TERMINAL);
+    ProgressDisplay display("Search", {ProgressStyle::PLAIN});
+    display.show(percent(50));
+    display.finish("done");
+    EXPECT_EQ(terminal.text(), "Search: started\nSearch: done\n");
+}
+
+TEST(ProgressDisplayInJson, WritesALineForEachChange) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    ProgressDisplay display("Search", {ProgressStyle::JSON});
+    for (const int number : {0, 50, 50, 50}) {
+        display.show(percent(number));
+    }
+    display.show({dax::State::IN_PROGRESS, 50, 1.5F});
+    display.show({dax::State::SUCCEEDED, 100, std::nullopt});
+    display.finish("done");
+    EXPECT_EQ(pipe.text(), R"({"step":"search","state":"running","percent":0,"detail":null})"
+                           "\n"
+                           R"({"step":"search","state":"running","percent":50,"detail":null})"
+                           "\n"
+                           R"({"step":"search","state":"running","percent":50,"detail":1.5})"
+                           "\n"
+                           R"({"step":"search","state":"done","percent":100,"detail":null})"
+                           "\n");
+}
+
+TEST(ProgressDisplayInJson, GoesWhereItIsTold) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    internal::CaptureStdout();
+    ProgressDisplay("Search", {ProgressStyle::JSON, stdout}).finish("failed");
+    EXPECT_EQ(internal::GetCapturedStdout(), R"({"step":"search","state":"failed","percent":0,"detail":null})"
+                                             "\n");
     EXPECT_EQ(pipe.text(), "");
 }
 
