@@ -16,7 +16,7 @@ std::string reasonOf(const dax::Refusal& refusal) {
     if (refusal.reason() == dax::Refusal::Reason::LOCKED) {
         return "a lock is in force";
     }
-    return refusal.owner()->clientName + " holds the service";
+    return refusal.owner() ? refusal.owner()->clientName + " holds the service" : "the session was taken away";
 }
 
 // Empty when it is worth another attempt.
@@ -31,8 +31,10 @@ std::optional<int> look(dax::Client& client) {
         return std::nullopt;
     } catch (const dax::Error& error) {
         std::printf("%s\n", error.what());
-        const bool wasTakenAway = error.kind() == dax::Error::Kind::TRANSACTION_INVALIDATED;
-        return wasTakenAway ? std::nullopt : std::optional<int>(EXIT_FAILURE);
+        // A session that was taken away before its transaction began ends in an error of no kind of its own.
+        const bool mayBeTakenAway =
+            error.kind() == dax::Error::Kind::TRANSACTION_INVALIDATED || error.kind() == dax::Error::Kind::UNKNOWN;
+        return mayBeTakenAway ? std::nullopt : std::optional<int>(EXIT_FAILURE);
     }
 }
 

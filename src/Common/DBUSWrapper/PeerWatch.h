@@ -12,6 +12,9 @@ namespace DAX::Common::DBUSWrapper {
 
 // Follows the peer that has a well-known name by its unique name, which the bus never gives to anybody else. It has a
 // connection of its own. One thread at a time.
+//
+// Each question to the bus waits for the connection's time-out at most. follow() asks up to twelve, as a peer may leave
+// right after its start, and throws at the first that is not answered in time.
 class PeerWatch {
 public:
     // Throws ErrorConnectingToDBUS when there is no bus.
@@ -40,6 +43,7 @@ public:
 private:
     std::string ask(DBusMessage& question);
     std::string ownerOfTheName();
+    bool hasOwner(const std::string& name);
     bool tellsOfTheEnd(DBusMessage& message) const;
 
     const int m_timeoutMs;

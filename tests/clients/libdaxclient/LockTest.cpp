@@ -1,4 +1,5 @@
 // To which service a lock belongs.
+#include <csignal>
 #include <future>
 
 #include <dax/client.h>
@@ -34,6 +35,30 @@ protected:
     PrivateBus bus;
     dax::Client client{"locker"};
 };
+
+TEST_F(LockTest, TimesOutWhileTheServiceStarts) {
+    bus.addService("org.kovan.tv.dax.service.servicemanager", "/bin/sleep 3");
+    dax::Options options;
+    options.callTimeout = std::chrono::milliseconds(300);
+    dax::Client impatient("impatient", options);
+    EXPECT_EQ(reasonOf(std::async(std::launch::async, [&] { return impatient.lock(dax::Priority(4)); })),
+              Reason::TIMED_OUT);
+}
+
+TEST_F(LockTest, IsGivenUpInTimeOnABusThatStandsStill) {
+    PlayedService daemon;
+    dax::Options options;
+    options.callTimeout = std::chrono::milliseconds(300);
+    dax::Client impatient("impatient", options);
+    auto future = std::async(std::launch::async, [&] { return impatient.lock(dax::Priority(4)); });
+    daemon.giveLock(5);
+    dax::Lock lock = future.get();
+    ASSERT_EQ(::kill(bus.pid(), SIGSTOP), 0);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_THROW(lock.release(), dax::Unreachable);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)); // libdbus would wait for 25
+    ::kill(bus.pid(), SIGCONT);
+}
 
 TEST_F(LockTest, IsAskedForAndReleasedByTheUniqueNameOfTheService) {
     PlayedService daemon;

@@ -33,19 +33,29 @@ DBUSMessageHandle question(const char* method) {
     return message;
 }
 
-DBUSMessageHandle questionForTheOwner(const std::string& name) {
-    DBUSMessageHandle message = question("GetNameOwner");
-    const char* const text = name.c_str();
+DBUSMessageHandle questionWith(const char* method, const std::string& argument) {
+    DBUSMessageHandle message = question(method);
+    const char* const text = argument.c_str();
     dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
     return message;
 }
 
+DBUSMessageHandle questionForTheOwner(const std::string& name) {
+    return questionWith("GetNameOwner", name);
+}
+
+// The bus answers for itself, so that no reply can only mean that it took too long.
 [[noreturn]] void throwFailureOf(const DBUSError& error) {
-    const errinfo_bus_error name(error.name());
+    const errinfo_bus_error name(error.hasName(DBUS_ERROR_NO_REPLY) ? DBUS_ERROR_TIMEOUT : error.name());
     if (error.hasName(DBUS_ERROR_TIMED_OUT)) {
         DAX_THROW(RemoteObjectActivationTimedOut(), error.message() << name);
     }
     DAX_THROW(RemoteObjectNotAccessible(), error.message() << name);
+}
+
+bool meansNobody(const RemoteObjectNotAccessible& exception) {
+    const std::string* const busError = boost::get_error_info<errinfo_bus_error>(exception);
+    return busError != nullptr && *busError == DBUS_ERROR_NAME_HAS_NO_OWNER;
 }
 
 } // namespace
@@ -57,13 +67,8 @@ PeerWatch::~PeerWatch() = default;
 
 std::string PeerWatch::follow() {
     m_uniqueName = ownerOfTheName();
-    DBUSError error;
-    const std::string rule = std::string("type='signal',sender='") + DBUS_SERVICE_DBUS + "',interface='" +
-                             DBUS_INTERFACE_DBUS + "',member='NameOwnerChanged',arg0='" + m_uniqueName + "'";
-    dbus_bus_add_match(m_connection.get(), rule.c_str(), error.get());
-    if (error.isSet()) {
-        throwFailureOf(error);
-    }
+    ask(*questionWith("AddMatch", std::string("type='signal',sender='") + DBUS_SERVICE_DBUS + "',interface='" +
+                                      DBUS_INTERFACE_DBUS + "',member='NameOwnerChanged',arg0='" + m_uniqueName + "'"));
     m_hasGone = false;
     return m_uniqueName;
 }
@@ -74,8 +79,8 @@ std::string PeerWatch::ownerOfTheName() {
     for (int attempt = 1;; ++attempt) {
         try {
             return ask(*questionForTheOwner(m_name));
-        } catch (const RemoteObjectNotAccessible&) {
-            if (attempt == OWNER_ATTEMPTS) {
+        } catch (const RemoteObjectNotAccessible& exception) {
+            if (attempt == OWNER_ATTEMPTS || !meansNobody(exception)) {
                 throw;
             }
         }
@@ -116,21 +121,27 @@ bool PeerWatch::hasGone() {
 }
 
 bool PeerWatch::askWhetherItHasGone() {
-    DBUSError error;
-    const bool isThere = dbus_bus_name_has_owner(m_connection.get(), m_uniqueName.c_str(), error.get()) != 0;
-    m_hasGone = hasGone() || (!isThere && !error.isSet());
+    bool isThere = true;
+    try {
+        isThere = hasOwner(m_uniqueName);
+    } catch (const DBUSWrapperException&) { // the bus does not answer
+    }
+    m_hasGone = hasGone() || !isThere;
     return m_hasGone;
 }
 
 bool PeerWatch::askWhetherAnybodyHasTheName() {
+    return hasOwner(m_name);
+}
+
+bool PeerWatch::hasOwner(const std::string& name) {
     try {
-        return !ask(*questionForTheOwner(m_name)).empty();
+        return !ask(*questionForTheOwner(name)).empty();
     } catch (const RemoteObjectNotAccessible& exception) {
-        const std::string* const busError = boost::get_error_info<errinfo_bus_error>(exception);
-        if (busError != nullptr && *busError == DBUS_ERROR_NAME_HAS_NO_OWNER) {
-            return false;
+        if (!meansNobody(exception)) {
+            throw;
         }
-        throw;
+        return false;
     }
 }
 
