@@ -71,6 +71,9 @@ public:
     // Every text that is given.
     Option add(const std::string& name, std::vector<std::string>& value, const std::string& description = "");
     Option add(const std::string& name, std::set<std::string>& value, const std::string& description = "");
+    // An option that may stand alone: then `isGiven` alone is set. The number is 0 or more.
+    Option addWithOptionalNumber(const std::string& name, bool& isGiven, std::optional<int>& number,
+                                 const std::string& numberName, const std::string& description);
     // A name that begins with "!" stands for false.
     Option addFlag(const std::string& name, bool& value, const std::string& description);
     // One of the names, in letters of any case, or its number. The help shows the names, and `defaultName`.

@@ -37,6 +37,27 @@ std::string whyRefused(const std::optional<dax::Owner>& owner) {
     return "an external lock of this priority or a higher one is held";
 }
 
+// A holder of a lower priority is not the reason: a lock is.
+std::string whyRefused(const dax::Refusal& refusal) {
+    return whyRefused(refusal.reason() == dax::Refusal::Reason::LOCKED ? std::nullopt : refusal.owner());
+}
+
+std::string whatToDo(const dax::Refusal& refusal) {
+    if (isInstallationLocked().value_or(false)) {
+        return "Restart the device, which ends the installation.";
+    }
+    switch (refusal.reason()) {
+    case dax::Refusal::Reason::SAME_CLIENT:
+        return "End the other client of that name, or choose another name with --name.";
+    case dax::Refusal::Reason::HELD:
+        return "Ask again later, which --wait does, or with a --priority above " +
+               std::to_string(static_cast<int>(refusal.owner()->priority)) + ", which takes the service over.";
+    default:
+        return "Ask again when the lock is released, which --wait does, or with a --priority above that of the lock; "
+               "the service does not tell whose it is.";
+    }
+}
+
 boost::optional<bool> isInstallationLocked() {
     try {
         return DAX::Platform::IProductInfo::isInstallationLocked();

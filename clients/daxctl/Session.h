@@ -26,6 +26,10 @@ nlohmann::ordered_json toJson(const std::optional<dax::Owner>& owner);
 // What blocks a request, as far as it can be seen from outside: the owner, the installation lock, a blocking external
 // lock.
 std::string whyRefused(const std::optional<dax::Owner>& owner);
+std::string whyRefused(const dax::Refusal& refusal);
+
+// What a person can do about a refused request, in a sentence.
+std::string whatToDo(const dax::Refusal& refusal);
 
 // The locks in force, according to the device's settings and files; empty when this user may not read those.
 boost::optional<bool> isInstallationLocked();

@@ -85,6 +85,8 @@ void addUpgradeCommand(clients_common::Command& program) {
                                     [plan, target](bool json) { return runUpgrade(*plan, *target, json); });
     addPlanOptions(command, *plan);
     addProgressOptions(command, *plan, *target);
+    command.addWithOptionalNumber("--wait", plan->waits, plan->waitSeconds, "SECONDS",
+                                  "Ask again until the service is granted, for at most so long");
     command.add("--item", plan->items, "What to install; may be given several times; without it, everything");
     command.addFlag("!--no-finalize", plan->finalize, "Stop after the installation");
     command.addFlag("--finalization-flag", plan->finalizationFlag, "Passed to the core with the finalization");

@@ -1,6 +1,8 @@
 #include "daxctl/UpgradeRun.h"
 
+#include <chrono>
 #include <cstdio>
+#include <utility>
 
 namespace daxctl {
 
@@ -8,6 +10,9 @@ namespace {
 
 // Five times a second is often enough for eyes.
 const auto POLL_INTERVAL = std::chrono::milliseconds(200);
+
+// How soon a refused request is repeated.
+const auto REQUEST_INTERVAL = std::chrono::milliseconds(500);
 
 const char* const STOP_REASON = "Interrupted by the user of daxctl.";
 
@@ -37,14 +42,41 @@ UpgradeRun::UpgradeRun(dax::Client& client, const UpgradePlan& plan, Interruptio
 
 bool UpgradeRun::run() {
     try {
-        dax::Session session = m_client.request(dax::Priority(m_plan.request.priority),
-                                                dax::TransactionType(m_plan.request.transactionType));
-        dax::Transaction transaction = session.start(static_cast<dax::UpgradeType>(m_plan.upgradeType));
+        std::optional<dax::Session> session = request();
+        if (!session) {
+            return end("cancelled", "Interrupted while waiting for the service.");
+        }
+        dax::Transaction transaction = session->start(static_cast<dax::UpgradeType>(m_plan.upgradeType));
         const bool done = runTransaction(transaction);
-        session.end("The client has finished.");
+        session->end("The client has finished.");
         return done;
     } catch (const dax::Refusal& refusal) {
         return refused(refusal);
+    }
+}
+
+// Empty after an interruption while it waited.
+std::optional<dax::Session> UpgradeRun::request() {
+    const auto begin = std::chrono::steady_clock::now();
+    std::string told;
+    for (;;) {
+        try {
+            return m_client.request(dax::Priority(m_plan.request.priority),
+                                    dax::TransactionType(m_plan.request.transactionType));
+        } catch (const dax::Refusal& refusal) {
+            const bool isOver = m_plan.waitSeconds &&
+                                std::chrono::steady_clock::now() - begin >= std::chrono::seconds(*m_plan.waitSeconds);
+            if (!m_plan.waits || isOver) {
+                throw;
+            }
+            const std::string reason = whyRefused(refusal);
+            if (!m_silent && std::exchange(told, reason) != reason) {
+                std::fprintf(stderr, "Waiting: %s.\n", reason.c_str());
+            }
+        }
+        if (m_interruption.wait(REQUEST_INTERVAL)) {
+            return std::nullopt;
+        }
     }
 }
 
@@ -52,10 +84,12 @@ bool UpgradeRun::refused(const dax::Refusal& refusal) {
     if (refusal.reason() == dax::Refusal::Reason::SESSION_OVER) {
         return end("refused", "Refused: the session is no longer valid.");
     }
-    const std::string reason = whyRefused(refusal.owner());
+    const std::string reason = whyRefused(refusal);
+    const std::string advice = whatToDo(refusal);
     m_report["refusedBecause"] = reason;
     m_report["owner"] = daxctl::toJson(refusal.owner());
-    return end("refused", "Refused: " + reason + ".");
+    m_report["whatToDo"] = advice;
+    return end("refused", "Refused: " + reason + ". " + advice);
 }
 
 bool UpgradeRun::runTransaction(dax::Transaction& transaction) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -24,6 +25,8 @@ struct UpgradePlan {
     bool finalize = true;
     bool finalizationFlag = false;
     ProgressOutput progress;
+    bool waits = false;             // ask again until the service is granted
+    std::optional<int> waitSeconds; // but give up after so long
 };
 
 // One run through search, installation and finalization, with its progress shown as planned, and what people have to
@@ -42,6 +45,7 @@ public:
 private:
     using Step = std::function<dax::Outcome(const dax::Waiting&)>;
 
+    std::optional<dax::Session> request();
     bool refused(const dax::Refusal& refusal);
     bool runTransaction(dax::Transaction& transaction);
     bool search(dax::Transaction& transaction);

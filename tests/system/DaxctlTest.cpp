@@ -122,8 +122,17 @@ TEST_F(Daxctl, ARefusalNamesTheHolderAndItsPriority) {
     const auto other = holder("updater", "6");
     const auto refused = daxctl({"upgrade", "--priority", "6"});
     EXPECT_EQ(refused.end, ProcessEnd::exited(1));
-    EXPECT_EQ(refused.errors, "Refused: the service is held by updater with priority 6.\n");
+    EXPECT_EQ(refused.errors, "Refused: the service is held by updater with priority 6. Ask again later, which --wait "
+                              "does, or with a --priority above 6, which takes the service over.\n");
     EXPECT_EQ(jsonOf({"search"})["refusedBecause"], "the service is held by updater with priority 6");
+}
+
+TEST_F(Daxctl, AnUpgradeThatWaitsRunsWhenTheLockIsReleased) {
+    ASSERT_EQ(daxctl({"lock", "acquire"}).output, "1\n");
+    const auto waiting = desk.start("daxctl", {"upgrade", "--wait"});
+    EXPECT_TRUE(waiting->waitForErrors("Waiting: an external lock of this priority or a higher one is held.\n"));
+    ASSERT_EQ(daxctl({"lock", "release", "1"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(waiting->waitForEnd(), ProcessEnd::exited(0));
 }
 
 TEST_F(Daxctl, AHigherPriorityTakesTheServiceOver) {

@@ -97,6 +97,26 @@ Option Command::add(const std::string& name, std::set<std::string>& value, const
     return Option(*m_app->add_option(name, value, description));
 }
 
+Option Command::addWithOptionalNumber(const std::string& name, bool& isGiven, std::optional<int>& number,
+                                      const std::string& numberName, const std::string& description) {
+    const auto set = [&isGiven, &number](const std::string& text) {
+        isGiven = true;
+        if (!text.empty()) {
+            number = std::stoi(text);
+        }
+    };
+    const auto isNumber = [](std::string& text) -> std::string {
+        int parsed = 0;
+        const bool isGood = text.empty() || (CLI::detail::lexical_cast(text, parsed) && parsed >= 0);
+        text = isGood && !text.empty() ? std::to_string(parsed) : text;
+        return isGood ? "" : text + " is no number of 0 or more";
+    };
+    return Option(*m_app->add_option_function<std::string>(name, set, description)
+                       ->transform(CLI::Validator(isNumber, ""))
+                       ->expected(0, 1)
+                       ->type_name("[" + numberName + "]"));
+}
+
 Option Command::addFlag(const std::string& name, bool& value, const std::string& description) {
     return Option(*m_app->add_flag(name, value, description));
 }

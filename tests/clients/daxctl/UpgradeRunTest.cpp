@@ -81,6 +81,13 @@ protected:
         return pipe.text();
     }
 
+    void letTheServiceBeHeldBy(const std::string& name, int priority) {
+        EXPECT_CALL(manager, getService).WillRepeatedly(Return(nullptr));
+        EXPECT_CALL(manager, getServiceOwner)
+            .WillRepeatedly(DoAll(SetArgReferee<0>(ServiceClientPriority(priority)), SetArgReferee<1>(name),
+                                  SetArgReferee<2>(ServiceTransactionType(2)), Return(true)));
+    }
+
     TemporaryRoot root;
     PrivateBus bus;                    // before the signals are blocked, which end it
     daxctl::Interruption interruption; // before the threads, which must not take the signals
@@ -132,22 +139,67 @@ TEST_F(UpgradeRunTest, FindsAnUpgradeWithoutAVersion) {
     EXPECT_TRUE(report["search"]["version"].is_null());
 }
 
-TEST_F(UpgradeRunTest, IsRefusedWithTheNameAndThePriorityOfTheHolder) {
-    EXPECT_CALL(manager, getService).WillOnce(Return(nullptr));
-    EXPECT_CALL(manager, getServiceOwner)
-        .WillRepeatedly(DoAll(SetArgReferee<0>(ServiceClientPriority(-1)), SetArgReferee<1>("updater"),
-                              SetArgReferee<2>(ServiceTransactionType(2)), Return(true)));
-    EXPECT_EQ(run(), "Refused: the service is held by updater with priority -1.\n");
+TEST_F(UpgradeRunTest, IsRefusedWithTheNameAndThePriorityOfTheHolderAndWhatToDo) {
+    plan.request.priority = -1;
+    letTheServiceBeHeldBy("updater", -1);
+    EXPECT_EQ(run(), "Refused: the service is held by updater with priority -1. Ask again later, which --wait does, or "
+                     "with a --priority above -1, which takes the service over.\n");
     EXPECT_FALSE(succeeded);
     EXPECT_EQ(report.dump(), R"({"refusedBecause":"the service is held by updater with priority -1",)"
                              R"("owner":{"clientName":"updater","priority":-1,"transactionType":2},)"
-                             R"("outcome":"refused"})");
+                             R"("whatToDo":"Ask again later, which --wait does, or with a --priority above -1, which )"
+                             R"(takes the service over.","outcome":"refused"})");
 }
+
+TEST_F(UpgradeRunTest, IsRefusedByAClientOfTheSameNameWhateverItsPriority) {
+    plan.request = {"updater", 9, 2};
+    letTheServiceBeHeldBy("updater", 3);
+    EXPECT_EQ(run(), "Refused: the service is held by updater with priority 3. End the other client of that name, or "
+                     "choose another name with --name.\n");
+}
+
+const std::string BY_A_LOCK = "Refused: an external lock of this priority or a higher one is held. Ask again when the "
+                              "lock is released, which --wait does, or with a --priority above that of the lock; the "
+                              "service does not tell whose it is.\n";
 
 TEST_F(UpgradeRunTest, IsRefusedByALockWhenNobodyHoldsTheService) {
     EXPECT_CALL(manager, getService).WillOnce(Return(nullptr));
-    EXPECT_EQ(run(), "Refused: an external lock of this priority or a higher one is held.\n");
+    EXPECT_EQ(run(), BY_A_LOCK);
     EXPECT_TRUE(report["owner"].is_null());
+}
+
+TEST_F(UpgradeRunTest, IsRefusedByALockWhenTheHolderHasALowerPriority) {
+    letTheServiceBeHeldBy("updater", 3);
+    EXPECT_EQ(run(), BY_A_LOCK);
+}
+
+TEST_F(UpgradeRunTest, WaitsUntilItIsGranted) {
+    plan.waits = true;
+    EXPECT_CALL(manager, getService)
+        .WillOnce(Return(nullptr))
+        .WillOnce(Return(nullptr))
+        .WillOnce(Return(std::shared_ptr<IService>(service)));
+    EXPECT_THAT(run(), StartsWith("Waiting: an external lock of this priority or a higher one is held.\n"
+                                  "Search: started\n"));
+    EXPECT_TRUE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, WaitsNoLongerThanItIsToldTo) {
+    plan.waits = true;
+    plan.waitSeconds = 0;
+    EXPECT_CALL(manager, getService).WillOnce(Return(nullptr));
+    EXPECT_EQ(run(), BY_A_LOCK);
+    EXPECT_EQ(report["outcome"], "refused");
+}
+
+TEST_F(UpgradeRunTest, AnInterruptionEndsTheWaiting) {
+    plan.waits = true;
+    EXPECT_CALL(manager, getService).WillOnce([](auto&&...) {
+        interrupt();
+        return nullptr;
+    });
+    EXPECT_THAT(run(), EndsWith("Interrupted while waiting for the service.\n"));
+    EXPECT_EQ(report["outcome"], "cancelled");
 }
 
 // The daemon says so at the transaction's first call.
