@@ -21,9 +21,20 @@ const char* nameOf(const dax::Unreachable& failure) {
                                                                                  : "RemoteObjectNotAccessible";
 }
 
+const char NOT_ALLOWED[] = "You may not use the update service: be root or a member of dax";
+
+// The bus's own text counts matched rules. It knows another reason, too: a user has too many connections.
+bool isForbidden(const dax::Unreachable& failure) {
+    return failure.reason() == dax::Unreachable::Reason::NOT_ALLOWED &&
+           failure.busError() != "org.freedesktop.DBus.Error.LimitsExceeded";
+}
+
 } // namespace
 
 std::string Failure::toString() const {
+    if (isPlain) {
+        return text;
+    }
     std::string shown = name;
     if (!supportCode.empty()) {
         shown += " (support code " + supportCode + ")";
@@ -39,7 +50,8 @@ Failure describeCurrentException() {
     try {
         throw;
     } catch (const dax::Unreachable& failure) {
-        return {nameOf(failure), {}, failure.text(), failure.diagnostic()};
+        const bool forbidden = isForbidden(failure);
+        return {nameOf(failure), {}, forbidden ? NOT_ALLOWED : failure.text(), failure.diagnostic(), forbidden};
     } catch (const dax::Error& error) {
         return {error.name(), error.supportCode(), error.text(), error.diagnostic()};
     } catch (boost::exception& exception) {

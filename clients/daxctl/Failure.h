@@ -12,6 +12,7 @@ struct Failure {
     std::string supportCode; // empty when there is none
     std::string text;        // the far end's explanation, in one line
     std::string diagnostic;  // the chain of all hops
+    bool isPlain = false;    // the text says it all to people
 
     std::string toString() const;
     nlohmann::ordered_json toJson() const;

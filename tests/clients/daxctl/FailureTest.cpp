@@ -54,7 +54,6 @@ TEST(DescribeCurrentException, TellsWhatPreventedTheCall) {
     const auto nameOf = [](Reason reason, const std::string& busError) {
         const Failure failure = failureOf([&] { throw dax::Unreachable(reason, busError, "No way.", "chain"); });
         EXPECT_EQ(failure.supportCode, "");
-        EXPECT_EQ(failure.text, "No way.");
         EXPECT_EQ(failure.diagnostic, "chain");
         return failure.name;
     };
@@ -66,6 +65,29 @@ TEST(DescribeCurrentException, TellsWhatPreventedTheCall) {
     EXPECT_EQ(nameOf(Reason::NO_SERVICE, prefix + "ServiceUnknown"), "RemoteObjectNotAccessible");
     EXPECT_EQ(nameOf(Reason::NOT_ALLOWED, prefix + "AccessDenied"), "RemoteObjectNotAccessible");
     EXPECT_EQ(nameOf(Reason::TIMED_OUT, prefix + "Timeout"), "RemoteObjectNotAccessible");
+}
+
+TEST(DescribeCurrentException, TellsWhatTheBusSays) {
+    for (const char* const busError : {"org.freedesktop.DBus.Error.ServiceUnknown", "", "org.example.Error"}) {
+        const Failure failure =
+            failureOf([&] { throw dax::Unreachable(Reason::NO_SERVICE, busError, "No way.", "chain"); });
+        EXPECT_EQ(failure.toString(), "RemoteObjectNotAccessible: No way.");
+    }
+    const Failure full = failureOf([] {
+        throw dax::Unreachable(Reason::NOT_ALLOWED, "org.freedesktop.DBus.Error.LimitsExceeded", "Too many.", "chain");
+    });
+    EXPECT_EQ(full.toString(), "RemoteObjectNotAccessible: Too many.");
+}
+
+TEST(DescribeCurrentException, TellsInASentenceWhoMayUseTheService) {
+    const Failure failure = failureOf([] {
+        throw dax::Unreachable(Reason::NOT_ALLOWED, "org.freedesktop.DBus.Error.AccessDenied",
+                               "Rejected send message, 2 matched rules", "chain");
+    });
+    EXPECT_EQ(failure.toString(), "You may not use the update service: be root or a member of dax");
+    EXPECT_EQ(failure.text, "You may not use the update service: be root or a member of dax");
+    EXPECT_EQ(failure.name, "RemoteObjectNotAccessible");
+    EXPECT_EQ(failure.diagnostic, "chain");
 }
 
 TEST(DescribeCurrentException, TellsAFailureOfTheDevicesFilesByItsText) {

@@ -76,7 +76,8 @@ TEST_F(HeldLockTest, SaysWhyItCannotBeReleased) {
     daemon.refuse(*daemon.next("releaseExternalLock"));
     EXPECT_FALSE(released.get());
     EXPECT_FALSE(lock->release());
-    EXPECT_EQ(errors.text(), "The lock 1 could not be released: RemoteObjectNotAccessible: Not for you.\n");
+    EXPECT_EQ(errors.text(),
+              "The lock 1 could not be released: You may not use the update service: be root or a member of dax\n");
 }
 
 } // namespace
