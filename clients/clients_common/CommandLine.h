@@ -132,14 +132,14 @@ public:
     // Parses the arguments, runs the command that they chose and returns the program's exit status: that of the
     // command, EXIT_USAGE after WrongUsage, EXIT_REFUSED after any other exception, or what parse() returned. The
     // exception's text goes to standard error behind the program's name, and with --json into a document
-    // {"error": text} as well.
+    // {"error": text, "kind": …} as well, whose kinds are those of Output.h.
     int run(int argc, const char* const* argv);
 
 private:
     struct Parser;
 
     explicit Program(std::unique_ptr<Parser> parser);
-    int reportFailure(const std::string& text, int status) const;
+    int reportFailure(const std::string& text, const char* kind) const;
 
     const std::unique_ptr<Parser> m_parser;
 };

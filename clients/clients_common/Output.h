@@ -4,6 +4,11 @@
 
 namespace clients_common {
 
+// What a document of a command that did not end with EXIT_DONE says in "kind".
+inline constexpr char KIND_REFUSED[] = "refused"; // not now, or there is no such thing
+inline constexpr char KIND_FAILED[] = "failed";
+inline constexpr char KIND_USAGE[] = "usage"; // the command line was wrong
+
 // Writes one JSON document, indented and with a line end, to standard output. The fields keep their order; bytes that
 // are not UTF-8 are replaced.
 void printJson(const nlohmann::ordered_json& document);

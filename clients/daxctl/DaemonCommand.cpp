@@ -17,7 +17,7 @@ namespace {
 int report(const Failure& failure, bool json) {
     std::fprintf(stderr, "daxctl: %s\n", failure.toString().c_str());
     if (json) {
-        clients_common::printJson({{"error", failure.toJson()}});
+        clients_common::printJson({{"error", failure.toJson()}, {"kind", clients_common::KIND_FAILED}});
     }
     return clients_common::EXIT_REFUSED;
 }

@@ -1,5 +1,7 @@
 #include "daxctl/Failure.h"
 
+#include <array>
+
 #include <boost/exception/diagnostic_information.hpp>
 #include <nlohmann/json.hpp>
 
@@ -19,6 +21,28 @@ const char* nameOf(const dax::Unreachable& failure) {
     const bool wasConnected = failure.busError() == "org.freedesktop.DBus.Error.Disconnected";
     return failure.reason() == dax::Unreachable::Reason::NO_BUS && !wasConnected ? "ErrorConnectingToDBUS"
                                                                                  : "RemoteObjectNotAccessible";
+}
+
+const char* kindOf(const dax::Unreachable& failure) {
+    static constexpr std::array<const char*, 4> NAMES{"NO_BUS", "NO_SERVICE", "NOT_ALLOWED", "TIMED_OUT"};
+    return NAMES.at(static_cast<std::size_t>(failure.reason()));
+}
+
+const char* kindOf(const dax::Error& error) {
+    static constexpr std::array<const char*, 13> NAMES{"TRANSACTION_INVALIDATED",
+                                                       "UPDATE_FAILED",
+                                                       "USB_READ_ERROR",
+                                                       "NETWORK_TRANSFER_ERROR",
+                                                       "USB_IMAGE_CORRUPTED",
+                                                       "USB_DECRYPTION_ERROR",
+                                                       "IMAGE_CORRUPTED",
+                                                       "WRONG_KEYS",
+                                                       "IMAGE_LACKS_INTEGRITY",
+                                                       "EXTERNAL_LOCK_DENIED",
+                                                       "WILDCARD_IMAGE_NOT_ALLOWED",
+                                                       "INSUFFICIENT_STORAGE",
+                                                       "UNKNOWN"};
+    return NAMES.at(static_cast<std::size_t>(error.kind()));
 }
 
 const char NOT_ALLOWED[] = "You may not use the update service: be root or a member of dax";
@@ -43,7 +67,7 @@ std::string Failure::toString() const {
 }
 
 nlohmann::ordered_json Failure::toJson() const {
-    return {{"name", name}, {"supportCode", supportCode}, {"text", text}, {"diagnostic", diagnostic}};
+    return {{"name", name}, {"supportCode", supportCode}, {"text", text}, {"diagnostic", diagnostic}, {"kind", kind}};
 }
 
 Failure describeCurrentException() {
@@ -51,9 +75,10 @@ Failure describeCurrentException() {
         throw;
     } catch (const dax::Unreachable& failure) {
         const bool forbidden = isForbidden(failure);
-        return {nameOf(failure), {}, forbidden ? NOT_ALLOWED : failure.text(), failure.diagnostic(), forbidden};
+        return {nameOf(failure),      {},        forbidden ? NOT_ALLOWED : failure.text(),
+                failure.diagnostic(), forbidden, kindOf(failure)};
     } catch (const dax::Error& error) {
-        return {error.name(), error.supportCode(), error.text(), error.diagnostic()};
+        return {error.name(), error.supportCode(), error.text(), error.diagnostic(), false, kindOf(error)};
     } catch (boost::exception& exception) {
         const std::string diagnostic = boost::diagnostic_information(exception);
         return {"DAXUnknownException", DAX::Common::Utils::get_combined_supportcode(exception),

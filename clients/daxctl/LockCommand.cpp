@@ -25,7 +25,10 @@ int reportDenied(dax::Client& client, bool json) {
     const std::string reason = whyRefused(owner);
     std::fprintf(stderr, "Denied: %s.\n", reason.c_str());
     if (json) {
-        clients_common::printJson({{"outcome", "denied"}, {"refusedBecause", reason}, {"owner", toJson(owner)}});
+        clients_common::printJson({{"outcome", "denied"},
+                                   {"refusedBecause", reason},
+                                   {"owner", toJson(owner)},
+                                   {"kind", clients_common::KIND_REFUSED}});
     }
     return clients_common::EXIT_REFUSED;
 }
@@ -66,7 +69,12 @@ int hold(const Request& request, const std::vector<std::string>& commandLine, bo
         const int status = runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
         const bool held = lock.release();
         if (json) {
-            clients_common::printJson({{"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}});
+            nlohmann::ordered_json report = {
+                {"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}};
+            if (!held) {
+                report["kind"] = clients_common::KIND_FAILED;
+            }
+            clients_common::printJson(report);
         }
         return held ? status : clients_common::EXIT_REFUSED;
     } catch (const dax::Error& error) {

@@ -37,6 +37,7 @@ bool addCoreFacts(dax::Client& client, nlohmann::ordered_json& status) {
     } catch (...) {
         const Failure failure = describeCurrentException();
         status["error"] = failure.toJson();
+        status["kind"] = clients_common::KIND_FAILED;
         std::fprintf(stderr, "The update core does not answer: %s\n", failure.toString().c_str());
         return false;
     }

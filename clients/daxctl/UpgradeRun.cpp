@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "clients_common/Output.h"
+
 namespace daxctl {
 
 namespace {
@@ -188,7 +190,12 @@ bool UpgradeRun::end(const std::string& outcome, const std::string& message) {
     if (!m_silent && !message.empty()) {
         std::fprintf(stderr, "%s\n", message.c_str());
     }
-    return outcome == "found" || outcome == "installed" || outcome == "finalized";
+    const bool isGood = outcome == "found" || outcome == "installed" || outcome == "finalized";
+    if (!isGood) {
+        const bool isRefused = outcome == "refused" || outcome == "searchNotPossible";
+        m_report["kind"] = isRefused ? clients_common::KIND_REFUSED : clients_common::KIND_FAILED;
+    }
+    return isGood;
 }
 
 } // namespace daxctl

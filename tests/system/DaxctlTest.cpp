@@ -346,7 +346,7 @@ TEST_F(DaxctlLockHold, TellsOfALostLockInJson) {
     letTheCommandEnd();
     EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(1));
     EXPECT_EQ(nlohmann::json::parse(held->output()),
-              nlohmann::json::parse(R"({"outcome": "lost", "id": 1, "status": 7})"));
+              nlohmann::json::parse(R"({"outcome": "lost", "id": 1, "status": 7, "kind": "failed"})"));
 }
 
 TEST_F(DaxctlLockHold, TakesALockForLostWhenTheBusGoes) {
@@ -463,6 +463,7 @@ TEST_P(CoreException, IsShownByNameSupportCodeAndText) {
     EXPECT_THAT(run.errors, HasSubstr(std::string("daxctl: ") + GetParam() + " (support code E-42): It is broken.\n"));
     const auto error = jsonOf({"upgrade"})["error"];
     EXPECT_EQ(error["name"], GetParam());
+    EXPECT_TRUE(error["kind"].is_string());
     EXPECT_EQ(error["supportCode"], "E-42");
     EXPECT_EQ(error["text"], "It is broken.");
     EXPECT_THAT(

@@ -1,5 +1,6 @@
 #include "clients_common/CommandLine.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +16,12 @@ namespace clients_common {
 namespace {
 
 const char* const JSON_HELP = "Print one JSON document on standard output";
+
+// What the parser knows of a command line that it did not understand depends on where it stopped.
+bool wantsJson(int argc, const char* const* argv) {
+    const char* const* const end = std::find(argv, argv + argc, std::string("--"));
+    return std::find(argv, end, std::string("--json")) != end;
+}
 
 std::string joinedByNumber(const std::map<std::string, int>& numbers, const std::string& between) {
     std::map<int, std::string> words;
@@ -200,6 +207,9 @@ std::optional<int> Program::parse(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         const std::string text = complaintAboutCommand(m_parser->app).value_or(error.what());
         std::cerr << text << "\nRun with --help for more information." << std::endl;
+        if (wantsJson(argc, argv)) {
+            printJson({{"error", text}, {"kind", KIND_USAGE}});
+        }
         return EXIT_USAGE;
     }
 }
@@ -209,18 +219,20 @@ int Program::run(int argc, const char* const* argv) {
         const std::optional<int> ended = parse(argc, argv);
         return ended ? *ended : m_parser->choice.action(m_parser->choice.json);
     } catch (const WrongUsage& error) {
-        return reportFailure(error.what(), EXIT_USAGE);
+        return reportFailure(error.what(), KIND_USAGE);
+    } catch (const Refusal& error) {
+        return reportFailure(error.what(), KIND_REFUSED);
     } catch (const std::exception& error) {
-        return reportFailure(error.what(), EXIT_REFUSED);
+        return reportFailure(error.what(), KIND_FAILED);
     }
 }
 
-int Program::reportFailure(const std::string& text, int status) const {
+int Program::reportFailure(const std::string& text, const char* kind) const {
     std::cerr << m_parser->app.get_name() << ": " << text << std::endl;
     if (m_parser->choice.json) {
-        printJson({{"error", text}});
+        printJson({{"error", text}, {"kind", kind}});
     }
-    return status;
+    return std::string(kind) == KIND_USAGE ? EXIT_USAGE : EXIT_REFUSED;
 }
 
 } // namespace clients_common

@@ -47,7 +47,7 @@ TEST(UnknownCommand, OfAGroupIsToldWithTheGroup) {
 }
 
 TEST(UnknownCommand, IsFoundBesideOptions) {
-    EXPECT_EQ(complaintAbout({"--json", "statsu", "--priority", "6"}),
+    EXPECT_EQ(complaintAbout({"--loud", "statsu", "--priority", "6"}),
               std::string("There is no command \"statsu\". Did you mean \"status\"?") + HINT);
 }
 

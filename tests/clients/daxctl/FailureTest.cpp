@@ -36,15 +36,17 @@ TEST(Failure, IsShownByItsDiagnosticWhenItHasNoText) {
     EXPECT_EQ((Failure{"CWrongKeys", "", "", "the whole\nchain"}.toString()), "CWrongKeys: the whole\nchain");
 }
 
-TEST(Failure, IsADocumentOfFourFields) {
+TEST(Failure, IsADocument) {
     EXPECT_EQ((Failure{"CWrongKeys", "E-42", "It is broken.", "chain"}.toJson().dump()),
-              R"({"name":"CWrongKeys","supportCode":"E-42","text":"It is broken.","diagnostic":"chain"})");
+              R"({"name":"CWrongKeys","supportCode":"E-42","text":"It is broken.","diagnostic":"chain",)"
+              R"("kind":"UNKNOWN"})");
 }
 
 TEST(DescribeCurrentException, TellsWhatTheServiceReports) {
     const Failure failure = failureOf(
         [] { throw dax::Error(dax::Error::Kind::USB_READ_ERROR, "CUSBReadError", "E-42", "It is broken.", "chain"); });
     EXPECT_EQ(failure.name, "CUSBReadError");
+    EXPECT_EQ(failure.kind, "USB_READ_ERROR");
     EXPECT_EQ(failure.supportCode, "E-42");
     EXPECT_EQ(failure.text, "It is broken.");
     EXPECT_EQ(failure.diagnostic, "chain");
@@ -67,6 +69,21 @@ TEST(DescribeCurrentException, TellsWhatPreventedTheCall) {
     EXPECT_EQ(nameOf(Reason::TIMED_OUT, prefix + "Timeout"), "RemoteObjectNotAccessible");
 }
 
+TEST(DescribeCurrentException, TellsTheKindAsTheLibraryNamesIt) {
+    const auto kindOfError = [](dax::Error::Kind kind) {
+        return failureOf([kind] { throw dax::Error(kind, "", "", "", ""); }).kind;
+    };
+    EXPECT_EQ(kindOfError(dax::Error::Kind::TRANSACTION_INVALIDATED), "TRANSACTION_INVALIDATED");
+    EXPECT_EQ(kindOfError(dax::Error::Kind::EXTERNAL_LOCK_DENIED), "EXTERNAL_LOCK_DENIED");
+    EXPECT_EQ(kindOfError(dax::Error::Kind::INSUFFICIENT_STORAGE), "INSUFFICIENT_STORAGE");
+    EXPECT_EQ(kindOfError(dax::Error::Kind::UNKNOWN), "UNKNOWN");
+    const auto kindOfReason = [](Reason reason) {
+        return failureOf([reason] { throw dax::Unreachable(reason, "", "", ""); }).kind;
+    };
+    EXPECT_EQ(kindOfReason(Reason::NO_BUS), "NO_BUS");
+    EXPECT_EQ(kindOfReason(Reason::TIMED_OUT), "TIMED_OUT");
+}
+
 TEST(DescribeCurrentException, TellsWhatTheBusSays) {
     for (const char* const busError : {"org.freedesktop.DBus.Error.ServiceUnknown", "", "org.example.Error"}) {
         const Failure failure =
@@ -87,6 +104,7 @@ TEST(DescribeCurrentException, TellsInASentenceWhoMayUseTheService) {
     EXPECT_EQ(failure.toString(), "You may not use the update service: be root or a member of dax");
     EXPECT_EQ(failure.text, "You may not use the update service: be root or a member of dax");
     EXPECT_EQ(failure.name, "RemoteObjectNotAccessible");
+    EXPECT_EQ(failure.kind, "NOT_ALLOWED");
     EXPECT_EQ(failure.diagnostic, "chain");
 }
 

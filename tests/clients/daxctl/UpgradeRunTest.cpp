@@ -148,7 +148,7 @@ TEST_F(UpgradeRunTest, IsRefusedWithTheNameAndThePriorityOfTheHolderAndWhatToDo)
     EXPECT_EQ(report.dump(), R"({"refusedBecause":"the service is held by updater with priority -1",)"
                              R"("owner":{"clientName":"updater","priority":-1,"transactionType":2},)"
                              R"("whatToDo":"Ask again later, which --wait does, or with a --priority above -1, which )"
-                             R"(takes the service over.","outcome":"refused"})");
+                             R"(takes the service over.","outcome":"refused","kind":"refused"})");
 }
 
 TEST_F(UpgradeRunTest, IsRefusedByAClientOfTheSameNameWhateverItsPriority) {
@@ -239,6 +239,7 @@ TEST_F(UpgradeRunTest, EndsWithTheFirstStepThatFails) {
     EXPECT_CALL(*transaction, startFinalization).Times(0);
     EXPECT_THAT(run(), EndsWith("Installation: started\nInstallation: failed\nInstallation failed.\n"));
     EXPECT_EQ(report["outcome"], "failed");
+    EXPECT_EQ(report["kind"], "failed");
 }
 
 TEST_F(UpgradeRunTest, LooksAgainUntilAStepHasEnded) {

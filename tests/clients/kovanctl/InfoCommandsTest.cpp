@@ -192,7 +192,8 @@ TEST_F(InfoCommandsTest, BadFileIsRefusedByAllAndStays) {
     expectFailure(info({"get", "plantcfg/model"}), REFUSED, "kovanctl: " + reason + "\n");
     expectFailure(info({"list"}), REFUSED, "kovanctl: " + reason + "\n");
     expectFailure(info({"set", "plantcfg/model", "2"}), REFUSED, "kovanctl: " + reason + "\n");
-    EXPECT_EQ(Json::parse(info({"get", "plantcfg/model", "--json"}).output), Json({{"error", reason}}));
+    EXPECT_EQ(Json::parse(info({"get", "plantcfg/model", "--json"}).output),
+              Json({{"error", reason}, {"kind", "refused"}}));
     EXPECT_EQ(device(), "[plantcfg]\nmodel\n");
 }
 

@@ -146,7 +146,8 @@ TEST_F(PowerCommandsTest, BadFileIsRefusedWithPathAndReason) {
     m_root.write("run/kovan/power.ini", "");
 
     expectFailure(kovanctl({"power"}), REFUSED, "kovanctl: " + path() + ": the file is empty\n");
-    EXPECT_EQ(Json::parse(kovanctl({"power", "--json"}).output), Json({{"error", path() + ": the file is empty"}}));
+    EXPECT_EQ(Json::parse(kovanctl({"power", "--json"}).output),
+              Json({{"error", path() + ": the file is empty"}, {"kind", "failed"}}));
 }
 
 TEST_F(PowerCommandsTest, ChangeRepairsABadFile) {

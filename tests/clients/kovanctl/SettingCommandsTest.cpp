@@ -117,7 +117,7 @@ TEST_F(SettingCommandsTest, FailureWithJsonIsADocumentToo) {
     const FinishedRun run = setting({"get", "db/key", "--json"});
 
     EXPECT_EQ(run.end, REFUSED);
-    EXPECT_EQ(Json::parse(run.output), Json({{"error", "'db/key': there is no such setting"}}));
+    EXPECT_EQ(Json::parse(run.output), Json({{"error", "'db/key': there is no such setting"}, {"kind", "refused"}}));
     EXPECT_EQ(run.errors, "kovanctl: 'db/key': there is no such setting\n");
 }
 

@@ -164,7 +164,8 @@ TEST_F(UsbCommandsTest, UnplugOfAnUnknownIdIsRefused) {
     usb({"plug", "/a"});
 
     expectFailure(usb({"unplug", "sda1"}), REFUSED, "kovanctl: 'sda1': there is no such stick\n");
-    EXPECT_EQ(Json::parse(usb({"unplug", "x", "--json"}).output), Json({{"error", "'x': there is no such stick"}}));
+    EXPECT_EQ(Json::parse(usb({"unplug", "x", "--json"}).output),
+              Json({{"error", "'x': there is no such stick"}, {"kind", "refused"}}));
     EXPECT_EQ(list(), "sda1 SN-sda:Marlow:Stick:4660:22136:1 /a\n");
 }
 
