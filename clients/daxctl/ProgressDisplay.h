@@ -17,6 +17,7 @@ enum class ProgressStyle {
     NONE
 };
 
+// How and where it is shown.
 struct ProgressOutput {
     ProgressStyle style = ProgressStyle::AUTO;
     std::FILE* stream = stderr;
