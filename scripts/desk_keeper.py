@@ -213,7 +213,7 @@ class Desk:
             write(os.path.join(services, name + ".service"), f"[D-BUS Service]\nName={name}\nExec={exec_line(line)}\n")
         write(os.path.join(self.run, "bus.conf"),
               BUS_CONFIGURATION.format(address=self.address, services=escape(services)))
-        os.symlink(os.path.join(os.path.dirname(os.path.realpath(__file__)), "desk"), os.path.join(commands, "desk"))
+        os.symlink(os.path.join(os.path.dirname(os.path.realpath(__file__)), "desk.py"), os.path.join(commands, "desk"))
         exports = "\n".join(f"export {name}={shlex.quote(value)}" for name, value in self.environment().items())
         write(os.path.join(self.run, "environment"), exports + "\nunset KOVAN_DLOG\n")
         level = sum(name.startswith("DAX_DESK_MARK_") for name in self.whole_environment())

@@ -46,7 +46,10 @@ bool fileOfProcessHas(const fs::path& file, const std::string& text) {
 // and all their processes have its name in their environment.
 class Desk : public ScriptTree {
 protected:
-    Desk() : ScriptTree({"desk", "desk_keeper.py"}), m_temporary(m_tree / "tmp") {
+    Desk() : ScriptTree({"desk", "desk.py", "desk_keeper.py"}), m_temporary(m_tree / "tmp") {
+        for (const int number : {SIGINT, SIGTERM, SIGHUP}) { // whoever runs the tests may have them ignored
+            std::signal(number, SIG_DFL);
+        }
         fs::create_directory(m_temporary);
         fs::create_directory(m_tree / "home");
     }
@@ -417,12 +420,13 @@ TEST_F(Desk, WorksForAnOrdinaryUserWithoutAHome) {
     }
     fs::permissions(m_tree.path(), fs::perms(0755));
     fs::permissions(m_temporary, fs::perms(01777));
-    for (const char* const script : {"scripts/desk", "scripts/desk_keeper.py"}) {
+    for (const char* const script : {"scripts/desk", "scripts/desk.py", "scripts/desk_keeper.py"}) {
         fs::permissions(m_tree / script, fs::perms(0755));
     }
     const std::string python = printedBy("python3 -c 'import sys; print(sys.executable)'");
     const std::string interpreter = fs::exists("/usr/bin/python3") ? "/usr/bin/python3" : python;
     Command start = command({"sh", "-c", "daxctl status; id -u"});
+    start.line.front() = (m_tree / "scripts/desk.py").string();
     start.line.insert(start.line.begin(), interpreter);
     const std::vector<std::string> asNobody = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
     start.line.insert(start.line.begin(), asNobody.begin(), asNobody.end());
@@ -447,6 +451,16 @@ protected:
         EXPECT_EQ(terminal.waitForEnd(), ProcessEnd::exited(0));
     }
 };
+
+// Types a line, and waits until `cat` at the terminal has written it again. From then on the program does nothing but
+// wait, so a signal cannot come in between two of its steps and be lost there, as in a shell.
+bool isCat(Terminal& terminal) {
+    if (!terminal.waitFor("begun\r\n")) {
+        return false;
+    }
+    terminal.type("hello\r");
+    return terminal.waitFor("hello\r\nhello\r\n");
+}
 
 const char PROMPT_OF_DESK[] = "\x1b[1;36m[desk]\x1b[0m ";
 
@@ -485,8 +499,8 @@ TEST_F(DeskAtATerminal, CountsDesksInDesks) {
 TEST_F(DeskAtATerminal, LeavesCtrlCToTheShell) {
     const auto terminal = open();
     EXPECT_TRUE(terminal->waitFor(PROMPT_OF_DESK)) << terminal->text();
-    terminal->type("bash -c 'echo be\"gun\"; exec sleep 1000'\r"); // in the foreground when it says so
-    EXPECT_TRUE(terminal->waitFor("begun\r\n")) << terminal->text();
+    terminal->type("bash -c 'echo be\"gun\"; exec cat'\r");
+    EXPECT_TRUE(isCat(*terminal)) << terminal->text();
     terminal->type("\x03");
     EXPECT_TRUE(terminal->waitFor(PROMPT_OF_DESK)) << terminal->text();
     terminal->type("daxctl status; exit\r");
@@ -495,16 +509,16 @@ TEST_F(DeskAtATerminal, LeavesCtrlCToTheShell) {
 }
 
 TEST_F(DeskAtATerminal, LeavesCtrlCToTheCommand) {
-    const auto terminal = open({}, {"bash", "-c", "trap 'echo caught; exit 5' INT; echo begun; read -r _"});
-    EXPECT_TRUE(terminal->waitFor("begun")) << terminal->text();
+    const auto terminal = open({}, {"bash", "-c", "trap 'echo caught; exit 5' INT; echo begun; cat"});
+    EXPECT_TRUE(isCat(*terminal)) << terminal->text();
     terminal->type("\x03");
     EXPECT_TRUE(terminal->waitFor("caught")) << terminal->text();
     expectEnd(*terminal, 5);
 }
 
 TEST_F(DeskAtATerminal, LeavesNothingAfterCtrlC) {
-    const auto terminal = open({}, {"bash", "-c", "daxctl status; echo begun; exec sleep 1000"});
-    EXPECT_TRUE(terminal->waitFor("begun")) << terminal->text();
+    const auto terminal = open({}, {"bash", "-c", "daxctl status; echo begun; exec cat"});
+    EXPECT_TRUE(isCat(*terminal)) << terminal->text();
     terminal->type("\x03");
     EXPECT_TRUE(terminal->waitForEnd()) << terminal->text();
     expectNothingLeft();
@@ -616,6 +630,19 @@ TEST_F(Desk, StartsNothingWhenTheBuildFails) {
     const FinishedRun finished = desk({"--", "true"});
     EXPECT_EQ(finished.errors, "it does not compile\nscripts/desk: the programs could not be built\n");
     EXPECT_EQ(finished.end, ProcessEnd::exited(1));
+}
+
+TEST_F(Desk, InstallsTheInterpreterOfItsOwnScriptsFirst) {
+    writeProgram("scripts/install-dependencies", "#!/bin/bash\necho 'Installing: python3'\nln -s '" +
+                                                     printedBy("python3 -c 'import sys; print(sys.executable)'") +
+                                                     "' '" + (m_tree / "bin/python3").string() + "'\n");
+    fs::create_directory(m_tree / "bin");
+    fs::create_symlink("/bin/ln", m_tree / "bin/ln");
+    Environment fresh = environment();
+    fresh["PATH"] = (m_tree / "bin").string();
+    const FinishedRun finished = runScript("desk", fresh, {"--help"});
+    EXPECT_THAT(finished.output, StartsWith("usage: scripts/desk "));
+    EXPECT_EQ(finished.errors, "Installing: python3\n");
 }
 
 // The demo.

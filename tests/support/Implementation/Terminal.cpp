@@ -27,6 +27,9 @@ using Clock = std::chrono::steady_clock;
     if (getppid() != parent) {
         _exit(127);
     }
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP}) { // as after a log-in
+        std::signal(number, SIG_DFL);
+    }
     for (const auto& [name, value] : command.environment) {
         if (value) {
             setenv(name.c_str(), value->c_str(), 1);
