@@ -4,6 +4,7 @@ import os
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 LIST = "cmake/Layers.txt"
 ROOMS = ("AdditionalDependencies", "clients", "include", "platform", "simulators", "src")
+TEST_ROOMS = ("benchmarks", "examples", "fuzz", "tests")
 
 
 def files_of(rooms, ends):

@@ -229,6 +229,49 @@ TEST_F(CheckLayers, RefuseAnImportedLibraryThatIsAModulesFile) {
     expectRefusedAtAnyLine("other");
 }
 
+TEST_F(CheckLayers, RefuseALinkToATestsTargetOrToNoTarget) {
+    write("tests/CMakeLists.txt", "add_library(FakeDevice STATIC FakeDevice.cpp)\n");
+    for (const std::string name : {"FakeDevice", "Frist"}) {
+        for (const std::string& link : {name, "$<$<CONFIG:Debug>:" + name + ">",
+                                        "$<IF:$<CONFIG:Debug>,First," + name + ">", "$<LINK_ONLY:" + name + ">"}) {
+            write("src/Second/CMakeLists.txt", "dax_module(Second PUBLIC First PRIVATE " + link + ")\n");
+            expectRefused("src/Second/CMakeLists.txt:1: " + name + " is no module of cmake/Layers.txt\n");
+        }
+        write("src/Second/CMakeLists.txt",
+              "dax_module(Second)\nif(SANITIZE)\n  target_link_libraries(Second PRIVATE First " + name +
+                  ")\nendif()\n");
+        expectRefused("src/Second/CMakeLists.txt:3: " + name + " is no module of cmake/Layers.txt\n");
+    }
+}
+
+TEST_F(CheckLayers, RefuseALinkThatAListOfAnotherFolderAdds) {
+    write("src/Second/CMakeLists.txt", "dax_module(Second)\n");
+    for (const std::string list : {"tests/CMakeLists.txt", "fuzz/CMakeLists.txt", "benchmarks/streams/CMakeLists.txt",
+                                   "packaging/CMakeLists.txt", "examples/CMakeLists.txt"}) {
+        write(list, "add_library(FakeDevice STATIC FakeDevice.cpp)\ntarget_link_libraries(FakeDevice PUBLIC Top)\n"
+                    "target_link_libraries(Second PRIVATE FakeDevice)\ntarget_link_libraries(Second PRIVATE Top)\n");
+        expectRefused(list + ":3: FakeDevice is no module of cmake/Layers.txt\n" + list + ":4: " + SECOND_USES_TOP);
+        std::filesystem::remove(m_tree / list);
+    }
+}
+
+TEST_F(CheckLayers, AcceptALibraryOfOthers) {
+    for (const char* const link : {"Boost::thread", "-lrt", "/usr/lib/libother.so", "$<LINK_ONLY:Boost::thread>",
+                                   "$<$<AND:$<CONFIG:Debug>,$<PLATFORM_ID:Linux>>:-lrt>", "${OTHERS_LIBRARIES}"}) {
+        write("src/Second/CMakeLists.txt",
+              std::string("dax_module(Second)\ntarget_link_libraries(Second PRIVATE First ") + link + ")\n");
+        const FinishedRun run = runScript("check-layers");
+        EXPECT_EQ(run.output, "") << link << run.errors;
+        EXPECT_EQ(run.end, ProcessEnd::exited(0)) << link;
+    }
+}
+
+TEST_F(CheckLayers, RefuseAModuleOfTheListThatCMakeDoesNotHave) {
+    write("cmake/Layers.txt", m_tree.read("cmake/Layers.txt") + "  Ghost\n");
+    EXPECT_EQ(runScript("draw-layers").end, ProcessEnd::exited(0));
+    expectRefused("cmake/Layers.txt:7: Ghost is no target of CMake's\n");
+}
+
 TEST_F(CheckLayers, FailOnATreeThatCMakeCannotRead) {
     write("src/Second/CMakeLists.txt", "no_such_command(Second)\n");
     const FinishedRun run = runScript("check-layers");
