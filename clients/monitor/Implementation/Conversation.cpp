@@ -200,6 +200,7 @@ void Conversation::learnFromAnswer(const CallEvent& call, const AnswerEvent& ans
     if (const Role* known = m_roles.find(call.caller.connection)) {
         role = *known;
     }
+    const bool hasNewName = role.client != call.caller.client;
     role.client = call.caller.client;
     if (is(call, Side::SERVICE, ServiceMethods::getService.name)) {
         m_sessions.set(call.session, {call.caller.client});
@@ -217,7 +218,7 @@ void Conversation::learnFromAnswer(const CallEvent& call, const AnswerEvent& ans
         role.transaction = call.transaction;
     } else if (is(call, Side::CORE, CoreMethods::helloMessage.name)) {
         role.transaction = call.transaction;
-    } else {
+    } else if (!hasNewName) {
         return;
     }
     m_roles.set(call.caller.connection, role);

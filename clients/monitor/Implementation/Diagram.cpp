@@ -60,7 +60,8 @@ std::string resultOf(const CallEvent& call, const AnswerEvent& answer) {
     case Outcome::REFUSED:
         return "refused";
     case Outcome::FAILED:
-        return answer.failure.substr(answer.isBusError ? answer.failure.rfind('.') + 1 : 0);
+        return printable(answer.failure.substr(answer.isBusError ? answer.failure.rfind('.') + 1 : 0),
+                         EXPLANATION_LETTERS);
     case Outcome::BROKEN:
         return "cannot be read";
     case Outcome::DONE:

@@ -74,6 +74,12 @@ TEST_F(ConversationTest, DecodesEveryMethodOfTheCore) {
     }
 }
 
+TEST_F(ConversationTest, KnowsAClientByTheNameOfItsLock) {
+    exchange("acquireExternalLock", H + " 1 a 7", H + " 1\n");
+    exchange("getCurrentVersion", H, H + " 4 1000\n");
+    EXPECT_EQ(events.calls.back().caller.client, "a");
+}
+
 TEST_F(ConversationTest, TellsTheLatencyFromTheCallToItsAnswer) {
     bus.pace = 2500;
     exchange("getCurrentVersion", H, H + " 4 1000\n");

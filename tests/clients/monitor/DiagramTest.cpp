@@ -79,6 +79,12 @@ TEST_F(DiagramTest, ExplainsAFailureBelowItsName) {
     EXPECT_THAT(svg(), HasSubstr(">that one line of a picture between two ...</text>"));
 }
 
+TEST_F(DiagramTest, WritesTheNameOfAFailureInLettersThatPrint) {
+    conversation.take(bus.call("getSearchProgress", H));
+    conversation.take(bus.reply("EXCEPTION", "Bad\x1b[31m\x01\xff", H + " 0  0  0 0\n"));
+    EXPECT_THAT(svg(), HasSubstr(">Bad\\x1b[31m\\x01\\xff · 1.0 ms</text>"));
+}
+
 TEST_F(DiagramTest, TellsWhoHoldsTheServiceInFewWords) {
     exchange("getServiceOwner", "", H + " 1 4 3 app 2\n");
     EXPECT_THAT(svg(), HasSubstr(">\"app\", priority 4 · 1.0 ms</text>"));
