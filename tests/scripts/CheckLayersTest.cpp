@@ -319,6 +319,67 @@ TEST_F(CheckLayers, SayThatTheyNeedCMake) {
     EXPECT_EQ(run.end, ProcessEnd::exited(1));
 }
 
+TEST_F(CheckLayers, RefuseAnIncludeOfAFileOfOursThatOnlyAnotherFolderForIncludesHas) {
+    write("src/Top/Inner/Deep.h", "");
+    for (const std::string name : {"Top.h", "Inner/Deep.h", "Deep.h", "../none/Deep.h"}) {
+        write("src/Second/Second.h", "#include <" + name + ">\n");
+        if (name == "../none/Deep.h") {
+            EXPECT_EQ(runScript("check-layers").output, "");
+            continue;
+        }
+        expectRefused("src/Second/Second.h:1: no folder for includes that this check knows has " + name + "\n");
+    }
+}
+
+TEST_F(CheckLayers, RefuseAnIncludeThatTheyCannotRead) {
+    for (const char* const include :
+         {"#include TOP", "#include /* x */ \"Top/Top.h\"", "/**/ # include_next <Top/Top.h>",
+          "%:include \"Top/Top.h\"", "#import \"Top/Top.h\""}) {
+        write("src/Second/Second.h", std::string("\n") + include + "\n");
+        expectRefused("src/Second/Second.h:2: an #include that this check cannot read\n");
+    }
+    write("src/Second/Second.h",
+          "#if __has_include(<vector>)\n#error include First.h\n#define INCLUDE include\n#endif\n");
+    EXPECT_EQ(runScript("check-layers").output, "");
+}
+
+TEST_F(CheckLayers, RefuseASourceThatTheyDoNotRead) {
+    for (const std::string file : {"Second.hpp", "Second.inc", "Implementation/Second.cc", "Implementation/Second.c",
+                                   "Second.ipp", "Second.inc.in"}) {
+        write("src/Second/" + file, "#include \"Top/Top.h\"\n");
+        expectRefused("src/Second/" + file + ":1: this check reads .h and .cpp alone\n");
+        std::filesystem::remove(m_tree / "src/Second" / file);
+    }
+    write("src/Second/Version.h.in", "#include \"Top/Top.h\"\n");
+    expectRefused(std::string("src/Second/Version.h.in:1: ") + SECOND_USES_TOP);
+}
+
+TEST_F(CheckLayers, RefuseAHeaderOfOursThatIsIncludedByEverySource) {
+    write("src/Second/CMakeLists.txt", "dax_module(Second)\ntarget_compile_options(Second PRIVATE -include ${file})\n");
+    expectRefused("src/Second/CMakeLists.txt:2: an option that includes a file\n");
+    write("src/Second/CMakeLists.txt", "dax_module(Second)\n");
+
+    write("cmake/Headers.cpp", "#include \"Top/Top.h\"\n");
+    expectRefused("cmake/Headers.cpp:1: src/Top/Top.h would be included by every source\n");
+    std::filesystem::remove(m_tree / "cmake/Headers.cpp");
+
+    for (const char* const header : {"<Top/Top.h>", "\"Top/Top.h\"", "${PROJECT_SOURCE_DIR}/src/Top/Top.h"}) {
+        write("cmake/Headers.cmake",
+              std::string("# <Top/Top.h>\ntarget_precompile_headers(First PRIVATE <list>\n  ") + header + ")\n");
+        expectRefused("cmake/Headers.cmake:2: src/Top/Top.h would be included by every source\n");
+    }
+}
+
+TEST_F(CheckLayers, LetAnExampleIncludeWhatIsInstalledAlone) {
+    write("cmake/Layers.txt", m_tree.read("cmake/Layers.txt") + "  client clients/libdaxclient\n");
+    write("clients/libdaxclient/include/dax/client.h", "");
+    write("clients/libdaxclient/CMakeLists.txt", "dax_module(client)\n");
+    write("CMakeLists.txt", std::string(ROOT_LIST) + "add_subdirectory(clients/libdaxclient)\n");
+    EXPECT_EQ(runScript("draw-layers").end, ProcessEnd::exited(0));
+    write("examples/lock.cpp", "#include <dax/client.h>\n#include \"First/First.h\"\n");
+    expectRefused("examples/lock.cpp:2: src/First/First.h is not installed\n");
+}
+
 TEST_F(CheckLayers, RefuseTheInternalsOfAnotherModule) {
     write("src/Top/Top.h", "#include \"First/Implementation/In.h\"\n");
     expectRefused("src/Top/Top.h:1: src/First/Implementation/In.h is internal to First\n");
