@@ -1,5 +1,6 @@
 """The rooms of the tree, and the list cmake/Layers.txt, for the scripts that check them."""
 import os
+import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 LIST = "cmake/Layers.txt"
@@ -17,8 +18,15 @@ def files_of(rooms, ends):
 
 
 def text_of(path):
-    with open(path, encoding="utf-8") as file:
-        return file.read()
+    """Ends the script with a line when the file cannot be read."""
+    try:
+        with open(path, encoding="utf-8") as file:
+            return file.read()
+    except OSError as error:
+        reason = error.strerror
+    except UnicodeDecodeError:
+        reason = "is not UTF-8"
+    sys.exit(f"{os.path.relpath(path, ROOT) if os.path.isabs(path) else path}: {reason}")
 
 
 class Layer:
@@ -61,15 +69,20 @@ class Layers:
         self.layers = []
         self.modules = {}  # by target
         self.faults = []
-        with open(os.path.join(ROOT, LIST), encoding="utf-8") as lines:
-            for number, line in enumerate(lines, 1):
-                words = line.split("#")[0].split()
-                if words:
-                    self._read(number, words)
+        for number, line in enumerate(text_of(os.path.join(ROOT, LIST)).splitlines(), 1):
+            words = line.split("#")[0].split()
+            if words:
+                self._read(number, words)
+        if not self.layers:
+            self.faults.append((1, "there is no layer"))
 
     def _read(self, number, words):
-        if words[0] == "layer":
+        if words == ["layer"]:
+            self.faults.append((number, "a layer without a name"))
+        elif words[0] == "layer":
             self.layers.append(Layer(words[1].rstrip(":"), " ".join(words[2:])))
+        elif not self.layers:
+            self.faults.append((number, f"{words[0]} stands below no layer"))
         elif words[0] == "uses":
             known = [layer.name for layer in self.layers[:-1]]
             self.layers[-1].uses = words[1:]

@@ -220,6 +220,17 @@ TEST_F(CheckContracts, TakeACommentWithoutWordsOrForAToolForNone) {
                   "src/Room/IDoor.h:10: pure virtual slam has no comment\n");
 }
 
+TEST_F(CheckContracts, SayWhichFileCannotBeRead) {
+    const FinishedRun missing = check({"nosuch"});
+    EXPECT_EQ(missing.errors, "nosuch: No such file or directory\n");
+    EXPECT_EQ(missing.end, ProcessEnd::exited(1));
+
+    write("src/Room/IDoor.h", "// \xff\n");
+    const FinishedRun foreign = check();
+    EXPECT_EQ(foreign.errors, "src/Room/IDoor.h: is not UTF-8\n");
+    EXPECT_EQ(foreign.end, ProcessEnd::exited(1));
+}
+
 TEST_F(CheckContracts, CountWhatHasACommentAndWhatHasNone) {
     writeWithout("    // In metres.\n");
     const FinishedRun finished = check({"--count"});

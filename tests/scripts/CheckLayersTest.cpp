@@ -412,6 +412,37 @@ TEST_F(CheckLayers, RefuseAListThatGoesInCirclesOrNamesWhatIsNotThere) {
                   "cmake/Layers.txt:6: there is no src/Gone\n");
 }
 
+TEST_F(CheckLayers, RefuseAListThatTheyCannotRead) {
+    write("cmake/Layers.txt", "  First src/First\n  uses low\nlayer\nlayer low: what carries\n  First src/First\n");
+    expectRefused("cmake/Layers.txt:1: First stands below no layer\n"
+                  "cmake/Layers.txt:2: uses stands below no layer\n"
+                  "cmake/Layers.txt:3: a layer without a name\n");
+}
+
+TEST_F(CheckLayers, RefuseASourceThatIsNotUtf8) {
+    write("src/Second/Second.h", "// \xff\n");
+    const FinishedRun run = runScript("check-layers");
+    EXPECT_EQ(run.errors, "src/Second/Second.h: is not UTF-8\n");
+    EXPECT_EQ(run.end, ProcessEnd::exited(1));
+}
+
+TEST_F(CheckLayers, RefuseAMissingPicture) {
+    std::filesystem::remove(m_tree / "docs/pictures/layers.svg");
+    const FinishedRun run = runScript("check-layers");
+    EXPECT_EQ(run.output, "docs/pictures/layers.svg:1: is not what cmake/Layers.txt draws: run scripts/draw-layers\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(CheckLayers, DrawNoPictureForAnOptionThatThereIsNot) {
+    write("docs/pictures/layers.svg", "mine");
+    for (const char* const option : {"--help", "--chek"}) {
+        const FinishedRun run = runScript("draw-layers", {}, {option});
+        EXPECT_EQ(run.errors, "usage: scripts/draw-layers [--check]\n") << option;
+        EXPECT_EQ(run.end, ProcessEnd::exited(2)) << option;
+    }
+    EXPECT_EQ(m_tree.read("docs/pictures/layers.svg"), "mine");
+}
+
 TEST_F(CheckLayers, RefuseAPictureThatTheListDoesNotDraw) {
     write("docs/pictures/layers.svg", m_tree.read("docs/pictures/layers.svg") + " ");
     expectRefused("docs/pictures/layers.svg:1: is not what cmake/Layers.txt draws: run scripts/draw-layers\n");
