@@ -12,7 +12,7 @@ namespace {
 // A tracked tree with one document that explains two texts, and a source that logs both.
 class CheckDocuments : public ScriptTree {
 protected:
-    CheckDocuments() : ScriptTree({"check-documents"}) {
+    CheckDocuments() : ScriptTree({"check-documents", "layers.py"}) {
         m_tree.write("docs/debugging.md", "# Debugging\n"
                                           "\n"
                                           "| Text | What to do |\n"
@@ -77,6 +77,42 @@ TEST_F(CheckDocuments, RefuseALinkToAHeadingOrAFileThatIsNotThere) {
     write("docs/rooms.md", "[a](debugging.md#debugging) [b](debugging.md#gone)\n[c](gone.md)\n");
     expectRefused("docs/rooms.md:1: the link leads nowhere: debugging.md#gone\n"
                   "docs/rooms.md:2: the link leads nowhere: gone.md\n");
+}
+
+TEST_F(CheckDocuments, RefuseALinkThatLeadsNowhereHoweverItIsWritten) {
+    write("docs/rooms.md", "[a](gone.md \"A title\")\n"
+                           "[b](<gone file.md>)\n"
+                           "[c]: gone.md 'A title'\n"
+                           "<a class=\"x\" href=\"gone.md\">d</a>\n"
+                           "<img src='gone.svg'>\n"
+                           "[e](../../outside.md)\n"
+                           "[f](/etc/passwd)\n"
+                           "[g](../ignored.md)\n"
+                           "[h][nowhere]\n"
+                           "[i](debugging.md \"A title\") [j](<debugging.md>) [k](https://gone.example)\n");
+    write("ignored.md", "");
+    write(".gitignore", "/ignored.md\n");
+    expectRefused("docs/rooms.md:1: the link leads nowhere: gone.md\n"
+                  "docs/rooms.md:2: the link leads nowhere: gone file.md\n"
+                  "docs/rooms.md:3: the link leads nowhere: gone.md\n"
+                  "docs/rooms.md:4: the link leads nowhere: gone.md\n"
+                  "docs/rooms.md:5: the link leads nowhere: gone.svg\n"
+                  "docs/rooms.md:6: the link leads nowhere: ../../outside.md\n"
+                  "docs/rooms.md:7: the link leads nowhere: /etc/passwd\n"
+                  "docs/rooms.md:8: the link leads nowhere: ../ignored.md\n"
+                  "docs/rooms.md:9: the link leads nowhere: nowhere\n");
+}
+
+TEST_F(CheckDocuments, TakeNoCodeForALink) {
+    write("docs/rooms.md", "`[a](gone.md)` ``[b`](gone.md)``\n```\n[c](gone.md)\n[d]: gone.md\n```\n");
+    EXPECT_EQ(check().errors, "");
+}
+
+TEST_F(CheckDocuments, RefuseATextWhateverBlanksStandAroundItsLevel) {
+    write("src/Hall.cpp",
+          "void f() { DAX_LOG( ERR ) << \"The hall is on fire.\"; DAX_LOG (FTL) << \"It is gone, too.\"; }\n");
+    expectRefused("src/Hall.cpp:1: not in docs/debugging.md: The hall is on fire.\n"
+                  "src/Hall.cpp:1: not in docs/debugging.md: It is gone, too.\n");
 }
 
 TEST_F(CheckDocuments, RefuseALineOfATableWithAnotherNumberOfColumns) {
