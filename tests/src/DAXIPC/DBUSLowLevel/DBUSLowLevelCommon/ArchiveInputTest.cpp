@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "DAXCommon/UpgradeType.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 #include "support/AllocationMeter.h"
 #include "support/RecordEquality.h"
 #include "support/SampleRecords.h"
@@ -130,16 +132,26 @@ TEST(ArchiveInput, ReadsAMessageThatWasStreamedInPieces) {
     EXPECT_TRUE(text == read);
 }
 
+// Of a program in whose language digits are grouped.
+struct Grouping : std::numpunct<char> {
+    std::string do_grouping() const override { return "\1"; }
+};
+
 TEST(ArchiveInput, IgnoresTheGlobalLocale) {
-    struct Grouping : std::numpunct<char> {
-        std::string do_grouping() const override { return "\1"; }
-    };
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
     std::istringstream message(HEADER + " 1234");
     int number = 0;
     DAXIPC::DBUSLowLevel::ArchiveInput(message) >> number;
     std::locale::global(before);
     EXPECT_EQ(number, 1234);
+}
+
+TEST(ArchiveOutput, IgnoresTheGlobalLocale) {
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    std::ostringstream message;
+    DAXIPC::DBUSLowLevel::ArchiveOutput(message) << std::string(1000, 'x') << 1234;
+    std::locale::global(before);
+    EXPECT_EQ(message.str(), HEADER + " 1000 " + std::string(1000, 'x') + " 1234\n");
 }
 
 TEST(ArchiveInput, RefusesAnEmptyMessage) {
