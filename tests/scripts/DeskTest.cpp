@@ -22,7 +22,8 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const char STATUS[] = "owner             nobody\n"
+const char STATUS[] = "daemon            was not running; this has started it\n"
+                      "owner             nobody\n"
                       "version           1000\n"
                       "supported types   OTA, OTN, USB\n"
                       "last search       none known\n"
@@ -653,9 +654,11 @@ TEST_F(Desk, IsWhereTheDemoRunsAWholeUpgrade) {
     EXPECT_THAT(finished.output, StartsWith(std::string("\n== Before the upgrade\n$ daxctl status\n") + STATUS));
     EXPECT_THAT(finished.output, HasSubstr("\n== The installation lock file\n0000000 20 00 00 00 54 79 70 65 3a "));
     EXPECT_THAT(finished.output, HasSubstr("\n== The daemon's log\nINF  Registering main thread id "));
-    EXPECT_THAT(finished.output, HasSubstr("\n== From now on the service refuses everyone\n"
-                                           "$ daxctl upgrade --name impatient --priority 9\n"
-                                           "Refused: an installation lock is in force.\n"));
+    EXPECT_THAT(finished.output,
+                HasSubstr("\n== From now on the service refuses everyone\n"
+                          "$ daxctl upgrade --name impatient --priority 9\n"
+                          "Refused: an installation lock is in force. Restart the device, which ends the "
+                          "installation.\n"));
     EXPECT_EQ(finished.errors, "");
     EXPECT_EQ(finished.end, ProcessEnd::exited(0));
 }

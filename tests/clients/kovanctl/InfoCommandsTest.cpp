@@ -193,7 +193,7 @@ TEST_F(InfoCommandsTest, BadFileIsRefusedByAllAndStays) {
     expectFailure(info({"list"}), REFUSED, "kovanctl: " + reason + "\n");
     expectFailure(info({"set", "plantcfg/model", "2"}), REFUSED, "kovanctl: " + reason + "\n");
     EXPECT_EQ(Json::parse(info({"get", "plantcfg/model", "--json"}).output),
-              Json({{"error", reason}, {"kind", "refused"}}));
+              Json({{"error", reason}, {"kind", "failed"}}));
     EXPECT_EQ(device(), "[plantcfg]\nmodel\n");
 }
 
