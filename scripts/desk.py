@@ -369,7 +369,17 @@ def main(words):
     return run_desk(read_options(words))
 
 
+def fill_standard_streams():
+    """So that no file of ours takes the place of a standard stream that the caller has closed."""
+    descriptor = os.open(os.devnull, os.O_RDWR)
+    while descriptor <= 2:
+        os.set_inheritable(descriptor, True)
+        descriptor = os.open(os.devnull, os.O_RDWR)
+    os.close(descriptor)
+
+
 def run_desk(options):
+    fill_standard_streams()
     request = request_of(options)
     if options.programs is None:
         build()

@@ -626,6 +626,16 @@ TEST_F(Desk, BuildsWhatIsMissingAndSaysNothingWhenAllIsBuilt) {
     EXPECT_EQ(told.errors, "build/release: [1/2] after 10 s\nbuild/release: built in 0 s\n");
 }
 
+TEST_F(Desk, WorksForACallerWhoHasClosedTheStandardStreams) {
+    const std::string desk = "'" + (m_tree / "scripts/desk").string() + "' --programs '" + DAX_PROGRAMS + "' -- ";
+    const FinishedRun finished =
+        run(commandOf("/bin/bash", environment(),
+                      {"-c", desk + "kovanctl power-mode 1 <&- >&- && " + desk + "kovanctl power <&- | head -n 1"}),
+            LONGEST_SCRIPT);
+    EXPECT_EQ(finished.output, "state           0 (normal)\n") << finished.errors;
+    EXPECT_EQ(finished.end, ProcessEnd::exited(0));
+}
+
 TEST_F(Desk, StartsNothingWhenTheBuildFails) {
     writeProgram("scripts/build", "#!/bin/bash\necho 'it does not compile' >&2\nexit 1\n");
     const FinishedRun finished = desk({"--", "true"});
