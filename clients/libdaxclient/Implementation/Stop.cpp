@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -8,6 +9,13 @@
 namespace dax {
 
 namespace detail {
+
+namespace {
+
+// The clock's time and a very long one have no sum, so that a long time is waited for in parts.
+const std::chrono::milliseconds LONGEST_PART = std::chrono::hours(24);
+
+} // namespace
 
 class StopState {
 public:
@@ -22,7 +30,12 @@ public:
 
     bool waitFor(std::chrono::milliseconds time) {
         std::unique_lock<std::mutex> lock(m_mutex);
-        return m_stopped.wait_for(lock, time, [this] { return m_isStopped; });
+        while (!m_isStopped && time > std::chrono::milliseconds(0)) {
+            const std::chrono::milliseconds part = std::min(time, LONGEST_PART);
+            m_stopped.wait_for(lock, part, [this] { return m_isStopped; });
+            time -= part;
+        }
+        return m_isStopped;
     }
 
     std::string reason() {

@@ -190,6 +190,21 @@ TEST_F(ConnectionTest, AsksAgainUntilAStepHasEnded) {
     EXPECT_EQ(asked, 4);
 }
 
+TEST_F(ConnectionTest, AsksOnceInTheLongestIntervalThereIs) {
+    OpenClient open;
+    service.answer("getInstallationProgress", FakeService::archive("22 serialization::archive 18 0 0 1 5 0 1 0\n"));
+    dax::StopSource stop;
+    dax::Waiting waiting;
+    waiting.interval = milliseconds::max();
+    waiting.stop = stop.token();
+    auto outcome = std::async(std::launch::async, [&] { return open.transaction.install({}, waiting); });
+    ASSERT_TRUE(service.waitForCall("getInstallationProgress"));
+    EXPECT_EQ(outcome.wait_for(milliseconds(100)), std::future_status::timeout);
+    stop.requestStop();
+    EXPECT_EQ(outcome.get(), dax::Outcome::STOPPED);
+    EXPECT_EQ(service.callsOf("getInstallationProgress").size(), 1U);
+}
+
 // What the contract allows, for the thread sanitizer to look at.
 TEST_F(ConnectionTest, MayBeUsedByManyThreads) {
     OpenClient open;
@@ -243,6 +258,21 @@ TEST(StopToken, KeepsTheFirstReason) {
     EXPECT_TRUE(token.isStopped());
     EXPECT_EQ(token.reason(), "first");
     EXPECT_TRUE(token.waitFor(std::chrono::hours(1)));
+}
+
+TEST(StopToken, WaitsForTheLongestTimeThereIs) {
+    dax::StopSource source;
+    auto stopped =
+        std::async(std::launch::async, [token = source.token()] { return token.waitFor(milliseconds::max()); });
+    EXPECT_EQ(stopped.wait_for(milliseconds(100)), std::future_status::timeout) << "it has not waited";
+    source.requestStop();
+    EXPECT_TRUE(stopped.get());
+}
+
+TEST(StopToken, DoesNotWaitForATimeThatHasPassed) {
+    const dax::StopSource source;
+    EXPECT_FALSE(source.token().waitFor(milliseconds::min()));
+    EXPECT_FALSE(dax::StopToken().waitFor(milliseconds::min()));
 }
 
 TEST(StopToken, OfNoSourceIsNeverStopped) {
