@@ -69,11 +69,13 @@ bool LockCore::release() {
 }
 
 bool LockCore::releaseHeld() {
-    if (std::exchange(m_state, State::RELEASED) != State::HELD) {
-        return true;
+    if (m_state != State::HELD) {
+        return m_state == State::RELEASED;
     }
+    m_state = State::GIVEN_UP; // until the service has said that it is released
     try {
         m_manager->releaseExternalLock(m_context->clientName, m_id);
+        m_state = State::RELEASED;
     } catch (...) {
         if (!m_service.askWhetherItHasGone()) {
             throw;
@@ -85,7 +87,7 @@ bool LockCore::releaseHeld() {
 
 LockId LockCore::detach() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_state = m_state == State::HELD ? State::RELEASED : m_state;
+    m_state = m_state == State::HELD ? State::GIVEN_UP : m_state;
     return m_id;
 }
 

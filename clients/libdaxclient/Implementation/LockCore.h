@@ -24,7 +24,12 @@ public:
     LockId detach();
 
 private:
-    enum class State { HELD, LOST, RELEASED };
+    enum class State {
+        HELD,
+        LOST,
+        RELEASED,
+        GIVEN_UP // by detach(), or by a release that failed: it may still be in force
+    };
 
     void acquire(Priority priority);
     bool noticeLoss();

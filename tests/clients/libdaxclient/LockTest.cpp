@@ -150,7 +150,31 @@ TEST_F(LockTest, IsGivenUpWhenItCannotBeReleased) {
     auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
     daemon.refuse(*daemon.next("releaseExternalLock"));
     EXPECT_THROW(released.get(), dax::Unreachable);
-    EXPECT_TRUE(lock.release()) << "it asks once more";
+    EXPECT_FALSE(lock.release()) << "nobody has released it";
+    EXPECT_FALSE(lock.isLost());
+}
+
+TEST_F(LockTest, IsNotReleasedWhenItIsDetached) {
+    PlayedService daemon;
+    auto future = begin();
+    daemon.giveLock(8);
+    dax::Lock lock = future.get();
+    EXPECT_EQ(lock.detach(), 8U);
+    EXPECT_FALSE(lock.release()) << "the lock is in force";
+    EXPECT_EQ(lock.detach(), 8U);
+    EXPECT_FALSE(lock.isLost());
+}
+
+TEST_F(LockTest, StaysReleasedWhenItIsDetachedAfterwards) {
+    PlayedService daemon;
+    auto future = begin();
+    daemon.giveLock(8);
+    dax::Lock lock = future.get();
+    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
+    daemon.answer(*daemon.next("releaseExternalLock"), "");
+    EXPECT_TRUE(released.get());
+    lock.detach();
+    EXPECT_TRUE(lock.release());
 }
 
 TEST_F(LockTest, IsLostWithTheBus) {

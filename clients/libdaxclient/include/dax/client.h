@@ -422,16 +422,18 @@ public:
 
     LockId id() const;
 
-    // Whether the service that gave it has left the bus, or the bus is gone, before the release. Blocks shortly, except
-    // while another thread releases.
+    // Whether the service that gave it has left the bus, or the bus is gone, while this object held the lock: before
+    // release() and detach(). Blocks shortly, except while another thread releases.
     bool isLost();
 
-    // True when it is released, by this call or an earlier one; false when it was lost. Throws Error when the service
-    // has not released it (UNKNOWN: somebody else had released it), and Unreachable; the lock is given up then, and no
-    // further call releases it.
+    // True when this object has released it, by this call or an earlier one; false when it was lost, or left in force
+    // by detach(). Throws Error when the service has not released it (UNKNOWN: somebody else had released it), and
+    // Unreachable; the lock is given up then, and further calls return false without releasing it. It may still be in
+    // force: Client::releaseLock() can tell.
     bool release();
 
-    // Leaves the lock in force without this object, for Client::releaseLock(). Returns its number. Does not block.
+    // Leaves the lock in force without this object, for Client::releaseLock(). Returns its number. Does not block,
+    // except while another thread releases.
     LockId detach();
 
 private:
