@@ -24,8 +24,9 @@
 // Time: a call blocks until the bus and the service have answered its questions, each of them for Options::callTimeout
 // at the longest, which begins with its turn. Most calls ask one question. request() and start() ask a second one about
 // a refusal, and lock() several, as it connects anew and may have to start the service. The service answers one call at
-// a time and waits up to 60 seconds for each question to the update core, of which one call may need three. Calls that
-// say "blocks shortly" do not go through the service.
+// a time and waits up to 60 seconds for each question to the update core. One call may need three, and a start() that
+// replaces a transaction four: to stay at three, end() the session and request() another one instead. Calls that say
+// "blocks shortly" do not go through the service.
 //
 // Connections: a client has one to the bus, each session and each transaction have some more of their own, and so has
 // each Lock. A thread of the library reads what others send to them. All are closed with their objects. After fork()

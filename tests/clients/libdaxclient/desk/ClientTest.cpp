@@ -54,6 +54,16 @@ protected:
         return reasons;
     }
 
+    // The methods that the core is asked for by the statement.
+    template <class Statement>
+    std::vector<std::string> askedDuring(const Statement& statement) const {
+        const std::size_t before = desk.coreMethods().size();
+        statement();
+        std::vector<std::string> methods = desk.coreMethods();
+        methods.erase(methods.begin(), methods.begin() + static_cast<std::ptrdiff_t>(before));
+        return methods;
+    }
+
     Desk desk;
     dax::Client client{"library"};
 };
@@ -184,6 +194,23 @@ TEST_F(ClientTest, LosesTheServiceToAHigherPriority) {
     EXPECT_EQ(thrown<Error>([&] { session.priority(); })->kind(), Error::Kind::UNKNOWN);
     taken.end();
     EXPECT_NO_THROW(client.request(Priority(3)));
+}
+
+// The longest call, by which users choose their time-out.
+TEST_F(ClientTest, AStartThatReplacesATransactionAsksTheCoreFourTimes) {
+    dax::Session session = client.request(Priority(3));
+    const dax::Transaction first = session.start(UpgradeType::OTN);
+    EXPECT_THAT(askedDuring([&] { session.start(UpgradeType::OTN); }),
+                ElementsAre("cancelCoreTransaction", "getCurrentVersion", "createTransaction", "helloMessage"));
+}
+
+TEST_F(ClientTest, AStartInANewSessionAsksTheCoreThreeTimes) {
+    dax::Session session = client.request(Priority(3));
+    const dax::Transaction first = session.start(UpgradeType::OTN);
+    session.end();
+    dax::Session next = client.request(Priority(3));
+    EXPECT_THAT(askedDuring([&] { next.start(UpgradeType::OTN); }),
+                ElementsAre("getCurrentVersion", "createTransaction", "helloMessage"));
 }
 
 TEST_F(ClientTest, GivesTheServiceBackWithTheObject) {
