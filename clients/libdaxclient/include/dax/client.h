@@ -329,7 +329,8 @@ struct Waiting {
 // or FAILED. The waiting calls take as long as the step; they end early by the stop token, an exception of a call, or
 // one of the callback's. A step goes on when its waiting ends by an exception.
 //
-// All throw Error and Unreachable. TRANSACTION_INVALIDATED means that it is over; ask for the service again.
+// All throw Error and Unreachable. TRANSACTION_INVALIDATED means that it is over: end() the session, and ask for the
+// service again.
 class DAX_API Transaction {
 public:
     Transaction(Transaction&&) noexcept;
@@ -380,9 +381,14 @@ private:
     std::unique_ptr<detail::TransactionCore> m_core;
 };
 
-// The service, held by this client. It may be taken away at any time: by a client of a higher priority, by a lock of a
-// higher priority, by a change of the device's power state. Then the next call throws an Error: UNKNOWN here and
-// TRANSACTION_INVALIDATED in a transaction. It may outlive its Client.
+// The service, held by this client. It may outlive its Client. It may be taken away at any time:
+//   - By a client of a higher priority. Then the next call throws an Error: UNKNOWN here, TRANSACTION_INVALIDATED in a
+//     transaction.
+//   - By a lock of a higher priority, or by a change of the device's power state. Then TRANSACTION_INVALIDATED from a
+//     transaction is the only sign: priority() still answers, start() gives a transaction whose first call throws that,
+//     and end() succeeds.
+// To begin again, end() this session or destroy it, and only then request() another one: after a change of the power
+// state that is refused with SAME_CLIENT while this one lives, as in `session = client.request(...)`.
 //
 // The destructor ends the session as end() does, and drops failures. It can block as long as a call, but does not call
 // a service that has been Unreachable in this session: closing the connections ends the session as well.
@@ -392,16 +398,17 @@ public:
     Session& operator=(Session&&) noexcept;
     ~Session();
 
-    // Starts a transaction; an earlier one of this session is cancelled. Throws Error, UNKNOWN when the session is over
-    // or the update core refuses, Refusal (SESSION_OVER) from a service that says so instead, and Unreachable.
+    // Starts a transaction; an earlier one of this session is cancelled. Throws Error, UNKNOWN when another session has
+    // come after this one, the service has started anew or the update core refuses, Refusal (SESSION_OVER) from a
+    // service that says so instead, and Unreachable. After some ends of the session nothing is thrown, see above.
     Transaction start(UpgradeType type);
 
     // The priority with which the service was asked for. Throws Error and Unreachable.
     Priority priority();
 
     // Gives the service back, and cancels the transaction. The reason goes to the update core and the service's log.
-    // Once this has succeeded, a second call has no effect and all else throws an Error. Throws Error, UNKNOWN when the
-    // session is over already, and Unreachable.
+    // Once this has succeeded, a second call has no effect and all else throws an Error. Throws Error, UNKNOWN when
+    // another session has come after this one or the service has started anew, and Unreachable.
     void end(const std::string& reason = "The client has finished.");
 
 private:
@@ -486,7 +493,8 @@ public:
     // When a session of type DATED_SEARCH searched last; empty when that is not known.
     std::optional<LocalTime> lastSearch();
 
-    // Who holds the service; empty when nobody does. A session that was taken away counts until its holder notices.
+    // Who holds the service; empty when nobody does. A session that a change of the power state has ended counts until
+    // its holder ends or destroys it, or somebody of a higher priority takes its place.
     std::optional<Owner> owner();
 
     // Has the update core schedule a factory reset.

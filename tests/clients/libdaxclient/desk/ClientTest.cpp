@@ -196,6 +196,39 @@ TEST_F(ClientTest, LosesTheServiceToAHigherPriority) {
     EXPECT_NO_THROW(client.request(Priority(3)));
 }
 
+// What the header tells of sessions that are taken away without a successor.
+void expectThatTransactionsAloneTellOfTheEnd(dax::Session& session, dax::Transaction& transaction) {
+    EXPECT_EQ(thrown<Error>([&] { transaction.startSearch(); })->kind(), Error::Kind::TRANSACTION_INVALIDATED);
+    EXPECT_EQ(session.priority(), Priority(3));
+    dax::Transaction next = session.start(UpgradeType::OTN);
+    EXPECT_EQ(thrown<Error>([&] { next.startSearch(); })->kind(), Error::Kind::TRANSACTION_INVALIDATED);
+}
+
+TEST_F(ClientTest, LosesTheServiceToALockAndIsTheOwnerNoMore) {
+    dax::Session session = client.request(Priority(3));
+    dax::Transaction transaction = session.start(UpgradeType::OTN);
+    dax::Client other("installer");
+    dax::Lock lock = other.lock(Priority(4));
+    expectThatTransactionsAloneTellOfTheEnd(session, transaction);
+    EXPECT_EQ(client.owner().has_value(), false);
+    lock.release();
+    EXPECT_NO_THROW(client.request(Priority(3)));
+    EXPECT_EQ(thrown<Error>([&] { session.end(); })->kind(), Error::Kind::UNKNOWN) << "another one came after it";
+}
+
+TEST_F(ClientTest, LosesTheServiceWithThePowerAndIsTheOwnerUntilTheSessionEnds) {
+    dax::Session session = client.request(Priority(3));
+    dax::Transaction transaction = session.start(UpgradeType::OTN);
+    EXPECT_EQ(desk.run("kovanctl", {"power-mode", "1"}).end, ProcessEnd::exited(0));
+    ASSERT_TRUE(desk.waitForMessage("Invalidate done."));
+    expectThatTransactionsAloneTellOfTheEnd(session, transaction);
+    EXPECT_EQ(client.owner()->clientName, "library");
+    EXPECT_EQ(thrown<Refusal>([&] { client.request(Priority(5)); })->reason(), Refusal::Reason::SAME_CLIENT);
+    session.end();
+    EXPECT_EQ(client.owner().has_value(), false);
+    EXPECT_NO_THROW(client.request(Priority(3)));
+}
+
 // The longest call, by which users choose their time-out.
 TEST_F(ClientTest, AStartThatReplacesATransactionAsksTheCoreFourTimes) {
     dax::Session session = client.request(Priority(3));
