@@ -504,11 +504,12 @@ public:
     Session request(Priority priority, TransactionType type = TransactionType::DATED_SEARCH);
 
     // Acquires a lock for as long as the object lives. A session of a lower priority is ended for it. Throws an Error
-    // (EXTERNAL_LOCK_DENIED) when somebody of this priority or a higher one holds the service; owner() says who.
+    // (EXTERNAL_LOCK_DENIED) when somebody of this priority or a higher one holds the service; owner() says who. Should
+    // this throw Unreachable (TIMED_OUT) or an Error of another kind, the service may grant the lock all the same, also
+    // later. Nobody has its number then, but for the service's log: releaseLock() takes it from there.
     Lock lock(Priority priority);
 
-    // The same without an object: the lock stays until it is released or the service ends. Should this throw an Error
-    // of another kind, the service may hold the lock all the same; its number is then in the service's log.
+    // The same without an object: the lock stays until it is released or the service ends.
     LockId acquireLock(Priority priority);
 
     // Releases a lock that a client of the same name has acquired.
