@@ -44,6 +44,9 @@ void LockCore::acquire(Priority priority) {
 }
 
 LockCore::~LockCore() {
+    if (m_context->isOfAnotherProcess()) {
+        return;
+    }
     try {
         release();
     } catch (...) { // nobody is left to be told

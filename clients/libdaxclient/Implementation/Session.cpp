@@ -16,7 +16,7 @@ SessionCore::SessionCore(std::shared_ptr<const Context> context, std::unique_ptr
 
 // Without an answer so far, a further call would only wait, or start another service.
 SessionCore::~SessionCore() {
-    if (m_contact->isLost()) {
+    if (m_contact->isLost() || m_context->isOfAnotherProcess()) {
         return;
     }
     try {

@@ -4,6 +4,8 @@
 
 #include <dax/client.h>
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "support/PlayedService.h"
 #include "support/PrivateBus.h"
@@ -58,6 +60,25 @@ TEST_F(LockTest, IsGivenUpInTimeOnABusThatStandsStill) {
     EXPECT_THROW(lock.release(), dax::Unreachable);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)); // libdbus would wait for 25
     ::kill(bus.pid(), SIGCONT);
+}
+
+TEST_F(LockTest, IsNotReleasedByAChildProcessThatEnds) {
+    PlayedService daemon;
+    auto future = begin();
+    daemon.giveLock(5);
+    dax::Lock lock = future.get();
+    const pid_t child = fork();
+    if (child == 0) {
+        ::alarm(10); // a release would wait for an answer
+        { const dax::Lock itsOwn = std::move(lock); }
+        ::_exit(0);
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
+    daemon.answer(*daemon.next("releaseExternalLock"), "");
+    EXPECT_TRUE(released.get());
 }
 
 TEST_F(LockTest, IsAskedForAndReleasedByTheUniqueNameOfTheService) {

@@ -30,7 +30,8 @@
 //
 // Connections: a client has one to the bus, each session and each transaction have some more of their own, and so has
 // each Lock. A thread of the library reads what others send to them. All are closed with their objects. After fork()
-// the child must not use the objects of its parent. The first connection has the process ignore SIGPIPE.
+// the child must not use the objects of its parent; to destroy them there leaves session and lock as they are. The
+// first connection has the process ignore SIGPIPE.
 
 #include <chrono>
 #include <cstdint>
