@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "Installed.h"
+#include "support/Sanitizer.h"
 #include "system/support/Desk.h"
 #include "system/support/Scenarios.h"
 
@@ -29,7 +30,7 @@ std::vector<std::string> joined(std::vector<std::string> left, const std::vector
 class Examples : public Test {
 protected:
     void SetUp() override {
-        if (SANITIZED) {
+        if (HAS_SANITIZER) {
             GTEST_SKIP() << "the library needs programs that are built with the sanitizer";
         }
         installed = std::make_unique<Installed>();

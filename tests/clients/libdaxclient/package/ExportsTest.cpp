@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "Installed.h"
+#include "support/Sanitizer.h"
 
 namespace DAX::Tests {
 namespace {
@@ -57,7 +58,7 @@ TEST(Exports, AreUnderTheNameThatProgramsAskFor) {
 }
 
 TEST(Exports, NeedNothingOfThePlatform) {
-    if (SANITIZED) {
+    if (HAS_SANITIZER) {
         GTEST_SKIP() << "the sanitizer's functions are missing until the program is linked";
     }
     const std::string missing = outputOf({"nm", "-D", "--undefined-only", "--demangle", LIBRARY});
