@@ -1,9 +1,28 @@
 #include <cstdio>
 #include <ctime>
+#include <stdexcept>
 
 #include "dax/client.h"
 
 namespace dax {
+
+using std::chrono::duration_cast;
+using std::chrono::seconds;
+using std::chrono::system_clock;
+
+namespace {
+
+[[noreturn]] void throwOutOfRange(const LocalTime& time) {
+    throw std::out_of_range("The system's clock cannot hold the time " + time.toString() + ".");
+}
+
+// Any fraction of a second can be added to such a time.
+bool fitsTheClock(seconds sinceEpoch) {
+    return sinceEpoch > duration_cast<seconds>(system_clock::duration::min()) &&
+           sinceEpoch < duration_cast<seconds>(system_clock::duration::max());
+}
+
+} // namespace
 
 std::string LocalTime::toString() const {
     char text[128];
@@ -16,7 +35,8 @@ std::string LocalTime::toString() const {
     return written;
 }
 
-std::chrono::system_clock::time_point LocalTime::toSystemTime() const {
+system_clock::time_point LocalTime::toSystemTime() const {
+    const int unset = -1;
     std::tm time{};
     time.tm_year = year - 1900;
     time.tm_mon = month - 1;
@@ -24,9 +44,13 @@ std::chrono::system_clock::time_point LocalTime::toSystemTime() const {
     time.tm_hour = hour;
     time.tm_min = minute;
     time.tm_sec = second;
-    time.tm_isdst = -1; // let the system find out
-    return std::chrono::system_clock::from_time_t(std::mktime(&time)) +
-           std::chrono::duration_cast<std::chrono::system_clock::duration>(fraction);
+    time.tm_isdst = -1;   // let the system find out
+    time.tm_wday = unset; // set by a success: its result can be -1, too
+    const seconds sinceEpoch(std::mktime(&time));
+    if (time.tm_wday == unset || !fitsTheClock(sinceEpoch)) {
+        throwOutOfRange(*this);
+    }
+    return system_clock::time_point(sinceEpoch) + duration_cast<system_clock::duration>(fraction);
 }
 
 } // namespace dax

@@ -163,6 +163,39 @@ TEST(LocalTime, ShowsAFractionInMicroseconds) {
     EXPECT_EQ(time.toString(), "1970-01-01T00:00:00.000045");
 }
 
+class LocalTimeInUtc : public Test {
+protected:
+    LocalTimeInUtc() { setenv("TZ", "UTC", 1); }
+
+    static dax::LocalTime at(int year, int month, int day) {
+        dax::LocalTime time;
+        time.year = year;
+        time.month = month;
+        time.day = day;
+        return time;
+    }
+};
+
+TEST_F(LocalTimeInUtc, BecomesAPointOfTheSystemsClockToItsLimits) {
+    dax::LocalTime last = at(2262, 4, 11);
+    last.hour = 23;
+    last.fraction = std::chrono::microseconds(999999);
+    EXPECT_EQ(last.toSystemTime().time_since_epoch(),
+              std::chrono::seconds(9223369200) + std::chrono::microseconds(999999));
+    EXPECT_EQ(at(1677, 9, 22).toSystemTime().time_since_epoch(), std::chrono::seconds(-9223286400));
+    dax::LocalTime beforeTheEpoch = at(1969, 12, 31);
+    beforeTheEpoch.hour = 23;
+    beforeTheEpoch.minute = 59;
+    beforeTheEpoch.second = 59;
+    EXPECT_EQ(beforeTheEpoch.toSystemTime().time_since_epoch(), std::chrono::seconds(-1));
+}
+
+TEST_F(LocalTimeInUtc, ThatTheSystemsClockCannotHoldIsOutOfRange) {
+    for (const dax::LocalTime& time : {at(1400, 1, 1), at(1677, 9, 21), at(2262, 4, 12), at(9999, 12, 31)}) {
+        EXPECT_THROW(time.toSystemTime(), std::out_of_range) << time.toString();
+    }
+}
+
 TEST_F(ConnectionTest, AStartWithoutATransactionIsARefusal) {
     dax::Client client("me");
     dax::Session session = client.request(dax::Priority(4));

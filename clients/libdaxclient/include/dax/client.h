@@ -29,9 +29,10 @@
 // "blocks shortly" do not go through the service.
 //
 // Connections: a client has one to the bus, each session and each transaction have some more of their own, and so has
-// each Lock. A thread of the library reads what others send to them. All are closed with their objects. After fork()
-// the child must not use the objects of its parent; to destroy them there leaves session and lock as they are. The
-// first connection has the process ignore SIGPIPE.
+// each Lock. A thread of the library reads what others send to them, except to the connection of a Lock: that one is
+// read by the calls of the Lock alone. All are closed with their objects. After fork() the child must not use the
+// objects of its parent; to destroy them there leaves session and lock as they are. The first connection has the
+// process ignore SIGPIPE.
 
 #include <chrono>
 #include <cstdint>
@@ -96,7 +97,8 @@ struct LocalTime {
     DAX_API std::string toString() const;
 
     // The same point in the time zone of this process. Of the two that an hour which the clock repeats can mean,
-    // either.
+    // either. Throws std::out_of_range for a time that the system's clock cannot hold: with gcc's library one
+    // before September 1677 or after April 2262.
     DAX_API std::chrono::system_clock::time_point toSystemTime() const;
 };
 
