@@ -46,12 +46,15 @@ std::string sentenceOf(const std::string& name, const std::string& supportCode, 
     return text.empty() ? sentence + "." : sentence + ": " + text;
 }
 
-std::string sentenceOf(Unreachable::Reason reason, const std::string& text) {
-    const auto begin = [reason] {
+std::string sentenceOf(Unreachable::Reason reason, const std::string& busError, const std::string& text) {
+    const auto begin = [&] {
         switch (reason) {
         case Unreachable::Reason::NO_BUS:
             return "The message bus cannot be reached";
         case Unreachable::Reason::NOT_ALLOWED:
+            if (busError == "org.freedesktop.DBus.Error.LimitsExceeded") {
+                return "The message bus has no room for the call now";
+            }
             return "This program may not call the update service";
         case Unreachable::Reason::TIMED_OUT:
             return "The update service does not answer in time";
@@ -117,7 +120,7 @@ const std::string& Error::diagnostic() const noexcept {
 }
 
 Unreachable::Unreachable(Reason reason, std::string busError, std::string text, std::string diagnostic)
-    : Failure(sentenceOf(reason, text))
+    : Failure(sentenceOf(reason, busError, text))
     , m_contents(std::make_shared<const Contents>(
           Contents{reason, std::move(busError), std::move(text), std::move(diagnostic)})) {}
 Unreachable::Unreachable(const Unreachable&) noexcept = default;

@@ -107,6 +107,18 @@ TEST_F(ConnectionTest, TellsWhetherTheServiceRunsAndDoesNotAskIt) {
     EXPECT_EQ(unreachableBy([&] { client.isServiceRunning(); }).reason(), Reason::NO_BUS);
 }
 
+TEST_F(ConnectionTest, TellsAFullBusFromAMissingPermission) {
+    dax::Client client("me");
+    service.answer("getCurrentVersion", FakeService::error("org.freedesktop.DBus.Error.LimitsExceeded", "Too much."));
+    const dax::Unreachable full = unreachableBy([&] { client.version(); });
+    EXPECT_EQ(full.reason(), Reason::NOT_ALLOWED);
+    EXPECT_EQ(full.busError(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_STREQ(full.what(), "The message bus has no room for the call now: Too much.");
+    service.answer("getCurrentVersion", FakeService::error("org.freedesktop.DBus.Error.AccessDenied", "Not you."));
+    EXPECT_STREQ(unreachableBy([&] { client.version(); }).what(),
+                 "This program may not call the update service: Not you.");
+}
+
 TEST_F(ConnectionTest, IsUsableAfterATimeOut) {
     dax::Options options;
     options.callTimeout = milliseconds(100);

@@ -162,6 +162,7 @@ TEST_P(Nonsense, AServiceThatDoesNotAnswerInTimeIsToldByTheTimeOut) {
 TEST_P(Nonsense, TheBusSaysWhyItDoesNotPassTheCall) {
     const auto prefixed = [](const char* name) { return std::string("org.freedesktop.DBus.Error.") + name; };
     EXPECT_EQ(endWith(FakeService::error(prefixed("AccessDenied"), "Not for you.")), unreachable(Reason::NOT_ALLOWED));
+    EXPECT_EQ(endWith(FakeService::error(prefixed("LimitsExceeded"), "Full.")), unreachable(Reason::NOT_ALLOWED));
     EXPECT_EQ(endWith(FakeService::error(prefixed("ServiceUnknown"), "Nobody.")), unreachable(Reason::NO_SERVICE));
     EXPECT_EQ(endWith(FakeService::error(prefixed("TimedOut"), "It does not start.")), unreachable(Reason::NO_SERVICE));
     EXPECT_EQ(endWith(FakeService::error(prefixed("UnknownMethod"), "What?")), unreachable(Reason::NO_SERVICE));

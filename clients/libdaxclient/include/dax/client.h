@@ -246,7 +246,9 @@ public:
         NO_BUS,      // no connection to the bus could be made, or it broke. Make a new Client
         NO_SERVICE,  // nobody has the service's name and the bus cannot start the service, it left before it answered,
                      // or who has the name is no update service
-        NOT_ALLOWED, // the bus does not let this process call the service: be root or a member of the group dax
+        NOT_ALLOWED, // the bus does not pass the call on. Either this process may not call the service: be root or a
+                     // member of the group dax. Or a queue of the bus is full, which passes by itself: then busError()
+                     // is "org.freedesktop.DBus.Error.LimitsExceeded"
         TIMED_OUT    // no answer within Options::callTimeout
     };
 
