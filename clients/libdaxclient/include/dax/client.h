@@ -352,8 +352,8 @@ public:
     // std::logic_error before the end of a search.
     Outcome install(const std::set<std::string>& items = {}, const Waiting& waiting = {});
 
-    // Makes the installation final. From the start of this on the service refuses everyone until the device has started
-    // anew, also when it throws or FAILED. The flag is for the update core.
+    // Makes the installation final. From the start of this on the service may refuse everyone, also when this throws or
+    // FAILED, until another program of the device removes the installation lock. The flag is for the update core.
     Outcome finalize(const std::set<std::string>& items = {}, bool flag = false, const Waiting& waiting = {});
 
     // Ends the transaction at the update core. The reason goes there and to the service's log.
@@ -375,7 +375,7 @@ public:
     void startInstallation(const std::set<std::string>& items = {});
     Progress installationProgress();
 
-    // Has the effect on others that finalize() tells of, also when it throws.
+    // Can have the effect on others that finalize() tells of, also when it throws.
     void startFinalization(const std::set<std::string>& items = {}, bool flag = false);
     Progress finalizationProgress();
 
