@@ -65,9 +65,6 @@ const MethodDescription* findMethod(Side side, const std::string& name);
 // The name of a method of this side that was most likely meant; empty when none is like it.
 std::string nearestMethod(Side side, const std::string& name);
 
-// Whether an exception crosses the bus under this name.
-bool isExceptionName(const std::string& name);
-
 // What the third array of an exception's reply holds.
 const ArchiveDescription& exceptionArchive();
 

@@ -5,7 +5,6 @@
 #include <tuple>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/CoreMethods.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/NamedExceptions.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ServiceMethods.h"
 #include "DAXIPC/DBUSLowLevel/Decoder/Implementation/DescribedTypes.h"
 
@@ -84,10 +83,6 @@ std::string nearestMethod(Side side, const std::string& name) {
         }
     }
     return nearest;
-}
-
-bool isExceptionName(const std::string& name) {
-    return std::apply([&name](auto... named) { return ((name == named.wireName) || ...); }, NAMED_EXCEPTIONS);
 }
 
 const ArchiveDescription& exceptionArchive() {

@@ -72,12 +72,5 @@ TEST(MethodDescription, ProposesTheNearestMethod) {
     EXPECT_EQ(nearestMethod(Side::SERVICE, std::string(100000, 'g')), "");
 }
 
-TEST(MethodDescription, KnowsTheNamesOfAllExceptions) {
-    for (const std::string& name : wireExceptionNames()) {
-        EXPECT_TRUE(isExceptionName(name)) << name;
-    }
-    EXPECT_FALSE(isExceptionName("Invalid arguments."));
-}
-
 } // namespace
 } // namespace DAX::Tests
