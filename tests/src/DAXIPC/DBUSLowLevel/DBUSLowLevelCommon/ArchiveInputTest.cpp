@@ -1,3 +1,5 @@
+#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
+
 #include <list>
 #include <set>
 #include <string>
@@ -11,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include "DAXCommon/UpgradeType.h"
-#include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveInput.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ArchiveOutput.h"
 #include "support/AllocationMeter.h"
 #include "support/RecordEquality.h"
