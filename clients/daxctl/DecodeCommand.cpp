@@ -4,6 +4,7 @@
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/MethodOption.h"
 #include "monitor/Values.h"
@@ -139,7 +140,7 @@ int runDecode(const DecodeOptions& options, bool json) {
     std::fprintf(stderr, "daxctl: this %s is broken at byte %zu%s: %s.\n", options.title().c_str(),
                  archive.breakage->offset,
                  archive.breakage->field.empty() ? "" : (", in " + archive.breakage->field).c_str(),
-                 archive.breakage->reason.c_str());
+                 clients_common::printable(archive.breakage->reason).c_str());
     return clients_common::EXIT_REFUSED;
 }
 

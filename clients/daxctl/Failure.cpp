@@ -7,6 +7,7 @@
 
 #include "Utility/Utils/ErrorTags.h"
 #include "Utility/Utils/InnermostText.h"
+#include "clients_common/Printable.h"
 #include "dax/client.h"
 
 namespace daxctl {
@@ -57,13 +58,14 @@ bool isForbidden(const dax::Unreachable& failure) {
 
 std::string Failure::toString() const {
     if (isPlain) {
-        return text;
+        return clients_common::printable(text);
     }
     std::string shown = name;
     if (!supportCode.empty()) {
         shown += " (support code " + supportCode + ")";
     }
-    return shown + ": " + (text.empty() ? diagnostic : text);
+    return clients_common::printable(shown) + ": " +
+           (text.empty() ? clients_common::printableLines(diagnostic) : clients_common::printable(text));
 }
 
 nlohmann::ordered_json Failure::toJson() const {

@@ -15,7 +15,7 @@ struct Failure {
     bool isPlain = false;         // the text says it all to people
     std::string kind = "UNKNOWN"; // as <dax/client.h> names the kinds of Error and the reasons of Unreachable
 
-    std::string toString() const;
+    std::string toString() const; // for a terminal
     nlohmann::ordered_json toJson() const;
 };
 

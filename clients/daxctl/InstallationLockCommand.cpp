@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -9,6 +8,7 @@
 #include "Platform/Product/IProductInfo.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/InstallationLock.h"
 
@@ -17,23 +17,17 @@ namespace daxctl {
 namespace {
 
 using Record = InstallationLock::Record;
+using clients_common::printable;
 using clients_common::Refusal;
 
 void printLine(const char* label, const std::string& value) {
-    std::printf("%-18s%s\n", label, value.c_str());
-}
-
-// The text comes from the core's versions, and a terminal obeys some bytes.
-std::string printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char byte) { return byte < ' ' || byte == 0x7f; }, '?');
-    return text;
+    std::printf("%-18s%s\n", label, printable(value).c_str());
 }
 
 std::string installing(const InstallationLock& lock) {
     switch (lock.record) {
     case Record::VERIFIED:
-        return printable(lock.installing);
+        return lock.installing;
     case Record::TORN:
         return "unknown: the file is torn (" + std::to_string(lock.size) + " bytes)";
     case Record::UNREADABLE:
@@ -53,7 +47,7 @@ void printForPeople(const InstallationLock& lock) {
     }
     printLine("since", inUtc(lock.since));
     printLine("installing", installing(lock));
-    printLine("file", printable(lock.file));
+    printLine("file", lock.file);
     if (lock.record == Record::TORN) {
         std::fprintf(stderr,
                      "The file was not written to its end, as on a full disk, or has changed since. The lock is "
@@ -92,7 +86,8 @@ int release(bool isSure, bool json) {
     if (json) {
         clients_common::printJson({{"outcome", "released"}, {"was", lock.toJson()}});
     } else {
-        std::fprintf(stderr, "The installation lock has been released. It stood for: %s\n", installing(lock).c_str());
+        std::fprintf(stderr, "The installation lock has been released. It stood for: %s\n",
+                     printable(installing(lock)).c_str());
     }
     return clients_common::EXIT_DONE;
 }

@@ -5,6 +5,7 @@
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 #include "daxctl/ChildProcess.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
@@ -23,7 +24,7 @@ bool isDenied(const dax::Error& error) {
 int reportDenied(dax::Client& client, bool json) {
     const auto owner = client.owner();
     const std::string reason = whyRefused(owner);
-    std::fprintf(stderr, "Denied: %s.\n", reason.c_str());
+    std::fprintf(stderr, "Denied: %s.\n", clients_common::printable(reason).c_str());
     if (json) {
         clients_common::printJson({{"outcome", "denied"},
                                    {"refusedBecause", reason},

@@ -9,6 +9,7 @@
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "clients_common/ExitStatus.h"
+#include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/Interruption.h"
 #include "daxctl/LongOutput.h"
@@ -251,7 +252,7 @@ int runMonitor(const MonitorOptions& options, bool json) {
     try {
         return show();
     } catch (const std::exception& error) { // one line, as all of them
-        std::cerr << "daxctl: " << error.what() << std::endl;
+        std::cerr << "daxctl: " << clients_common::printableLines(error.what()) << std::endl;
         monitor::JsonView(std::cout).write({{"event", "error"}, {"error", error.what()}});
         std::cout.flush();
         return clients_common::EXIT_REFUSED;

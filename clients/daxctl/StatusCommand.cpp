@@ -4,6 +4,7 @@
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
 #include "daxctl/Failure.h"
@@ -52,7 +53,7 @@ std::string joined(const nlohmann::ordered_json& names) {
 }
 
 void printLine(const char* label, const std::string& value) {
-    std::printf("%-18s%s\n", label, value.c_str());
+    std::printf("%-18s%s\n", label, clients_common::printable(value).c_str());
 }
 
 std::string factToString(const nlohmann::ordered_json& fact, const char* yes, const char* no) {

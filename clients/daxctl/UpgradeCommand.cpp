@@ -7,6 +7,7 @@
 #include "DAXCommon/UpgradeTypeNames.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
 #include "daxctl/RequestOptions.h"
@@ -47,7 +48,8 @@ void addProgressOptions(clients_common::Command& command, UpgradePlan& plan, Pro
 
 int printFound(const nlohmann::ordered_json& found) {
     std::printf("version %s\nscope   %d\nkind    %d\nid      %s\n",
-                found["version"].is_null() ? "none" : found["version"].get<std::string>().c_str(),
+                found["version"].is_null() ? "none"
+                                           : clients_common::printable(found["version"].get<std::string>()).c_str(),
                 found["scope"].get<int>(), found["kind"].get<int>(), found["upgradeId"].get<std::string>().c_str());
     return clients_common::EXIT_DONE;
 }

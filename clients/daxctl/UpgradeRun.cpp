@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 
 namespace daxctl {
 
@@ -73,7 +74,7 @@ std::optional<dax::Session> UpgradeRun::request() {
             }
             const std::string reason = whyRefused(refusal);
             if (!m_silent && std::exchange(told, reason) != reason) {
-                std::fprintf(stderr, "Waiting: %s.\n", reason.c_str());
+                std::fprintf(stderr, "Waiting: %s.\n", clients_common::printable(reason).c_str());
             }
         }
         if (m_interruption.wait(REQUEST_INTERVAL)) {
@@ -133,8 +134,8 @@ bool UpgradeRun::search(dax::Transaction& transaction) {
     m_report["search"] = toJson(*found.upgrade);
     if (!m_silent) {
         std::fprintf(stderr, "Found version %s (scope %d, id %s)\n",
-                     found.upgrade->version.value_or("without a number").c_str(), found.upgrade->scope,
-                     hexadecimal(found.upgrade->id).c_str());
+                     clients_common::printable(found.upgrade->version.value_or("without a number")).c_str(),
+                     found.upgrade->scope, hexadecimal(found.upgrade->id).c_str());
     }
     return true;
 }
@@ -188,7 +189,7 @@ bool UpgradeRun::cancelled(const std::string& what) {
 bool UpgradeRun::end(const std::string& outcome, const std::string& message) {
     m_report["outcome"] = outcome;
     if (!m_silent && !message.empty()) {
-        std::fprintf(stderr, "%s\n", message.c_str());
+        std::fprintf(stderr, "%s\n", clients_common::printable(message).c_str());
     }
     const bool isGood = outcome == "found" || outcome == "installed" || outcome == "finalized";
     if (!isGood) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -19,9 +18,6 @@ std::string valueAsText(const DecodedValue& value, std::size_t most);
 
 // All fields of an archive: name=value, separated by blanks.
 std::string valuesAsText(const std::vector<DecodedValue>& values, std::size_t most);
-
-// Text with what does not print as \xNN, and no longer than `most`.
-std::string printable(std::string_view text, std::size_t most);
 
 // A value as programs read it: numbers, true and false, texts, arrays, objects, null for an optional without a value.
 // The number of an enumeration is its name if it has one. Bytes are a text of two hexadecimal digits for each.

@@ -118,6 +118,14 @@ TEST_F(Daxctl, StatusNamesTheOwner) {
               nlohmann::json::parse(R"({"clientName": "updater", "priority": 6, "transactionType": 2})"));
 }
 
+TEST_F(Daxctl, AHoldersNameDoesNotReachTheTerminalAsItIs) {
+    const auto other = holder("\x1b]0;X\x07\x1b[31m", "6");
+    EXPECT_THAT(daxctl({"status"}).output, HasSubstr("owner             \\x1b]0;X\\x07\\x1b[31m with priority 6"));
+    EXPECT_EQ(jsonOf({"status"})["owner"]["clientName"], "\x1b]0;X\x07\x1b[31m");
+    EXPECT_EQ(daxctl({"lock", "acquire"}).errors,
+              "Denied: the service is held by \\x1b]0;X\\x07\\x1b[31m with priority 6.\n");
+}
+
 TEST_F(Daxctl, ARefusalNamesTheHolderAndItsPriority) {
     const auto other = holder("updater", "6");
     const auto refused = daxctl({"upgrade", "--priority", "6"});

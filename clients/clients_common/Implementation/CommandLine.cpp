@@ -10,6 +10,7 @@
 #include "clients_common/Implementation/UnknownCommand.h"
 #include "clients_common/Implementation/Version.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 
 namespace clients_common {
 
@@ -206,7 +207,7 @@ std::optional<int> Program::parse(int argc, const char* const* argv) {
         return EXIT_DONE;
     } catch (const CLI::ParseError& error) {
         const std::string text = complaintAboutCommand(m_parser->app).value_or(error.what());
-        std::cerr << text << "\nRun with --help for more information." << std::endl;
+        std::cerr << printableLines(text) << "\nRun with --help for more information." << std::endl;
         if (wantsJson(argc, argv)) {
             printJson({{"error", text}, {"kind", KIND_USAGE}});
         }
@@ -228,7 +229,7 @@ int Program::run(int argc, const char* const* argv) {
 }
 
 int Program::reportFailure(const std::string& text, const char* kind) const {
-    std::cerr << m_parser->app.get_name() << ": " << text << std::endl;
+    std::cerr << m_parser->app.get_name() << ": " << printableLines(text) << std::endl;
     if (m_parser->choice.json) {
         printJson({{"error", text}, {"kind", kind}});
     }

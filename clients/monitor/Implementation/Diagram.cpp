@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/ServiceMethods.h"
+#include "clients_common/Printable.h"
 #include "monitor/Implementation/DiagramDrawing.h"
 #include "monitor/TextView.h"
 #include "monitor/Values.h"
@@ -12,6 +13,7 @@ namespace monitor {
 namespace {
 
 namespace ServiceMethods = DAX::DAXIPC::DBUSLowLevel::ServiceMethods;
+using clients_common::printable;
 using DAX::DAXIPC::DBUSLowLevel::DecodedValue;
 using DAX::DAXIPC::DBUSLowLevel::TypeDescription;
 

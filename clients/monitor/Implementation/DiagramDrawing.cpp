@@ -4,12 +4,15 @@
 #include <cstdio>
 #include <set>
 
+#include "clients_common/Printable.h"
 #include "monitor/LineBreaks.h"
 #include "monitor/Values.h"
 
 namespace monitor {
 
 namespace {
+
+using clients_common::printable;
 
 // In pixels.
 const double TIMES = 136;      // the column of the times

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "clients_common/Printable.h"
 #include "monitor/LineBreaks.h"
 #include "monitor/Values.h"
 
 namespace monitor {
 
 namespace {
+
+using clients_common::printable;
 
 const std::size_t SIDE_WIDTH = 8;   // of the column that says whose method it is
 const std::size_t NUMBER_WIDTH = 5; // of a call's number; higher ones are wider

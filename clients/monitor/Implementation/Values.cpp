@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "clients_common/Printable.h"
+
 namespace monitor {
 
 namespace {
@@ -25,29 +27,6 @@ std::string bytesAsText(const DecodedValue& value, std::size_t most) {
     const std::string shown = hex(std::string_view(bytes).substr(0, most / 2));
     return "<" + std::to_string(count) + (count == 1 ? " byte" : " bytes") + (shown.empty() ? "" : ": ") + shown +
            (isCut ? "..." : "") + ">";
-}
-
-// How many bytes the letter has with which the text begins; 0 when it is none that prints: a control character, or no
-// UTF-8.
-std::size_t letterLength(std::string_view text) {
-    const auto byte = [&text](std::size_t index) {
-        return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
-    };
-    if (byte(0) < 0x80) {
-        return byte(0) >= 0x20 && byte(0) != 0x7f ? 1 : 0;
-    }
-    const std::size_t length = byte(0) >= 0xf0 ? 4 : byte(0) >= 0xe0 ? 3 : 2;
-    std::uint32_t letter = byte(0) & (0xffU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xc0U) != 0x80) {
-            return 0;
-        }
-        letter = (letter << 6U) | (byte(i) & 0x3fU);
-    }
-    const std::uint32_t least[] = {0, 0, 0xa0, 0x800, 0x10000}; // shorter forms exist below, and control characters
-    const bool isLetter = byte(0) >= 0xc2 && byte(0) <= 0xf4 && letter >= least[length] && letter <= 0x10ffff &&
-                          (letter < 0xd800 || letter > 0xdfff) && letter != 0xfffe && letter != 0xffff;
-    return isLetter ? length : 0;
 }
 
 // The name of an enumeration's number; empty when it has none.
@@ -88,17 +67,6 @@ std::string fractionAsText(double value) {
 
 } // namespace
 
-std::string printable(std::string_view text, std::size_t most) {
-    std::string shown;
-    std::size_t at = 0;
-    while (at < text.size() && at < most) {
-        const std::size_t length = letterLength(text.substr(at));
-        shown += length > 0 ? std::string(text.substr(at, length)) : "\\x" + hex(text.substr(at, 1));
-        at += length > 0 ? length : 1;
-    }
-    return at < text.size() ? shown + "..." : shown;
-}
-
 std::string valueAsText(const DecodedValue& value, std::size_t most) {
     if (value.type == nullptr) {
         return "?"; // the archive broke before it
@@ -113,7 +81,8 @@ std::string valueAsText(const DecodedValue& value, std::size_t most) {
         return fractionAsText(*fraction);
     }
     if (const auto* text = std::get_if<std::string>(&value.value)) {
-        return value.type->form == Form::BYTES ? bytesAsText(value, most) : "\"" + printable(*text, most) + "\"";
+        return value.type->form == Form::BYTES ? bytesAsText(value, most)
+                                               : "\"" + clients_common::printable(*text, most) + "\"";
     }
     switch (value.type->form) {
     case Form::LIST:

@@ -36,6 +36,14 @@ TEST(Failure, IsShownByItsDiagnosticWhenItHasNoText) {
     EXPECT_EQ((Failure{"CWrongKeys", "", "", "the whole\nchain"}.toString()), "CWrongKeys: the whole\nchain");
 }
 
+TEST(Failure, ShowsNothingThatATerminalObeys) {
+    EXPECT_EQ((Failure{"C\x1b[31m", "\x07", "It is\nbroken.", "chain"}.toString()),
+              "C\\x1b[31m (support code \\x07): It is\\x0abroken.");
+    EXPECT_EQ((Failure{"CWrongKeys", "", "", "the whole\n\x1b[31mchain"}.toString()),
+              "CWrongKeys: the whole\n\\x1b[31mchain");
+    EXPECT_EQ((Failure{"", "", "No\x1b[31m", "", true}.toString()), "No\\x1b[31m");
+}
+
 TEST(Failure, IsADocument) {
     EXPECT_EQ((Failure{"CWrongKeys", "E-42", "It is broken.", "chain"}.toJson().dump()),
               R"({"name":"CWrongKeys","supportCode":"E-42","text":"It is broken.","diagnostic":"chain",)"

@@ -151,6 +151,21 @@ TEST_F(UpgradeRunTest, IsRefusedWithTheNameAndThePriorityOfTheHolderAndWhatToDo)
                              R"(takes the service over.","outcome":"refused","kind":"refused"})");
 }
 
+TEST_F(UpgradeRunTest, ShowsNoNameOrVersionThatATerminalObeys) {
+    ServiceSearchResult found;
+    found.result = SERVICE_TRANSACTION_SUCCESS;
+    found.upgrade =
+        SingleUpgradeDescription{DAXCommon::OTN, {}, std::string("1\x1b[31m"), {}, DAXCommon::UPGRADE_KIND_REGULAR, 0};
+    EXPECT_CALL(*transaction, getSearchResult).WillOnce(Return(found));
+    EXPECT_THAT(run(), HasSubstr("Found version 1\\x1b[31m (scope 0, id )\n"));
+    letTheServiceBeHeldBy("\x1b]0;X\x07", 9);
+    EXPECT_THAT(run(), StartsWith("Refused: the service is held by \\x1b]0;X\\x07 with priority 9. "));
+    EXPECT_EQ(report["refusedBecause"], "the service is held by \x1b]0;X\x07 with priority 9");
+    plan.waits = true;
+    plan.waitSeconds = 1;
+    EXPECT_THAT(run(), StartsWith("Waiting: the service is held by \\x1b]0;X\\x07 with priority 9.\n"));
+}
+
 TEST_F(UpgradeRunTest, IsRefusedByAClientOfTheSameNameWhateverItsPriority) {
     plan.request = {"updater", 9, 2};
     letTheServiceBeHeldBy("updater", 3);

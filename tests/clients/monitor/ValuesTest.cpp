@@ -8,7 +8,6 @@ namespace DAX::Tests {
 namespace {
 
 using namespace DAXIPC::DBUSLowLevel;
-using monitor::printable;
 
 std::string replyAsText(const std::string& method, const std::string& archive, std::size_t most = 80) {
     return monitor::valuesAsText(decodeArchive(findMethod(Side::SERVICE, method)->reply, archive).values, most);
@@ -39,19 +38,6 @@ TEST(Values, AreTheSameInJson) {
     EXPECT_EQ(monitor::valuesAsJson(archive.values), nlohmann::ordered_json::parse(R"({"searchResult":
         {"result": "SUCCESS", "upgrade": {"upgradeType": "OTN", "upgradeId": "01ff", "version": "18.1",
          "updateInfo": "3c752f3e", "kind": "IMPORTANT", "scope": 2}}})"));
-}
-
-TEST(Values, CannotWriteToTheTerminalWhatDoesNotPrint) {
-    EXPECT_EQ(printable("a\x1b[31mb\n", 80), "a\\x1b[31mb\\x0a");
-    EXPECT_EQ(printable("\xc2\x9b", 80), "\\xc2\\x9b");
-    EXPECT_EQ(printable("\xff\xc3", 80), "\\xff\\xc3");
-    EXPECT_EQ(printable("\xc0\x80\xed\xa0\x80", 80), "\\xc0\\x80\\xed\\xa0\\x80");
-    EXPECT_EQ(printable("Gerät \xf0\x9f\x98\x80 €", 80), "Gerät \xf0\x9f\x98\x80 €");
-}
-
-TEST(Values, AreNotCutInTheMiddleOfALetter) {
-    EXPECT_EQ(printable("aé€", 2), "aé...");
-    EXPECT_EQ(printable("aé€", 4), "aé€");
 }
 
 } // namespace

@@ -106,7 +106,7 @@ TEST_F(InstallationLock, TellsInJsonThatItsFileIsTorn) {
 
 TEST_F(InstallationLock, SendsNoByteOfTheRecordToTheTerminalThatATerminalWouldObey) {
     lock(std::string("\x06\0\0\0a\x1b[7mb", 10) + "CHECKSUMED\x75\x0c\xcb\x74");
-    EXPECT_EQ(daxctl({}).output, shown("a?[7mb"));
+    EXPECT_EQ(daxctl({}).output, shown("a\\x1b[7mb"));
     EXPECT_EQ(json()["installing"], "a\x1b[7mb");
 }
 
