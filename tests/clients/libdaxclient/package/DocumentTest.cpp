@@ -9,8 +9,8 @@
 namespace DAX::Tests {
 namespace {
 
-std::vector<std::string> blocksOf(const std::string& document) {
-    const std::string begin = "```cpp\n";
+std::vector<std::string> blocksOf(const std::string& document, const std::string& language = "cpp") {
+    const std::string begin = "```" + language + "\n";
     std::vector<std::string> blocks;
     for (std::size_t at = document.find(begin); at != std::string::npos; at = document.find(begin, at)) {
         at += begin.size();
@@ -45,9 +45,31 @@ void compile(const Installed& installed, const std::string& text) {
     EXPECT_FALSE(testing::Test::HasFailure()) << text;
 }
 
+std::string document() {
+    return textOf(std::string(SOURCE_FOLDER) + "/docs/client.md");
+}
+
+TEST(Document, HasAFirstClientThatIsBuiltWithCMake) {
+    if (SANITIZED) {
+        GTEST_SKIP() << "the library needs programs that are built with the sanitizer";
+    }
+    const Installed installed;
+    const std::filesystem::path project = installed.root() / "project";
+    std::filesystem::create_directory(project);
+    const std::vector<std::string> builds = blocksOf(document(), "cmake");
+    ASSERT_EQ(builds.size(), 1U);
+    std::ofstream(project / "CMakeLists.txt") << builds.front();
+    std::ofstream(project / "first.cpp") << blocksOf(document()).front();
+    outputOf({CMAKE_PROGRAM, "-S", project.string(), "-B", (project / "build").string(), "-G", "Unix Makefiles",
+              "-DCMAKE_PREFIX_PATH=" + installed.prefix().string(), "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror",
+              "-Werror=dev"});
+    outputOf({CMAKE_PROGRAM, "--build", (project / "build").string()});
+    EXPECT_TRUE(std::filesystem::exists(project / "build/first"));
+}
+
 TEST(Document, HasCodeThatCompiles) {
     const Installed installed;
-    const std::vector<std::string> blocks = blocksOf(textOf(std::string(SOURCE_FOLDER) + "/docs/client.md"));
+    const std::vector<std::string> blocks = blocksOf(document());
     EXPECT_GE(std::count_if(blocks.begin(), blocks.end(), isProgram), 1);
     EXPECT_GE(blocks.size(), 5U);
     for (const std::string& block : blocks) {
