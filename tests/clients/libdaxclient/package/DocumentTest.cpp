@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "Installed.h"
+#include "support/Sanitizer.h"
 
 namespace DAX::Tests {
 namespace {
@@ -50,7 +51,7 @@ std::string document() {
 }
 
 TEST(Document, HasAFirstClientThatIsBuiltWithCMake) {
-    if (SANITIZED) {
+    if (HAS_SANITIZER) {
         GTEST_SKIP() << "the library needs programs that are built with the sanitizer";
     }
     const Installed installed;
