@@ -114,7 +114,7 @@ protected:
     pid_t keeper() const {
         for (const pid_t pid : processes()) {
             if (fileOfProcessHas("/proc/" + std::to_string(pid) + "/cmdline", "dbus-daemon")) {
-                return std::stoi(printedBy("ps -o ppid= -p " + std::to_string(pid)));
+                return std::stoi(printedBy("sed -n 's/^PPid://p' /proc/" + std::to_string(pid) + "/status"));
             }
         }
         return 0;
