@@ -57,6 +57,10 @@ struct Aim {
 
 const Aim NO_AIM = {Aim::Of::NOTHING, 0};
 
+Aim ratioUpTo(double limit) {
+    return {Aim::Of::RATIO, limit};
+}
+
 std::string aimText(const Aim& aim) {
     char text[32] = "";
     if (aim.of == Aim::Of::RATIO) {
@@ -83,13 +87,12 @@ void printRow(const char* figure, const char* unit, double bare, double daemon, 
 }
 
 void printTable(const std::string& title, const Figures& bare, const Figures& daemon) {
-    const auto ratio = [](double limit) { return Aim{Aim::Of::RATIO, limit}; };
     const auto value = [](double limit) { return Aim{Aim::Of::VALUE, limit}; };
     std::printf("\n%s\n%-42s %-4s %10s %10s %7s  %s\n", title.c_str(), "figure", "unit", "bare", "DAXService", "ratio",
                 "aim");
-    printRow("round trip, median", "us", bare.median, daemon.median, daemon.medianRatio, ratio(1.15));
-    printRow("round trip, 99th percentile", "us", bare.p99, daemon.p99, ratio(1.2));
-    printRow("server CPU per call", "us", bare.cpuPerCall, daemon.cpuPerCall, ratio(1.5));
+    printRow("round trip, median", "us", bare.median, daemon.median, daemon.medianRatio, ratioUpTo(1.15));
+    printRow("round trip, 99th percentile", "us", bare.p99, daemon.p99, ratioUpTo(1.2));
+    printRow("server CPU per call", "us", bare.cpuPerCall, daemon.cpuPerCall, ratioUpTo(1.5));
     printRow("private dirty memory after the warm-up", "kB", bare.memoryAfterWarmUp.privateDirtyKb,
              daemon.memoryAfterWarmUp.privateDirtyKb, NO_AIM);
     printRow("private dirty memory after all calls", "kB", bare.memoryAfterCalls.privateDirtyKb,
@@ -98,11 +101,11 @@ void printTable(const std::string& title, const Figures& bare, const Figures& da
              bare.memoryAfterCalls.privateDirtyKb - bare.memoryAfterWarmUp.privateDirtyKb,
              daemon.memoryAfterCalls.privateDirtyKb - daemon.memoryAfterWarmUp.privateDirtyKb, value(0));
     printRow("PSS after all calls", "kB", bare.memoryAfterCalls.pssKb, daemon.memoryAfterCalls.pssKb, value(6 * 1024));
-    printRow("cold activation to the first reply, median", "us", bare.activation, daemon.activation, ratio(1.6));
+    printRow("cold activation to the first reply, median", "us", bare.activation, daemon.activation, ratioUpTo(1.6));
     printRow("round trip among the other clients, median", "us", bare.medianAmongOthers, daemon.medianAmongOthers,
              daemon.medianAmongOthersRatio, NO_AIM);
     printRow("the same, of the one without them", "%", 100 * bare.growthAmongOthers(), 100 * daemon.growthAmongOthers(),
-             daemon.growthAmongOthersRatio(), ratio(1.15));
+             daemon.growthAmongOthersRatio(), ratioUpTo(1.15));
     std::fflush(stdout);
 }
 
@@ -122,7 +125,7 @@ void measureLibrary(const std::string& server, const Plan& plan) {
     const LibraryCost cost = measureLibraryCost(plan.calls, plan.blockLength);
     std::printf("\nThe client's own side\n%-42s %-4s %10s %10s %7s  %s\n", "figure", "unit", "proxies", "library",
                 "ratio", "aim");
-    printRow("client CPU per call, median", "us", cost.proxies, cost.library, cost.ratio, {Aim::Of::RATIO, 1.15});
+    printRow("client CPU per call, median", "us", cost.proxies, cost.library, cost.ratio, ratioUpTo(1.15));
 }
 
 void run(const std::string& server, const Plan& plan) {
