@@ -12,7 +12,7 @@ namespace DAX::Core {
 
 template <class Archive>
 void SearchResult::serialize(Archive& archive, unsigned int) {
-    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
+    DAXCommon::serializeFields(archive, *this);
 }
 
 template void SearchResult::serialize(boost::archive::text_oarchive&, unsigned int);

@@ -9,7 +9,7 @@ namespace DAX::Core {
 
 template <class Archive>
 void SearchingTransactionParameters::serialize(Archive& archive, unsigned int) {
-    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
+    DAXCommon::serializeFields(archive, *this);
 }
 
 template void SearchingTransactionParameters::serialize(boost::archive::text_oarchive&, unsigned int);

@@ -10,7 +10,7 @@ namespace DAX::Core {
 
 template <class Archive>
 void TransactionProgress::serialize(Archive& archive, unsigned int) {
-    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
+    DAXCommon::serializeFields(archive, *this);
 }
 
 template void TransactionProgress::serialize(boost::archive::text_oarchive&, unsigned int);

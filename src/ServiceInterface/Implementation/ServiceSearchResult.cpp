@@ -10,7 +10,7 @@ namespace DAX::Service {
 
 template <class Archive>
 void ServiceSearchResult::serialize(Archive& archive, unsigned int) {
-    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
+    DAXCommon::serializeFields(archive, *this);
 }
 
 template void ServiceSearchResult::serialize(boost::archive::text_oarchive&, unsigned int);

@@ -12,7 +12,7 @@ namespace DAX::Service {
 
 template <class Archive>
 void SingleUpgradeDescription::serialize(Archive& archive, unsigned int) {
-    forEachField(*this, [&archive](const char*, auto& field) { DAXCommon::serializeField(archive, field); });
+    DAXCommon::serializeFields(archive, *this);
 }
 
 template void SingleUpgradeDescription::serialize(boost::archive::text_oarchive&, unsigned int);
