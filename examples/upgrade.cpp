@@ -54,7 +54,7 @@ int upgrade(const dax::StopSource& stop) {
         std::puts("The installation has not succeeded.");
         return EXIT_FAILURE;
     }
-    // From here on the service refuses everyone until the device has started anew.
+    // From here on the service refuses everyone until the installation lock is removed.
     if (transaction.finalize({}, false, showing("finalization", stop)) != dax::Outcome::SUCCEEDED) {
         std::puts("The finalization has not succeeded.");
         return EXIT_FAILURE;

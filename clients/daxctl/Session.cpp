@@ -44,7 +44,7 @@ std::string whyRefused(const dax::Refusal& refusal) {
 
 std::string whatToDo(const dax::Refusal& refusal) {
     if (isInstallationLocked().value_or(false)) {
-        return "Restart the device, which ends the installation.";
+        return "Restart the device, which ends the installation, or see daxctl installation-lock.";
     }
     switch (refusal.reason()) {
     case dax::Refusal::Reason::SAME_CLIENT:

@@ -668,7 +668,7 @@ TEST_F(Desk, IsWhereTheDemoRunsAWholeUpgrade) {
                 HasSubstr("\n== From now on the service refuses everyone\n"
                           "$ daxctl upgrade --name impatient --priority 9\n"
                           "Refused: an installation lock is in force. Restart the device, which ends the "
-                          "installation.\n"));
+                          "installation, or see daxctl installation-lock.\n"));
     EXPECT_EQ(finished.errors, "");
     EXPECT_EQ(finished.end, ProcessEnd::exited(0));
 }

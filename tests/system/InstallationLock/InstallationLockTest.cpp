@@ -218,7 +218,8 @@ TEST_F(InstallationLock, IsTheOneThatAFinalizedUpgradeLeaves) {
     EXPECT_EQ(desk.run("daxctl", {"upgrade"}).end, DONE);
     EXPECT_EQ(json()["installing"], "Type: OTN(F) from: 1000 to: 1100");
     EXPECT_EQ(desk.run("daxctl", {"search"}).errors,
-              "Refused: an installation lock is in force. Restart the device, which ends the installation.\n");
+              "Refused: an installation lock is in force. Restart the device, which ends the installation, or see "
+              "daxctl installation-lock.\n");
     EXPECT_EQ(daxctl({"release", "--yes"}).end, DONE);
     EXPECT_EQ(desk.run("daxctl", {"search"}).end, DONE);
 }

@@ -514,7 +514,8 @@ public:
     // later. Nobody has its number then, but for the service's log: releaseLock() takes it from there.
     Lock lock(Priority priority);
 
-    // The same without an object: the lock stays until it is released or the service ends.
+    // The same without an object: the lock stays until it is released or the service ends. It may come into force after
+    // a TIMED_OUT here, too.
     LockId acquireLock(Priority priority);
 
     // Releases a lock that a client of the same name has acquired.
