@@ -110,10 +110,15 @@ Answer ClientUnderTest::must(Caller caller, const std::string& method, const std
     return answer;
 }
 
-void ClientUnderTest::open() {
-    const Answer granted =
+bool ClientUnderTest::isGranted() {
+    const Answer answer =
         must(Caller::MANAGER, "getService", encode(4, std::string("update app"), 2, SESSION_PROXY, CONNECTION));
-    ASSERT_EQ(std::get<0>(decode<std::string>(granted.archive)), ManagerNames::CONNECTION_NAME);
+    return std::get<0>(decode<std::string>(answer.archive)) == ManagerNames::CONNECTION_NAME;
+}
+
+void ClientUnderTest::open() {
+    // The lock of a client that has gone holds until the daemon has seen that.
+    ASSERT_TRUE(waitUntil([this] { return isGranted(); }));
     must(Caller::SESSION, "helloMessage", encode(SESSION_PROXY));
     m_owner = must(Caller::MANAGER, "getServiceOwner", "");
     m_priority = must(Caller::SESSION, "getClientPriority", encode());

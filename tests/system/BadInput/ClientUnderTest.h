@@ -34,6 +34,7 @@ protected:
 
     // Checks that nobody has a session.
     bool isFree();
+    bool isGranted();
 
     // Checks that no peer has got a reply that it did not ask for.
     void expectNoOtherReplies();
