@@ -52,6 +52,8 @@ if(DAX_FUZZ)
 endif()
 
 include(${CMAKE_CURRENT_LIST_DIR}/PrecompiledHeaders.cmake)
+# Everything that people run, and nothing else.
+add_custom_target(production)
 
 # Sources of production code, but those of platform/host, are compiled four together, unless each has to show that it
 # includes what it uses: what they share of headers and templates costs a compiler more than they do.
@@ -79,6 +81,7 @@ function(dax_module target)
     dax_harden(${target})
     dax_precompile(${target} ${ARG_ARCHIVES})
     dax_compile_together(${target} ${ARG_ALONE})
+    add_dependencies(production ${target})
   else()
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE dax_build ${ARG_PUBLIC} ${ARG_PRIVATE})
@@ -106,6 +109,7 @@ function(dax_program target)
   target_link_libraries(${target} PRIVATE dax_build ${ARG_LINK} kovan_platform)
   dax_harden(${target})
   dax_precompile(${target} ${ARG_ARCHIVES})
+  add_dependencies(production ${target})
   dax_link_runtime(${target})
   set_target_properties(${target} PROPERTIES KOVAN_IMPLEMENTATION kovan_platform)
 endfunction()
