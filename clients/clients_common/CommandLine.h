@@ -130,9 +130,9 @@ public:
     std::optional<int> parse(int argc, const char* const* argv);
 
     // Parses the arguments, runs the command that they chose and returns the program's exit status: that of the
-    // command, EXIT_USAGE after WrongUsage, EXIT_REFUSED after any other exception, or what parse() returned. The
-    // exception's text goes to standard error behind the program's name, and with --json into a document
-    // {"error": text, "kind": …} as well, whose kinds are those of Output.h.
+    // command, EXIT_USAGE after WrongUsage, EXIT_REFUSED after any other exception and when standard output could not
+    // be written, or what parse() returned. The exception's text goes to standard error behind the program's name, and
+    // with --json into a document {"error": text, "kind": …} as well, whose kinds are those of Output.h.
     int run(int argc, const char* const* argv);
 
 private:

@@ -13,4 +13,11 @@ inline constexpr char KIND_USAGE[] = "usage"; // the command line was wrong
 // are not UTF-8 are replaced.
 void printJson(const nlohmann::ordered_json& document);
 
+// Writes out what is buffered for standard output. Throws Refusal when that, or anything before it, could not be
+// written.
+void flushOutput();
+
+// What could not be written to standard output until now is no failure any more.
+void forgetLostOutput();
+
 } // namespace clients_common

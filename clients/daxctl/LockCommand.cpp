@@ -10,6 +10,7 @@
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
 #include "daxctl/HeldLock.h"
+#include "daxctl/LongOutput.h"
 #include "daxctl/RequestOptions.h"
 #include "daxctl/Session.h"
 
@@ -34,14 +35,28 @@ int reportDenied(dax::Client& client, bool json) {
     return clients_common::EXIT_REFUSED;
 }
 
+// Throws Refusal when nobody gets it.
+void printNumber(dax::LockId id, bool json) {
+    LongOutput output;
+    if (json) {
+        clients_common::printJson({{"outcome", "acquired"}, {"id", id}});
+    } else {
+        std::printf("%u\n", id);
+    }
+    if (!output.flush()) {
+        throw clients_common::Refusal("The standard output cannot be written: nobody reads it");
+    }
+}
+
 int acquire(const Request& request, bool json) {
     dax::Client client = connectToDaemon(request.clientName);
     try {
         const dax::LockId id = client.acquireLock(dax::Priority(request.priority));
-        if (json) {
-            clients_common::printJson({{"outcome", "acquired"}, {"id", id}});
-        } else {
-            std::printf("%u\n", id);
+        try {
+            printNumber(id, json);
+        } catch (const clients_common::Refusal&) {
+            client.releaseLock(id); // nobody else could
+            throw;
         }
         return clients_common::EXIT_DONE;
     } catch (const dax::Error& error) {

@@ -9,6 +9,7 @@
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "clients_common/ExitStatus.h"
+#include "clients_common/Output.h"
 #include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/Interruption.h"
@@ -252,9 +253,13 @@ int runMonitor(const MonitorOptions& options, bool json) {
     try {
         return show();
     } catch (const std::exception& error) { // one line, as all of them
+        if (!std::cout) {
+            throw; // it could not be written either
+        }
         std::cerr << "daxctl: " << clients_common::printableLines(error.what()) << std::endl;
         monitor::JsonView(std::cout).write({{"event", "error"}, {"error", error.what()}});
         std::cout.flush();
+        clients_common::forgetLostOutput(); // one line is told, and says more
         return clients_common::EXIT_REFUSED;
     }
 }

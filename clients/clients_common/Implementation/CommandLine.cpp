@@ -218,7 +218,9 @@ std::optional<int> Program::parse(int argc, const char* const* argv) {
 int Program::run(int argc, const char* const* argv) {
     try {
         const std::optional<int> ended = parse(argc, argv);
-        return ended ? *ended : m_parser->choice.action(m_parser->choice.json);
+        const int status = ended ? *ended : m_parser->choice.action(m_parser->choice.json);
+        flushOutput();
+        return status;
     } catch (const WrongUsage& error) {
         return reportFailure(error.what(), KIND_USAGE);
     } catch (const Refusal& error) {

@@ -1,13 +1,42 @@
 #include "clients_common/Output.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <iostream>
+#include <string>
 
 #include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include "clients_common/CommandLine.h"
 
 namespace clients_common {
 
+namespace {
+
+// A stream does not tell why it has failed, so that one more line end has to fail.
+int writingError() {
+    return ::write(STDOUT_FILENO, "\n", 1) < 0 ? errno : EIO;
+}
+
+} // namespace
+
 void printJson(const nlohmann::ordered_json& document) {
     std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << std::endl;
+}
+
+void flushOutput() {
+    std::cout.flush();
+    std::fflush(stdout);
+    if (!std::cout || std::ferror(stdout) != 0) {
+        throw Refusal(std::string("The standard output cannot be written: ") + std::strerror(writingError()));
+    }
+}
+
+void forgetLostOutput() {
+    std::cout.clear();
+    std::clearerr(stdout);
 }
 
 } // namespace clients_common

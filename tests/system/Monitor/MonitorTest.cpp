@@ -281,6 +281,20 @@ TEST_F(MonitorTest, SaysWhenItsOutputCannotBeWritten) {
                                          "ended with 1\n"));
 }
 
+TEST_F(MonitorTest, SaysOneThingWhenItsDocumentsCannotBeWritten) {
+    Command command;
+    command.line = inShell("--json", "> /dev/full");
+    Process shell(command);
+    ASSERT_TRUE(shell.waitForErrors("Watching the bus."));
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    EXPECT_EQ(shell.waitForEnd(), ProcessEnd::exited(0));
+    EXPECT_EQ(shell.errors(), "Watching the bus. Ctrl-C ends.\n"
+                              "daxctl: The standard output cannot be written: No space left on device\n"
+                              "ended with 1\n");
+    command.environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nowhere/bus";
+    EXPECT_THAT(run(command).errors, MatchesRegex("daxctl: There is no system bus: [^\n]*\nended with 1\n"));
+}
+
 TEST_F(MonitorTest, TellsWhatItHasSeenWhenTheDiskOfItsCaptureIsFull) {
     watch({"--write", "/dev/full"});
     ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
