@@ -42,7 +42,9 @@ bool Interruption::wait(std::chrono::milliseconds time) {
 int Interruption::next(std::chrono::milliseconds time) {
     const timespec limit{time.count() / 1000, (time.count() % 1000) * 1000000};
     const int signal = std::max(sigtimedwait(&m_signals, nullptr, &limit), 0);
-    m_requested = m_requested || signal != 0;
+    if (signal != 0) {
+        m_requested = true;
+    }
     return signal;
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 
 namespace daxctl {
 
 // Blocks SIGINT, SIGTERM and SIGHUP, except those that the process was started with ignored, so that a command can look
-// for them when it is ready and end in good order. Make one for the process, before there are other threads.
+// for them when it is ready and end in good order. Make one for the process, before there are other threads. Any thread
+// may ask it.
 class Interruption {
 public:
     Interruption();
@@ -22,9 +24,12 @@ public:
 
     bool requested() { return wait(std::chrono::milliseconds(0)); }
 
+    // Those that it blocks.
+    const sigset_t& signals() const { return m_signals; }
+
 private:
-    sigset_t m_signals;
-    bool m_requested = false;
+    const sigset_t m_signals;
+    std::atomic<bool> m_requested{false};
 };
 
 } // namespace daxctl

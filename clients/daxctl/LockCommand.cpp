@@ -1,5 +1,8 @@
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -13,6 +16,7 @@
 #include "daxctl/LongOutput.h"
 #include "daxctl/RequestOptions.h"
 #include "daxctl/Session.h"
+#include "daxctl/SilenceGuard.h"
 
 namespace daxctl {
 
@@ -75,24 +79,40 @@ int release(const Request& request, dax::LockId id, bool json) {
     return clients_common::EXIT_DONE;
 }
 
+void sayLockIsUnknown(bool json) {
+    reportSilence("The update service does not answer. Should it give the lock later, its log has the number.", json);
+}
+
+void sayReleaseIsOnItsWay(dax::LockId id, bool json) {
+    reportSilence("The update service does not answer. It has been asked to release the lock " + std::to_string(id) +
+                      ", and does so when it goes on.",
+                  json);
+}
+
+int reportEnd(HeldLock& lock, int status, bool json) {
+    const bool held = lock.release();
+    if (json) {
+        nlohmann::ordered_json report = {{"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}};
+        if (!held) {
+            report["kind"] = clients_common::KIND_FAILED;
+        }
+        clients_common::printJson(report);
+    }
+    return held ? status : clients_common::EXIT_REFUSED;
+}
+
 // With --json, standard output is for the document alone, so the output of the command goes to standard error.
 int hold(const Request& request, const std::vector<std::string>& commandLine, bool json) {
     Interruption interruption;
     const ChildOutput output = json ? ChildOutput::TO_ERRORS : ChildOutput::TO_OUTPUT;
+    std::optional<SilenceGuard> guard(std::in_place, interruption, [json] { sayLockIsUnknown(json); });
     dax::Client client = connectToDaemon(request.clientName);
     try {
         HeldLock lock(client.lock(dax::Priority(request.priority)));
+        guard.reset(); // the command gets the signals
         const int status = runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
-        const bool held = lock.release();
-        if (json) {
-            nlohmann::ordered_json report = {
-                {"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}};
-            if (!held) {
-                report["kind"] = clients_common::KIND_FAILED;
-            }
-            clients_common::printJson(report);
-        }
-        return held ? status : clients_common::EXIT_REFUSED;
+        guard.emplace(interruption, [id = lock.id(), json] { sayReleaseIsOnItsWay(id, json); });
+        return reportEnd(lock, status, json);
     } catch (const dax::Error& error) {
         if (!isDenied(error)) {
             throw;

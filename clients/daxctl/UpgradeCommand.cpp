@@ -54,9 +54,15 @@ int printFound(const nlohmann::ordered_json& found) {
     return clients_common::EXIT_DONE;
 }
 
+// A bus can be silent, too.
+dax::Client connect(const UpgradePlan& plan, Interruption& interruption, bool json) {
+    const SilenceGuard guard(interruption, [json] { reportSilence("The bus does not answer.", json); });
+    return connectToDaemon(plan.request.clientName);
+}
+
 int runPlan(const UpgradePlan& plan, bool json) {
     Interruption interruption;
-    dax::Client client = connectToDaemon(plan.request.clientName);
+    dax::Client client = connect(plan, interruption, json);
     UpgradeRun run(client, plan, interruption, json);
     const bool succeeded = run.run();
     if (json) {

@@ -49,13 +49,24 @@ bool UpgradeRun::run() {
         if (!session) {
             return end("cancelled", "Interrupted while waiting for the service.");
         }
-        dax::Transaction transaction = session->start(static_cast<dax::UpgradeType>(m_plan.upgradeType));
-        const bool done = runTransaction(transaction);
-        session->end("The client has finished.");
-        return done;
+        return runSession(std::move(*session));
     } catch (const dax::Refusal& refusal) {
         return refused(refusal);
     }
+}
+
+bool UpgradeRun::runSession(dax::Session session) {
+    SilenceGuard guard(
+        m_interruption, [this] { saySilence(); }, m_plan.patience);
+    m_guard = &guard;
+    // Its end may call the daemon, so that it has to come before that of the guard.
+    dax::Session guarded = std::move(session);
+    dax::Transaction transaction = guarded.start(static_cast<dax::UpgradeType>(m_plan.upgradeType));
+    guard.heard();
+    const bool done = runTransaction(transaction);
+    guard.heard();
+    guarded.end("The client has finished.");
+    return done;
 }
 
 // Empty after an interruption while it waited.
@@ -64,6 +75,8 @@ std::optional<dax::Session> UpgradeRun::request() {
     std::string told;
     for (;;) {
         try {
+            const SilenceGuard guard(
+                m_interruption, [this] { saySilence(); }, m_plan.patience);
             return m_client.request(dax::Priority(m_plan.request.priority),
                                     dax::TransactionType(m_plan.request.transactionType));
         } catch (const dax::Refusal& refusal) {
@@ -162,6 +175,7 @@ bool UpgradeRun::follow(const std::string& name, const Step& run) {
     waiting.interval = POLL_INTERVAL;
     waiting.stop = stop.token();
     waiting.onProgress = [&](const dax::Progress& progress) {
+        m_guard->heard();
         display.show(progress);
         const bool isUnderWay = progress.state != dax::State::SUCCEEDED && progress.state != dax::State::FAILED;
         if (isUnderWay && m_interruption.requested()) {
@@ -179,6 +193,12 @@ bool UpgradeRun::follow(const std::string& name, const Step& run) {
         display.finish("done");
         return true;
     }
+}
+
+// Called on another thread, while this object is in a call.
+void UpgradeRun::saySilence() const {
+    reportSilence("The update service does not answer. It ends the session itself, since this client leaves the bus.",
+                  m_silent);
 }
 
 bool UpgradeRun::cancelled(const std::string& what) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <set>
@@ -12,6 +13,7 @@
 #include "daxctl/Interruption.h"
 #include "daxctl/ProgressDisplay.h"
 #include "daxctl/Session.h"
+#include "daxctl/SilenceGuard.h"
 
 namespace daxctl {
 
@@ -25,13 +27,15 @@ struct UpgradePlan {
     bool finalize = true;
     bool finalizationFlag = false;
     ProgressOutput progress;
-    bool waits = false;             // ask again until the service is granted
-    std::optional<int> waitSeconds; // but give up after so long
+    std::chrono::milliseconds patience = SilenceGuard::PATIENCE; // with a silent daemon, after an interruption
+    bool waits = false;                                          // ask again until the service is granted
+    std::optional<int> waitSeconds;                              // but give up after so long
 };
 
 // One run through search, installation and finalization, with its progress shown as planned, and what people have to
 // know on standard error; silent, it shows only a progress whose style was chosen. It stops at the
-// first step that does not succeed; an interruption cancels the transaction at the core.
+// first step that does not succeed; an interruption cancels the transaction at the core. When the daemon is silent
+// then, the whole process ends, see SilenceGuard.
 class UpgradeRun {
 public:
     UpgradeRun(dax::Client& client, const UpgradePlan& plan, Interruption& interruption, bool silent);
@@ -46,6 +50,7 @@ private:
     using Step = std::function<dax::Outcome(const dax::Waiting&)>;
 
     std::optional<dax::Session> request();
+    bool runSession(dax::Session session);
     bool refused(const dax::Refusal& refusal);
     bool runTransaction(dax::Transaction& transaction);
     bool search(dax::Transaction& transaction);
@@ -54,11 +59,13 @@ private:
     ProgressOutput progressOutput() const;
     bool cancelled(const std::string& what);
     bool end(const std::string& outcome, const std::string& message);
+    void saySilence() const;
 
     dax::Client& m_client;
     const UpgradePlan& m_plan;
     Interruption& m_interruption;
     bool m_silent;
+    SilenceGuard* m_guard = nullptr; // of the session
     nlohmann::ordered_json m_report;
 };
 

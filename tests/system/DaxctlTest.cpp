@@ -40,6 +40,23 @@ protected:
     Desk desk;
 };
 
+// A command promises to end within a second; the machine may be busy.
+const std::chrono::seconds SOON(5);
+
+// A process that does nothing, until the end of the object at the latest.
+class Stopped {
+public:
+    explicit Stopped(pid_t pid) : m_pid(pid) { kill(m_pid, SIGSTOP); }
+    ~Stopped() { end(); }
+    Stopped(const Stopped&) = delete;
+    Stopped& operator=(const Stopped&) = delete;
+
+    void end() const { kill(m_pid, SIGCONT); }
+
+private:
+    const pid_t m_pid;
+};
+
 TEST_F(Daxctl, StatusTellsWhatIsKnown) {
     EXPECT_EQ(jsonOf({"status"}), nlohmann::json::parse(R"({"daemonWasRunning": false, "owner": null,
         "lastSearch": null, "installationLock": false, "blockingExternalLock": false, "staleExternalLockSetting": false,
@@ -408,6 +425,64 @@ TEST_F(DaxctlLockHold, LetsACommandTidyUpAfterTwoDifferentSignals) {
     sendAndWait(*held, SIGHUP);
     letTheCommandEnd();
     EXPECT_EQ(held->waitForEnd(), ProcessEnd::exited(7));
+}
+
+TEST_F(DaxctlLockHold, EndsSoonAfterCtrlCWhenTheDaemonIsSilentWhichReleasesTheLockLater) {
+    const auto held = hold();
+    const Stopped silence(desk.daemon());
+    held->send(SIGINT);
+    EXPECT_EQ(held->waitForEnd(SOON), ProcessEnd::exited(1));
+    EXPECT_EQ(held->errors(),
+              "started\nInterrupted. The update service does not answer. It has been asked to release the "
+              "lock 1, and does so when it goes on.\n");
+    silence.end();
+    EXPECT_TRUE(desk.waitForMessage("External lock 1 is being released by builder"));
+}
+
+// Commands that are in their first call when somebody wants their end.
+class DaxctlInSilence : public Daxctl, public WithParamInterface<std::tuple<std::vector<std::string>, int>> {};
+
+TEST_P(DaxctlInSilence, EndsSoonAfterASignal) {
+    ASSERT_EQ(daxctl({"status"}).end, ProcessEnd::exited(0));
+    const Stopped silence(desk.daemon());
+    const auto [arguments, signal] = GetParam();
+    const auto process = desk.start("daxctl", arguments);
+    ASSERT_TRUE(waitUntil([&] { return !desk.namelessConnectionsOf(process->pid()).empty(); }));
+    process->send(signal);
+    EXPECT_EQ(process->waitForEnd(SOON), ProcessEnd::exited(1));
+    EXPECT_THAT(process->errors(), StartsWith("Interrupted. The update service does not answer. "));
+    silence.end();
+    if (arguments[0] != "lock") {
+        EXPECT_EQ(daxctl({"upgrade", "--name", "other", "--wait=20"}).end, ProcessEnd::exited(0));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(WithEachCommand, DaxctlInSilence,
+                         Combine(Values(std::vector<std::string>{"upgrade"},
+                                        std::vector<std::string>{"upgrade", "--wait"},
+                                        std::vector<std::string>{"lock", "hold", "--", "true"}),
+                                 Values(SIGINT, SIGTERM)));
+
+TEST_F(Daxctl, AnInterruptionInSilenceIsTheSameInJson) {
+    ASSERT_EQ(daxctl({"status"}).end, ProcessEnd::exited(0));
+    const Stopped silence(desk.daemon());
+    const auto process = desk.start("daxctl", {"search", "--json"});
+    ASSERT_TRUE(waitUntil([&] { return !desk.namelessConnectionsOf(process->pid()).empty(); }));
+    process->send(SIGINT);
+    EXPECT_EQ(process->waitForEnd(SOON), ProcessEnd::exited(1));
+    EXPECT_EQ(nlohmann::json::parse(process->output()),
+              nlohmann::json::parse(R"({"outcome": "interrupted", "kind": "failed"})"));
+}
+
+TEST_F(Daxctl, CtrlCInSilenceEndsARunningUpgradeWhichTheDaemonCancelsLater) {
+    const auto client = holder("updater", "3");
+    const Stopped silence(desk.daemon());
+    client->send(SIGINT);
+    EXPECT_EQ(client->waitForEnd(SOON), ProcessEnd::exited(1));
+    EXPECT_EQ(client->errors(), "Search: started\nInterrupted. The update service does not answer. It ends the session "
+                                "itself, since this client leaves the bus.\n");
+    silence.end();
+    EXPECT_TRUE(desk.waitForCoreCall("cancelCoreTransaction"));
 }
 
 TEST_F(Daxctl, FactoryResetReachesTheCore) {

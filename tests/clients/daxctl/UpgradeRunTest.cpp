@@ -58,6 +58,7 @@ private:
 class UpgradeRunTest : public Test {
 protected:
     UpgradeRunTest() {
+        plan.patience = std::chrono::hours(1); // the mocks always answer
         ON_CALL(manager, getService).WillByDefault(Return(service));
         ON_CALL(*service, startNewTransaction).WillByDefault(Return(transaction));
         const ServiceTransactionProgress done{SERVICE_TRANSACTION_SUCCESS, 100, boost::none};
