@@ -179,7 +179,7 @@ int list(const std::string& prefix, bool json) {
     }
     for (const Json& info : document) {
         std::cout << info["key"].get<std::string>() << ' ' << info["type"].get<std::string>() << ' '
-                  << info["value"].dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+                  << clients_common::jsonText(info["value"]) << '\n';
     }
     return EXIT_DONE;
 }

@@ -5,6 +5,7 @@
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "clients_common/Printable.h"
 #include "host/Settings.h"
 #include "kovanctl/Commands.h"
 #include "kovanctl/SettingValue.h"
@@ -66,8 +67,8 @@ int unset(const std::string& key, bool json) {
 }
 
 void printLine(const std::string& key, const SettingsValue& value) {
-    std::cout << key << ' ' << typeOf(value) << ' '
-              << toJson(value).dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << clients_common::printable(key) << ' ' << typeOf(value) << ' '
+              << clients_common::jsonText(toJson(value)) << '\n';
 }
 
 int list(const std::string& prefix, bool json) {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "clients_common/CommandLine.h"
+#include "clients_common/Printable.h"
 
 namespace clients_common {
 
@@ -22,8 +23,12 @@ int writingError() {
 
 } // namespace
 
+std::string jsonText(const nlohmann::ordered_json& document, int indent) {
+    return printableJson(document.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
 void printJson(const nlohmann::ordered_json& document) {
-    std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << std::endl;
+    std::cout << jsonText(document, 2) << std::endl;
 }
 
 void flushOutput() {

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "clients_common/Output.h"
 #include "monitor/TextView.h"
 #include "monitor/Values.h"
 
@@ -128,7 +129,7 @@ void JsonView::onNote(const NoteEvent& note) {
 }
 
 void JsonView::write(const Json& object) {
-    m_out << object.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+    m_out << clients_common::jsonText(object) << "\n";
 }
 
 } // namespace monitor
