@@ -72,6 +72,11 @@ Reason reasonOf(std::string_view busError) {
     return Reason::NO_SERVICE;
 }
 
+// Without a connection the names mean little, but for a bus that does not answer.
+Reason reasonOfNoConnection(std::string_view busError) {
+    return reasonOf(busError) == Reason::TIMED_OUT ? Reason::TIMED_OUT : Reason::NO_BUS;
+}
+
 template <class Tag>
 std::string textOf(const boost::exception& exception) {
     const std::string* const text = boost::get_error_info<Tag>(exception);
@@ -119,7 +124,8 @@ void throwTranslated() {
     } catch (const ForeignException& exception) {
         throw reported(exception);
     } catch (const Wrapper::ErrorConnectingToDBUS& exception) {
-        throw unreachable(Reason::NO_BUS, exception);
+        const std::string busError = textOf<DAX::Common::DBUSWrapper::errinfo_bus_error>(exception);
+        throw unreachable(reasonOfNoConnection(busError), exception);
     } catch (const Wrapper::RemoteObjectActivationTimedOut& exception) {
         throw unreachable(Reason::NO_SERVICE, exception);
     } catch (const Wrapper::DBUSWrapperException& exception) {

@@ -21,8 +21,8 @@ struct ClientConnection {
 
 // A factory of proxies over such connections. It differs from the default one in three things: `type`,
 // `activationTimeoutMs` and `callTimeoutMs` of its create() have no effect; connecting to a bus that does not answer
-// ends after the time-out; the exceptions of the proxies carry errinfo_bus_error where the bus library gave a name,
-// which is DBUS_ERROR_TIMEOUT exactly when there was no reply in time. Any thread.
+// ends after the time-out; the exceptions of the factory and of its proxies carry errinfo_bus_error where the bus
+// library gave a name, which is DBUS_ERROR_TIMEOUT exactly when there was no reply in time. Any thread.
 std::unique_ptr<IDBUSProxy::IDBUSProxyFactory> createClientProxyFactory(ClientConnection connection);
 
 } // namespace DAX::Common::DBUSWrapper

@@ -4,13 +4,11 @@
 #include <set>
 
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include "FakeService.h"
 #include "Steps.h"
 #include "support/PrivateBus.h"
+#include "support/SilentBus.h"
 #include "support/TemporaryRoot.h"
 #include "support/WireGoldens.h"
 
@@ -59,23 +57,23 @@ TEST(Connection, TakesTheAddressThatItIsGiven) {
     EXPECT_EQ(failure.busError(), "org.freedesktop.DBus.Error.ServiceUnknown");
 }
 
-TEST(Connection, ToABusThatSaysNothingEndsAfterTheTimeOut) {
-    const TemporaryRoot root;
-    const std::string path = (root / "silent").string();
-    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(listener, 1), 0);
+class ConnectionToASilentBus : public TestWithParam<SilentBus::Kind> {};
+
+TEST_P(ConnectionToASilentBus, EndsAfterTheTimeOut) {
+    const SilentBus bus(GetParam());
     dax::Options options;
-    options.busAddress = "unix:path=" + path;
-    options.callTimeout = milliseconds(100);
+    options.busAddress = bus.address();
+    options.callTimeout = milliseconds(300);
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(unreachableBy([&] { dax::Client client("me", options); }).reason(), Reason::NO_BUS);
+    const dax::Unreachable failure = unreachableBy([&] { dax::Client client("me", options); });
+    EXPECT_EQ(failure.reason(), Reason::TIMED_OUT);
+    EXPECT_EQ(failure.busError(), "org.freedesktop.DBus.Error.Timeout");
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(300));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
-    close(listener);
 }
+
+INSTANTIATE_TEST_SUITE_P(OfEachKind, ConnectionToASilentBus,
+                         Values(SilentBus::Kind::HAS_ROOM, SilentBus::Kind::IS_FULL));
 
 TEST(Connection, NeedsATimeOutThatIsOne) {
     dax::Options options;

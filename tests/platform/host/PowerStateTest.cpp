@@ -9,10 +9,12 @@
 #include <gtest/gtest.h>
 
 #include "host/PowerFile.h"
+#include "support/CountThreads.h"
 #include "support/ForkedProcess.h"
 #include "support/OrdinaryUser.h"
 #include "support/TemporaryRoot.h"
 
+using DAX::Tests::countThreads;
 using DAX::Tests::ForkedProcess;
 using DAX::Tests::OrdinaryUser;
 using DAX::Tests::TemporaryRoot;
@@ -33,11 +35,6 @@ std::vector<std::string> textsOf(const std::vector<KovanHost::PowerRecord>& reco
         texts.push_back(record.name + " " + std::to_string(record.number));
     }
     return texts;
-}
-
-std::ptrdiff_t countThreads() {
-    const std::filesystem::directory_iterator threads("/proc/self/task");
-    return std::distance(begin(threads), end(threads));
 }
 
 class PowerStateTest : public testing::Test {

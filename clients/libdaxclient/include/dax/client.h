@@ -249,7 +249,7 @@ public:
         NOT_ALLOWED, // the bus does not pass the call on. Either this process may not call the service: be root or a
                      // member of the group dax. Or a queue of the bus is full, which passes by itself: then busError()
                      // is "org.freedesktop.DBus.Error.LimitsExceeded"
-        TIMED_OUT    // no answer within Options::callTimeout
+        TIMED_OUT    // no answer of the service, or of the bus, within Options::callTimeout
     };
 
     // `busError` may be empty.
@@ -476,8 +476,8 @@ struct Options {
 class DAX_API Client {
 public:
     // Connects to the bus; the service is not called. `name` is how the client is called in refusals to others, in
-    // logs, and by whom its locks can be released; choose one that no other program has. Throws Unreachable (NO_BUS),
-    // and std::invalid_argument for a time-out below 1 ms.
+    // logs, and by whom its locks can be released; choose one that no other program has. Throws Unreachable (NO_BUS,
+    // and TIMED_OUT when the bus does not answer), and std::invalid_argument for a time-out below 1 ms.
     explicit Client(std::string name, Options options = {});
     Client(Client&&) noexcept;
     Client& operator=(Client&&) noexcept;

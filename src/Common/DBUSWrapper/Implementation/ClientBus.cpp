@@ -9,6 +9,7 @@
 #include <poll.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Common/DBUSWrapper/Implementation/ConnectionOpening.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Common/DBUSWrapper/Implementation/SystemBus.h"
 #include "Utility/Utils/ErrInfoStream.h"
@@ -64,8 +65,7 @@ DBUSMessageHandle answerTo(dbus_uint32_t serial, DBusConnection& connection, Clo
 }
 
 // What dbus_bus_register() does, which cannot be told how long to wait.
-void sayHelloToTheBus(DBusConnection& connection, int timeoutMs) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+void sayHelloToTheBus(DBusConnection& connection, Clock::time_point deadline) {
     const DBUSMessageHandle hello(
         dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "Hello"));
     dbus_uint32_t serial = 0;
@@ -92,13 +92,13 @@ int timeoutOf(const ClientConnection& connection) {
 }
 
 DBUSConnectionHandle openClientConnection(const ClientConnection& how) {
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutOf(how));
     DBUSError error;
-    const std::string address = how.address.empty() ? systemBus() : how.address;
-    DBUSConnectionHandle connection(dbus_connection_open_private(address.c_str(), error.get()));
+    DBUSConnectionHandle connection = openConnection(how.address.empty() ? systemBus() : how.address, deadline, error);
     if (connection == nullptr) {
         throwCannotConnect(error);
     }
-    sayHelloToTheBus(*connection, timeoutOf(how));
+    sayHelloToTheBus(*connection, deadline);
     return connection;
 }
 

@@ -9,7 +9,7 @@ namespace DAX::Common::DBUSWrapper {
 int timeoutOf(const ClientConnection& connection);
 
 // A new connection that has a unique name. Throws ErrorConnectingToDBUS with the message of libdbus and its
-// errinfo_bus_error. Any thread.
+// errinfo_bus_error, which is DBUS_ERROR_TIMEOUT when there is none within the time-out. Any thread.
 DBUSConnectionHandle openClientConnection(const ClientConnection& connection);
 
 } // namespace DAX::Common::DBUSWrapper

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <future>
 #include <thread>
 
@@ -14,6 +13,7 @@
 
 #include "LibraryFaults.h"
 #include "ProxyFixture.h"
+#include "support/CountThreads.h"
 #include "support/Flood.h"
 #include "support/Prompt.h"
 #include "support/WaitUntil.h"
@@ -369,7 +369,6 @@ TEST_F(CDBUSProxyTrafficTest, CannotBeMadeWithoutAThreadThatReadsBetweenCalls) {
 }
 
 TEST_F(CDBUSProxyTrafficTest, TheThreadThatReadsBetweenCallsGoesWithTheLastProxy) {
-    const auto countThreads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
     std::thread([] {}).join(); // the thread sanitizer begins one of its own with the first
     const auto before = countThreads();
     auto first = createProxy();
