@@ -1,12 +1,15 @@
 // To which service a lock belongs.
+#include <algorithm>
 #include <csignal>
 #include <future>
+#include <iterator>
 
 #include <dax/client.h>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/Flood.h"
 #include "support/PlayedService.h"
 #include "support/PrivateBus.h"
 #include "support/WaitUntil.h"
@@ -205,6 +208,41 @@ TEST_F(LockTest, IsLostWithTheBus) {
     dax::Lock lock = future.get();
     bus.stop();
     EXPECT_TRUE(waitUntil([&lock] { return lock.isLost(); }));
+}
+
+// All connections of the bus but these.
+std::vector<std::string> othersThan(const std::vector<std::string>& own, RawPeer& asker) {
+    const RawMessage call(
+        dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "ListNames"));
+    const RawMessage answer = asker.call(*call);
+    char** names = nullptr;
+    int count = 0;
+    dbus_message_get_args(answer.get(), nullptr, DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &names, &count, DBUS_TYPE_INVALID);
+    std::vector<std::string> others;
+    std::copy_if(names, names + count, std::back_inserter(others), [&own](const std::string& name) {
+        return name.front() == ':' && std::find(own.begin(), own.end(), name) == own.end();
+    });
+    dbus_free_string_array(names);
+    return others;
+}
+
+TEST(LockOnASmallBus, IsSeenToBeLostThoughOthersFillItsConnections) {
+    const PrivateBus bus(SystemBusRules::ofDevice({{"max_outgoing_bytes", 1000000}}));
+    PlayedService daemon;
+    dax::Client client("locker");
+    auto future = std::async(std::launch::async, [&client] { return client.lock(dax::Priority(4)); });
+    daemon.giveLock(5);
+    dax::Lock lock = future.get();
+    RawPeer other;
+    for (const std::string& connection : othersThan({daemon.name(), other.name()}, other)) {
+        for (int i = 0; i < 100; ++i) {
+            other.send(*signalTo(connection, 100000));
+        }
+    }
+    EXPECT_FALSE(lock.isLost());
+    daemon.leave();
+    EXPECT_TRUE(waitUntil([&lock] { return lock.isLost(); }));
+    EXPECT_FALSE(lock.release());
 }
 
 } // namespace

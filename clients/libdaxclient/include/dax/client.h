@@ -29,10 +29,9 @@
 // "blocks shortly" do not go through the service.
 //
 // Connections: a client has one to the bus, each session and each transaction have some more of their own, and so has
-// each Lock. A thread of the library reads what others send to them, except to the connection of a Lock: that one is
-// read by the calls of the Lock alone. All are closed with their objects. After fork() the child must not use the
-// objects of its parent; to destroy them there leaves session and lock as they are. The first connection has the
-// process ignore SIGPIPE.
+// each Lock. A thread of the library reads what others send to them. All are closed with their objects. After fork()
+// the child must not use the objects of its parent; to destroy them there leaves session and lock as they are. The
+// first connection has the process ignore SIGPIPE.
 
 #include <chrono>
 #include <cstdint>

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <mutex>
 
-#include <boost/optional.hpp>
 #include <dbus/dbus.h>
 
+#include "Common/DBUSWrapper/Implementation/ConnectionTraffic.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Common/DBUSWrapper/Implementation/IdleReader.h"
 
@@ -19,9 +19,10 @@ namespace DAX::Common::DBUSWrapper {
 // Any thread may call. Calls take turns.
 class CallChannel final : private IdleReader::Source {
 public:
-    // The connection must outlive the channel, and nobody else may read from it. Throws ErrorConnectingToDBUS when the
-    // system has no thread or descriptor left for the reading between the calls.
-    explicit CallChannel(DBusConnection& connection);
+    // The connection must outlive the channel, and nobody else may read from it. `onOther` gets what is dropped, on the
+    // thread that reads it, and one message at a time. Throws ErrorConnectingToDBUS when the system has no thread or
+    // descriptor left for the reading between the calls.
+    explicit CallChannel(DBusConnection& connection, ConnectionTraffic::OnOther onOther = nullptr);
     CallChannel(const CallChannel&) = delete;
     CallChannel& operator=(const CallChannel&) = delete;
     ~CallChannel() = default;
@@ -32,25 +33,20 @@ public:
     // `timeout` counts from the beginning of this call, on the steady clock.
     DBUSMessageHandle call(DBusMessage& call, std::chrono::milliseconds timeout, DBUSError& error);
 
-private:
-    using Clock = std::chrono::steady_clock;
+    // Reads what has come in, but not for long when more keeps coming.
+    void readBacklog();
 
+    bool isOpen() const { return m_traffic.isOpen(); }
+
+private:
     class Turn;
 
     void readIdle() override;
     std::unique_lock<std::mutex> lockBetweenCalls();
-    void dropBacklog();
-    DBUSMessageHandle waitForReply(dbus_uint32_t serial, Clock::time_point deadline, DBUSError& error);
-    DBUSMessageHandle takeReply(dbus_uint32_t serial);
-    void dropReceived();
-    bool waitForTraffic(std::chrono::milliseconds bound) const;
-    bool isOpen() const;
-    void transfer();
 
-    DBusConnection& m_connection;
-    const int m_fd;
-    std::atomic<int> m_callers{0};   // the calls that wait for m_mutex or hold it
-    std::mutex m_mutex;              // held by whoever uses m_connection
+    std::atomic<int> m_callers{0}; // the calls that wait for m_mutex or hold it
+    std::mutex m_mutex;            // held by whoever uses m_traffic
+    ConnectionTraffic m_traffic;
     IdleReader::Registration m_idle; // last: the reader thread uses the members above
 };
 

@@ -5,9 +5,6 @@
 
 namespace DAX::Common::DBUSWrapper {
 
-// The time-out as libdbus takes it.
-int timeoutOf(const ClientConnection& connection);
-
 // A new connection that has a unique name. Throws ErrorConnectingToDBUS with the message of libdbus and its
 // errinfo_bus_error, which is DBUS_ERROR_TIMEOUT when there is none within the time-out. Any thread.
 DBUSConnectionHandle openClientConnection(const ClientConnection& connection);

@@ -1,12 +1,15 @@
 #include "Common/DBUSWrapper/PeerWatch.h"
 
+#include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <utility>
 
 #include <boost/exception/get_error_info.hpp>
 #include <dbus/dbus.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
+#include "Common/DBUSWrapper/Implementation/CallChannel.h"
 #include "Common/DBUSWrapper/Implementation/ClientBus.h"
 #include "Common/DBUSWrapper/Implementation/DBUSResources.h"
 #include "Utility/Utils/ErrInfoStream.h"
@@ -20,9 +23,8 @@ namespace {
 // How often the owner of the name is asked for.
 const int OWNER_ATTEMPTS = 6;
 
-// At most so many messages at a time, since others may send to this connection as well. The rest waits for the next
-// look.
-const int MESSAGES_PER_LOOK = 1000;
+// How long hasGone() waits for the bus when it has to ask.
+const auto SHORTLY = std::chrono::seconds(1);
 
 DBUSMessageHandle question(const char* method) {
     DBUSMessageHandle message(
@@ -44,9 +46,8 @@ DBUSMessageHandle questionForTheOwner(const std::string& name) {
     return questionWith("GetNameOwner", name);
 }
 
-// The bus answers for itself, so that no reply can only mean that it took too long.
 [[noreturn]] void throwFailureOf(const DBUSError& error) {
-    const errinfo_bus_error name(error.hasName(DBUS_ERROR_NO_REPLY) ? DBUS_ERROR_TIMEOUT : error.name());
+    const errinfo_bus_error name(error.name());
     if (error.hasName(DBUS_ERROR_TIMED_OUT)) {
         DAX_THROW(RemoteObjectActivationTimedOut(), error.message() << name);
     }
@@ -60,16 +61,77 @@ bool meansNobody(const RemoteObjectNotAccessible& exception) {
 
 } // namespace
 
+class PeerWatch::News {
+public:
+    void follow(const std::string& uniqueName) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_uniqueName = uniqueName;
+        m_hasGone = false;
+    }
+
+    void take(DBusMessage& message) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!dbus_message_has_sender(&message, DBUS_SERVICE_DBUS)) {
+            m_mayBeIncomplete = true;
+        } else if (tellsOfTheEnd(message)) {
+            m_hasGone = true;
+        }
+    }
+
+    bool hasGone() const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_hasGone;
+    }
+
+    void setGone() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_hasGone = true;
+    }
+
+    // Whether the bus may have dropped what it had to tell: it does so for a connection that others have filled.
+    bool mayBeIncomplete() const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_mayBeIncomplete;
+    }
+
+    void setIncomplete(bool may) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_mayBeIncomplete = may;
+    }
+
+private:
+    // Anybody may send a signal of that name, but only the bus can be its sender.
+    bool tellsOfTheEnd(DBusMessage& message) const {
+        const char* name = nullptr;
+        const char* before = nullptr;
+        const char* after = nullptr;
+        return dbus_message_is_signal(&message, DBUS_INTERFACE_DBUS, "NameOwnerChanged") &&
+               dbus_message_get_args(&message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING, &before,
+                                     DBUS_TYPE_STRING, &after, DBUS_TYPE_INVALID) &&
+               name == m_uniqueName && std::strlen(after) == 0;
+    }
+
+    mutable std::mutex m_mutex; // guards all below
+    std::string m_uniqueName;
+    bool m_hasGone = false;
+    bool m_mayBeIncomplete = false;
+};
+
 PeerWatch::PeerWatch(const ClientConnection& connection, std::string name)
-    : m_timeoutMs(timeoutOf(connection)), m_name(std::move(name)), m_connection(openClientConnection(connection)) {}
+    : m_timeout(connection.timeoutMs)
+    , m_name(std::move(name))
+    , m_news(std::make_unique<News>())
+    , m_connection(openClientConnection(connection))
+    , m_channel(std::make_unique<CallChannel>(*m_connection, [this](DBusMessage& message) { m_news->take(message); })) {
+}
 
 PeerWatch::~PeerWatch() = default;
 
 std::string PeerWatch::follow() {
     m_uniqueName = ownerOfTheName();
+    m_news->follow(m_uniqueName);
     ask(*questionWith("AddMatch", std::string("type='signal',sender='") + DBUS_SERVICE_DBUS + "',interface='" +
                                       DBUS_INTERFACE_DBUS + "',member='NameOwnerChanged',arg0='" + m_uniqueName + "'"));
-    m_hasGone = false;
     return m_uniqueName;
 }
 
@@ -93,10 +155,12 @@ std::string PeerWatch::ownerOfTheName() {
 }
 
 // The text in the answer; empty when there is none.
-std::string PeerWatch::ask(DBusMessage& question) {
+std::string PeerWatch::ask(DBusMessage& question, std::chrono::milliseconds timeout) {
     DBUSError error;
-    const DBUSMessageHandle answer(
-        dbus_connection_send_with_reply_and_block(m_connection.get(), &question, m_timeoutMs, error.get()));
+    const DBUSMessageHandle answer = m_channel->call(question, timeout, error);
+    if (answer == nullptr && !error.isSet()) {
+        DAX_THROW(DBUSMemoryError(), "There is no memory for asking the bus.");
+    }
     if (answer == nullptr) {
         throwFailureOf(error);
     }
@@ -106,37 +170,36 @@ std::string PeerWatch::ask(DBusMessage& question) {
 }
 
 bool PeerWatch::hasGone() {
-    for (int i = 0; i < MESSAGES_PER_LOOK && !m_hasGone; ++i) {
-        const DBUSMessageHandle message(dbus_connection_pop_message(m_connection.get()));
-        if (message == nullptr) {
-            m_hasGone = dbus_connection_read_write(m_connection.get(), 0) == 0;
-            if (dbus_connection_get_dispatch_status(m_connection.get()) == DBUS_DISPATCH_COMPLETE) {
-                break;
-            }
-        } else {
-            m_hasGone = tellsOfTheEnd(*message);
-        }
+    m_channel->readBacklog();
+    if (m_news->hasGone() || !m_channel->isOpen()) {
+        return true;
     }
-    return m_hasGone;
+    return m_news->mayBeIncomplete() && askWhetherItHasGone(std::min<std::chrono::milliseconds>(m_timeout, SHORTLY));
 }
 
 bool PeerWatch::askWhetherItHasGone() {
-    bool isThere = true;
+    return askWhetherItHasGone(m_timeout);
+}
+
+bool PeerWatch::askWhetherItHasGone(std::chrono::milliseconds timeout) {
+    m_news->setIncomplete(false); // what comes from now on counts
     try {
-        isThere = hasOwner(m_uniqueName);
+        if (!hasOwner(m_uniqueName, timeout)) {
+            m_news->setGone();
+        }
     } catch (const DBUSWrapperException&) { // the bus does not answer
+        m_news->setIncomplete(true);
     }
-    m_hasGone = hasGone() || !isThere;
-    return m_hasGone;
+    return m_news->hasGone() || !m_channel->isOpen();
 }
 
 bool PeerWatch::askWhetherAnybodyHasTheName() {
-    return hasOwner(m_name);
+    return hasOwner(m_name, m_timeout);
 }
 
-bool PeerWatch::hasOwner(const std::string& name) {
+bool PeerWatch::hasOwner(const std::string& name, std::chrono::milliseconds timeout) {
     try {
-        return !ask(*questionForTheOwner(name)).empty();
+        return !ask(*questionForTheOwner(name), timeout).empty();
     } catch (const RemoteObjectNotAccessible& exception) {
         if (!meansNobody(exception)) {
             throw;
@@ -151,18 +214,6 @@ bool PeerWatch::askWhetherItHasTheName() {
     } catch (const RemoteObjectNotAccessible&) {
         return false;
     }
-}
-
-// Anybody may send a signal of that name, but only the bus can be its sender.
-bool PeerWatch::tellsOfTheEnd(DBusMessage& message) const {
-    const char* name = nullptr;
-    const char* before = nullptr;
-    const char* after = nullptr;
-    return dbus_message_is_signal(&message, DBUS_INTERFACE_DBUS, "NameOwnerChanged") &&
-           dbus_message_has_sender(&message, DBUS_SERVICE_DBUS) &&
-           dbus_message_get_args(&message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING, &before,
-                                 DBUS_TYPE_STRING, &after, DBUS_TYPE_INVALID) &&
-           name == m_uniqueName && std::strlen(after) == 0;
 }
 
 } // namespace DAX::Common::DBUSWrapper
