@@ -4,12 +4,15 @@
 #include <cstdio>
 #include <utility>
 
+#include "Utility/Utils/Hexadecimal.h"
 #include "clients_common/Output.h"
 #include "clients_common/Printable.h"
 
 namespace daxctl {
 
 namespace {
+
+using DAX::Common::Utils::toHexadecimal;
 
 // Five times a second is often enough for eyes.
 const auto POLL_INTERVAL = std::chrono::milliseconds(200);
@@ -19,19 +22,9 @@ const auto REQUEST_INTERVAL = std::chrono::milliseconds(500);
 
 const char* const STOP_REASON = "Interrupted by the user of daxctl.";
 
-std::string hexadecimal(const std::vector<std::uint8_t>& bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", byte);
-        text += digits;
-    }
-    return text;
-}
-
 nlohmann::ordered_json toJson(const dax::Upgrade& upgrade) {
     return {{"upgradeType", static_cast<int>(upgrade.type)},
-            {"upgradeId", hexadecimal(upgrade.id)},
+            {"upgradeId", toHexadecimal(upgrade.id)},
             {"version", upgrade.version ? nlohmann::ordered_json(*upgrade.version) : nlohmann::ordered_json()},
             {"updateInfo", std::string(upgrade.info.begin(), upgrade.info.end())},
             {"kind", static_cast<unsigned int>(upgrade.kind)},
@@ -148,7 +141,7 @@ bool UpgradeRun::search(dax::Transaction& transaction) {
     if (!m_silent) {
         std::fprintf(stderr, "Found version %s (scope %d, id %s)\n",
                      clients_common::printable(found.upgrade->version.value_or("without a number")).c_str(),
-                     found.upgrade->scope, hexadecimal(found.upgrade->id).c_str());
+                     found.upgrade->scope, toHexadecimal(found.upgrade->id).c_str());
     }
     return true;
 }

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "CoreInterface/SearchingTransactionParameters.h"
+#include "Utility/Utils/Hexadecimal.h"
 
 namespace DAXCoreSimulator {
 
@@ -25,12 +26,7 @@ inline nlohmann::ordered_json asJson(const boost::optional<std::vector<unsigned 
     if (!bytes) {
         return nullptr;
     }
-    const char* const digits = "0123456789abcdef";
-    std::string text;
-    for (const unsigned char byte : *bytes) {
-        text += {digits[byte / 16], digits[byte % 16]};
-    }
-    return text;
+    return DAX::Common::Utils::toHexadecimal(*bytes);
 }
 inline nlohmann::ordered_json asJson(const DAX::Core::SearchingTransactionParameters& parameters) {
     return {{"upgradeType", static_cast<int>(parameters.upgradeType)},

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "DAXCommon/UpgradeTypeNames.h"
 #include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
 #include "DAXCoreSimulator/ScenarioFile.h"
+#include "Utility/Utils/Hexadecimal.h"
 
 namespace DAXCoreSimulator {
 
@@ -40,27 +42,17 @@ void readChosen(Group& group, const char* key, Value& value, const std::map<std:
     }
 }
 
-int digitValue(char digit) {
-    const std::string digits = "0123456789abcdef";
-    const auto found = digits.find(digit);
-    return found == std::string::npos ? -1 : static_cast<int>(found);
-}
-
 void readBytes(Group& group, const char* key, std::vector<unsigned char>& bytes) {
     if (!group.has(key)) {
         return;
     }
     std::string text;
     group.read(key, text);
-    bytes.clear();
-    for (std::size_t position = 0; position < text.size(); position += 2) {
-        const int high = digitValue(text[position]);
-        const int low = position + 1 < text.size() ? digitValue(text[position + 1]) : -1;
-        if (high < 0 || low < 0) {
-            group.fail(key, "pairs of hexadecimal digits (0-9, a-f) are expected");
-        }
-        bytes.push_back(static_cast<unsigned char>(high * 16 + low));
+    auto read = DAX::Common::Utils::fromHexadecimal<std::vector<unsigned char>>(text);
+    if (!read) {
+        group.fail(key, "pairs of hexadecimal digits (0-9, a-f) are expected");
     }
+    bytes = std::move(*read);
 }
 
 void readStep(Group& group, Step& step) {

@@ -2,29 +2,21 @@
 
 #include <cstdio>
 
+#include "Utility/Utils/Hexadecimal.h"
 #include "clients_common/Printable.h"
 
 namespace monitor {
 
 namespace {
 
+using DAX::Common::Utils::toHexadecimal;
 using Form = DAX::DAXIPC::DBUSLowLevel::TypeDescription::Form;
-
-std::string hex(std::string_view bytes) {
-    const char* const digits = "0123456789abcdef";
-    std::string text;
-    for (const char byte : bytes) {
-        const auto value = static_cast<unsigned char>(byte);
-        text += {digits[value / 16], digits[value % 16]};
-    }
-    return text;
-}
 
 std::string bytesAsText(const DecodedValue& value, std::size_t most) {
     const auto& bytes = std::get<std::string>(value.value);
     const std::size_t count = bytes.size() + value.omitted;
     const bool isCut = bytes.size() * 2 > most || value.omitted > 0;
-    const std::string shown = hex(std::string_view(bytes).substr(0, most / 2));
+    const std::string shown = toHexadecimal(std::string_view(bytes).substr(0, most / 2));
     return "<" + std::to_string(count) + (count == 1 ? " byte" : " bytes") + (shown.empty() ? "" : ": ") + shown +
            (isCut ? "..." : "") + ">";
 }
@@ -119,7 +111,7 @@ nlohmann::ordered_json valueAsJson(const DecodedValue& value) {
         return *fraction;
     }
     if (const auto* text = std::get_if<std::string>(&value.value)) {
-        return value.type->form == Form::BYTES ? hex(*text) : *text;
+        return value.type->form == Form::BYTES ? toHexadecimal(*text) : *text;
     }
     switch (value.type->form) {
     case Form::LIST: {
