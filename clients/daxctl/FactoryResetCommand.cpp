@@ -6,7 +6,7 @@
 #include "clients_common/Output.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
-#include "daxctl/Session.h"
+#include "daxctl/Request.h"
 
 namespace daxctl {
 

@@ -10,9 +10,9 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "Platform/Product/IProductInfo.h"
 #include "Platform/ProductPaths/IProductPaths.h"
 #include "ServiceInterface/InstallationState.h"
-#include "daxctl/Session.h"
 
 namespace daxctl {
 
@@ -60,11 +60,23 @@ const char* nameOf(Record record) {
 
 } // namespace
 
+SeenInstallationLock seeInstallationLock() {
+    try {
+        return {DAX::Platform::IProductInfo::isInstallationLocked(), {}};
+    } catch (const boost::filesystem::filesystem_error& error) {
+        return {boost::none, error.code() == boost::system::errc::permission_denied
+                                 ? "unknown, may not be read by this user"
+                                 : "unknown: " + error.code().message()};
+    }
+}
+
 InstallationLock lookAtInstallationLock() {
     const path file = DAX::Platform::IProductPaths::getInstallationLockPath();
     InstallationLock lock;
     lock.file = file.string();
-    lock.inForce = isInstallationLocked();
+    const SeenInstallationLock seen = seeInstallationLock();
+    lock.inForce = seen.isInForce;
+    lock.unknown = seen.unknown;
     if (!lock.inForce.value_or(false)) {
         return lock;
     }

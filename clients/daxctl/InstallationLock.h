@@ -9,6 +9,13 @@
 
 namespace daxctl {
 
+// Whether the installation lock is in force.
+struct SeenInstallationLock {
+    boost::optional<bool> isInForce; // empty when that cannot be seen
+    std::string unknown;             // then, for people: "unknown", and why
+};
+SeenInstallationLock seeInstallationLock();
+
 // What the device's files say of the installation lock. While its file exists, the service refuses everyone; what is in
 // the file only tells what was being installed.
 struct InstallationLock {
@@ -18,8 +25,9 @@ struct InstallationLock {
         UNREADABLE, // `reason` says why
     };
 
-    // Empty when this user may not even look whether the file exists; `file` alone is known then.
+    // Empty when it cannot be seen whether the file exists; `unknown` says why then, and `file` alone is known.
     boost::optional<bool> inForce;
+    std::string unknown;
     std::string file;
 
     // Of a lock in force.

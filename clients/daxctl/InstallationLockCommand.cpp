@@ -25,6 +25,9 @@ void printLine(const char* label, const std::string& value) {
 }
 
 std::string installing(const InstallationLock& lock) {
+    if (!lock.inForce) {
+        return lock.unknown;
+    }
     switch (lock.record) {
     case Record::VERIFIED:
         return lock.installing;
@@ -38,7 +41,7 @@ std::string installing(const InstallationLock& lock) {
 
 void printForPeople(const InstallationLock& lock) {
     if (!lock.inForce) {
-        printLine("installation lock", "unknown, may not be read by this user");
+        printLine("installation lock", lock.unknown);
         return;
     }
     printLine("installation lock", *lock.inForce ? "in force" : "no");
@@ -75,7 +78,7 @@ int release(bool isSure, bool json) {
         throw Refusal("only root may release the installation lock");
     }
     const InstallationLock lock = lookAtInstallationLock();
-    if (!lock.inForce.value_or(false)) {
+    if (!lock.inForce.value_or(true)) { // one that cannot be seen refuses everyone, too
         throw Refusal("no installation lock is in force");
     }
     try {

@@ -14,8 +14,8 @@
 #include "daxctl/DaemonCommand.h"
 #include "daxctl/HeldLock.h"
 #include "daxctl/LongOutput.h"
+#include "daxctl/Obstacles.h"
 #include "daxctl/RequestOptions.h"
-#include "daxctl/Session.h"
 #include "daxctl/SilenceGuard.h"
 
 namespace daxctl {

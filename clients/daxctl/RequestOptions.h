@@ -1,7 +1,7 @@
 #pragma once
 
 #include "clients_common/CommandLine.h"
-#include "daxctl/Session.h"
+#include "daxctl/Request.h"
 
 namespace daxctl {
 

@@ -8,7 +8,9 @@
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
 #include "daxctl/Failure.h"
-#include "daxctl/Session.h"
+#include "daxctl/InstallationLock.h"
+#include "daxctl/Obstacles.h"
+#include "daxctl/Request.h"
 #include "daxctl/UpgradeTypes.h"
 
 namespace daxctl {
@@ -56,18 +58,22 @@ void printLine(const char* label, const std::string& value) {
     std::printf("%-18s%s\n", label, clients_common::printable(value).c_str());
 }
 
-std::string factToString(const nlohmann::ordered_json& fact, const char* yes, const char* no) {
-    return fact.is_null() ? "unknown, may not be read by this user" : fact.get<bool>() ? yes : no;
-}
-
 std::string lockToString(const nlohmann::ordered_json& status) {
-    if (status["staleExternalLockSetting"].get<bool>()) {
+    const auto& isHeld = status["blockingExternalLock"];
+    const auto& isStale = status["staleExternalLockSetting"];
+    if (isHeld.is_null()) {
+        return "unknown, may not be read by this user";
+    }
+    if (isStale.is_null()) {
+        return "held, blocks the main application, unless its setting is left from a daemon that has ended";
+    }
+    if (isStale.get<bool>()) {
         return "none; the setting that tells of one is left from a daemon that has ended";
     }
-    return factToString(status["blockingExternalLock"], "held, blocks the main application", "none that blocks");
+    return isHeld.get<bool>() ? "held, blocks the main application" : "none that blocks";
 }
 
-void printForPeople(const nlohmann::ordered_json& status) {
+void printForPeople(const nlohmann::ordered_json& status, const SeenInstallationLock& lock) {
     printLine("daemon", status["daemonWasRunning"].get<bool>() ? "running" : "was not running; this has started it");
     const auto& owner = status["owner"];
     printLine("owner", owner.is_null()
@@ -77,27 +83,34 @@ void printForPeople(const nlohmann::ordered_json& status) {
     printLine("version", status.value("version", "unknown"));
     printLine("supported types", status.contains("supportedTypes") ? joined(status["supportedTypes"]) : "unknown");
     printLine("last search", status["lastSearch"].is_null() ? "none known" : status["lastSearch"].get<std::string>());
-    printLine("installation lock", factToString(status["installationLock"], "in force", "no"));
+    printLine("installation lock", !lock.isInForce ? lock.unknown : *lock.isInForce ? "in force" : "no");
     printLine("external lock", lockToString(status));
+}
+
+// A setting tells of a lock. That of a daemon that has ended stays, and the next daemon neither reads nor clears it. So
+// while a daemon runs that was there before, nobody can tell whose it is.
+void addExternalLock(nlohmann::ordered_json& status, const DaemonTraces& before) {
+    const boost::optional<bool> isHeld = isBlockingExternalLockHeld();
+    const bool isUncertain = before.isRunning && isHeld.value_or(false);
+    status["blockingExternalLock"] = before.isLockSettingLeft ? nlohmann::ordered_json(false) : orNull(isHeld);
+    status["staleExternalLockSetting"] =
+        isUncertain ? nlohmann::ordered_json() : nlohmann::ordered_json(before.isLockSettingLeft);
 }
 
 int runStatus(bool json) {
     dax::Client client = connectToDaemon();
     const DaemonTraces before = lookForTheDaemon(client);
+    const SeenInstallationLock lock = seeInstallationLock();
     nlohmann::ordered_json status = {{"daemonWasRunning", before.isRunning},
                                      {"owner", toJson(client.owner())},
                                      {"lastSearch", lastSearchOf(client)},
-                                     {"installationLock", orNull(isInstallationLocked())},
-                                     {"blockingExternalLock", orNull(isBlockingExternalLockHeld())},
-                                     {"staleExternalLockSetting", before.isLockSettingLeft}};
-    if (before.isLockSettingLeft) {
-        status["blockingExternalLock"] = false;
-    }
+                                     {"installationLock", orNull(lock.isInForce)}};
+    addExternalLock(status, before);
     const bool complete = addCoreFacts(client, status);
     if (json) {
         clients_common::printJson(status);
     } else {
-        printForPeople(status);
+        printForPeople(status, lock);
     }
     return complete ? clients_common::EXIT_DONE : clients_common::EXIT_REFUSED;
 }

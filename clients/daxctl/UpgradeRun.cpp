@@ -7,6 +7,7 @@
 #include "Utility/Utils/Hexadecimal.h"
 #include "clients_common/Output.h"
 #include "clients_common/Printable.h"
+#include "daxctl/Obstacles.h"
 
 namespace daxctl {
 

@@ -12,7 +12,7 @@
 #include "dax/client.h"
 #include "daxctl/Interruption.h"
 #include "daxctl/ProgressDisplay.h"
-#include "daxctl/Session.h"
+#include "daxctl/Request.h"
 #include "daxctl/SilenceGuard.h"
 
 namespace daxctl {

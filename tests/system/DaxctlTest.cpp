@@ -84,7 +84,6 @@ TEST_F(Daxctl, StatusTellsOfADaemonThatRuns) {
 
 TEST_F(Daxctl, StatusTellsThatTheSettingOfALockIsLeftFromADaemonThatHasEnded) {
     ASSERT_EQ(daxctl({"lock", "acquire"}).end, ProcessEnd::exited(0));
-    EXPECT_THAT(daxctl({"status"}).output, HasSubstr("external lock     held, blocks the main application\n"));
     desk.killDaemon();
     EXPECT_THAT(
         daxctl({"status"}).output,
@@ -93,6 +92,32 @@ TEST_F(Daxctl, StatusTellsThatTheSettingOfALockIsLeftFromADaemonThatHasEnded) {
     const auto status = jsonOf({"status"});
     EXPECT_EQ(status["staleExternalLockSetting"], true);
     EXPECT_EQ(status["blockingExternalLock"], false);
+}
+
+TEST_F(Daxctl, StatusSaysOfASettingBesideADaemonThatItMayBeThatOfAnEarlierOne) {
+    ASSERT_EQ(daxctl({"lock", "acquire"}).end, ProcessEnd::exited(0));
+    const std::string uncertain =
+        "external lock     held, blocks the main application, unless its setting is left from a "
+        "daemon that has ended\n";
+    EXPECT_THAT(daxctl({"status"}).output, HasSubstr(uncertain));
+    desk.killDaemon();
+    ASSERT_EQ(daxctl({"status"}).end, ProcessEnd::exited(0)); // starts another one, which has no lock
+    EXPECT_THAT(daxctl({"status"}).output, HasSubstr(uncertain));
+    const auto status = jsonOf({"status"});
+    EXPECT_EQ(status["staleExternalLockSetting"], nullptr);
+    EXPECT_EQ(status["blockingExternalLock"], true);
+}
+
+TEST_F(Daxctl, StatusTellsTheRestWhenTheFileOfTheInstallationLockLeadsToItself) {
+    const auto file = desk.root / "mnt/systemrw/org.kovan.tv.dax/data/tv/InstallationLock.dat";
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::create_symlink(file, file);
+    const auto run = daxctl({"status"});
+    EXPECT_EQ(run.end, ProcessEnd::exited(0));
+    EXPECT_THAT(run.output, HasSubstr("version           1000\n"));
+    EXPECT_THAT(run.output, HasSubstr("installation lock unknown: Too many levels of symbolic links\n"));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(jsonOf({"status"})["installationLock"].is_null());
 }
 
 TEST_F(Daxctl, StatusTellsTheRestWhenTheCoreFails) {

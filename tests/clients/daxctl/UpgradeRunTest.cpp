@@ -10,6 +10,7 @@
 
 #include "DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/DAXIPCServiceManagerAdapter.h"
 #include "clients/daxctl/StandardError.h"
+#include "daxctl/Obstacles.h"
 #include "src/DAXIPC/DBUSLowLevel/Adapters/DAXServiceAdapter/MockService.h"
 #include "support/FakeKovan.h"
 #include "support/PrivateBus.h"

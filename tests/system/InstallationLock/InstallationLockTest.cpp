@@ -224,5 +224,23 @@ TEST_F(InstallationLock, IsTheOneThatAFinalizedUpgradeLeaves) {
     EXPECT_EQ(desk.run("daxctl", {"search"}).end, DONE);
 }
 
+// The service refuses everyone as well.
+TEST_F(InstallationLock, ThatLeadsToItselfIsUnknownAndCanBeReleased) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser may release the lock";
+    }
+    fs::create_directories(file().parent_path());
+    fs::create_symlink(file(), file());
+    const auto run = daxctl({});
+    EXPECT_EQ(run.end, REFUSED);
+    EXPECT_EQ(run.output, "installation lock unknown: Too many levels of symbolic links\n");
+    EXPECT_TRUE(json()["installationLock"].is_null());
+    const auto released = daxctl({"release", "--yes"});
+    EXPECT_EQ(released.end, DONE);
+    EXPECT_EQ(released.errors, "The installation lock has been released. It stood for: unknown: Too many levels of "
+                               "symbolic links\n");
+    EXPECT_FALSE(fs::is_symlink(fs::symlink_status(file())));
+}
+
 } // namespace
 } // namespace DAX::Tests

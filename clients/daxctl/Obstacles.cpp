@@ -1,21 +1,16 @@
-#include "daxctl/Session.h"
+#include "daxctl/Obstacles.h"
 
 #include <cerrno>
 
 #include <boost/exception/get_error_info.hpp>
-#include <boost/filesystem/exception.hpp>
 #include <nlohmann/json.hpp>
 
-#include "Platform/Product/IProductInfo.h"
 #include "Platform/SystemAPI/VconfSystemAPI/IVConf.h"
 #include "Platform/SystemAPI/VconfSystemAPI/VConfException.h"
 #include "Utility/Utils/ErrorTags.h"
+#include "daxctl/InstallationLock.h"
 
 namespace daxctl {
-
-dax::Client connectToDaemon(const std::string& clientName) {
-    return dax::Client(clientName);
-}
 
 nlohmann::ordered_json toJson(const std::optional<dax::Owner>& owner) {
     if (!owner) {
@@ -27,7 +22,7 @@ nlohmann::ordered_json toJson(const std::optional<dax::Owner>& owner) {
 }
 
 std::string whyRefused(const std::optional<dax::Owner>& owner) {
-    if (isInstallationLocked().value_or(false)) {
+    if (seeInstallationLock().isInForce.value_or(false)) {
         return "an installation lock is in force";
     }
     if (owner) {
@@ -43,7 +38,7 @@ std::string whyRefused(const dax::Refusal& refusal) {
 }
 
 std::string whatToDo(const dax::Refusal& refusal) {
-    if (isInstallationLocked().value_or(false)) {
+    if (seeInstallationLock().isInForce.value_or(false)) {
         return "Restart the device, which ends the installation, or see daxctl installation-lock.";
     }
     switch (refusal.reason()) {
@@ -55,17 +50,6 @@ std::string whatToDo(const dax::Refusal& refusal) {
     default:
         return "Ask again when the lock is released, which --wait does, or with a --priority above that of the lock; "
                "the service does not tell whose it is.";
-    }
-}
-
-boost::optional<bool> isInstallationLocked() {
-    try {
-        return DAX::Platform::IProductInfo::isInstallationLocked();
-    } catch (const boost::filesystem::filesystem_error& error) {
-        if (error.code() == boost::system::errc::permission_denied) {
-            return boost::none;
-        }
-        throw;
     }
 }
 
