@@ -1,10 +1,25 @@
 #include "daxctl/MethodOption.h"
 
+#include <vector>
+
 #include "clients_common/CommandLine.h"
+#include "clients_common/NearestWord.h"
 
 namespace daxctl {
 
 using namespace DAX::DAXIPC::DBUSLowLevel;
+
+namespace {
+
+std::vector<std::string> namesOf(Side side) {
+    std::vector<std::string> names;
+    for (const MethodDescription& method : methodsOf(side)) {
+        names.push_back(method.name);
+    }
+    return names;
+}
+
+} // namespace
 
 const MethodDescription& methodNamed(Side side, const std::string& name) {
     if (const MethodDescription* const method = findMethod(side, name)) {
@@ -17,9 +32,9 @@ const MethodDescription& methodNamed(Side side, const std::string& name) {
             whose + " has no method " + name + ", but the " +
             (other == Side::CORE ? "core has: add --core." : "service has: leave --core out."));
     }
-    const std::string nearest = nearestMethod(side, name);
+    const auto nearest = clients_common::nearestWord(name, namesOf(side));
     throw clients_common::WrongUsage(whose + " has no method " + name + "." +
-                                     (nearest.empty() ? "" : " Did you mean " + nearest + "?"));
+                                     (nearest ? " Did you mean " + *nearest + "?" : ""));
 }
 
 } // namespace daxctl

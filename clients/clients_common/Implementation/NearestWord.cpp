@@ -1,4 +1,4 @@
-#include "clients_common/Implementation/NearestWord.h"
+#include "clients_common/NearestWord.h"
 
 #include <algorithm>
 
@@ -8,10 +8,24 @@ namespace {
 
 const std::size_t SHORTEST_BEGINNING = 2;
 const std::size_t SHORT_WORD = 3;
+const std::size_t LETTERS_A_SLIP = 4;
 
-// So many slips are a typing error.
+// So many slips are a typing error, or a part of a long name that was forgotten.
 std::size_t slipsIn(const std::string& word) {
-    return word.size() <= SHORT_WORD ? 1 : 2;
+    return word.size() <= SHORT_WORD ? 1 : std::max<std::size_t>(2, word.size() / LETTERS_A_SLIP);
+}
+
+std::string inSmallLetters(std::string word) {
+    for (char& letter : word) {
+        if (letter >= 'A' && letter <= 'Z') {
+            letter = static_cast<char>(letter - 'A' + 'a');
+        }
+    }
+    return word;
+}
+
+bool isLengthNear(const std::string& word, const std::string& candidate) {
+    return std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size()) <= slipsIn(word);
 }
 
 // How many letters have to be added, left out, replaced or exchanged with their neighbour to make one of the other.
@@ -39,14 +53,19 @@ bool begins(const std::string& word, const std::string& candidate) {
 
 } // namespace
 
-std::optional<std::string> nearestWord(const std::string& word, const std::vector<std::string>& candidates) {
+std::optional<std::string> nearestWord(const std::string& given, const std::vector<std::string>& candidates) {
+    const std::string word = inSmallLetters(given);
     std::optional<std::string> nearest;
     std::size_t least = slipsIn(word) + 1;
     for (const std::string& candidate : candidates) {
-        if (begins(word, candidate)) {
+        const std::string other = inSmallLetters(candidate);
+        if (begins(word, other)) {
             return candidate;
         }
-        const std::size_t slips = distance(word, candidate);
+        if (!isLengthNear(word, other)) {
+            continue; // a long text is not compared letter by letter
+        }
+        const std::size_t slips = distance(word, other);
         if (slips < least) {
             least = slips;
             nearest = candidate;

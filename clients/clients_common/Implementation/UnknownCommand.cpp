@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "clients_common/Implementation/NearestWord.h"
+#include "clients_common/NearestWord.h"
 
 namespace clients_common {
 

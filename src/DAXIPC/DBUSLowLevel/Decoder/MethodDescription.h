@@ -62,9 +62,6 @@ const std::vector<MethodDescription>& methodsOf(Side side);
 // Null when the side has no such method.
 const MethodDescription* findMethod(Side side, const std::string& name);
 
-// The name of a method of this side that was most likely meant; empty when none is like it.
-std::string nearestMethod(Side side, const std::string& name);
-
 // What the third array of an exception's reply holds.
 const ArchiveDescription& exceptionArchive();
 

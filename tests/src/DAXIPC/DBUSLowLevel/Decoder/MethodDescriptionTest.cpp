@@ -64,13 +64,5 @@ TEST(MethodDescription, NamesTheFieldsOfARecordInTheOrderOnTheWire) {
                             "upgradeId: bytes", "version: optional string", "updateInfo: bytes", "scope: int"));
 }
 
-TEST(MethodDescription, ProposesTheNearestMethod) {
-    EXPECT_EQ(nearestMethod(Side::SERVICE, "getServise"), "getService");
-    EXPECT_EQ(nearestMethod(Side::SERVICE, "startsearching"), "startSearching");
-    EXPECT_EQ(nearestMethod(Side::CORE, "cancelTransaction"), "cancelCoreTransaction");
-    EXPECT_EQ(nearestMethod(Side::SERVICE, "xyz"), "");
-    EXPECT_EQ(nearestMethod(Side::SERVICE, std::string(100000, 'g')), "");
-}
-
 } // namespace
 } // namespace DAX::Tests
