@@ -19,7 +19,6 @@ namespace daxctl {
 
 namespace {
 
-using DAX::Common::Utils::FileDescriptor;
 using std::chrono::milliseconds;
 
 // The command may have taken the signal itself.
