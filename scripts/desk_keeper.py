@@ -107,13 +107,21 @@ def exec_line(words):
 
 # The folders.
 
+def check_name(folder, use):
+    """A bus cannot be told of a program or a folder whose name has a line end."""
+    if "\n" in folder or "\r" in folder:
+        raise DeskError(f"{use}: there is a line end in the name {folder!r}", 2)
+
+
 def make_run_folder():
     """A new folder for the socket and what else is of no use after the desk's end. Inside that of the desk in whose
     shell this one is started, so that it goes with that one at the latest."""
     places = [place for place in (os.environ.get("DAX_DESK"), tempfile.gettempdir(), "/tmp") if place]
     for place in places:
         if os.path.isdir(place) and len(os.fsencode(place)) + len("/desk-12345678/tmux") <= LONGEST_SOCKET_PATH:
-            return tempfile.mkdtemp(prefix="desk-", dir=os.path.realpath(place))
+            place = os.path.realpath(place)
+            check_name(place, "the folder for temporary files")
+            return tempfile.mkdtemp(prefix="desk-", dir=place)
     raise DeskError("there is no folder for temporary files whose path is short enough for a socket in it")
 
 
@@ -140,6 +148,8 @@ class Desk:
     """The desk's files and its bus."""
 
     def __init__(self, request):
+        check_name(request.keep or "", "--keep")
+        check_name(request.programs, "the folder of the programs")
         self.request = request
         self.run = make_run_folder()
         self.mark = "DAX_DESK_MARK_" + os.path.basename(self.run).removeprefix("desk-")

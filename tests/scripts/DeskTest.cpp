@@ -397,6 +397,28 @@ TEST_F(Desk, WorksInFoldersWithUnusualNames) {
     fs::remove(odd);
 }
 
+TEST_F(Desk, RefusesAFolderWithALineEndInItsName) {
+    const std::string keep = (m_tree / "ke\nep").string();
+    expectRefused({"--programs", DAX_PROGRAMS, "--keep", keep, "--", "true"},
+                  "--keep: there is a line end in the name '" + m_tree.path().string() + "/ke\\nep'\n");
+    EXPECT_FALSE(fs::exists(keep));
+    fs::create_directory(m_tree / "pro\rgrams");
+    for (const char* const name : {"DAXService", "DAXCoreSimulator", "daxctl", "kovanctl"}) {
+        fs::create_symlink(fs::path(DAX_PROGRAMS) / name, m_tree / "pro\rgrams" / name);
+    }
+    expectRefused({"--programs", (m_tree / "pro\rgrams").string(), "--", "true"},
+                  "the folder of the programs: there is a line end in the name '" + m_tree.path().string() +
+                      "/pro\\rgrams'\n");
+    fs::create_directory(m_tree / "t\nmp");
+    Command there = command({"true"});
+    there.environment["TMPDIR"] = (m_tree / "t\nmp").string();
+    const FinishedRun finished = run(there);
+    EXPECT_EQ(finished.errors, "scripts/desk: the folder for temporary files: there is a line end in the name '" +
+                                   m_tree.path().string() + "/t\\nmp'\n");
+    EXPECT_EQ(finished.end, ProcessEnd::exited(2));
+    EXPECT_TRUE(fs::is_empty(m_tree / "t\nmp"));
+}
+
 TEST_F(Desk, WorksWhereTheFolderForTemporaryFilesHasALongName) {
     const fs::path longName = m_tree / ("tmp/" + std::string(100, 'x'));
     fs::create_directory(longName);
