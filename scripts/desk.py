@@ -6,6 +6,7 @@ This process waits for the shell. Another one, the keeper (desk_keeper.py), has 
 when this one is killed.
 """
 import argparse
+import ctypes
 import errno
 import json
 import os
@@ -18,7 +19,7 @@ import sys
 import time
 
 sys.dont_write_bytecode = True
-from desk_keeper import CALLS, CORE, DAEMON, LOGS, Request, end_processes, keep  # noqa: E402
+from desk_keeper import CALLS, CORE, DAEMON, ENDING, LOGS, Request, end_processes, keep  # noqa: E402
 
 TREE = os.path.dirname(os.path.dirname(os.path.realpath(__file__)))
 PROGRAMS = ["DAXService", "DAXCoreSimulator", "daxctl", "kovanctl"]
@@ -199,10 +200,50 @@ def has_ended(pid):
     return os.waitid(os.P_PID, pid, os.WEXITED | os.WNOHANG | os.WNOWAIT) is not None
 
 
+PR_SET_CHILD_SUBREAPER = 36
+
+
+def adopt_orphans():
+    """From now on a process of the shell is a child of this one when its own parent has ended. So it is known, whatever
+    is in its environment."""
+    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, *map(ctypes.c_ulong, (1, 0, 0, 0)))
+
+
+def children():
+    found = []
+    for name in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{name}/stat", "rb") as file:
+                parent = int(file.read().rpartition(b")")[2].split()[1])
+        except OSError:  # ended
+            continue
+        if parent == os.getpid():
+            found.append(int(name))
+    return found
+
+
+def end_children():
+    """Ends and reaps all children, except those with the rights of another user. The number of a child is its own until
+    it is reaped."""
+    began = time.monotonic()
+    steps_of = {}
+    foreign = set()
+    while left := {pid for pid in children() if os.waitpid(pid, os.WNOHANG)[0] == 0} - foreign:
+        for pid in left:
+            steps = steps_of.setdefault(pid, list(ENDING))
+            try:
+                while steps and time.monotonic() - began >= steps[0][0]:
+                    os.kill(pid, steps.pop(0)[1])
+                    os.kill(pid, signal.SIGCONT)
+            except PermissionError:
+                foreign.add(pid)
+        time.sleep(0.01)
+
+
 class Shell:
     """The person's shell or command."""
 
-    def __init__(self, line, environment, mask, is_interactive):
+    def __init__(self, line, environment, mask, is_interactive, keeper):
         program = line[0] if "/" in line[0] else shutil.which(line[0], path=environment["PATH"])
         if program is None:
             raise FileNotFoundError(errno.ENOENT, "command not found")
@@ -210,6 +251,7 @@ class Shell:
         self.pid = os.posix_spawn(program, line, environment, setsigmask=mask,
                                   setsigdef=[signal.SIGPIPE, signal.SIGXFSZ])
         self._is_interactive = is_interactive
+        self._keeper = keeper
         self.asked = None  # the signal at which it shall end
         self._deadline = None
 
@@ -219,6 +261,7 @@ class Shell:
             pid, status = os.waitpid(self.pid, os.WNOHANG)
             if pid != 0:
                 return os.waitstatus_to_exitcode(status)
+            self._reap_orphans()
             if self.asked:
                 got = signal.sigtimedwait(WATCHED, max(0, self._deadline - time.monotonic()))
             else:
@@ -228,6 +271,11 @@ class Shell:
                 self._deadline += SHELL_ENDS_WITHIN
             elif got.si_signo not in (signal.SIGCHLD, KEEPER_REPORTS):
                 self._pass_on(signal.Signals(got.si_signo), got.si_code == FROM_KERNEL)
+
+    def _reap_orphans(self):
+        for pid in children():
+            if pid not in (self.pid, self._keeper.pid):
+                os.waitpid(pid, os.WNOHANG)
 
     def _pass_on(self, number, has_got_it):
         if has_got_it and number in (signal.SIGINT, signal.SIGQUIT):
@@ -247,9 +295,10 @@ def shell_line(options, run, is_interactive):
     return ["bash", "--rcfile", os.path.join(run, "bashrc"), "-i"] if is_interactive else ["bash"]
 
 
-def run_shell(options, request, report, mask):
+def run_shell(options, request, keeper, mask):
     """The status for this program; negative for a signal."""
     is_interactive = options.command is None and sys.stdin.isatty() and sys.stderr.isatty()
+    report = keeper.report()
     run, environment = report["run"], report["environment"]
     with open(os.path.join(run, "front"), "w", encoding="ascii") as file:
         file.write(str(os.getpid()))
@@ -257,7 +306,7 @@ def run_shell(options, request, report, mask):
     if options.monitor:
         line = with_monitor(line, report, request.programs)
     try:
-        shell = Shell(line, environment, mask, is_interactive)
+        shell = Shell(line, environment, mask, is_interactive, keeper)
     except OSError as error:
         say(f"{line[0]}: {error.strerror}")
         return 127 if isinstance(error, FileNotFoundError) else 126
@@ -386,6 +435,7 @@ def run_desk(options):
     signal.signal(signal.SIGCHLD, signal.SIG_DFL)
     mask = signal.pthread_sigmask(signal.SIG_BLOCK, WATCHED)
     keeper = Keeper(request)
+    adopt_orphans()
     status = 1
     try:
         interrupted = wait_for_report(keeper)
@@ -393,12 +443,13 @@ def run_desk(options):
         if interrupted:
             status = -interrupted
         elif "run" in report:
-            status = run_shell(options, request, report, mask)
+            status = run_shell(options, request, keeper, mask)
         else:
             say(report.get("error", "the process that sets the desk up was killed"))
             status = report.get("status", 1)
     finally:
         keeper.let_go()
+        end_children()
     end_with(status)
 
 

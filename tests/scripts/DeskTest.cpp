@@ -177,6 +177,22 @@ TEST_F(Desk, TakesAwayAProcessThatIsStopped) {
     EXPECT_THAT(processes(), ElementsAre());
 }
 
+// Its own parent has ended as well.
+TEST_F(Desk, TakesAwayAProgramThatHasClearedItsEnvironment) {
+    const fs::path number = m_tree / "number";
+    const std::string start = "setsid -f env -i sh -c 'echo $$ >" + number.string() + "; exec sleep 1000'";
+    EXPECT_EQ(at(start + "; until test -s " + number.string() + "; do sleep 0.02; done").end, ProcessEnd::exited(0));
+    EXPECT_NE(m_tree.read("number"), "");
+    EXPECT_FALSE(fs::exists("/proc/" + m_tree.read("number").substr(0, m_tree.read("number").find('\n'))));
+}
+
+TEST_F(Desk, LeavesNoDeadProcessWhileItIsOpen) {
+    const std::string number = (m_tree / "number").string();
+    const std::string start = "setsid -f env -i sh -c 'echo $$ >" + number + "'; until test -s " + number;
+    EXPECT_EQ(at(start + "; do sleep 0.02; done; while test -e /proc/$(cat " + number + "); do sleep 0.02; done").end,
+              ProcessEnd::exited(0));
+}
+
 TEST_F(Desk, PutsTheLogsAtHand) {
     const FinishedRun finished = at("daxctl status >/dev/null; desk log | grep -o 'Service Manager is started.'; "
                                     "desk core | grep -o -m 1 '\\[DAXCoreSimulator-'; "
