@@ -16,6 +16,7 @@
 
 namespace dax {
 
+using DAX::Common::DBUSWrapper::ClientConnection;
 using DAX::Common::DBUSWrapper::PeerWatch;
 using DAX::DAXCommon::ServiceClientPriority;
 using DAX::DAXCommon::ServiceTransactionType;
@@ -38,8 +39,15 @@ std::shared_ptr<const detail::Context> contextOf(std::string name, Options optio
         std::move(name), {std::move(options.busAddress), milliseconds(options.callTimeout)}, std::move(options.log)});
 }
 
-std::unique_ptr<IServiceManager> connect(const detail::Context& context) {
-    return std::make_unique<CServiceManagerProxy>(detail::createServiceProxies(context));
+std::unique_ptr<IServiceManager> connect(const ClientConnection& connection) {
+    return std::make_unique<CServiceManagerProxy>(detail::createServiceProxies(connection));
+}
+
+// As the client's, but the last call of a session does not start the service.
+ClientConnection connectionOf(const detail::Context& context, std::shared_ptr<const detail::Contact> contact) {
+    ClientConnection connection = context.connection;
+    connection.mayStart = [contact = std::move(contact)] { return !contact->isEnding(); };
+    return connection;
 }
 
 std::optional<Owner> ownerOf(IServiceManager& manager) {
@@ -72,7 +80,7 @@ namespace detail {
 ClientCore::ClientCore(std::shared_ptr<const Context> context)
     : m_context(std::move(context)), m_manager(callService(*m_context, [this] {
         DAX::DAXIPC::IDAXIPC::initialize();
-        return connect(*m_context);
+        return connect(m_context->connection);
     })) {}
 
 } // namespace detail
@@ -125,13 +133,15 @@ void Client::scheduleFactoryReset() {
 Session Client::request(Priority priority, TransactionType type) {
     const std::shared_ptr<const detail::Context>& context = core().context();
     return detail::callService(*context, [&] {
-        std::unique_ptr<IServiceManager> manager = connect(*context);
+        auto contact = std::make_shared<detail::Contact>();
+        std::unique_ptr<IServiceManager> manager = connect(connectionOf(*context, contact));
         auto service = manager->getService(static_cast<ServiceClientPriority>(priority), context->clientName,
                                            static_cast<ServiceTransactionType>(type));
         if (service == nullptr) {
             throw refusal(context->clientName, priority, ownerOf(*manager));
         }
-        return Session(std::make_unique<detail::SessionCore>(context, std::move(manager), std::move(service)));
+        return Session(
+            std::make_unique<detail::SessionCore>(context, std::move(contact), std::move(manager), std::move(service)));
     });
 }
 

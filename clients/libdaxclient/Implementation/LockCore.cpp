@@ -32,7 +32,7 @@ void LockCore::acquire(Priority priority) {
     for (int left = ATTEMPTS;; --left) {
         const std::string uniqueName = m_service.follow();
         try {
-            m_manager = std::make_unique<CServiceManagerProxy>(createServiceProxies(*m_context, uniqueName));
+            m_manager = std::make_unique<CServiceManagerProxy>(createServiceProxies(m_context->connection, uniqueName));
             m_id = m_manager->acquireExternalLock(m_context->clientName, static_cast<ServiceClientPriority>(priority));
             return;
         } catch (const RemoteObjectNotAccessible&) {

@@ -85,9 +85,9 @@ private:
 ForeignException::ForeignException(std::string name, std::string archive)
     : m_name(std::move(name)), m_archive(std::move(archive)) {}
 
-std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> createServiceProxies(const Context& context,
+std::shared_ptr<IDBUSProxy::IDBUSProxyFactory> createServiceProxies(const ClientConnection& connection,
                                                                     const std::string& uniqueName) {
-    return std::make_shared<ServiceProxyFactory>(context.connection, uniqueName);
+    return std::make_shared<ServiceProxyFactory>(connection, uniqueName);
 }
 
 } // namespace dax::detail

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "Common/DBUSWrapper/ClientConnection.h"
 #include "Common/DBUSWrapper/IDBUSProxy.h"
-#include "libdaxclient/Implementation/Context.h"
 
 namespace dax::detail {
 
@@ -28,6 +28,6 @@ private:
 // With a unique bus name they call that peer only, whatever name they are told to call: a call reaches it or fails, and
 // neither reaches a successor nor starts one.
 std::shared_ptr<DAX::Common::DBUSWrapper::IDBUSProxy::IDBUSProxyFactory>
-createServiceProxies(const Context& context, const std::string& uniqueName = {});
+createServiceProxies(const DAX::Common::DBUSWrapper::ClientConnection& connection, const std::string& uniqueName = {});
 
 } // namespace dax::detail

@@ -10,15 +10,19 @@ using DAX::Service::IService;
 
 namespace detail {
 
-SessionCore::SessionCore(std::shared_ptr<const Context> context, std::unique_ptr<DAX::Service::IServiceManager> manager,
-                         std::shared_ptr<IService> service)
-    : m_context(std::move(context)), m_manager(std::move(manager)), m_service(std::move(service)) {}
+SessionCore::SessionCore(std::shared_ptr<const Context> context, std::shared_ptr<Contact> contact,
+                         std::unique_ptr<DAX::Service::IServiceManager> manager, std::shared_ptr<IService> service)
+    : m_context(std::move(context))
+    , m_contact(std::move(contact))
+    , m_manager(std::move(manager))
+    , m_service(std::move(service)) {}
 
-// Without an answer so far, a further call would only wait, or start another service.
+// After a call without an answer, a further one would only wait.
 SessionCore::~SessionCore() {
     if (m_contact->isLost() || m_context->isOfAnotherProcess()) {
         return;
     }
+    m_contact->setEnding();
     try {
         call([](IService& service) { service.invalidate("The client has finished."); });
     } catch (...) { // nobody is left to be told

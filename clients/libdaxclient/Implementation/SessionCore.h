@@ -10,10 +10,15 @@
 
 namespace dax::detail {
 
-// Whether the service has answered every call of a session and of its transactions. Any thread.
+// How a session and its transactions stand with the service. Any thread.
 class Contact {
 public:
+    // Whether a call has had no answer so far.
     bool isLost() const { return m_isLost; }
+
+    // Whether the session makes its last call, for which no service must be started.
+    bool isEnding() const { return m_isEnding; }
+    void setEnding() { m_isEnding = true; }
 
     // Notices when the call ends without an answer.
     template <class Call>
@@ -28,12 +33,14 @@ public:
 
 private:
     std::atomic<bool> m_isLost{false};
+    std::atomic<bool> m_isEnding{false};
 };
 
 class SessionCore {
 public:
     // The session ends with the manager's connection at the latest.
-    SessionCore(std::shared_ptr<const Context> context, std::unique_ptr<DAX::Service::IServiceManager> manager,
+    SessionCore(std::shared_ptr<const Context> context, std::shared_ptr<Contact> contact,
+                std::unique_ptr<DAX::Service::IServiceManager> manager,
                 std::shared_ptr<DAX::Service::IService> service);
     SessionCore(const SessionCore&) = delete;
     SessionCore& operator=(const SessionCore&) = delete;
@@ -49,7 +56,7 @@ public:
 
 private:
     const std::shared_ptr<const Context> m_context;
-    const std::shared_ptr<Contact> m_contact = std::make_shared<Contact>();
+    const std::shared_ptr<Contact> m_contact;
     const std::unique_ptr<DAX::Service::IServiceManager> m_manager;
     const std::shared_ptr<DAX::Service::IService> m_service;
 };

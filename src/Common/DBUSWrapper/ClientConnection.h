@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,9 @@ using errinfo_bus_error = boost::error_info<tag_errinfo_bus_error, std::string>;
 struct ClientConnection {
     std::string address;            // as D-Bus writes addresses; without one it is the system bus
     unsigned int timeoutMs = 60000; // for the connecting, and for each call
+
+    // Whether the bus may start the remote side for a call. Each call asks, on its thread. Empty: it always may.
+    std::function<bool()> mayStart{};
 };
 
 // A factory of proxies over such connections. It differs from the default one in three things: `type`,

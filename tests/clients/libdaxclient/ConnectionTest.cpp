@@ -1,5 +1,6 @@
 // How the library gets to the service: addresses, time-outs, identities, threads.
 #include <atomic>
+#include <filesystem>
 #include <future>
 #include <set>
 
@@ -10,6 +11,7 @@
 #include "support/PrivateBus.h"
 #include "support/SilentBus.h"
 #include "support/TemporaryRoot.h"
+#include "support/WaitUntil.h"
 #include "support/WireGoldens.h"
 
 namespace DAX::Tests {
@@ -125,6 +127,23 @@ TEST_F(ConnectionTest, IsUsableAfterATimeOut) {
     EXPECT_EQ(unreachableBy([&] { client.version(); }).reason(), Reason::TIMED_OUT);
     service.answerWell("getCurrentVersion");
     EXPECT_EQ(client.version(), "17.037.0");
+}
+
+// Whoever destroys the objects of a service that has ended wants nothing of a new one.
+TEST_F(ConnectionTest, ThatEndsStartsNoServiceAnew) {
+    const TemporaryRoot root;
+    bus.addService("org.kovan.tv.dax.service.servicemanager",
+                   "/bin/sh -c 'touch " + (root / "started").string() + "; exit 1'"); // at once, so that nobody waits
+    auto open = std::make_unique<OpenClient>();
+    auto lock = std::make_unique<dax::Lock>(open->client.lock(dax::Priority(4)));
+    service.leaveAt("getCurrentVersion");
+    EXPECT_THROW(open->client.version(), dax::Unreachable);
+    ASSERT_TRUE(waitUntil([&open] { return !open->client.isServiceRunning(); }));
+    lock.reset();
+    open.reset();
+    EXPECT_FALSE(std::filesystem::exists(root / "started"));
+    EXPECT_THROW(dax::Client("another").version(), dax::Unreachable);
+    EXPECT_TRUE(std::filesystem::exists(root / "started")) << "the bus starts none anyway";
 }
 
 TEST_F(ConnectionTest, ClaimsItsSessionsByIdsThatNobodyCanGuess) {

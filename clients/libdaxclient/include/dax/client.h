@@ -395,7 +395,8 @@ private:
 // state that is refused with SAME_CLIENT while this one lives, as in `session = client.request(...)`.
 //
 // The destructor ends the session as end() does, and drops failures. It can block as long as a call, but does not call
-// a service that has been Unreachable in this session: closing the connections ends the session as well.
+// a service that has been Unreachable in this session, and starts none: closing the connections ends the session as
+// well.
 class DAX_API Session {
 public:
     Session(Session&&) noexcept;

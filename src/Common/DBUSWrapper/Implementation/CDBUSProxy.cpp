@@ -75,7 +75,8 @@ CDBUSProxy::CDBUSProxy(const std::string& objectPath, const std::string& interfa
     , m_dbusType(IDBUSWrapper::SYSTEM)
     , m_callTimeoutMs(connection.timeoutMs)
     , m_id(nextProxyId())
-    , m_tellsBusErrors(true) {
+    , m_tellsBusErrors(true)
+    , m_mayStart(connection.mayStart) {
     prepareConnection();
 }
 
@@ -118,6 +119,9 @@ DBUSMessageHandle CDBUSProxy::createCall(const std::string& method, const std::s
                                                            m_interfaceName.c_str(), method.c_str()));
     if (message == nullptr) {
         DAX_THROW(DBUSMemoryError(), "A message cannot be made.");
+    }
+    if (m_mayStart && !m_mayStart()) {
+        dbus_message_set_auto_start(message.get(), false);
     }
     if (!parameters.empty()) {
         DBusMessageIter arguments;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -44,6 +45,7 @@ private:
     boost::optional<unsigned int> m_callTimeoutMs;
     int m_id;
     bool m_tellsBusErrors = false;
+    const std::function<bool()> m_mayStart; // empty: always
     std::unique_ptr<CallChannel> m_channel; // last: it must be destroyed before the connection
 };
 
