@@ -122,11 +122,11 @@ TEST_F(ConnectionTest, TellsAFullBusFromAMissingPermission) {
 TEST_F(ConnectionTest, IsUsableAfterATimeOut) {
     dax::Options options;
     options.callTimeout = milliseconds(100);
-    dax::Client client("me", options);
+    dax::Client client = inTime([&options] { return dax::Client("me", options); });
     service.answer("getCurrentVersion", FakeService::nothing());
     EXPECT_EQ(unreachableBy([&] { client.version(); }).reason(), Reason::TIMED_OUT);
     service.answerWell("getCurrentVersion");
-    EXPECT_EQ(client.version(), "17.037.0");
+    EXPECT_EQ(inTime([&] { return client.version(); }), "17.037.0");
 }
 
 // Whoever destroys the objects of a service that has ended wants nothing of a new one.

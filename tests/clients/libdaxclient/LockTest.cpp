@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Steps.h"
 #include "support/Flood.h"
 #include "support/PlayedService.h"
 #include "support/PrivateBus.h"
@@ -20,15 +21,29 @@ namespace {
 using namespace testing;
 using Reason = dax::Unreachable::Reason;
 
+// Asks for the lock on another thread, while the test plays the service.
+std::future<dax::Lock> beginLock(dax::Client& client) {
+    return std::async(std::launch::async, [&client] { return client.lock(dax::Priority(4)); });
+}
+
+// The lock that the service gives.
+dax::Lock acquireLock(dax::Client& client, PlayedService& service, unsigned int id) {
+    auto lock = beginLock(client);
+    service.giveLock(id);
+    return lock.get();
+}
+
+// What the release returns that the service grants.
+bool releaseLock(dax::Lock& lock, PlayedService& service) {
+    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
+    service.answer(*service.next("releaseExternalLock"), "");
+    return released.get();
+}
+
 class LockTest : public Test {
 protected:
-    // Asks for the lock on another thread, while the test plays the service.
-    std::future<dax::Lock> begin() {
-        return std::async(std::launch::async, [this] { return client.lock(dax::Priority(4)); });
-    }
-
     // Why the lock is not given.
-    Reason reasonOf(std::future<dax::Lock> lock) {
+    static Reason reasonOf(std::future<dax::Lock> lock) {
         try {
             lock.get();
         } catch (const dax::Unreachable& failure) {
@@ -45,31 +60,26 @@ TEST_F(LockTest, TimesOutWhileTheServiceStarts) {
     bus.addService("org.kovan.tv.dax.service.servicemanager", "/bin/sleep 3");
     dax::Options options;
     options.callTimeout = std::chrono::milliseconds(300);
-    dax::Client impatient("impatient", options);
-    EXPECT_EQ(reasonOf(std::async(std::launch::async, [&] { return impatient.lock(dax::Priority(4)); })),
-              Reason::TIMED_OUT);
+    dax::Client impatient = inTime([&options] { return dax::Client("impatient", options); });
+    EXPECT_EQ(reasonOf(beginLock(impatient)), Reason::TIMED_OUT);
 }
 
 TEST_F(LockTest, IsGivenUpInTimeOnABusThatStandsStill) {
     PlayedService daemon;
     dax::Options options;
-    options.callTimeout = std::chrono::milliseconds(300);
+    options.callTimeout = std::chrono::seconds(2); // the service is not slower
     dax::Client impatient("impatient", options);
-    auto future = std::async(std::launch::async, [&] { return impatient.lock(dax::Priority(4)); });
-    daemon.giveLock(5);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(impatient, daemon, 5);
     ASSERT_EQ(::kill(bus.pid(), SIGSTOP), 0);
-    const auto begin = std::chrono::steady_clock::now();
+    const auto before = std::chrono::steady_clock::now();
     EXPECT_THROW(lock.release(), dax::Unreachable);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)); // libdbus would wait for 25
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(20)); // libdbus would wait for 25
     ::kill(bus.pid(), SIGCONT);
 }
 
 TEST_F(LockTest, IsNotReleasedByAChildProcessThatEnds) {
     PlayedService daemon;
-    auto future = begin();
-    daemon.giveLock(5);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(client, daemon, 5);
     const pid_t child = fork();
     if (child == 0) {
         ::alarm(10); // a release would wait for an answer
@@ -79,14 +89,12 @@ TEST_F(LockTest, IsNotReleasedByAChildProcessThatEnds) {
     int status = -1;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
-    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
-    daemon.answer(*daemon.next("releaseExternalLock"), "");
-    EXPECT_TRUE(released.get());
+    EXPECT_TRUE(releaseLock(lock, daemon));
 }
 
 TEST_F(LockTest, IsAskedForAndReleasedByTheUniqueNameOfTheService) {
     PlayedService daemon;
-    auto future = begin();
+    auto future = beginLock(client);
     const RawMessage acquire = daemon.next("acquireExternalLock");
     EXPECT_EQ(dbus_message_get_destination(acquire.get()), daemon.name());
     daemon.answer(*acquire, encode(5U));
@@ -106,7 +114,7 @@ TEST_F(LockTest, IsAskedForAndReleasedByTheUniqueNameOfTheService) {
 TEST_F(LockTest, BelongsToTheNextServiceWhenOneLeavesBeforeItAnswers) {
     PlayedService first;
     PlayedService second;
-    auto future = begin();
+    auto future = beginLock(client);
     first.next("acquireExternalLock");
     first.leave();
     second.giveLock(6);
@@ -120,23 +128,18 @@ TEST_F(LockTest, BelongsToTheNextServiceWhenOneLeavesBeforeItAnswers) {
 
 TEST_F(LockTest, IsNotReleasedAtAServiceThatTookTheNameOver) {
     PlayedService first;
-    auto future = begin();
-    first.giveLock(1);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(client, first, 1);
     PlayedService second;
     first.leave();
     EXPECT_FALSE(lock.release());
-    auto next = begin(); // makes the first call that the second service gets
-    second.giveLock(2);
-    auto released = std::async(std::launch::async, [&next] { next.get(); });
-    second.answer(*second.next("releaseExternalLock"), "");
-    released.get();
+    dax::Lock next = acquireLock(client, second, 2); // makes the first call that the second service gets
+    EXPECT_TRUE(releaseLock(next, second));
 }
 
 TEST_F(LockTest, IsOfTheNextServiceWhenOneRefusesItWithoutItsName) {
     PlayedService first;
     PlayedService second;
-    auto future = begin();
+    auto future = beginLock(client);
     const RawMessage acquire = first.next("acquireExternalLock");
     first.giveNameBack();
     first.refuse(*acquire);
@@ -147,14 +150,14 @@ TEST_F(LockTest, IsOfTheNextServiceWhenOneRefusesItWithoutItsName) {
 
 TEST_F(LockTest, IsAskedForOnceOfAServiceThatRefusesItUnderItsName) {
     PlayedService daemon;
-    auto future = begin();
+    auto future = beginLock(client);
     daemon.refuse(*daemon.next("acquireExternalLock"));
     EXPECT_EQ(reasonOf(std::move(future)), Reason::NOT_ALLOWED);
 }
 
 TEST_F(LockTest, IsAskedForOfSixServicesThatLeaveAndOfNoMore) {
     std::vector<PlayedService> daemons(6);
-    auto future = begin();
+    auto future = beginLock(client);
     for (PlayedService& daemon : daemons) {
         daemon.next("acquireExternalLock");
         daemon.leave();
@@ -163,14 +166,12 @@ TEST_F(LockTest, IsAskedForOfSixServicesThatLeaveAndOfNoMore) {
 }
 
 TEST_F(LockTest, CannotBeAcquiredWithoutAService) {
-    EXPECT_EQ(reasonOf(begin()), Reason::NO_SERVICE);
+    EXPECT_EQ(reasonOf(beginLock(client)), Reason::NO_SERVICE);
 }
 
 TEST_F(LockTest, IsGivenUpWhenItCannotBeReleased) {
     PlayedService daemon;
-    auto future = begin();
-    daemon.giveLock(1);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(client, daemon, 1);
     auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
     daemon.refuse(*daemon.next("releaseExternalLock"));
     EXPECT_THROW(released.get(), dax::Unreachable);
@@ -180,9 +181,7 @@ TEST_F(LockTest, IsGivenUpWhenItCannotBeReleased) {
 
 TEST_F(LockTest, IsNotReleasedWhenItIsDetached) {
     PlayedService daemon;
-    auto future = begin();
-    daemon.giveLock(8);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(client, daemon, 8);
     EXPECT_EQ(lock.detach(), 8U);
     EXPECT_FALSE(lock.release()) << "the lock is in force";
     EXPECT_EQ(lock.detach(), 8U);
@@ -191,21 +190,15 @@ TEST_F(LockTest, IsNotReleasedWhenItIsDetached) {
 
 TEST_F(LockTest, StaysReleasedWhenItIsDetachedAfterwards) {
     PlayedService daemon;
-    auto future = begin();
-    daemon.giveLock(8);
-    dax::Lock lock = future.get();
-    auto released = std::async(std::launch::async, [&lock] { return lock.release(); });
-    daemon.answer(*daemon.next("releaseExternalLock"), "");
-    EXPECT_TRUE(released.get());
+    dax::Lock lock = acquireLock(client, daemon, 8);
+    EXPECT_TRUE(releaseLock(lock, daemon));
     lock.detach();
     EXPECT_TRUE(lock.release());
 }
 
 TEST_F(LockTest, IsLostWithTheBus) {
     PlayedService daemon;
-    auto future = begin();
-    daemon.giveLock(1);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(client, daemon, 1);
     bus.stop();
     EXPECT_TRUE(waitUntil([&lock] { return lock.isLost(); }));
 }
@@ -230,9 +223,7 @@ TEST(LockOnASmallBus, IsSeenToBeLostThoughOthersFillItsConnections) {
     const PrivateBus bus(SystemBusRules::ofDevice({{"max_outgoing_bytes", 1000000}}));
     PlayedService daemon;
     dax::Client client("locker");
-    auto future = std::async(std::launch::async, [&client] { return client.lock(dax::Priority(4)); });
-    daemon.giveLock(5);
-    dax::Lock lock = future.get();
+    dax::Lock lock = acquireLock(client, daemon, 5);
     RawPeer other;
     for (const std::string& connection : othersThan({daemon.name(), other.name()}, other)) {
         for (int i = 0; i < 100; ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,6 +26,22 @@ struct OpenClient {
     dax::Session session;
     dax::Transaction transaction;
 };
+
+// What the call gives in time: a machine that is busy with others may need more than an impatient client waits. Throws
+// what the call throws otherwise, and its time-out after half a minute.
+template <class Call>
+auto inTime(const Call& call) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    for (;;) {
+        try {
+            return call();
+        } catch (const dax::Unreachable& failure) {
+            if (failure.reason() != dax::Unreachable::Reason::TIMED_OUT || std::chrono::steady_clock::now() > end) {
+                throw;
+            }
+        }
+    }
+}
 
 // A public operation that makes one call of the method, perhaps after others.
 struct Step {
