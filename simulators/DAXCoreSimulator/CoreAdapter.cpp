@@ -17,8 +17,8 @@
 #include <unistd.h>
 
 #include "DAXCoreSimulator/ArgumentsAsJson.h"
-#include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
+#include "DAXCoreSimulator/KnownMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/CoreMethods.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/Introspection.h"

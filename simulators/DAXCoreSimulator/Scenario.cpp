@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "DAXCommon/UpgradeTypeNames.h"
-#include "DAXCoreSimulator/CoreMethods.h"
 #include "DAXCoreSimulator/FaultExceptions.h"
+#include "DAXCoreSimulator/KnownMethods.h"
 #include "DAXCoreSimulator/ScenarioFile.h"
 #include "Utility/Utils/Hexadecimal.h"
 
