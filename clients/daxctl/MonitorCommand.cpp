@@ -6,16 +6,15 @@
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "clients_common/ExitStatus.h"
-#include "clients_common/Output.h"
 #include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
-#include "daxctl/Interruption.h"
+#include "daxctl/EndRequest.h"
 #include "daxctl/LongOutput.h"
 #include "daxctl/MethodOption.h"
-#include "daxctl/ReadInterruption.h"
 #include "monitor/BusWatch.h"
 #include "monitor/CaptureFile.h"
 #include "monitor/Conversation.h"
@@ -60,11 +59,12 @@ struct MonitorOptions {
 // All that is made of the events: what is shown, the summary and the diagram.
 class Report {
 public:
-    Report(const MonitorOptions& options, bool json)
+    Report(const MonitorOptions& options, bool json, LongOutput& output)
         : m_options(options)
         , m_isJson(json)
-        , m_text(std::cout, LongOutput::isColourful(), LongOutput::width)
-        , m_json(std::cout)
+        , m_output(output)
+        , m_text(output.stream(), LongOutput::isColourful(), LongOutput::width)
+        , m_json(output.stream())
         , m_failures(m_isJson ? static_cast<monitor::EventSink&>(m_json) : m_text)
         , m_filter(m_all, options.sides(), options.methods) {
         m_all.add(options.failures ? static_cast<monitor::EventSink&>(m_failures)
@@ -82,6 +82,9 @@ public:
     // Writes out what there is to show. False when nobody looks any more. Throws Refusal when it cannot be written.
     bool show() { return m_output.flush(); }
 
+    // The same where nobody may be watching: as soon as enough has come together.
+    bool showSome() { return m_output.stream() || show(); }
+
     void finish() {
         if (!m_options.diagramPath.empty()) {
             draw();
@@ -89,8 +92,8 @@ public:
         if (m_isJson) {
             m_json.write(m_summary.toJson());
         } else {
-            std::cout << "\n";
-            m_summary.print(std::cout);
+            m_output.stream() << "\n";
+            m_summary.print(m_output.stream());
         }
         show();
     }
@@ -111,7 +114,7 @@ private:
 
     const MonitorOptions& m_options;
     bool m_isJson;
-    LongOutput m_output;
+    LongOutput& m_output;
     monitor::TextView m_text;
     monitor::JsonView m_json;
     monitor::FailureFilter m_failures;
@@ -138,7 +141,7 @@ int reportOn(Report& report, const Follow& follow) {
 }
 
 // Gives what comes to `take`, until the user has had enough.
-void follow(monitor::BusWatch& bus, Report& report, Interruption& interruption, const monitor::BusWatch::Take& take) {
+void follow(monitor::BusWatch& bus, Report& report, const monitor::BusWatch::Take& take) {
     const std::chrono::milliseconds pause(100);
     std::size_t taken = 0;
     const auto waitForMore = [&] {
@@ -153,18 +156,18 @@ void follow(monitor::BusWatch& bus, Report& report, Interruption& interruption, 
         return taken != before;
     };
     bool isWanted = true;
-    while (isWanted && !interruption.requested()) {
+    while (isWanted && !EndRequest::isMade()) {
         waitForMore();
         isWanted = report.show();
     }
     // What was on its way when the user asked for the end. A bus that never falls silent must not hold it up.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (isWanted && waitForMore() && std::chrono::steady_clock::now() < deadline) {
+    const std::chrono::milliseconds most(500);
+    while (isWanted && waitForMore() && EndRequest::age() < most) {
     }
 }
 
 int watchBus(const MonitorOptions& options, Report& report) {
-    Interruption interruption;
+    // Until it watches there is nothing to tell: a signal ends the process, whatever is waited for.
     std::optional<monitor::CaptureWriter> writer;
     if (!options.writePath.empty()) {
         writer.emplace(options.writePath);
@@ -173,9 +176,10 @@ int watchBus(const MonitorOptions& options, Report& report) {
     monitor::Conversation conversation(report.sink(), bus);
     conversation.setOwner(Side::SERVICE, bus.ownerOf(Names::DBUSService::DBUSIServiceManager::CONNECTION_NAME));
     conversation.setOwner(Side::CORE, bus.ownerOf(Names::DBUSCore::DBUSICore::CONNECTION_NAME()));
+    const EndRequest signals;
     std::cerr << "Watching the bus. Ctrl-C ends." << std::endl;
     return reportOn(report, [&] {
-        follow(bus, report, interruption, [&](const monitor::BusMessage& message, std::string_view bytes) {
+        follow(bus, report, [&](const monitor::BusMessage& message, std::string_view bytes) {
             conversation.take(message);
             if (writer) {
                 writer->write(message.time, bytes);
@@ -184,10 +188,25 @@ int watchBus(const MonitorOptions& options, Report& report) {
     });
 }
 
+// A signal makes the file end too early, or never begin, which is no failure then.
+void readUntilItsEnd(const std::string& path, const monitor::TakeCaptured& take) {
+    try {
+        const monitor::CaptureEnd end = monitor::readCapture(path, take);
+        if (!end.cutBecause.empty()) {
+            throw Refusal(path + " is cut off behind message " + std::to_string(end.messages) + ": " + end.cutBecause);
+        }
+    } catch (const std::runtime_error&) {
+        if (!EndRequest::isMade()) {
+            throw;
+        }
+    }
+}
+
 int readFile(const MonitorOptions& options, Report& report) {
-    const ReadInterruption interruption;
     const bool isStream = monitor::isStream(options.readPath);
+    // This goes through the whole capture, and there is nothing to tell yet: a signal ends the process.
     monitor::CapturedProcesses processes(options.readPath);
+    const EndRequest signals;
     monitor::Conversation conversation(report.sink(), processes);
     const auto take = [&](const std::optional<monitor::BusMessage>& message, std::int64_t time,
                           const std::string& reason) {
@@ -197,15 +216,9 @@ int readFile(const MonitorOptions& options, Report& report) {
             conversation.note(time, reason);
         }
         // Somebody may be watching a stream.
-        return !ReadInterruption::requested() && ((!isStream && std::cout) || report.show());
+        return !EndRequest::isMade() && (isStream ? report.show() : report.showSome());
     };
-    return reportOn(report, [&] {
-        const monitor::CaptureEnd end = monitor::readCapture(options.readPath, take);
-        if (!end.cutBecause.empty() && !ReadInterruption::requested()) {
-            throw Refusal(options.readPath + " is cut off behind message " + std::to_string(end.messages) + ": " +
-                          end.cutBecause);
-        }
-    });
+    return reportOn(report, [&] { readUntilItsEnd(options.readPath, take); });
 }
 
 void checkMethods(const MonitorOptions& options) {
@@ -243,8 +256,9 @@ void checkFiles(const MonitorOptions& options) {
 int runMonitor(const MonitorOptions& options, bool json) {
     checkMethods(options);
     checkFiles(options);
+    LongOutput output;
     const auto show = [&] {
-        Report report(options, json);
+        Report report(options, json, output);
         return options.readPath.empty() ? watchBus(options, report) : readFile(options, report);
     };
     if (!json) {
@@ -253,13 +267,9 @@ int runMonitor(const MonitorOptions& options, bool json) {
     try {
         return show();
     } catch (const std::exception& error) { // one line, as all of them
-        if (!std::cout) {
-            throw; // it could not be written either
-        }
         std::cerr << "daxctl: " << clients_common::printableLines(error.what()) << std::endl;
-        monitor::JsonView(std::cout).write({{"event", "error"}, {"error", error.what()}});
-        std::cout.flush();
-        clients_common::forgetLostOutput(); // one line is told, and says more
+        monitor::JsonView(output.stream()).write({{"event", "error"}, {"error", error.what()}});
+        output.stream().flush();
         return clients_common::EXIT_REFUSED;
     }
 }

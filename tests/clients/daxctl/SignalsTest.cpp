@@ -1,18 +1,23 @@
 // The effect of signals on daxctl and on the commands that it runs. A test that raises a signal does so in a child
 // process.
+#include <cerrno>
 #include <csignal>
 
 #include <gmock/gmock.h>
+#include <poll.h>
 
 #include "clients/daxctl/StandardError.h"
 #include "daxctl/ChildProcess.h"
+#include "daxctl/EndRequest.h"
 #include "support/ProcessDeath.h"
+#include "support/WaitUntil.h"
 
 namespace DAX::Tests {
 namespace {
 
 using namespace testing;
 using daxctl::ChildOutput;
+using daxctl::EndRequest;
 using daxctl::Interruption;
 using std::chrono::milliseconds;
 
@@ -47,6 +52,53 @@ TEST_P(EachSignal, EndsTheProcessAgainAfterwards) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAnInterruption, EachSignal, Values(SIGINT, SIGTERM, SIGHUP));
+
+class EachRequest : public TestWithParam<int> {};
+
+TEST_P(EachRequest, IsToldInsteadOfEndingTheProcess) {
+    EXPECT_IN_CHILD({
+        EndRequest request;
+        EXPECT_FALSE(EndRequest::isMade());
+        EXPECT_EQ(EndRequest::age(), milliseconds(0));
+        raise(GetParam());
+        raise(GetParam());
+        EXPECT_TRUE(EndRequest::isMade());
+    });
+}
+
+TEST_P(EachRequest, EndsTheProcessWhenItIsMadeAgain) {
+    EXPECT_EXIT(
+        {
+            EndRequest request;
+            raise(SIGHUP);
+            waitUntil([] { return EndRequest::age() > milliseconds(100); });
+            raise(GetParam());
+        },
+        KilledBySignal(GetParam()), "");
+}
+
+TEST_P(EachRequest, IsLeftAloneWhenTheProcessIgnoresIt) {
+    EXPECT_IN_CHILD({
+        std::signal(GetParam(), SIG_IGN);
+        EndRequest request;
+        raise(GetParam());
+        EXPECT_FALSE(EndRequest::isMade());
+    });
+}
+
+// Also the second wait, which begins when the signal has come and gone.
+TEST_P(EachRequest, EndsEveryWait) {
+    EXPECT_IN_CHILD({
+        EndRequest request;
+        raise(GetParam());
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(poll(nullptr, 0, -1), -1);
+            EXPECT_EQ(errno, EINTR);
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(OfTheEnd, EachRequest, Values(SIGINT, SIGTERM, SIGHUP));
 
 class ChildProcess : public Test {
 protected:
