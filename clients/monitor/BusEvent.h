@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -38,7 +39,7 @@ struct CallEvent {
     std::string session; // the ids of what it belongs to; empty where it belongs to none
     std::string transaction;
     DecodedArchive arguments;
-    bool hasUnreadBytes = false;
+    std::size_t unreadBytes = 0; // behind the arguments of an archive that is not broken
     bool expectsAnswer = true;
 };
 

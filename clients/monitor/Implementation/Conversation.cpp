@@ -148,7 +148,7 @@ CallEvent Conversation::describeCall(const BusMessage& message, Side side) {
     if (call.isKnown) {
         const std::string bytes = bytesAt(message, 0);
         call.arguments = decodeArchive(method->request, bytes, LIMITS);
-        call.hasUnreadBytes = hasUnreadBytes(call.arguments, bytes);
+        call.unreadBytes = hasUnreadBytes(call.arguments, bytes) ? bytes.size() - call.arguments.end : 0;
     }
     return call;
 }

@@ -86,6 +86,9 @@ void JsonView::onCall(const CallEvent& call) {
     addCall(object, call);
     object["known"] = call.isKnown;
     addArchive(object, "arguments", call.arguments);
+    if (call.unreadBytes > 0) {
+        object["unreadBytes"] = call.unreadBytes;
+    }
     write(object);
 }
 

@@ -58,7 +58,7 @@ std::string argumentsText(const CallEvent& call) {
     }
     return joined({valuesAsText(call.arguments.values, SHOWN),
                    call.arguments.breakage ? breakageText(call.arguments) : std::string(),
-                   call.hasUnreadBytes ? "(more bytes, which nobody reads)" : std::string()});
+                   call.unreadBytes > 0 ? "(more bytes, which nobody reads)" : std::string()});
 }
 
 // What the call belongs to. A method that brings the id itself shows it among its arguments.

@@ -70,6 +70,23 @@ TEST_F(MonitorTest, ShowsEveryMethodOfTheServiceWithItsAnswer) {
     }
 }
 
+TEST_F(MonitorTest, TellsOfBytesThatNobodyReads) {
+    watch({"--json", "--service"});
+    RawPeer peer;
+    ASSERT_TRUE(peer.call(*callOf("getServiceOwner", "more")));
+    ASSERT_TRUE(peer.call(*callOf("getSupportedUpgradeTypes", golden("service/getSupportedUpgradeTypes.request"))));
+    const std::string shown = finish();
+    EXPECT_EQ(faultsBySchema(shown), "");
+    std::map<std::string, nlohmann::json> unread;
+    for (const auto& line : jsonLines(shown)) {
+        if (line["event"] == "call") {
+            unread[line["method"]] = line.value("unreadBytes", nlohmann::json());
+        }
+    }
+    EXPECT_EQ(unread["getServiceOwner"], 4);
+    EXPECT_EQ(unread["getSupportedUpgradeTypes"], nlohmann::json());
+}
+
 TEST_F(MonitorTest, FollowsAWholeUpgradeOnBothSides) {
     watch({"--json"});
     ASSERT_EQ(desk.run("daxctl", {"upgrade", "--name", "updater", "--item", "main"}).end, ProcessEnd::exited(0));
