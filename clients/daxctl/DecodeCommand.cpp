@@ -1,6 +1,11 @@
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
-#include <iostream>
-#include <iterator>
+#include <cstring>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
@@ -124,9 +129,29 @@ void printForPeople(const DecodeOptions& options, const ArchiveDescription& desc
     }
 }
 
+// One archive is one array of bytes, of which the bus takes 64 MiB at most.
+std::string readInput() {
+    const std::size_t most = 64 * 1024 * 1024;
+    std::string bytes;
+    std::vector<char> piece(64 * 1024);
+    for (;;) {
+        const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
+        if (count < 0 && errno != EINTR) {
+            throw clients_common::Refusal(std::string("The standard input cannot be read: ") + std::strerror(errno));
+        }
+        if (count == 0) {
+            return bytes;
+        }
+        bytes.append(piece.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (bytes.size() > most) {
+            throw clients_common::Refusal("The standard input has more than 64 MiB. No archive on the bus is larger.");
+        }
+    }
+}
+
 int runDecode(const DecodeOptions& options, bool json) {
     const ArchiveDescription& description = descriptionOf(options);
-    const std::string bytes{std::istreambuf_iterator<char>(std::cin), {}};
+    const std::string bytes = readInput();
     const DecodedArchive archive = decodeArchive(description, bytes);
     if (json) {
         clients_common::printJson(asJson(options, archive, bytes.size()));

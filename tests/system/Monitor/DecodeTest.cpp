@@ -74,6 +74,26 @@ TEST(DaxctlDecode, SaysWhatNobodyReads) {
                 HasSubstr("the header alone\n"));
 }
 
+FinishedRun decodeFrom(const std::string& input, const std::string& view) {
+    Command command;
+    command.line = {"sh", "-c", "exec " DAXCTL " decode getService" + view + " <" + input};
+    return run(command);
+}
+
+TEST(DaxctlDecode, ReadsNoMoreThanAnArchiveOnTheBusCanHave) {
+    const auto text = decodeFrom("/dev/zero", "");
+    EXPECT_EQ(text.end, ProcessEnd::exited(1));
+    EXPECT_EQ(text.errors, "daxctl: The standard input has more than 64 MiB. No archive on the bus is larger.\n");
+    const auto json = decodeFrom("/dev/zero", " --json");
+    EXPECT_EQ(json.end, ProcessEnd::exited(1));
+    EXPECT_EQ(nlohmann::json::parse(json.output)["kind"], "refused");
+}
+
+TEST(DaxctlDecode, SaysWhenItsInputCannotBeRead) {
+    EXPECT_EQ(decodeFrom("/", "").errors, "daxctl: The standard input cannot be read: Is a directory\n");
+    EXPECT_EQ(decodeFrom("&-", "").errors, "daxctl: The standard input cannot be read: Bad file descriptor\n");
+}
+
 TEST(DaxctlDecode, ProposesTheNearestMethod) {
     const auto run = daxctl({"decode", "getServise"});
     EXPECT_EQ(run.end, ProcessEnd::exited(2));
