@@ -1,0 +1,161 @@
+"""Namespaces of its own for a run, so that nothing of it stays behind however it ends.
+
+The processes of a run are in a process namespace, its mounts in a mount namespace with a /run of its own; both go with
+their first process, and loop devices with the mount that stands on them. That process ends when the one that started it
+ends: it reads from a pipe, the lifeline, which nobody else holds open. What is left are empty cgroups: the process that
+started the run removes them, or, if that was killed, its keeper does.
+"""
+import os
+import signal
+import subprocess
+import sys
+import threading
+import time
+import uuid
+
+PREFIX = "dax-box-"
+RUN = "DAX_BOX_RUN"  # in the environment of a run: the name of its cgroups. A run inside it has its own below these
+ENDING_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+EMPTY_WITHIN = 10  # seconds for the kernel to end the processes of a run
+
+
+class NoBox(Exception):
+    """Why no box can run here."""
+
+
+def cgroup_hierarchies():
+    """Where the cgroups are mounted, of version 1 or 2."""
+    with open("/proc/self/mounts", encoding="utf-8") as mounts:
+        fields = [line.split() for line in mounts]
+    return [place for _, place, kind, *_ in fields if kind in ("cgroup", "cgroup2")]
+
+
+def make_cgroup(hierarchy, name):
+    """The folder of a cgroup that processes can be put into."""
+    folder = os.path.join(hierarchy, name)
+    os.makedirs(folder)
+    for setting in ("cpuset.cpus", "cpuset.mems"):
+        own = os.path.join(folder, setting)
+        if os.path.exists(os.path.join(hierarchy, setting)) and os.path.exists(own):
+            copy_setting(os.path.join(os.path.dirname(folder), setting), own)
+    return folder
+
+
+def copy_setting(source, target):
+    with open(source, encoding="ascii") as file:
+        value = file.read()
+    with open(target, "w", encoding="ascii") as file:
+        file.write(value)
+
+
+def make_run_cgroups(name):
+    try:
+        hierarchies = cgroup_hierarchies()
+        for hierarchy in hierarchies:
+            make_cgroup(hierarchy, name)
+    except OSError as error:
+        raise NoBox(f"no cgroup can be made: {error.filename}: {error.strerror}") from error
+    if not hierarchies:
+        raise NoBox("no cgroups are mounted")
+
+
+def remove_cgroups(name):
+    """Waits until their processes have ended."""
+    deadline = time.monotonic() + EMPTY_WITHIN
+    for hierarchy in cgroup_hierarchies():
+        while not remove_tree(os.path.join(hierarchy, name)) and time.monotonic() < deadline:
+            time.sleep(0.01)
+
+
+def remove_tree(folder):
+    """Whether the cgroup is gone, with those below it."""
+    for place, _, _ in os.walk(folder, topdown=False):
+        try:
+            os.rmdir(place)
+        except FileNotFoundError:
+            pass
+        except OSError:
+            return False
+    return True
+
+
+def remove_leftovers():
+    """The cgroups of runs of which both processes were killed. Those that are in use stay: they cannot be removed."""
+    for hierarchy in cgroup_hierarchies():
+        for name in os.listdir(hierarchy):
+            if RUN not in os.environ and name.startswith(PREFIX) and not is_alive(name.split("-")[2]):
+                remove_tree(os.path.join(hierarchy, name))
+
+
+def is_alive(pid):
+    return pid.isdigit() and os.path.exists(f"/proc/{pid}")
+
+
+def start_keeper(name, held, lifeline):
+    """A process that removes the cgroups when this one has let go of the lifeline."""
+    pid = os.fork()
+    if pid == 0:
+        try:
+            for number in ENDING_SIGNALS:
+                signal.signal(number, signal.SIG_IGN)
+            os.close(lifeline)
+            nothing = os.open(os.devnull, os.O_RDWR)
+            for standard in range(3):
+                os.dup2(nothing, standard)
+            os.read(held, 1)
+            remove_cgroups(name)
+        finally:
+            os._exit(0)
+    return pid
+
+
+def confined(command):
+    """The command line that runs a command in namespaces of its own."""
+    return ["unshare", "--mount", "--propagation", "private", "--pid", "--fork", "--kill-child=KILL", "--mount-proc",
+            "sh", "-c", 'mount -t tmpfs -o mode=755 tmpfs /run && exec "$@"', "sh", *command]
+
+
+def end_with(held):
+    """Has this process end, and with it all that are in its namespace, when nobody holds the lifeline any more."""
+    def wait():
+        os.read(held, 1)
+        os._exit(1)
+    threading.Thread(target=wait, daemon=True).start()
+
+
+class Ended(Exception):
+    """By a signal, whose number it has."""
+
+
+def end(number, _):
+    raise Ended(number)
+
+
+def run_confined(command):
+    """The status of a command that runs in namespaces of its own, with the name of its cgroups in the environment. To its
+    words the number of a descriptor is added, with which it has to call end_with."""
+    name = os.path.join(os.environ.get(RUN, ""), f"{PREFIX}{os.getpid()}-{uuid.uuid4().hex[:6]}")
+    remove_leftovers()
+    held, lifeline = os.pipe()
+    keeper = start_keeper(name, held, lifeline)
+    run = None
+    try:
+        for number in ENDING_SIGNALS:
+            signal.signal(number, end)
+        make_run_cgroups(name)
+        # A process group of its own, so that Ctrl-C reaches this process alone.
+        run = subprocess.Popen(confined([*command, str(held)]), env={**os.environ, RUN: name}, pass_fds=[held],
+                               process_group=0)
+        return run.wait()
+    except Ended as signalled:
+        print(f"Ended by signal {signalled.args[0]}.", file=sys.stderr)
+        return 128 + signalled.args[0]
+    finally:
+        for number in ENDING_SIGNALS:
+            signal.signal(number, signal.SIG_IGN)
+        if run:
+            run.kill()
+            run.wait()
+        os.close(lifeline)
+        os.waitpid(keeper, 0)
+        remove_cgroups(name)  # if the keeper was killed

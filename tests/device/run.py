@@ -1,0 +1,144 @@
+#!/usr/bin/env python3
+"""What scripts/test-device does: installs the packages into a box, boots it, and checks them there. See --help and
+docs/device-box.md."""
+import argparse
+import importlib
+import os
+import random
+import sys
+import time
+import traceback
+
+sys.dont_write_bytecode = True
+from checking import CHECKS, Bench, Failed, Skipped  # noqa: E402
+from confinement import RUN, NoBox, end_with, run_confined  # noqa: E402
+from disk import Disk  # noqa: E402
+from root import Cache, install, packages_in  # noqa: E402
+from waiting import NeverHappened  # noqa: E402
+
+TREE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__))))
+NO_BOX = 77
+GROUPS = ["runs", "start"]
+OVER_BOTH_BUSES = ["start", "callers", "upgrades", "deaths", "idle", "sandbox"]
+BUSES = ["dbus-daemon", "dbus-broker"]
+
+
+def read_options(words):
+    options = argparse.ArgumentParser(prog="scripts/test-device", allow_abbrev=False,
+                                      description="Boots the built packages in a box and checks them there.")
+    options.add_argument("groups", nargs="*", metavar="GROUP", help="check only these: " + ", ".join(GROUPS))
+    options.add_argument("--packages", default=os.path.join(TREE, "build/packages"), metavar="DIR",
+                         help="the packages to check (build/packages)")
+    options.add_argument("--cache", default=os.path.join(TREE, "build/device-box"), metavar="DIR",
+                         help="where roots are kept between runs (build/device-box)")
+    options.add_argument("--bus", choices=BUSES, help="check only over this one")
+    options.add_argument("--seed", type=int, help="repeat the random choices of another run")
+    options.add_argument("--list", action="store_true", help="list the checks, and check nothing")
+    options.add_argument("--inside", type=int, help=argparse.SUPPRESS)  # in the namespaces of the run
+    options.add_argument("--hold", action="store_true", help=argparse.SUPPRESS)  # keep a box and a disk until the end
+    given = options.parse_args(words)
+    unknown = set(given.groups) - set(GROUPS)
+    if unknown:
+        options.error(f"there is no group {sorted(unknown)[0]}")
+    return given
+
+
+def chosen(options):
+    """The checks to be run, each with the bus that it is run over."""
+    for group in GROUPS:
+        importlib.import_module("checks." + group)
+    for bus in BUSES:
+        for one in CHECKS:
+            is_wanted = (not options.groups or one.group in options.groups) and options.bus in (None, bus)
+            if is_wanted and (bus == BUSES[0] or one.group in OVER_BOTH_BUSES):
+                yield one, bus
+
+
+def label_of(one, bus):
+    return f"{one.group}{'' if bus == BUSES[0] else ' over ' + bus}: {one.title}"
+
+
+class Tally:
+    """Prints a line for each check, and counts."""
+
+    def __init__(self):
+        self.counts = {"passed": 0, "FAILED": 0, "skipped": 0}
+
+    def add(self, verdict, label, seconds, details=""):
+        self.counts[verdict] += 1
+        print(f"{verdict:<7} {label} ({seconds:.1f} s)", flush=True)
+        if details:
+            print("\n".join("        " + line for line in details.splitlines()), flush=True)
+
+    def close(self):
+        if self.counts["skipped"]:
+            print(f"{self.counts['skipped']} skipped: this machine does not let them be shown")
+        print(f"{self.counts['passed']} passed, {self.counts['FAILED']} failed", flush=True)
+        return 1 if self.counts["FAILED"] or not self.counts["passed"] else 0
+
+
+def run_check(one, bus, make_bench, tally):
+    began = time.monotonic()
+    bench = make_bench(bus)
+    verdict, details = "passed", ""
+    try:
+        details = one.function(bench) or ""
+    except Skipped as reason:
+        verdict, details = "skipped", str(reason)
+    except (Failed, NeverHappened) as failure:
+        verdict, details = "FAILED", f"{failure}\n{bench.describe()}"
+    except Exception:  # whatever a check meets is its failure, and not that of the others
+        verdict, details = "FAILED", f"{traceback.format_exc()}{bench.describe()}"
+    try:
+        bench.close()
+    except Exception:
+        verdict, details = "FAILED", f"{details}\n{traceback.format_exc()}"
+    tally.add(verdict, label_of(one, bus), time.monotonic() - began, details)
+
+
+def hold(bench):
+    """For a check of what a run leaves behind when it is killed."""
+    box = bench.new_box()
+    box.bind(Disk(f"{bench.folder}/{os.path.basename(os.environ[RUN])}").place, "/mnt/systemrw")
+    box.boot()
+    print("holding", flush=True)
+    box.run("sleep", "infinity", within=None)
+
+
+def run_inside(options):
+    """In the namespaces of the run."""
+    end_with(options.inside)
+    packages = packages_in(options.packages)
+    base = Cache(options.cache).root_for(packages)
+    seed = options.seed if options.seed is not None else random.randrange(1_000_000)
+    print(f"Seed {seed}", flush=True)
+    folder = "/run/device"
+    os.makedirs(folder)
+    lowers = install(base, packages, folder)
+    run = os.environ[RUN]
+    if options.hold:
+        return hold(Bench(run, folder, lowers, options, BUSES[0], seed))
+    tally = Tally()
+    for one, bus in chosen(options):
+        run_check(one, bus, lambda bus: Bench(run, folder, lowers, options, bus, seed), tally)
+    return tally.close()
+
+
+def main(words):
+    options = read_options(words)
+    try:
+        if options.list:
+            for one, bus in chosen(options):
+                print(label_of(one, bus))
+            return 0
+        if options.inside is not None:
+            return run_inside(options)
+        packages_in(options.packages)
+        return run_confined([sys.executable, os.path.abspath(__file__), *words, "--inside"])
+    except NoBox as reason:
+        print(f"No box can run here: {reason}", file=sys.stderr)
+        return NO_BOX
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
