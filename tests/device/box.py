@@ -9,6 +9,8 @@ from root import choose_bus, mount_overlay
 from waiting import wait_until
 
 BOOT_SECONDS = 60
+DOWN_SECONDS = 120
+ASKED_FOR_REBOOT = 133
 COMMAND_SECONDS = 90
 PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 # In these the kernel enforces limits of a unit. Where cgroups are of version 1, the box gets them read-only.
@@ -112,10 +114,11 @@ class Box:
 
     def reboot(self):
         """In order, as a person would."""
-        before = self.init
         self.run("systemctl", "reboot", check=False)
-        wait_until(lambda: parent_of(before) is None, "the box goes down", BOOT_SECONDS)
-        self._wait_for_boot()
+        status = self._nspawn.wait(DOWN_SECONDS)
+        if status != ASKED_FOR_REBOOT:
+            raise CommandFailed(f"the box went down with the status {status}:\n{self.console()}")
+        self.boot()
 
     def cut(self):
         """As if the power went: its processes end at once, all together."""
@@ -159,12 +162,17 @@ class Box:
         return os.path.lexists(self.path(inside))
 
     def start(self, *command, user=None):
-        """Starts a command in the box, outside of its units, and returns it. The texts come through pipes."""
-        as_user = ["setpriv", "--reuid=" + user, "--regid=" + user, "--init-groups"] if user else []
+        """Starts a command in the box, outside of its units, and returns it. The texts come through pipes. To kill what
+        is returned is to kill the command."""
+        as_user = ["--reuid=" + user, "--regid=" + self._group_of(user), "--init-groups"] if user else []
         return subprocess.Popen(["nsenter", f"--target={self.init}", "--all", "--wdns=/", "env", "-i", "PATH=" + PATH,
-                                 "LC_ALL=C.UTF-8", *as_user, *command],
+                                 "LC_ALL=C.UTF-8", "setpriv", "--pdeathsig=KILL", *as_user, *command],
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                 errors="replace")
+
+    def _group_of(self, user):
+        """The number of the first group of a user."""
+        return next(line.split(":")[3] for line in self.read("/etc/passwd").splitlines() if line.startswith(user + ":"))
 
     def run(self, *command, user=None, check=True, within=COMMAND_SECONDS):
         """Runs a command in the box as this user, or as root."""
@@ -189,6 +197,12 @@ class Box:
         """The texts of the journal, one entry a line."""
         self.run("journalctl", "--sync", check=False)
         return self.run("journalctl", "--quiet", "--output=cat", "--no-pager", *options).output
+
+    def last_words(self, lines=25):
+        """The end of the journal, also when the box is off, for somebody who looks for a cause."""
+        done = subprocess.run(["journalctl", f"--directory={self.root}/var/log/journal", f"--lines={lines}", "--quiet",
+                               "--no-pager", "--output=short-monotonic"], capture_output=True, text=True, check=False)
+        return f"{self.name}:\n{done.stdout}"
 
     def property(self, unit, name):
         """A property of a unit, as systemd prints it."""

@@ -109,7 +109,7 @@ def kill(box, name):
     pid = owner_of(box, name)
     if pid is None:
         raise Failed(f"nobody owns {name}")
-    box.run("kill", "-KILL", pid)
+    box.run("sh", "-c", "kill -KILL " + pid)
     wait_until(lambda: owner_of(box, name) != pid, f"the bus notices the end of {name}")
 
 
