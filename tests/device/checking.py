@@ -116,8 +116,8 @@ INSIDE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "inside")
 
 
 def put_program(box, name):
-    """Copies a program of inside/ into the box, and returns the words that run it there."""
-    target = "/run/" + name
-    with open(os.path.join(INSIDE, name), encoding="utf-8") as file:
-        box.write(target, file.read(), 0o755)
-    return ["python3", target]
+    """Copies a program of inside/ into the box, with what it imports, and returns the words that run it there."""
+    for file in ("bus.py", name):
+        with open(os.path.join(INSIDE, file), encoding="utf-8") as text:
+            box.write("/usr/local/lib/device/" + file, text.read(), 0o755)
+    return ["python3", "-B", "/usr/local/lib/device/" + name]

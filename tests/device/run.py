@@ -18,7 +18,7 @@ from waiting import NeverHappened  # noqa: E402
 
 TREE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__))))
 NO_BOX = 77
-GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle"]
+GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle", "sandbox"]
 OVER_BOTH_BUSES = ["start", "callers", "upgrades", "deaths", "idle", "sandbox"]
 BUSES = ["dbus-daemon", "dbus-broker"]
 
