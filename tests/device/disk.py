@@ -54,7 +54,9 @@ class Disk:
                        "the disk can be unmounted")
             self._is_mounted = False
 
-    def check(self):
-        """What fsck finds, which is nothing in an unmounted file system whose log was put in order."""
-        done = subprocess.run(["fsck.ext4", "-f", "-n", self._image], capture_output=True, text=True, check=False)
-        return "" if done.returncode == 0 else done.stdout
+    def check_after_recovery(self):
+        """What fsck finds once it has put the log in order; empty for a sound file system."""
+        done = subprocess.run(["fsck.ext4", "-p", self._image], capture_output=True, text=True, check=False)
+        if done.returncode == 0:
+            done = subprocess.run(["fsck.ext4", "-f", "-n", self._image], capture_output=True, text=True, check=False)
+        return "" if done.returncode == 0 else done.stdout + done.stderr

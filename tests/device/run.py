@@ -2,10 +2,12 @@
 """What scripts/test-device does: installs the packages into a box, boots it, and checks them there. See --help and
 docs/device-box.md."""
 import argparse
+import concurrent.futures
 import importlib
 import os
 import random
 import sys
+import threading
 import time
 import traceback
 
@@ -18,7 +20,9 @@ from waiting import NeverHappened  # noqa: E402
 
 TREE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__))))
 NO_BOX = 77
-GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle", "sandbox"]
+GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle", "sandbox", "power", "disks", "stops"]
+ALONE = ["runs"]  # they look at what else there is
+LONGEST = ["power"]
 OVER_BOTH_BUSES = ["start", "callers", "upgrades", "deaths", "idle", "sandbox"]
 BUSES = ["dbus-daemon", "dbus-broker"]
 
@@ -33,6 +37,7 @@ def read_options(words):
                          help="where roots are kept between runs (build/device-box)")
     options.add_argument("--bus", choices=BUSES, help="check only over this one")
     options.add_argument("--seed", type=int, help="repeat the random choices of another run")
+    options.add_argument("--jobs", type=int, default=3, help="how many checks run at a time (3: most of the time is waiting)")
     options.add_argument("--list", action="store_true", help="list the checks, and check nothing")
     options.add_argument("--inside", type=int, help=argparse.SUPPRESS)  # in the namespaces of the run
     options.add_argument("--hold", action="store_true", help=argparse.SUPPRESS)  # keep a box and a disk until the end
@@ -63,12 +68,13 @@ class Tally:
 
     def __init__(self):
         self.counts = {"passed": 0, "FAILED": 0, "skipped": 0}
+        self._lock = threading.Lock()
 
     def add(self, verdict, label, seconds, details=""):
-        self.counts[verdict] += 1
-        print(f"{verdict:<7} {label} ({seconds:.1f} s)", flush=True)
-        if details:
-            print("\n".join("        " + line for line in details.splitlines()), flush=True)
+        lines = [f"{verdict:<7} {label} ({seconds:.1f} s)", *("        " + line for line in details.splitlines())]
+        with self._lock:
+            self.counts[verdict] += 1
+            print("\n".join(lines), flush=True)
 
     def close(self):
         if self.counts["skipped"]:
@@ -79,7 +85,7 @@ class Tally:
 
 def run_check(one, bus, make_bench, tally):
     began = time.monotonic()
-    bench = make_bench(bus)
+    bench = make_bench()
     verdict, details = "passed", ""
     try:
         details = one.function(bench) or ""
@@ -119,8 +125,18 @@ def run_inside(options):
     if options.hold:
         return hold(Bench(run, folder, lowers, options, BUSES[0], seed))
     tally = Tally()
-    for one, bus in chosen(options):
-        run_check(one, bus, lambda bus: Bench(run, folder, lowers, options, bus, seed), tally)
+
+    def run_one(one, bus):
+        run_check(one, bus, lambda: Bench(run, folder, lowers, options, bus, seed), tally)
+
+    all_of_them = list(chosen(options))
+    for one, bus in all_of_them:
+        if one.group in ALONE:
+            run_one(one, bus)
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        for one, bus in sorted(all_of_them, key=lambda pair: pair[0].group not in LONGEST):
+            if one.group not in ALONE:
+                pool.submit(run_one, one, bus)
     return tally.close()
 
 

@@ -1,0 +1,269 @@
+"""The power goes in the middle of an upgrade."""
+import ctypes
+import os
+import random
+import re
+import select
+import struct
+import subprocess
+import threading
+import time
+
+from checking import UNIT, Failed, check, expect, expect_equal, json_of, outside
+from disk import Disk
+from upgrade import (DATA, LOCK_FILE, calls_of_core, expect_refused, expect_upgrade_works, lock_of, play,
+                     release_lock, run_upgrade)
+
+HARD_CUTS = 20
+TRUE_CUTS = 60
+AIMED_CUTS = 20  # of them
+CUTS_WITHOUT_SYNC = 10  # at most; the first that loses something is enough
+OLD_DATE = "20200229T121314"
+OLD_DATE_SHOWN = "2020-02-29T12:13:14"
+RELIED_ON = "the lock that the client or the core relies on"
+COUNTER = "db/test/counter"
+IN_CREATE, IN_MODIFY, IN_CLOSE_WRITE = 0x100, 0x2, 0x8
+LATEST_AFTER_LOCK = 0.004  # seconds, of an aimed cut
+
+
+def length_of_upgrade(box):
+    """In seconds, of an upgrade that takes no time at the core."""
+    began = time.monotonic()
+    expect_equal(run_upgrade(box).get("outcome"), "finalized", "the outcome of an upgrade")
+    release_lock(box)
+    return time.monotonic() - began
+
+
+class Run:
+    """An upgrade that is watched from outside, so that what the client was told outlives the power."""
+
+    def __init__(self, box):
+        self._client = box.start("daxctl", "upgrade", "--progress=plain")
+        self.told = ""
+        self._reader = threading.Thread(target=self._read)
+        self._reader.start()
+
+    def _read(self):
+        for line in self._client.stderr:
+            self.told += line
+
+    def end(self):
+        """After the box has lost its power."""
+        self._client.wait(20)
+        self._reader.join(20)
+        self._client.stdout.close()
+
+    def was_told_finalized(self):
+        return "Finalization: done" in self.told
+
+
+def expect_sound_after_cut(box, told_finalized, core_finalizes):
+    """The box is on again."""
+    status = json_of(box.run("daxctl", "status", "--json", check=False))
+    expect_equal(status.get("error"), None, "an error in the status after the cut")
+    lock = lock_of(box)
+    if told_finalized or core_finalizes:
+        expect_equal(lock.get("record"), "verified", f"{RELIED_ON}: {lock}")
+    if lock["installationLock"]:
+        expect(lock["record"] in ("verified", "torn"), f"the lock is whole, or said to be torn: {lock}")
+        expect_refused(box)
+        release_lock(box)
+    box.run("kovanctl", "setting", "set", "db/test/after", "int", "1")
+    expect_equal(box.run("kovanctl", "setting", "get", "db/test/after").output, "1", "a setting that is set after it")
+    return lock
+
+
+@check(f"The power goes {HARD_CUTS} times in an upgrade: the box boots, the daemon answers, no lock is lost")
+def power_goes(bench):
+    box = bench.booted_box()
+    length = length_of_upgrade(box)
+    outcomes = []
+    for number in range(HARD_CUTS):
+        box.write("/var/log/kovan/core-calls.jsonl", "")
+        play(box)
+        run = Run(box)
+        time.sleep(length * 1.1 * number / (HARD_CUTS - 1))  # the moment of the cut, and not a wait for anything
+        box.cut()
+        run.end()
+        box.boot()
+        lock = expect_sound_after_cut(box, run.was_told_finalized(), "startFinalization" in calls_of_core(box))
+        outcomes.append(lock.get("record", "none"))
+    expect_upgrade_works(box)
+    expect("none" in outcomes and "verified" in outcomes, f"the cuts come before and after the lock: {outcomes}")
+    return f"locks after the cuts: {outcomes.count('none')} none, {outcomes.count('verified')} whole, " \
+           f"{outcomes.count('torn')} torn"
+
+
+# True cuts.
+
+class LockWatch:
+    """Sees from outside when the lock file is made."""
+
+    def __init__(self, folder):
+        self._library = ctypes.CDLL(None, use_errno=True)
+        self._queue = self._library.inotify_init1(os.O_CLOEXEC | os.O_NONBLOCK)
+        if self._library.inotify_add_watch(self._queue, os.fsencode(folder), IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE) < 0:
+            raise Failed(f"{folder} cannot be watched")
+
+    def wait(self, kind, within):
+        """Until this happens to the lock file."""
+        deadline = time.monotonic() + within
+        while select.select([self._queue], [], [], max(0, deadline - time.monotonic()))[0]:
+            if self._has(os.read(self._queue, 65536), kind):
+                return
+        raise Failed(f"no lock file is made within {within} s")
+
+    @staticmethod
+    def _has(data, kind):
+        at = 0
+        while at < len(data):
+            _, mask, _, length = struct.unpack_from("iIII", data, at)
+            name = data[at + 16:at + 16 + length].rstrip(b"\0").decode()
+            if mask & kind and name == os.path.basename(LOCK_FILE):
+                return True
+            at += 16 + length
+        return False
+
+    def close(self):
+        os.close(self._queue)
+
+
+class Counter:
+    """Sets a setting to 1, 2, 3 and so on, as fast as it is acknowledged."""
+
+    SCRIPT = 'n=$0; while n=$((n + 1)); do kovanctl setting set "$1" int $n && echo $n || exit 1; done'
+
+    def __init__(self, box, start):
+        self.acknowledged = start
+        self._writer = box.start("sh", "-c", self.SCRIPT, str(start), COUNTER)
+        self._reader = threading.Thread(target=self._read)
+        self._reader.start()
+
+    def _read(self):
+        for line in self._writer.stdout:
+            self.acknowledged = int(line)
+
+    def end(self):
+        self._writer.wait(20)
+        self._reader.join(20)
+        self._writer.stderr.close()
+
+
+class CutBench:
+    """A box whose data and state are on a disk that loses its power."""
+
+    def __init__(self, bench, environment=""):
+        self.disk = Disk(bench.folder + "/disk")
+        for name in ("data", "state"):
+            os.makedirs(f"{self.disk.place}/{name}")
+        self.box = bench.new_box()
+        self.box.bind(self.disk.place + "/data", "/mnt/systemrw")
+        self.box.bind(self.disk.place + "/state", "/var/lib/kovan")
+        if environment:
+            self._write(f"{self.box.root}/etc/systemd/system/{UNIT}.d/environment.conf",
+                        f"[Service]\nEnvironment={environment}\n")
+        self.box.boot()
+        self.counted = 0
+
+    @staticmethod
+    def _write(path, text):
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w", encoding="ascii") as file:
+            file.write(text)
+
+    @property
+    def data(self):
+        """The data folder, outside."""
+        return self.disk.place + "/data" + DATA.removeprefix("/mnt/systemrw")
+
+    def prepare(self):
+        """What was there before the cut, and is on the disk."""
+        self._write(self.data + "/LastSearchingDate", OLD_DATE)
+        self.box.write("/var/log/kovan/core-calls.jsonl", "")
+        play(self.box)
+        os.sync()
+
+    def cut(self):
+        self.disk.cut()
+        self.box.cut()
+
+    def restore(self):
+        self.disk.unmount()
+        damage = self.disk.check_after_recovery()
+        expect_equal(damage, "", "what fsck finds")
+        self.disk.mount()
+        self.box.boot()
+
+
+def expect_old_or_new_date(box):
+    date = json_of(box.run("daxctl", "status", "--json"))["lastSearch"]
+    is_new = date is not None and re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d", date) and date > "2026"
+    expect(date == OLD_DATE_SHOWN or is_new, f"the date of the last search is the old or the new one, not {date}")
+
+
+def one_true_cut(cuts, wait_for_moment):
+    """Cuts once, and checks what is there after it. What became of the lock."""
+    cuts.prepare()
+    watch = LockWatch(cuts.data)
+    counter = Counter(cuts.box, cuts.counted)
+    run = Run(cuts.box)
+    wait_for_moment(watch)
+    cuts.cut()
+    watch.close()
+    run.end()
+    counter.end()
+    cuts.restore()
+    box = cuts.box
+    lock = expect_sound_after_cut(box, run.was_told_finalized(), "startFinalization" in calls_of_core(box))
+    expect_old_or_new_date(box)
+    kept = box.run("kovanctl", "setting", "get", COUNTER, check=False).output
+    expect(int(kept or 0) >= counter.acknowledged, f"the setting that was acknowledged, {counter.acknowledged}, not {kept}")
+    cuts.counted = int(kept or 0)
+    return lock.get("record", "none")
+
+
+def moments(seed, length, cuts, aimed):
+    """How each round waits for the moment of its cut."""
+    chance = random.Random(seed)
+    for number in range(cuts):
+        if number < aimed:
+            kind, delay = chance.choice([IN_CREATE, IN_MODIFY, IN_CLOSE_WRITE]), chance.uniform(0, LATEST_AFTER_LOCK)
+            yield lambda watch, kind=kind, delay=delay: (watch.wait(kind, 20 + length), time.sleep(delay))
+        else:
+            delay = chance.uniform(0, length * 1.2)
+            yield lambda watch, delay=delay: time.sleep(delay)
+
+
+@check(f"The power is cut {TRUE_CUTS} times: what was synced is there, and whoever was told of it finds it")
+def power_is_cut(bench):
+    cuts = CutBench(bench)
+    length = length_of_upgrade(cuts.box)
+    found = [one_true_cut(cuts, wait) for wait in moments(bench.seed, length, TRUE_CUTS, AIMED_CUTS)]
+    expect_upgrade_works(cuts.box)
+    return f"seed {bench.seed}; locks after the cuts: {found.count('none')} none, {found.count('verified')} whole, " \
+           f"{found.count('torn')} torn; {cuts.counted} settings acknowledged"
+
+
+NO_SYNC = """
+int fsync(int f) { (void)f; return 0; }
+int fdatasync(int f) { (void)f; return 0; }
+int msync(void *a, unsigned long b, int c) { (void)a; (void)b; (void)c; return 0; }
+void sync(void) {}
+"""
+
+
+@check("A daemon that does not sync loses its lock at such a cut: the check above would see it")
+def cut_without_sync(bench):
+    source = bench.folder + "/nosync.c"
+    with open(source, "w", encoding="ascii") as file:
+        file.write(NO_SYNC)
+    outside("cc", "-shared", "-fPIC", "-o", bench.folder + "/nosync.so", source)
+    cuts = CutBench(bench, "LD_PRELOAD=/usr/lib/nosync.so")
+    subprocess.run(["cp", bench.folder + "/nosync.so", cuts.box.root + "/usr/lib/nosync.so"], check=True)
+    for number in range(CUTS_WITHOUT_SYNC):
+        try:
+            one_true_cut(cuts, lambda watch: (watch.wait(IN_CLOSE_WRITE, 30), time.sleep(0.3)))
+        except Failed as failure:
+            expect(str(failure).startswith(RELIED_ON), f"the lock is lost, and not: {failure}")
+            return f"cut {number + 1}: {failure}"
+    raise Failed(f"nothing was lost in {CUTS_WITHOUT_SYNC} cuts")
