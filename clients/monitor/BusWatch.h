@@ -17,8 +17,11 @@ namespace monitor {
 // of the owners of names. One thread. DBUS_SYSTEM_BUS_ADDRESS names another bus.
 class BusWatch : public Processes {
 public:
+    // Whether the user wants the end, so that no question to the bus is worth a wait any more.
+    using IsOver = std::function<bool()>;
+
     // Throws std::runtime_error, whose text says what to do, where there is no bus or where it allows no monitor.
-    BusWatch();
+    explicit BusWatch(IsOver isOver = [] { return false; });
     ~BusWatch() override;
     BusWatch(const BusWatch&) = delete;
     BusWatch& operator=(const BusWatch&) = delete;
@@ -30,10 +33,10 @@ public:
     // the bus has ended the connection.
     bool wait(std::chrono::milliseconds time, const Take& take);
 
-    // Who has the name now: a unique name; empty when nobody has it.
+    // Who has the name now: a unique name; empty when nobody has it, or when the bus does not say so within 2 seconds.
     std::string ownerOf(const std::string& name);
 
-    // Asks the bus and the system.
+    // Asks the bus, for 2 seconds at most, and the system.
     std::optional<Process> processOf(const std::string& connection) override;
 
 private:

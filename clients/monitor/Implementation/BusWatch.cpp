@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include <poll.h>
 #include <unistd.h>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
@@ -100,7 +101,11 @@ struct Free {
 } // namespace
 
 struct BusWatch::Connections {
-    // A monitor may not send, so that the questions about callers go over another connection.
+    explicit Connections(IsOver over) : isOver(std::move(over)) {}
+
+    IsOver isOver;
+    // A monitor may not send, so that the questions about callers go over another connection. Whoever may send to it
+    // can send as much as he likes: all that is no answer is dropped as soon as it is read.
     Connection observer = connect();
     Connection monitor = connect();
 
@@ -108,12 +113,49 @@ struct BusWatch::Connections {
         const Message call = busCall(DBUS_INTERFACE_DBUS, method);
         const char* const text = name.c_str();
         dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
-        return Message(
-            dbus_connection_send_with_reply_and_block(observer.get(), call.get(), ANSWER_TIMEOUT_MS, nullptr));
+        dbus_uint32_t serial = 0;
+        if (!dbus_connection_send(observer.get(), call.get(), &serial)) {
+            throw std::bad_alloc();
+        }
+        const int pauseMs = 50;
+        const auto deadline = Clock::now() + std::chrono::milliseconds(ANSWER_TIMEOUT_MS);
+        Message answer;
+        while (!answer && Clock::now() < deadline && !isOver() && dbus_connection_read_write(observer.get(), pauseMs)) {
+            answer = takeAnswer(serial);
+        }
+        return answer && dbus_message_get_type(answer.get()) == DBUS_MESSAGE_TYPE_METHOD_RETURN ? std::move(answer)
+                                                                                                : nullptr;
+    }
+
+    // Keeps what nobody has asked for from coming together here or at the bus. A bus that sends without an end gets no
+    // more than a part of the time.
+    void dropUnwanted() const {
+        int descriptor = -1;
+        dbus_connection_get_unix_fd(observer.get(), &descriptor);
+        pollfd input{descriptor, POLLIN, 0};
+        const auto deadline = Clock::now() + std::chrono::milliseconds(20);
+        while (::poll(&input, 1, 0) == 1 && Clock::now() < deadline && dbus_connection_read_write(observer.get(), 0)) {
+            takeAnswer(0);
+        }
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    // The bus's answer to the call of this serial, or none. Drops everything else that has come.
+    Message takeAnswer(dbus_uint32_t serial) const {
+        Message answer;
+        while (Message message{dbus_connection_pop_message(observer.get())}) {
+            if (serial != 0 && dbus_message_get_reply_serial(message.get()) == serial &&
+                dbus_message_has_sender(message.get(), DBUS_SERVICE_DBUS)) {
+                answer = std::move(message);
+            }
+        }
+        return answer;
     }
 };
 
-BusWatch::BusWatch() : m_connections(std::make_unique<Connections>()) {
+BusWatch::BusWatch(IsOver isOver) : m_connections(std::make_unique<Connections>(std::move(isOver))) {
     becomeMonitor(*m_connections->monitor, matchRules(dbus_bus_get_unique_name(m_connections->observer.get())));
 }
 
@@ -124,6 +166,7 @@ bool BusWatch::wait(std::chrono::milliseconds time, const Take& take) {
     if (!dbus_connection_read_write(monitor, static_cast<int>(time.count()))) {
         return false;
     }
+    m_connections->dropUnwanted();
     // Without dispatching: libdbus would answer the calls, which are for somebody else.
     while (const Message message{dbus_connection_pop_message(monitor)}) {
         if (dbus_message_is_signal(message.get(), DBUS_INTERFACE_LOCAL, "Disconnected")) {

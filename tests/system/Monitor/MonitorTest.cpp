@@ -7,11 +7,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/Flood.h"
 #include "support/ServiceContract.h"
 #include "support/TemporaryRoot.h"
 #include "support/WireGoldens.h"
 #include "system/Monitor/MonitorTool.h"
 #include "system/support/Desk.h"
+#include "system/support/ProcessMemory.h"
 #include "system/support/Scenarios.h"
 
 namespace DAX::Tests {
@@ -175,6 +177,27 @@ TEST_F(MonitorTest, LosesNoCallOfAFlood) {
     EXPECT_EQ(summary["methods"][0]["calls"], calls);
     EXPECT_EQ(summary["methods"][0]["answers"], calls);
     EXPECT_EQ(summary["unanswered"], 0);
+}
+
+// It has a connection of its own beside the one that watches, and others can send to that.
+TEST_F(MonitorTest, DropsWhatIsSentToItself) {
+    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    watch({"--json", "--service"});
+    const auto connections = desk.namelessConnectionsOf(monitor->pid());
+    ASSERT_THAT(connections, SizeIs(1));
+    const long before = peakKilobytes(monitor->pid());
+    RawPeer stranger;
+    sendGreatSignals(stranger, connections[0]);
+    const Flood flood(connections[0]);
+    const std::string found = "\",\"pid\":" + std::to_string(getpid());
+    for (int attempt = 0; attempt < 20 && monitor->output().find(found) == std::string::npos; ++attempt) {
+        RawPeer peer; // asked for anew
+        ASSERT_TRUE(peer.call(*callOf("getServiceOwner", "")));
+        ASSERT_TRUE(monitor->waitForOutput(peer.name()));
+    }
+    EXPECT_THAT(monitor->output(), HasSubstr(found));
+    EXPECT_LT(peakKilobytes(monitor->pid()), before + 32 * 1024);
+    finish();
 }
 
 TEST_F(MonitorTest, ShowsCallersThatAreGoneBeforeAnybodyCanAskWhoTheyAre) {
