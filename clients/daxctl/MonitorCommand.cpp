@@ -1,132 +1,46 @@
-#include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
+
+#include <fcntl.h>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/EndRequest.h"
-#include "daxctl/LongOutput.h"
-#include "daxctl/MethodOption.h"
+#include "daxctl/MonitorReport.h"
 #include "monitor/BusWatch.h"
 #include "monitor/CaptureFile.h"
 #include "monitor/Conversation.h"
-#include "monitor/Diagram.h"
-#include "monitor/JsonView.h"
-#include "monitor/Sinks.h"
-#include "monitor/Summary.h"
-#include "monitor/TextView.h"
 
 namespace daxctl {
 
 namespace {
 
 using clients_common::Refusal;
-using clients_common::WrongUsage;
 using monitor::Side;
 namespace Names = DAX::DAXIPC::DBUSLowLevel::DBUSNames;
 
-struct MonitorOptions {
-    bool service = false;
-    bool core = false;
-    std::set<std::string> methods;
-    bool failures = false;
-    std::string readPath;
-    std::string writePath;
-    std::string diagramPath;
-    bool toScale = false;
+// How long what was on its way is waited for when the user has asked for the end.
+const std::chrono::milliseconds LAST_MESSAGES(500);
 
-    // Without a choice, both.
-    std::set<Side> sides() const {
-        std::set<Side> chosen;
-        if (service || !core) {
-            chosen.insert(Side::SERVICE);
-        }
-        if (core || !service) {
-            chosen.insert(Side::CORE);
-        }
-        return chosen;
-    }
-};
-
-// All that is made of the events: what is shown, the summary and the diagram.
-class Report {
-public:
-    Report(const MonitorOptions& options, bool json, LongOutput& output)
-        : m_options(options)
-        , m_isJson(json)
-        , m_output(output)
-        , m_text(output.stream(), LongOutput::isColourful(), LongOutput::width)
-        , m_json(output.stream())
-        , m_failures(m_isJson ? static_cast<monitor::EventSink&>(m_json) : m_text)
-        , m_filter(m_all, options.sides(), options.methods) {
-        m_all.add(options.failures ? static_cast<monitor::EventSink&>(m_failures)
-                  : json           ? static_cast<monitor::EventSink&>(m_json)
-                                   : m_text);
-        m_all.add(m_summary);
-        if (!options.diagramPath.empty()) {
-            m_all.add(m_diagram);
-            check(std::ofstream(options.diagramPath, std::ios::app)); // now, not after hours of watching
-        }
-    }
-
-    monitor::EventSink& sink() { return m_filter; }
-
-    // Writes out what there is to show. False when nobody looks any more. Throws Refusal when it cannot be written.
-    bool show() { return m_output.flush(); }
-
-    // The same where nobody may be watching: as soon as enough has come together.
-    bool showSome() { return m_output.stream() || show(); }
-
-    void finish() {
-        if (!m_options.diagramPath.empty()) {
-            draw();
-        }
-        if (m_isJson) {
-            m_json.write(m_summary.toJson());
-        } else {
-            m_output.stream() << "\n";
-            m_summary.print(m_output.stream());
-        }
-        show();
-    }
-
-private:
-    void draw() const {
-        std::ofstream file(m_options.diagramPath);
-        m_diagram.write(file, m_options.toScale ? monitor::Diagram::Scale::TIME : monitor::Diagram::Scale::COMPRESSED);
-        file.flush();
-        check(file);
-    }
-
-    void check(const std::ofstream& picture) const {
-        if (!picture) {
-            throw Refusal(m_options.diagramPath + ": " + std::strerror(errno));
-        }
-    }
-
-    const MonitorOptions& m_options;
-    bool m_isJson;
-    LongOutput& m_output;
-    monitor::TextView m_text;
-    monitor::JsonView m_json;
-    monitor::FailureFilter m_failures;
-    monitor::Summary m_summary;
-    monitor::Diagram m_diagram;
-    monitor::SinkList m_all;
-    monitor::SinkFilter m_filter;
-};
+// Otherwise a file or a connection would get the number of one that is closed, and what is shown would go into it.
+void reserveStandardDescriptors() {
+    int descriptor = -1;
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    ::close(descriptor);
+}
 
 // Runs `follow`, and tells at its end what there is to tell, also when it ends by a failure.
 template <class Follow>
-int reportOn(Report& report, const Follow& follow) {
+int reportOn(MonitorReport& report, const Follow& follow) {
     std::exception_ptr failure;
     try {
         follow();
@@ -141,7 +55,7 @@ int reportOn(Report& report, const Follow& follow) {
 }
 
 // Gives what comes to `take`, until the user has had enough.
-void follow(monitor::BusWatch& bus, Report& report, const monitor::BusWatch::Take& take) {
+void follow(monitor::BusWatch& bus, MonitorReport& report, const monitor::BusWatch::Take& take) {
     const std::chrono::milliseconds pause(100);
     std::size_t taken = 0;
     const auto waitForMore = [&] {
@@ -161,18 +75,17 @@ void follow(monitor::BusWatch& bus, Report& report, const monitor::BusWatch::Tak
         isWanted = report.show();
     }
     // What was on its way when the user asked for the end. A bus that never falls silent must not hold it up.
-    const std::chrono::milliseconds most(500);
-    while (isWanted && waitForMore() && EndRequest::age() < most) {
+    while (isWanted && waitForMore() && EndRequest::age() < LAST_MESSAGES) {
     }
 }
 
-int watchBus(const MonitorOptions& options, Report& report) {
+int watchBus(const MonitorOptions& options, MonitorReport& report) {
     // Until it watches there is nothing to tell: a signal ends the process, whatever is waited for.
-    std::optional<monitor::CaptureWriter> writer;
+    monitor::BusWatch bus([] { return EndRequest::age() > LAST_MESSAGES; });
+    std::optional<monitor::CaptureWriter> writer; // which empties a capture of before: only when there is a new one
     if (!options.writePath.empty()) {
         writer.emplace(options.writePath);
     }
-    monitor::BusWatch bus;
     monitor::Conversation conversation(report.sink(), bus);
     conversation.setOwner(Side::SERVICE, bus.ownerOf(Names::DBUSService::DBUSIServiceManager::CONNECTION_NAME));
     conversation.setOwner(Side::CORE, bus.ownerOf(Names::DBUSCore::DBUSICore::CONNECTION_NAME()));
@@ -202,7 +115,7 @@ void readUntilItsEnd(const std::string& path, const monitor::TakeCaptured& take)
     }
 }
 
-int readFile(const MonitorOptions& options, Report& report) {
+int readFile(const MonitorOptions& options, MonitorReport& report) {
     const bool isStream = monitor::isStream(options.readPath);
     // This goes through the whole capture, and there is nothing to tell yet: a signal ends the process.
     monitor::CapturedProcesses processes(options.readPath);
@@ -221,44 +134,12 @@ int readFile(const MonitorOptions& options, Report& report) {
     return reportOn(report, [&] { readUntilItsEnd(options.readPath, take); });
 }
 
-void checkMethods(const MonitorOptions& options) {
-    const auto sides = options.sides();
-    for (const std::string& method : options.methods) {
-        const auto has = [&method](Side side) {
-            return DAX::DAXIPC::DBUSLowLevel::findMethod(side, method) != nullptr;
-        };
-        if (!has(Side::SERVICE) && !has(Side::CORE)) {
-            methodNamed(*sides.begin(), method);
-        }
-    }
-}
-
-bool isSameFile(const std::string& path, const std::string& other) {
-    std::error_code none; // one that does not exist yet is no other
-    return !path.empty() && (path == other || std::filesystem::equivalent(path, other, none));
-}
-
-void checkFiles(const MonitorOptions& options) {
-    if (!options.readPath.empty() && !options.writePath.empty()) {
-        throw WrongUsage("--write takes what a bus sends, not what --read brings.");
-    }
-    if (options.toScale && options.diagramPath.empty()) {
-        throw WrongUsage("--time-scale is for --diagram.");
-    }
-    if (options.writePath == "-" || options.diagramPath == "-") {
-        throw WrongUsage("The standard output has what is shown. Name a file.");
-    }
-    if (isSameFile(options.diagramPath, options.readPath) || isSameFile(options.diagramPath, options.writePath)) {
-        throw WrongUsage("The picture would overwrite the capture. Name another file.");
-    }
-}
-
 int runMonitor(const MonitorOptions& options, bool json) {
-    checkMethods(options);
-    checkFiles(options);
+    reserveStandardDescriptors();
+    options.check();
     LongOutput output;
     const auto show = [&] {
-        Report report(options, json, output);
+        MonitorReport report(options, json, output);
         return options.readPath.empty() ? watchBus(options, report) : readFile(options, report);
     };
     if (!json) {
