@@ -16,6 +16,7 @@ namespace monitor {
 namespace {
 
 const int MICROSECONDS = 1000000;
+const std::size_t LONGEST_NAME = 255;                  // of a connection; what else asks for one is no name
 const std::size_t LARGEST_MESSAGE = 128 * 1024 * 1024; // that D-Bus knows
 
 struct ClosePcap {
@@ -91,7 +92,7 @@ struct CapturedProcesses::Table {
 
     void learn(const BusMessage& message) {
         if (message.type == BusMessage::Type::CALL && message.member == "GetConnectionUnixProcessID" &&
-            !message.arguments.empty()) {
+            !message.arguments.empty() && message.arguments[0].text.size() <= LONGEST_NAME) {
             questions.set({message.sender, message.serial}, message.arguments[0].text);
         } else if (message.type == BusMessage::Type::REPLY && message.sender == "org.freedesktop.DBus" &&
                    !message.arguments.empty() && message.arguments[0].type == 'u') {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include <dbus/dbus.h>
 #include <gmock/gmock.h>
 #include <pcap/pcap.h>
 
@@ -30,6 +31,41 @@ const std::string BIG = std::string("B\x04\x01\x01\0\0\0\x07\0\0\0\x05\0\0\0\x37
                                     "C\0\0\0\0\0\0\0",
                                     16) +
                         std::string("\x08\x01g\0\x01s\0\0\0\0\0\x02hi\0", 15);
+
+struct Unref {
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
+};
+using Message = std::unique_ptr<DBusMessage, Unref>;
+
+std::string bytesOf(const Message& message) {
+    char* bytes = nullptr;
+    int size = 0;
+    dbus_message_marshal(message.get(), &bytes, &size);
+    const std::string result(bytes, static_cast<std::size_t>(size));
+    dbus_free(bytes);
+    return result;
+}
+
+// :1.1 asks the bus which process has the name.
+std::string questionAbout(const std::string& name) {
+    const Message call(dbus_message_new_method_call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                    "org.freedesktop.DBus", "GetConnectionUnixProcessID"));
+    dbus_message_set_sender(call.get(), ":1.1");
+    dbus_message_set_serial(call.get(), 7);
+    const char* const text = name.c_str();
+    dbus_message_append_args(call.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
+    return bytesOf(call);
+}
+
+std::string answerOfTheBus(dbus_uint32_t pid) {
+    const Message answer(dbus_message_new(DBUS_MESSAGE_TYPE_METHOD_RETURN));
+    dbus_message_set_sender(answer.get(), "org.freedesktop.DBus");
+    dbus_message_set_destination(answer.get(), ":1.1");
+    dbus_message_set_reply_serial(answer.get(), 7);
+    dbus_message_set_serial(answer.get(), 8);
+    dbus_message_append_args(answer.get(), DBUS_TYPE_UINT32, &pid, DBUS_TYPE_INVALID);
+    return bytesOf(answer);
+}
 
 class CaptureFile : public Test {
 protected:
@@ -230,6 +266,24 @@ TEST_F(CaptureFile, TellsOfMessagesThatAreCutInTheirCapture) {
         ASSERT_THAT(lines, SizeIs(2)) << size;
         EXPECT_EQ(lines[0], "1700000000000000 what is no message: " + std::to_string(size) + " bytes of a message" +
                                 (size < 16 ? "" : " that has 79"));
+    }
+}
+
+TEST_F(CaptureFile, TellsOfTheProcessesThatSomebodyHasAskedFor) {
+    const std::string longest = ":1." + std::string(252, '5');
+    CapturedProcesses processes(
+        write({questionAbout(":1.5"), answerOfTheBus(47), questionAbout(longest), answerOfTheBus(48)}));
+    EXPECT_EQ(processes.processOf(":1.5")->pid, 47U);
+    EXPECT_EQ(processes.processOf(longest)->pid, 48U);
+    EXPECT_FALSE(processes.processOf(":1.6"));
+}
+
+// The bus has no longer ones, and thousands of them are kept.
+TEST_F(CaptureFile, IsNotKeptInMemoryWithNamesThatCannotBe) {
+    for (const std::size_t size : {std::size_t(256), std::size_t(1000000)}) {
+        const std::string name = ":1." + std::string(size - 3, '5');
+        CapturedProcesses processes(write({questionAbout(name), answerOfTheBus(47)}));
+        EXPECT_FALSE(processes.processOf(name)) << size;
     }
 }
 
