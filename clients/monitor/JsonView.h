@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "monitor/BusEvent.h"
 

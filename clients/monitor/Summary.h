@@ -4,7 +4,7 @@
 #include <ostream>
 #include <string>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "monitor/BusEvent.h"
 #include "monitor/Latencies.h"

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <ctime>
 
+#include <nlohmann/json.hpp>
+
 #include "clients_common/Output.h"
 #include "monitor/TextView.h"
 #include "monitor/Values.h"

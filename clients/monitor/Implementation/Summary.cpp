@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <nlohmann/json.hpp>
+
 #include "monitor/TextView.h"
 
 namespace monitor {

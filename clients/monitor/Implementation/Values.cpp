@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include <nlohmann/json.hpp>
+
 #include "Utility/Utils/Hexadecimal.h"
 #include "clients_common/Printable.h"
 

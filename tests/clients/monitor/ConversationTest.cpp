@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <malloc.h>
+#include <nlohmann/json.hpp>
 
 #include "clients/monitor/Messages.h"
 #include "monitor/Summary.h"

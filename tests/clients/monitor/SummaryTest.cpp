@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "clients/monitor/Messages.h"
 #include "monitor/Conversation.h"

@@ -1,6 +1,7 @@
 #include "monitor/Values.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "clients/monitor/Messages.h"
 
