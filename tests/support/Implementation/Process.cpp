@@ -1,5 +1,6 @@
 #include "support/Process.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -233,10 +234,16 @@ bool Process::waitForErrors(const std::string& text, std::chrono::milliseconds b
 }
 
 bool Process::waitForText(const std::string& where, const std::string& text, std::chrono::milliseconds bound) {
-    const auto isThere = [&] { return where.find(text) != std::string::npos; };
+    std::size_t lookedAt = 0; // a flood of output comes in many pieces
+    bool isThere = false;
+    const auto look = [&] {
+        isThere = where.find(text, lookedAt) != std::string::npos;
+        lookedAt = where.size() - std::min(where.size(), text.size());
+        return isThere;
+    };
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait_for(lock, bound, [&] { return isThere() || m_end; });
-    return isThere();
+    m_changed.wait_for(lock, bound, [&] { return look() || m_end; });
+    return isThere;
 }
 
 std::string Process::output() const {

@@ -1,4 +1,5 @@
 // daxctl monitor on a bus.
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <set>
@@ -169,8 +170,8 @@ TEST_F(MonitorTest, LosesNoCallOfAFlood) {
             ASSERT_TRUE(peer.waitForReply(serial));
         }
     }
-    ASSERT_TRUE(
-        monitor->waitForOutput("\"event\":\"answer\",\"side\":\"service\",\"number\":" + std::to_string(calls)));
+    ASSERT_TRUE(monitor->waitForOutput("\"event\":\"answer\",\"side\":\"service\",\"number\":" + std::to_string(calls),
+                                       std::chrono::minutes(2)));
     const std::string shown = finish();
     const auto summary = nlohmann::json::parse(shown.substr(shown.rfind('\n', shown.size() - 2) + 1));
     EXPECT_EQ(summary["methods"][0]["method"], "getServiceOwner");
