@@ -14,6 +14,7 @@ using DAX::Tests::FinishedRun;
 using DAX::Tests::Process;
 using DAX::Tests::ProcessEnd;
 using DAX::Tests::TemporaryRoot;
+using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -22,6 +23,7 @@ using testing::StartsWith;
 namespace {
 
 const std::string NAME = CONNECTION_NAME;
+const std::string CORE_NAME = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::CONNECTION_NAME();
 const std::string POLICY = std::string(PACKAGING) + "/" + NAME + ".conf";
 
 std::string textOf(const std::string& path) {
@@ -103,11 +105,26 @@ TEST(PackagingTest, UnitRunsTheSameCommandUnderTheSameName) {
     EXPECT_EQ(valueOf("Exec", packaged(NAME + ".service")), valueOf("ExecStart", unit));
     EXPECT_EQ(valueOf("NotifyAccess", unit), "main");
     EXPECT_EQ(valueOf("KillSignal", unit), "SIGINT");
+    EXPECT_EQ(valueOf("Restart", unit), "no"); // the bus starts it again
+}
+
+TEST(PackagingTest, BusAndSystemdStartTheSimulatedCoreByItsName) {
+    const std::string service = packaged(CORE_NAME + ".service");
+    const std::string unit = packaged("DAXCoreSimulator.service");
+
+    EXPECT_EQ(valueOf("Name", service), CORE_NAME);
+    EXPECT_EQ(valueOf("User", service), "root");
+    EXPECT_EQ(valueOf("SystemdService", service), "DAXCoreSimulator.service");
+    EXPECT_EQ(valueOf("BusName", unit), CORE_NAME);
+    EXPECT_THAT(valueOf("Exec", service), EndsWith("/bin/DAXCoreSimulator --idle-timeout=60"));
+    EXPECT_EQ(valueOf("Exec", service), valueOf("ExecStart", unit));
 }
 
 TEST(PackagingTest, NothingIsLeftToFillIn) {
-    EXPECT_THAT(packaged(NAME + ".service"), Not(HasSubstr("@")));
-    EXPECT_THAT(packaged("DAXService.service"), Not(HasSubstr("@")));
+    for (const std::string& file : {NAME + ".service", CORE_NAME + ".service", std::string("DAXService.service"),
+                                    std::string("DAXCoreSimulator.service")}) {
+        EXPECT_THAT(packaged(file), Not(ContainsRegex("@[A-Z_]+@"))) << file;
+    }
 }
 
 TEST(PackagingTest, MakesTheGroupOfThePolicy) {
