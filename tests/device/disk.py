@@ -48,11 +48,17 @@ class Disk:
             os.close(place)
 
     def unmount(self):
-        """The kernel may still be busy with the processes that were killed."""
+        """Returns when the file system is gone. Until then the processes that were killed hold it, and to mount it again
+        would be to get the one that was cut off."""
         if self._is_mounted:
             wait_until(lambda: subprocess.run(["umount", self.place], capture_output=True, check=False).returncode == 0,
                        "the disk can be unmounted")
             self._is_mounted = False
+        wait_until(lambda: self._loop_devices() == "", "the disk is free")
+
+    def _loop_devices(self):
+        return subprocess.run(["losetup", "--associated", self._image], capture_output=True, text=True,
+                              check=True).stdout
 
     def check_after_recovery(self):
         """What fsck finds once it has put the log in order; empty for a sound file system."""

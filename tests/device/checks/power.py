@@ -15,8 +15,8 @@ from upgrade import (DATA, LOCK_FILE, calls_of_core, expect_refused, expect_upgr
                      release_lock, run_upgrade)
 
 HARD_CUTS = 20
-TRUE_CUTS = 60
-AIMED_CUTS = 20  # of them
+SPREAD_CUTS = 40
+AIMED_CUTS = 20
 CUTS_WITHOUT_SYNC = 10  # at most; the first that loses something is enough
 OLD_DATE = "20200229T121314"
 OLD_DATE_SHOWN = "2020-02-29T12:13:14"
@@ -154,6 +154,7 @@ class CutBench:
 
     def __init__(self, bench, environment=""):
         self.disk = Disk(bench.folder + "/disk")
+        bench.at_end(self.disk.unmount)
         for name in ("data", "state"):
             os.makedirs(f"{self.disk.place}/{name}")
         self.box = bench.new_box()
@@ -222,26 +223,40 @@ def one_true_cut(cuts, wait_for_moment):
     return lock.get("record", "none")
 
 
-def moments(seed, length, cuts, aimed):
-    """How each round waits for the moment of its cut."""
-    chance = random.Random(seed)
-    for number in range(cuts):
-        if number < aimed:
-            kind, delay = chance.choice([IN_CREATE, IN_MODIFY, IN_CLOSE_WRITE]), chance.uniform(0, LATEST_AFTER_LOCK)
-            yield lambda watch, kind=kind, delay=delay: (watch.wait(kind, 20 + length), time.sleep(delay))
-        else:
-            delay = chance.uniform(0, length * 1.2)
-            yield lambda watch, delay=delay: time.sleep(delay)
+def spread_moments(seed, length):
+    """How each round waits for the moment of its cut, which may be any of an upgrade."""
+    chance = random.Random(f"spread {seed}")
+    for _ in range(SPREAD_CUTS):
+        delay = chance.uniform(0, length * 1.2)
+        yield lambda watch, delay=delay: time.sleep(delay)
 
 
-@check(f"The power is cut {TRUE_CUTS} times: what was synced is there, and whoever was told of it finds it")
-def power_is_cut(bench):
+def aimed_moments(seed, length):
+    """Those at which the lock file is made, written and closed, and a moment later."""
+    chance = random.Random(f"aimed {seed}")
+    for _ in range(AIMED_CUTS):
+        kind = chance.choice([IN_CREATE, IN_MODIFY, IN_CLOSE_WRITE])
+        delay = chance.uniform(0, LATEST_AFTER_LOCK)
+        yield lambda watch, kind=kind, delay=delay: (watch.wait(kind, 20 + length), time.sleep(delay))
+
+
+def cut_again_and_again(bench, moments):
     cuts = CutBench(bench)
     length = length_of_upgrade(cuts.box)
-    found = [one_true_cut(cuts, wait) for wait in moments(bench.seed, length, TRUE_CUTS, AIMED_CUTS)]
+    found = [one_true_cut(cuts, wait) for wait in moments(bench.seed, length)]
     expect_upgrade_works(cuts.box)
     return f"seed {bench.seed}; locks after the cuts: {found.count('none')} none, {found.count('verified')} whole, " \
            f"{found.count('torn')} torn; {cuts.counted} settings acknowledged"
+
+
+@check(f"The power is cut {SPREAD_CUTS} times in an upgrade: what was synced is there, and who was told of it finds it")
+def power_is_cut(bench):
+    return cut_again_and_again(bench, spread_moments)
+
+
+@check(f"The power is cut {AIMED_CUTS} times while the lock file is made: who was told of it finds it")
+def power_is_cut_at_the_lock(bench):
+    return cut_again_and_again(bench, aimed_moments)
 
 
 NO_SYNC = """
@@ -252,7 +267,7 @@ void sync(void) {}
 """
 
 
-@check("A daemon that does not sync loses its lock at such a cut: the check above would see it")
+@check("A daemon that does not sync loses its lock at such a cut: the checks above would see it")
 def cut_without_sync(bench):
     source = bench.folder + "/nosync.c"
     with open(source, "w", encoding="ascii") as file:
