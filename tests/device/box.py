@@ -82,7 +82,7 @@ class Box:
         enter = 'for group in $0; do echo 0 >"$group/cgroup.procs"; done; exec "$@"'
         with open(self._folder + "/console", "ab") as console:
             self._nspawn = subprocess.Popen(["sh", "-c", enter, " ".join(self._cgroups), *line], stdin=subprocess.DEVNULL,
-                                            stdout=console, stderr=console)
+                                            stdout=console, stderr=console, process_group=0)
         self._wait_for_boot()
 
     def _wait_for_boot(self):
@@ -160,6 +160,12 @@ class Box:
 
     def exists(self, inside):
         return os.path.lexists(self.path(inside))
+
+    def shell(self):
+        """A shell in the box for a person, with the terminal of this process. Returns when it has ended."""
+        subprocess.run(["nsenter", f"--target={self.init}", "--all", "--wdns=/root", "env", "-i", "PATH=" + PATH,
+                        "HOME=/root", "TERM=" + os.environ.get("TERM", "dumb"), "PS1=[box] # ", "bash", "--norc"],
+                       check=False)
 
     def start(self, *command, user=None):
         """Starts a command in the box, outside of its units, and returns it. The texts come through pipes. To kill what

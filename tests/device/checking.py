@@ -69,9 +69,9 @@ class Bench:
         self._boxes = []
         self._endings = []
 
-    def new_box(self):
-        """A box with the packages installed, switched off."""
-        box = Box(self._run, self.folder, self._lowers, self.bus)
+    def new_box(self, installed=True):
+        """A box, switched off, with the packages installed or without them."""
+        box = Box(self._run, self.folder, self._lowers if installed else self._lowers[1:], self.bus)
         self._boxes.append(box)
         return box
 

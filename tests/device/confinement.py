@@ -115,6 +115,12 @@ def confined(command):
             "sh", "-c", 'mount -t tmpfs -o mode=755 tmpfs /run && exec "$@"', "sh", *command]
 
 
+def expect_namespaces():
+    done = subprocess.run(confined(["true"]), stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        raise NoBox(f"no namespaces can be made: {done.stderr.strip()}")
+
+
 def end_with(held):
     """Has this process end, and with it all that are in its namespace, when nobody holds the lifeline any more."""
     def wait():
@@ -131,10 +137,16 @@ def end(number, _):
     raise Ended(number)
 
 
-def run_confined(command):
+def pass_over(*_):
+    """For a signal that is the affair of others. Unlike one that is ignored, programs that are started get it."""
+
+
+def run_confined(command, is_interactive=False):
     """The status of a command that runs in namespaces of its own, with the name of its cgroups in the environment. To its
-    words the number of a descriptor is added, with which it has to call end_with."""
+    words the number of a descriptor is added, with which it has to call end_with. An interactive one gets the Ctrl-C of
+    the terminal itself."""
     name = os.path.join(os.environ.get(RUN, ""), f"{PREFIX}{os.getpid()}-{uuid.uuid4().hex[:6]}")
+    expect_namespaces()
     remove_leftovers()
     held, lifeline = os.pipe()
     keeper = start_keeper(name, held, lifeline)
@@ -143,9 +155,11 @@ def run_confined(command):
         for number in ENDING_SIGNALS:
             signal.signal(number, end)
         make_run_cgroups(name)
+        if is_interactive:
+            signal.signal(signal.SIGINT, pass_over)
         # A process group of its own, so that Ctrl-C reaches this process alone.
         run = subprocess.Popen(confined([*command, str(held)]), env={**os.environ, RUN: name}, pass_fds=[held],
-                               process_group=0)
+                               process_group=None if is_interactive else 0)
         return run.wait()
     except Ended as signalled:
         print(f"Ended by signal {signalled.args[0]}.", file=sys.stderr)

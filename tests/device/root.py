@@ -6,6 +6,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 
 from confinement import NoBox
 
@@ -21,7 +22,7 @@ def packages_in(folder):
     names = sorted(os.listdir(folder)) if os.path.isdir(folder) else []
     found = [os.path.join(folder, name) for name in names if name.endswith(".deb") and "-dbgsym_" not in name]
     if not found:
-        raise NoBox(f"there are no packages in {folder}")
+        sys.exit(f"scripts/test-device: there are no packages in {folder}")
     return found
 
 
@@ -90,9 +91,11 @@ def mount_overlay(folder, lowers):
     """A folder "root" in this one, in which the lower ones show through and stay as they are."""
     for name in ("upper", "work", "root"):
         os.makedirs(os.path.join(folder, name))
-    subprocess.run(["mount", "-t", "overlay", "-o",
-                    f"lowerdir={':'.join(lowers)},upperdir={folder}/upper,workdir={folder}/work", "overlay",
-                    folder + "/root"], check=True)
+    done = subprocess.run(["mount", "-t", "overlay", "-o",
+                           f"lowerdir={':'.join(lowers)},upperdir={folder}/upper,workdir={folder}/work", "overlay",
+                           folder + "/root"], capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        raise NoBox(f"no overlay can be mounted: {done.stderr.strip()}")
     return folder + "/root"
 
 

@@ -6,14 +6,16 @@ import concurrent.futures
 import importlib
 import os
 import random
+import signal
 import sys
 import threading
 import time
 import traceback
 
 sys.dont_write_bytecode = True
+from box import CommandFailed  # noqa: E402
 from checking import CHECKS, Bench, Failed, Skipped  # noqa: E402
-from confinement import RUN, NoBox, end_with, run_confined  # noqa: E402
+from confinement import RUN, NoBox, end_with, pass_over, run_confined  # noqa: E402
 from disk import Disk  # noqa: E402
 from root import Cache, install, packages_in  # noqa: E402
 from waiting import NeverHappened  # noqa: E402
@@ -38,6 +40,7 @@ def read_options(words):
     options.add_argument("--bus", choices=BUSES, help="check only over this one")
     options.add_argument("--seed", type=int, help="repeat the random choices of another run")
     options.add_argument("--jobs", type=int, default=3, help="how many checks run at a time (3: most of the time is waiting)")
+    options.add_argument("--shell", action="store_true", help="check nothing, but open a shell in a box that is on")
     options.add_argument("--list", action="store_true", help="list the checks, and check nothing")
     options.add_argument("--inside", type=int, help=argparse.SUPPRESS)  # in the namespaces of the run
     options.add_argument("--hold", action="store_true", help=argparse.SUPPRESS)  # keep a box and a disk until the end
@@ -111,19 +114,42 @@ def hold(bench):
     box.run("sleep", "infinity", within=None)
 
 
+def expect_box(bench):
+    """That a small Debian boots at all, before it has anything of ours."""
+    try:
+        bench.new_box(installed=False).boot()
+    except (CommandFailed, NeverHappened) as failure:
+        raise NoBox(f"a box without the packages does not boot: {failure}") from failure
+    finally:
+        bench.close()
+
+
+def open_shell(bench):
+    signal.signal(signal.SIGINT, pass_over)
+    box = bench.booted_box()
+    print("A box with the packages installed, and systemd. `exit` throws it away. Try: daxctl upgrade, journalctl -u "
+          "DAXService", flush=True)
+    box.shell()
+    return 0
+
+
 def run_inside(options):
     """In the namespaces of the run."""
     end_with(options.inside)
     packages = packages_in(options.packages)
     base = Cache(options.cache).root_for(packages)
     seed = options.seed if options.seed is not None else random.randrange(1_000_000)
-    print(f"Seed {seed}", flush=True)
+    if not options.shell:
+        print(f"Seed {seed}", flush=True)
     folder = "/run/device"
     os.makedirs(folder)
     lowers = install(base, packages, folder)
     run = os.environ[RUN]
+    expect_box(Bench(run, folder, lowers, options, BUSES[0], seed))
     if options.hold:
         return hold(Bench(run, folder, lowers, options, BUSES[0], seed))
+    if options.shell:
+        return open_shell(Bench(run, folder, lowers, options, options.bus or BUSES[0], seed))
     tally = Tally()
 
     def run_one(one, bus):
@@ -150,7 +176,7 @@ def main(words):
         if options.inside is not None:
             return run_inside(options)
         packages_in(options.packages)
-        return run_confined([sys.executable, os.path.abspath(__file__), *words, "--inside"])
+        return run_confined([sys.executable, os.path.abspath(__file__), *words, "--inside"], options.shell)
     except NoBox as reason:
         print(f"No box can run here: {reason}", file=sys.stderr)
         return NO_BOX

@@ -5,16 +5,17 @@ import subprocess
 import sys
 
 from box import children_of, text_of
-from checking import Failed, check, expect_equal
+from checking import Failed, check, expect_equal, expect_in
 from confinement import PREFIX, RUN, cgroup_hierarchies
 from waiting import NeverHappened, wait_until
 
 PROGRAM = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "run.py")
 
 
-def start_run(bench, *words):
+def start_run(bench, *words, without_network=False):
     """Starts another run of these checks inside this one. It has a box that is on, and a disk, and keeps them."""
-    return subprocess.Popen([sys.executable, PROGRAM, "--packages", bench.options.packages, "--cache",
+    prefix = ["unshare", "--net"] if without_network else []
+    return subprocess.Popen([*prefix, sys.executable, PROGRAM, "--packages", bench.options.packages, "--cache",
                              bench.options.cache, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                             stderr=subprocess.STDOUT, text=True)
 
@@ -129,3 +130,11 @@ def two_at_once(bench):
         output, _ = run.communicate(timeout=120)
         expect_equal((run.returncode, output.splitlines()[-1].endswith(" passed, 0 failed")), (0, True),
                      f"what a run came to that said\n{output}\n")
+
+
+@check("Where no root can be made, a run says why and ends with 77")
+def no_root(bench):
+    run = start_run(bench, "--cache", bench.folder + "/empty", without_network=True)
+    output, _ = run.communicate(timeout=120)
+    expect_equal(run.returncode, 77, f"the status of a run that said\n{output}\n")
+    expect_in("No box can run here: the root could not be made, which needs the network once:", output, "what it says")
