@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -43,9 +44,9 @@ int reportDenied(dax::Client& client, bool json) {
 void printNumber(dax::LockId id, bool json) {
     LongOutput output;
     if (json) {
-        clients_common::printJson({{"outcome", "acquired"}, {"id", id}});
+        output.stream() << clients_common::jsonText({{"outcome", "acquired"}, {"id", id}}, 2) << '\n';
     } else {
-        std::printf("%u\n", id);
+        output.stream() << id << '\n';
     }
     if (!output.flush()) {
         throw clients_common::Refusal("The standard output cannot be written: nobody reads it");
@@ -109,8 +110,10 @@ int hold(const Request& request, const std::vector<std::string>& commandLine, bo
     dax::Client client = connectToDaemon(request.clientName);
     try {
         HeldLock lock(client.lock(dax::Priority(request.priority)));
-        guard.reset(); // the command gets the signals
-        const int status = runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
+        guard.reset(); // the command gets the signals, but for one that the guard has taken
+        const int status = interruption.requested()
+                               ? 128 + SIGTERM
+                               : runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
         guard.emplace(interruption, [id = lock.id(), json] { sayReleaseIsOnItsWay(id, json); });
         return reportEnd(lock, status, json);
     } catch (const dax::Error& error) {

@@ -109,7 +109,10 @@ protected:
 
 TEST_P(CoreDeath, EndsTheRunAndTheNextOneWorks) {
     const auto [method, when] = GetParam();
-    desk.play(withFault(method, std::string("die=") + when));
+    desk.play(std::string("[search]\nseconds=0.01\n[installation]\nseconds=0.01\n") +
+              "[finalization]\nseconds=1000\n" // else the first question for the progress could be the last call
+              "[fault " +
+              method + "]\ndie=" + when + "\n");
     const pid_t daemon = (desk.connect()->getCurrentVersion(), desk.daemon());
     const auto run = desk.run("daxctl", {"upgrade"});
     EXPECT_EQ(run.end, ProcessEnd::exited(1)) << run.errors;
