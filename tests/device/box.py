@@ -81,8 +81,8 @@ class Box:
                 "--register=no", "--keep-unit", "--console=pipe", "--link-journal=no", *self._binds, "--boot"]
         enter = 'for group in $0; do echo 0 >"$group/cgroup.procs"; done; exec "$@"'
         with open(self._folder + "/console", "ab") as console:
-            self._nspawn = subprocess.Popen(["sh", "-c", enter, " ".join(self._cgroups), *line], stdin=subprocess.DEVNULL,
-                                            stdout=console, stderr=console, process_group=0)
+            self._nspawn = subprocess.Popen(["sh", "-c", enter, " ".join(self._cgroups), *line],
+                                            stdin=subprocess.DEVNULL, stdout=console, stderr=console, process_group=0)
         self._wait_for_boot()
 
     def _wait_for_boot(self):

@@ -142,9 +142,9 @@ def pass_over(*_):
 
 
 def run_confined(command, is_interactive=False):
-    """The status of a command that runs in namespaces of its own, with the name of its cgroups in the environment. To its
-    words the number of a descriptor is added, with which it has to call end_with. An interactive one gets the Ctrl-C of
-    the terminal itself."""
+    """The status of a command that runs in namespaces of its own, with the name of its cgroups in the environment. To
+    its words the number of a descriptor is added, with which it has to call end_with. An interactive one gets the
+    Ctrl-C of the terminal itself."""
     name = os.path.join(os.environ.get(RUN, ""), f"{PREFIX}{os.getpid()}-{uuid.uuid4().hex[:6]}")
     expect_namespaces()
     remove_leftovers()

@@ -48,8 +48,8 @@ class Disk:
             os.close(place)
 
     def unmount(self):
-        """Returns when the file system is gone. Until then the processes that were killed hold it, and to mount it again
-        would be to get the one that was cut off."""
+        """Returns when the file system is gone. Until then the processes that were killed hold it, and to mount it
+        again would be to get the one that was cut off."""
         if self._is_mounted:
             wait_until(lambda: subprocess.run(["umount", self.place], capture_output=True, check=False).returncode == 0,
                        "the disk can be unmounted")

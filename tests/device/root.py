@@ -101,9 +101,9 @@ def mount_overlay(folder, lowers):
 
 def in_root(root, *command):
     """Runs a command with this root, in which nothing is started."""
+    environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "DEBIAN_FRONTEND": "noninteractive", "LC_ALL": "C.UTF-8"}
     done = subprocess.run(["chroot", root, *command], stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                          check=False, env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "DEBIAN_FRONTEND": "noninteractive",
-                                            "LC_ALL": "C.UTF-8"})
+                          check=False, env=environment)
     if done.returncode != 0:
         raise RuntimeError(f"{' '.join(command)} failed in the root:\n{done.stdout}{done.stderr}")
     return done.stdout

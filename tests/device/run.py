@@ -22,7 +22,7 @@ from waiting import NeverHappened  # noqa: E402
 
 TREE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__))))
 NO_BOX = 77
-GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle", "sandbox", "power", "disks", "stops"]
+GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle", "sandbox", "power", "disks", "stops", "packages"]
 ALONE = ["runs"]  # they look at what else there is
 LONGEST = ["power"]
 OVER_BOTH_BUSES = ["start", "callers", "upgrades", "deaths", "idle", "sandbox"]
@@ -39,7 +39,7 @@ def read_options(words):
                          help="where roots are kept between runs (build/device-box)")
     options.add_argument("--bus", choices=BUSES, help="check only over this one")
     options.add_argument("--seed", type=int, help="repeat the random choices of another run")
-    options.add_argument("--jobs", type=int, default=3, help="how many checks run at a time (3: most of the time is waiting)")
+    options.add_argument("--jobs", type=int, default=3, help="how many checks run at a time (3); they mostly wait")
     options.add_argument("--shell", action="store_true", help="check nothing, but open a shell in a box that is on")
     options.add_argument("--list", action="store_true", help="list the checks, and check nothing")
     options.add_argument("--inside", type=int, help=argparse.SUPPRESS)  # in the namespaces of the run

@@ -6,7 +6,9 @@ POLICY = f"/usr/share/dbus-1/system.d/{DAEMON_NAME}.conf"
 OBJECT = "/org/kovan/tv/dax/service/cservicemanager"
 OPEN_POLICY = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig><policy context="default"><allow own="*"/><allow send_destination="*"/><allow send_path="*"/></policy></busconfig>
+<busconfig>
+  <policy context="default"><allow own="*"/><allow send_destination="*"/><allow send_path="*"/></policy>
+</busconfig>
 """
 
 

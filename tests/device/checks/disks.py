@@ -2,9 +2,9 @@
 import os
 import subprocess
 
-from checking import UNIT, check, expect, expect_equal, expect_in, json_of, outside
+from checking import UNIT, check, expect_equal, expect_in, outside
 from disk import Disk
-from upgrade import (CALLS, DATA, calls_of_core, expect_no_lock, expect_refused, expect_upgrade_works, expect_whole_lock,
+from upgrade import (CALLS, calls_of_core, expect_no_lock, expect_refused, expect_upgrade_works, expect_whole_lock,
                      lock_of, play, release_lock, run_upgrade)
 
 
@@ -87,7 +87,8 @@ def data_absent(bench):
 @check("A data partition that cannot be mounted keeps the daemon from starting, and the journal says so")
 def data_not_mounted(bench):
     box = bench.booted_box()
-    box.write("/run/systemd/system/mnt-systemrw.mount", "[Mount]\nWhat=none\nWhere=/mnt/systemrw\nType=no-such-system\n")
+    box.write("/run/systemd/system/mnt-systemrw.mount",
+              "[Mount]\nWhat=none\nWhere=/mnt/systemrw\nType=no-such-system\n")
     box.run("systemctl", "daemon-reload")
     done = box.run("daxctl", "status", check=False)
     expect_equal(done.status, 1, "the status of a caller")

@@ -1,28 +1,18 @@
 """The power goes in the middle of an upgrade."""
-import ctypes
-import os
 import random
 import re
-import select
-import struct
 import subprocess
-import threading
 import time
 
-from checking import UNIT, Failed, check, expect, expect_equal, json_of, outside
-from disk import Disk
-from upgrade import (DATA, LOCK_FILE, calls_of_core, expect_refused, expect_upgrade_works, lock_of, play,
-                     release_lock, run_upgrade)
+from checking import Failed, check, expect, expect_equal, json_of, outside
+from cutting import COUNTER, IN_CLOSE_WRITE, IN_CREATE, IN_MODIFY, OLD_DATE_SHOWN, Counter, CutBench, LockWatch, Run
+from upgrade import (calls_of_core, expect_refused, expect_upgrade_works, lock_of, play, release_lock, run_upgrade)
 
 HARD_CUTS = 20
 SPREAD_CUTS = 40
 AIMED_CUTS = 20
 CUTS_WITHOUT_SYNC = 10  # at most; the first that loses something is enough
-OLD_DATE = "20200229T121314"
-OLD_DATE_SHOWN = "2020-02-29T12:13:14"
 RELIED_ON = "the lock that the client or the core relies on"
-COUNTER = "db/test/counter"
-IN_CREATE, IN_MODIFY, IN_CLOSE_WRITE = 0x100, 0x2, 0x8
 LATEST_AFTER_LOCK = 0.004  # seconds, of an aimed cut
 
 
@@ -32,29 +22,6 @@ def length_of_upgrade(box):
     expect_equal(run_upgrade(box).get("outcome"), "finalized", "the outcome of an upgrade")
     release_lock(box)
     return time.monotonic() - began
-
-
-class Run:
-    """An upgrade that is watched from outside, so that what the client was told outlives the power."""
-
-    def __init__(self, box):
-        self._client = box.start("daxctl", "upgrade", "--progress=plain")
-        self.told = ""
-        self._reader = threading.Thread(target=self._read)
-        self._reader.start()
-
-    def _read(self):
-        for line in self._client.stderr:
-            self.told += line
-
-    def end(self):
-        """After the box has lost its power."""
-        self._client.wait(20)
-        self._reader.join(20)
-        self._client.stdout.close()
-
-    def was_told_finalized(self):
-        return "Finalization: done" in self.told
 
 
 def expect_sound_after_cut(box, told_finalized, core_finalizes):
@@ -94,108 +61,6 @@ def power_goes(bench):
            f"{outcomes.count('torn')} torn"
 
 
-# True cuts.
-
-class LockWatch:
-    """Sees from outside when the lock file is made."""
-
-    def __init__(self, folder):
-        self._library = ctypes.CDLL(None, use_errno=True)
-        self._queue = self._library.inotify_init1(os.O_CLOEXEC | os.O_NONBLOCK)
-        if self._library.inotify_add_watch(self._queue, os.fsencode(folder), IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE) < 0:
-            raise Failed(f"{folder} cannot be watched")
-
-    def wait(self, kind, within):
-        """Until this happens to the lock file."""
-        deadline = time.monotonic() + within
-        while select.select([self._queue], [], [], max(0, deadline - time.monotonic()))[0]:
-            if self._has(os.read(self._queue, 65536), kind):
-                return
-        raise Failed(f"no lock file is made within {within} s")
-
-    @staticmethod
-    def _has(data, kind):
-        at = 0
-        while at < len(data):
-            _, mask, _, length = struct.unpack_from("iIII", data, at)
-            name = data[at + 16:at + 16 + length].rstrip(b"\0").decode()
-            if mask & kind and name == os.path.basename(LOCK_FILE):
-                return True
-            at += 16 + length
-        return False
-
-    def close(self):
-        os.close(self._queue)
-
-
-class Counter:
-    """Sets a setting to 1, 2, 3 and so on, as fast as it is acknowledged."""
-
-    SCRIPT = 'n=$0; while n=$((n + 1)); do kovanctl setting set "$1" int $n && echo $n || exit 1; done'
-
-    def __init__(self, box, start):
-        self.acknowledged = start
-        self._writer = box.start("sh", "-c", self.SCRIPT, str(start), COUNTER)
-        self._reader = threading.Thread(target=self._read)
-        self._reader.start()
-
-    def _read(self):
-        for line in self._writer.stdout:
-            self.acknowledged = int(line)
-
-    def end(self):
-        self._writer.wait(20)
-        self._reader.join(20)
-        self._writer.stderr.close()
-
-
-class CutBench:
-    """A box whose data and state are on a disk that loses its power."""
-
-    def __init__(self, bench, environment=""):
-        self.disk = Disk(bench.folder + "/disk")
-        bench.at_end(self.disk.unmount)
-        for name in ("data", "state"):
-            os.makedirs(f"{self.disk.place}/{name}")
-        self.box = bench.new_box()
-        self.box.bind(self.disk.place + "/data", "/mnt/systemrw")
-        self.box.bind(self.disk.place + "/state", "/var/lib/kovan")
-        if environment:
-            self._write(f"{self.box.root}/etc/systemd/system/{UNIT}.d/environment.conf",
-                        f"[Service]\nEnvironment={environment}\n")
-        self.box.boot()
-        self.counted = 0
-
-    @staticmethod
-    def _write(path, text):
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "w", encoding="ascii") as file:
-            file.write(text)
-
-    @property
-    def data(self):
-        """The data folder, outside."""
-        return self.disk.place + "/data" + DATA.removeprefix("/mnt/systemrw")
-
-    def prepare(self):
-        """What was there before the cut, and is on the disk."""
-        self._write(self.data + "/LastSearchingDate", OLD_DATE)
-        self.box.write("/var/log/kovan/core-calls.jsonl", "")
-        play(self.box)
-        os.sync()
-
-    def cut(self):
-        self.disk.cut()
-        self.box.cut()
-
-    def restore(self):
-        self.disk.unmount()
-        damage = self.disk.check_after_recovery()
-        expect_equal(damage, "", "what fsck finds")
-        self.disk.mount()
-        self.box.boot()
-
-
 def expect_old_or_new_date(box):
     date = json_of(box.run("daxctl", "status", "--json"))["lastSearch"]
     is_new = date is not None and re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d", date) and date > "2026"
@@ -218,7 +83,7 @@ def one_true_cut(cuts, wait_for_moment):
     lock = expect_sound_after_cut(box, run.was_told_finalized(), "startFinalization" in calls_of_core(box))
     expect_old_or_new_date(box)
     kept = box.run("kovanctl", "setting", "get", COUNTER, check=False).output
-    expect(int(kept or 0) >= counter.acknowledged, f"the setting that was acknowledged, {counter.acknowledged}, not {kept}")
+    expect(int(kept or 0) >= counter.acknowledged, f"a setting of {counter.acknowledged} was acknowledged, not {kept}")
     cuts.counted = int(kept or 0)
     return lock.get("record", "none")
 

@@ -103,7 +103,8 @@ def nothing_stays(bench):
         run = start_run(bench, "--hold")
         wait_for_hold(run)
         name = name_of(run)
-        expect_equal(set(new_traces(before, name)), {"processes", "cgroups", "loop devices"}, "what a run has while it works")
+        held = set(new_traces(before, name))
+        expect_equal(held, {"processes", "cgroups", "loop devices"}, "what a run has while it works")
         os.kill(whom(run), number)
         if status is None:
             os.kill(run.pid, signal.SIGTERM)

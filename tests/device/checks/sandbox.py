@@ -7,8 +7,8 @@ from waiting import wait_until
 
 PROBE = "dax-probe.service"
 UNITS = "/run/systemd/system/"
-WRITABLE = {"/mnt/systemrw/org.kovan.tv.dax", "/mnt/systemrw/org.kovan.tv.dax/data/tv", "/var/lib/kovan", "/var/log/kovan",
-            "/run/kovan"}
+WRITABLE = {"/mnt/systemrw/org.kovan.tv.dax", "/mnt/systemrw/org.kovan.tv.dax/data/tv", "/var/lib/kovan",
+            "/var/log/kovan", "/run/kovan"}
 PRIVATE = {"/tmp", "/var/tmp"}
 NO_CAPABILITIES = "0000000000000000"
 MOST_EXPOSED = 1.0
@@ -129,7 +129,8 @@ def largest_message_fits(bench):
     before = box.property(UNIT, "InvocationID")
     sent = box.run(*put_program(box, "largest.py"), check=False, within=120)
     expect_equal(sent.status, 0, f"the call ({sent})")
-    wait_until(lambda: "owner             nobody" in box.run("daxctl", "status", check=False).output, "the session ends")
+    nobody = "owner             nobody"
+    wait_until(lambda: nobody in box.run("daxctl", "status", check=False).output, "the session ends")
     expect_equal(box.property(UNIT, "InvocationID"), before, "the start of the daemon: it is still the first")
     peak = limit_in_kernel(box, UNIT, ["memory/memory.max_usage_in_bytes", "memory.peak"]) or "0"
     status = main_process_status(box)

@@ -1,4 +1,4 @@
-"""The bus's protocol by hand, for what no ordinary client would send. It knows as much as the programs beside it need."""
+"""The bus's protocol by hand, for what no ordinary client would send. It knows what the programs beside it need."""
 import os
 import socket
 import struct

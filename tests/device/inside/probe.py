@@ -1,5 +1,5 @@
-"""Tries, in the sandbox of the daemon's unit, what it must not be able to do. Prints a JSON object: for each attempt the
-name of the error, or null when it succeeded."""
+"""Tries, in the sandbox of the daemon's unit, what it must not be able to do. Prints a JSON object: for each attempt
+the name of the error, or null when it succeeded."""
 import ctypes
 import errno
 import json
@@ -9,10 +9,10 @@ import socket
 import sys
 import threading
 
-FOLDERS = ["/", "/etc", "/usr/bin", "/var/lib", "/var/tmp", "/tmp", "/run", "/root", "/home", "/mnt", "/mnt/systemrw", "/opt",
-           "/srv", "/boot", "/mnt/systemrw/org.kovan.tv.dax", "/mnt/systemrw/org.kovan.tv.dax/data/tv", "/var/lib/kovan",
-           "/var/log/kovan", "/run/kovan", "/run/lock", "/dev/shm",
-           "/dev/mqueue", "/proc/sys/kernel", "/sys/kernel", "/sys/fs/cgroup"]
+FOLDERS = ["/", "/etc", "/usr/bin", "/var/lib", "/var/tmp", "/tmp", "/run", "/run/lock", "/root", "/home", "/mnt", "/opt",
+           "/srv", "/boot", "/dev/shm", "/dev/mqueue", "/proc/sys/kernel", "/sys/kernel", "/sys/fs/cgroup",
+           "/mnt/systemrw", "/mnt/systemrw/org.kovan.tv.dax", "/mnt/systemrw/org.kovan.tv.dax/data/tv",
+           "/var/lib/kovan", "/var/log/kovan", "/run/kovan"]
 FAMILIES = ["AF_UNIX", "AF_INET", "AF_INET6", "AF_NETLINK", "AF_PACKET"]
 UNSHARE_NETWORK = 0x40000000
 REMOUNT_READ_WRITE = 0x20

@@ -1,0 +1,141 @@
+"""What runs while the power is cut: an upgrade, a writer of settings, a watch of the lock file; and the box whose disk
+is cut off."""
+import ctypes
+import os
+import select
+import struct
+import threading
+import time
+
+from checking import UNIT, Failed, expect_equal
+from disk import Disk
+from upgrade import DATA, LOCK_FILE, play
+
+OLD_DATE = "20200229T121314"
+OLD_DATE_SHOWN = "2020-02-29T12:13:14"
+COUNTER = "db/test/counter"
+IN_CREATE, IN_MODIFY, IN_CLOSE_WRITE = 0x100, 0x2, 0x8
+
+
+class Run:
+    """An upgrade that is watched from outside, so that what the client was told outlives the power."""
+
+    def __init__(self, box):
+        self._client = box.start("daxctl", "upgrade", "--progress=plain")
+        self.told = ""
+        self._reader = threading.Thread(target=self._read)
+        self._reader.start()
+
+    def _read(self):
+        for line in self._client.stderr:
+            self.told += line
+
+    def end(self):
+        """After the box has lost its power."""
+        self._client.wait(20)
+        self._reader.join(20)
+        self._client.stdout.close()
+
+    def was_told_finalized(self):
+        return "Finalization: done" in self.told
+
+
+class LockWatch:
+    """Sees from outside when the lock file is made."""
+
+    def __init__(self, folder):
+        self._library = ctypes.CDLL(None, use_errno=True)
+        self._queue = self._library.inotify_init1(os.O_CLOEXEC | os.O_NONBLOCK)
+        kinds = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE
+        if self._library.inotify_add_watch(self._queue, os.fsencode(folder), kinds) < 0:
+            raise Failed(f"{folder} cannot be watched")
+
+    def wait(self, kind, within):
+        """Until this happens to the lock file."""
+        deadline = time.monotonic() + within
+        while select.select([self._queue], [], [], max(0, deadline - time.monotonic()))[0]:
+            if self._has(os.read(self._queue, 65536), kind):
+                return
+        raise Failed(f"no lock file is made within {within} s")
+
+    @staticmethod
+    def _has(data, kind):
+        at = 0
+        while at < len(data):
+            _, mask, _, length = struct.unpack_from("iIII", data, at)
+            name = data[at + 16:at + 16 + length].rstrip(b"\0").decode()
+            if mask & kind and name == os.path.basename(LOCK_FILE):
+                return True
+            at += 16 + length
+        return False
+
+    def close(self):
+        os.close(self._queue)
+
+
+class Counter:
+    """Sets a setting to 1, 2, 3 and so on, as fast as it is acknowledged."""
+
+    SCRIPT = 'n=$0; while n=$((n + 1)); do kovanctl setting set "$1" int $n && echo $n || exit 1; done'
+
+    def __init__(self, box, start):
+        self.acknowledged = start
+        self._writer = box.start("sh", "-c", self.SCRIPT, str(start), COUNTER)
+        self._reader = threading.Thread(target=self._read)
+        self._reader.start()
+
+    def _read(self):
+        for line in self._writer.stdout:
+            self.acknowledged = int(line)
+
+    def end(self):
+        self._writer.wait(20)
+        self._reader.join(20)
+        self._writer.stderr.close()
+
+
+class CutBench:
+    """A box whose data and state are on a disk that loses its power."""
+
+    def __init__(self, bench, environment=""):
+        self.disk = Disk(bench.folder + "/disk")
+        bench.at_end(self.disk.unmount)
+        for name in ("data", "state"):
+            os.makedirs(f"{self.disk.place}/{name}")
+        self.box = bench.new_box()
+        self.box.bind(self.disk.place + "/data", "/mnt/systemrw")
+        self.box.bind(self.disk.place + "/state", "/var/lib/kovan")
+        if environment:
+            self._write(f"{self.box.root}/etc/systemd/system/{UNIT}.d/environment.conf",
+                        f"[Service]\nEnvironment={environment}\n")
+        self.box.boot()
+        self.counted = 0
+
+    @staticmethod
+    def _write(path, text):
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w", encoding="ascii") as file:
+            file.write(text)
+
+    @property
+    def data(self):
+        """The data folder, outside."""
+        return self.disk.place + "/data" + DATA.removeprefix("/mnt/systemrw")
+
+    def prepare(self):
+        """What was there before the cut, and is on the disk."""
+        self._write(self.data + "/LastSearchingDate", OLD_DATE)
+        self.box.write("/var/log/kovan/core-calls.jsonl", "")
+        play(self.box)
+        os.sync()
+
+    def cut(self):
+        self.disk.cut()
+        self.box.cut()
+
+    def restore(self):
+        self.disk.unmount()
+        damage = self.disk.check_after_recovery()
+        expect_equal(damage, "", "what fsck finds")
+        self.disk.mount()
+        self.box.boot()
