@@ -17,7 +17,8 @@ class IProductPathsImpl;
 // getWOCDaxInfoCandidatePath() and getWOCDaxInfoApprovedPath().
 class IProductPaths {
 public:
-    // The root that every path but one starts with; empty on the device.
+    // The root that every path but one starts with; empty on the device. Only what begins with a slash may be joined to
+    // it: the rest would be looked for in the working directory there.
     static boost::filesystem::path getFlashDeviceRootPath();
 
     // The persistent data directory.

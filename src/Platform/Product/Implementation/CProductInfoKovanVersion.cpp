@@ -46,7 +46,7 @@ std::string versionOf(const path& releaseFile) {
 } // namespace
 
 std::string IProductInfo::getKovanVersionString() {
-    std::string version = versionOf(IProductPaths::getFlashDeviceRootPath() / "etc" / "kovan-release");
+    std::string version = versionOf(IProductPaths::getFlashDeviceRootPath() / "/etc" / "kovan-release");
     if (version.empty()) {
         DAX_THROW(GenericException(), errinfo_description("Could not get kovan version from /etc/kovan-release file"));
     }

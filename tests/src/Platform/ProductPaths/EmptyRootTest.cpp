@@ -1,5 +1,5 @@
-// On the device the root is empty. A path that is joined to it with a slash begins at the root of the file system; one
-// that is joined without a slash begins in the working directory, which is "/" for a daemon.
+// On the device the root is empty. What is joined to it begins at the root of the file system, whatever the working
+// directory is.
 #include <filesystem>
 
 #include <gmock/gmock.h>
@@ -32,11 +32,14 @@ protected:
     const TemporaryRoot root;
 };
 
-TEST_F(EmptyRoot, HasItsReleaseFileInTheWorkingDirectory) {
+TEST_F(EmptyRoot, HasItsReleaseFileAtTheRootOfTheFileSystem) {
+    if (std::filesystem::exists("/etc/kovan-release")) {
+        GTEST_SKIP() << "this machine has a release file";
+    }
     root.write("etc/kovan-release", "VERSION=8.0.1\n");
     EXPECT_IN_CHILD({
         becomeTheDevice();
-        EXPECT_EQ(IProductInfo::getKovanVersionString(), "8.0.1");
+        EXPECT_THROW(IProductInfo::getKovanVersionString(), Common::Utils::GenericException);
     });
 }
 
