@@ -116,6 +116,7 @@ TEST_F(TestScript, TakesTheTestsThatReadAFileForChangedWithIt) {
         {"README.md", "test_scripts"},
         {"docs/desk.md", "test_scripts"},
         {"docs/client.md", "test_daxclient_package|test_scripts"},
+        {"docs/platform.md", "test_platform_device|test_scripts"},
         {"CMakeLists.txt", "test_packaging|test_scripts"},
         {"tests/src/Common/CMakeLists.txt", "test_packaging|test_scripts"},
         {"src/Common/IO/File.h", "test_Platform_Vconf"},
