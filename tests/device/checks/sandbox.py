@@ -14,18 +14,18 @@ NO_CAPABILITIES = "0000000000000000"
 MOST_EXPOSED = 1.0
 
 
-def copy_unit(box, words):
-    """A unit with every directive of the daemon's, in which another program runs to its end."""
+def copy_unit(box, words, *others):
+    """A unit with every directive of the daemon's, and then these others, in which another program runs to its end."""
     told = box.run("systemctl", "cat", UNIT).output.splitlines()
     directives = [line for line in told if not line.startswith("BusName=")]  # a name is for one unit alone
-    program = ["[Service]", "Type=oneshot", "NotifyAccess=none", "ExecStart=", f"ExecStart={' '.join(words)}"]
+    program = ["[Service]", "Type=oneshot", "NotifyAccess=none", "ExecStart=", f"ExecStart={' '.join(words)}", *others]
     box.write(UNITS + PROBE, "\n".join(directives + program) + "\n")
     box.run("systemctl", "daemon-reload")
 
 
-def run_in_sandbox(box, words):
+def run_in_sandbox(box, words, *others):
     """What the program printed."""
-    copy_unit(box, words)
+    copy_unit(box, words, *others)
     box.run("systemctl", "start", PROBE, check=False)
     return box.journal("--unit=" + PROBE, "_TRANSPORT=stdout")
 
@@ -74,6 +74,31 @@ def sandbox_holds(bench):
         expect(found[what] in ("ENOENT", "EPERM", "EACCES"), f"it has no device: {what}: {found[what]}")
     expect_equal(found["status"], {"CapEff": NO_CAPABILITIES, "CapPrm": NO_CAPABILITIES, "CapBnd": NO_CAPABILITIES,
                                    "CapAmb": NO_CAPABILITIES, "NoNewPrivs": "1", "Seccomp": "2"}, "its status")
+
+
+@check("Even with a network socket, a program in the unit reaches no address")
+def no_address(bench):
+    box = bench.booted_box()
+    expect_equal(set(box.property(UNIT, "IPAddressDeny").split()), {"0.0.0.0/0", "::/0"}, "what the unit denies")
+    loosened = ["RestrictAddressFamilies=AF_UNIX AF_INET", "PrivateNetwork=no"]
+    answer = run_in_sandbox(box, put_program(box, "send.py"), *loosened)
+    if answer == "sent":
+        raise Skipped("this kernel does not keep IPAddressDeny=, which needs BPF for cgroups; the unit has no network all "
+                      "the same")
+    expect_equal(answer, "EPERM", "what a program is told that sends to an address")
+
+
+@check("The kernel lets the daemon open no device but the usual ones and the console")
+def devices_are_few(bench):
+    box = bench.booted_box()
+    box.run("daxctl", "status")
+    allowed = limit_in_kernel(box, UNIT, ["devices/devices.list"])
+    if allowed is None:
+        raise Skipped("cgroups of version 2 keep the list of devices in a program that nobody can read")
+    if allowed.startswith("a *:* "):
+        raise Skipped("the kernel does not keep the list of devices of a unit in this box")
+    disks = [line for line in allowed.splitlines() if line.startswith("b ") and not line.startswith("b 0:0 ")]
+    expect_equal(disks, [], "the disks in the list")  # 0:0 is systemd's place holder for a device that is hidden
 
 
 def limit_in_kernel(box, unit, files):
