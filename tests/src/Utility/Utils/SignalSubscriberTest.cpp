@@ -230,7 +230,7 @@ TEST_F(SignalSubscriberTest, RegistersUnderTheSignatureOfItsFunction) {
         return boost::none;
     };
     EXPECT_ASSERTION_MSG(subscriber.subscribe(returning(1)), "false",
-                         usedBy(compilerText("void* ", "void *"), "doRegisterCallback()"));
+                         usedBy(compilerText("void* ", "virtual void *"), "doRegisterCallback()"));
 }
 
 TEST_F(SignalSubscriberTest, UnregistersUnderTheSignatureOfItsFunction) {
@@ -253,7 +253,7 @@ TEST_F(SignalSubscriberTest, UnregistersUnderTheSignatureOfItsDestructor) {
             unregister(id(1));
             onLogLine("The callback has been already unregistered", unmark<UserDataRegister>);
         },
-        "false", usedBy("", "~SignalSubscriber()"));
+        "false", usedBy(compilerText("", "virtual "), "~SignalSubscriber()"));
 }
 
 // A subclass that wraps the callback.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "SystemInfoFixture.h"
+#include "support/CompilerText.h"
 #include "support/NamedRow.h"
 #include "support/ProcessDeath.h"
 
@@ -101,13 +102,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(PlatformFact, FailsAtTheOperationThatAsksForIt) {
     FakeKovan::failSystemInfo(7, -5);
     FakeKovan::failSystemInfo(CUSTOM, -5);
+    const std::string TEXT = compilerText("const char*", "const char *");
     const std::pair<std::string, std::function<void()>> OPERATIONS[] = {
         {"m_getSystemInfoInt(int)", [] { ISystemInfo::getSystemInfoInt(7); }},
         {"m_getSystemInfoBool(int)", [] { ISystemInfo::getSystemInfoBool(7); }},
         {"m_getSystemInfoString(int)", [] { ISystemInfo::getSystemInfoString(7); }},
-        {"m_getSystemInfoCustomBool(const char*)", [] { ISystemInfo::getSystemInfoCustomBool(CUSTOM); }},
-        {"m_getSystemInfoCustomInt(const char*)", [] { ISystemInfo::getSystemInfoCustomInt(CUSTOM); }},
-        {"m_getSystemInfoCustomString(const char*)", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }},
+        {"m_getSystemInfoCustomBool(" + TEXT + ")", [] { ISystemInfo::getSystemInfoCustomBool(CUSTOM); }},
+        {"m_getSystemInfoCustomInt(" + TEXT + ")", [] { ISystemInfo::getSystemInfoCustomInt(CUSTOM); }},
+        {"m_getSystemInfoCustomString(" + TEXT + ")", [] { ISystemInfo::getSystemInfoCustomString(CUSTOM); }},
     };
     int line = 0; // they are in the source in this order
     for (const auto& [name, operation] : OPERATIONS) {
