@@ -7,8 +7,7 @@ import os
 import struct
 import subprocess
 
-from checking import Skipped
-from waiting import wait_until
+from checking import Failed, Skipped
 
 SIZE = 64 * 1024 * 1024
 SHUT_DOWN = 0x8004587D        # EXT4_IOC_SHUTDOWN
@@ -21,21 +20,21 @@ class Disk:
     def __init__(self, folder):
         os.makedirs(folder + "/mounted")
         self.place = folder + "/mounted"
+        self._folder = folder
         self._image = folder + "/disk.img"
+        self._cuts = 0
         with open(self._image, "wb") as file:
             file.truncate(SIZE)
         subprocess.run(["mkfs.ext4", "-q", "-F", "-E", "lazy_itable_init=0,lazy_journal_init=0", self._image],
                        check=True)
-        self._is_mounted = False
-        self.mount()
+        self._mount()
 
-    def mount(self):
+    def _mount(self):
         """What the file system has in its log is put in order at this."""
         done = subprocess.run(["mount", "-t", "ext4", "-o", "loop", self._image, self.place], capture_output=True,
                               text=True, check=False)
         if done.returncode != 0:
             raise Skipped(f"no ext4 file system on a loop device can be mounted: {done.stderr.strip()}")
-        self._is_mounted = True
 
     def cut(self):
         """From now on nothing reaches the disk, and nothing can be read from it."""
@@ -47,20 +46,25 @@ class Disk:
         finally:
             os.close(place)
 
+    def restore(self):
+        """Mounts what had reached the disk when it was cut off. That is a copy: on a busy machine the kernel holds the
+        file system that was cut off for a while, and would give that one again."""
+        self.unmount()
+        self._cuts += 1
+        copy = f"{self._folder}/disk{self._cuts}.img"
+        subprocess.run(["cp", "--sparse=always", self._image, copy], check=True)
+        os.unlink(self._image)
+        self._image = copy
+        damage = self._check_after_recovery()
+        if damage:
+            raise Failed(f"fsck finds damage after the cut:\n{damage}")
+        self._mount()
+
     def unmount(self):
-        """Returns when the file system is gone. Until then the processes that were killed hold it, and to mount it
-        again would be to get the one that was cut off."""
-        if self._is_mounted:
-            wait_until(lambda: subprocess.run(["umount", self.place], capture_output=True, check=False).returncode == 0,
-                       "the disk can be unmounted")
-            self._is_mounted = False
-        wait_until(lambda: self._loop_devices() == "", "the disk is free")
+        """It goes when nobody has it open any more."""
+        subprocess.run(["umount", "--lazy", self.place], check=True)
 
-    def _loop_devices(self):
-        return subprocess.run(["losetup", "--associated", self._image], capture_output=True, text=True,
-                              check=True).stdout
-
-    def check_after_recovery(self):
+    def _check_after_recovery(self):
         """What fsck finds once it has put the log in order; empty for a sound file system."""
         done = subprocess.run(["fsck.ext4", "-p", self._image], capture_output=True, text=True, check=False)
         if done.returncode == 0:
