@@ -19,7 +19,7 @@ namespace daxctl {
 
 namespace {
 
-const std::size_t BUFFER = 64 * 1024;
+const std::size_t BUFFER = std::size_t{64} * 1024;
 
 // Also when nothing has been written since the reader went.
 bool hasReader() {

@@ -43,7 +43,7 @@ struct DecodedArchive {
 // read to their end all the same.
 struct DecodingLimits {
     std::size_t elements = 1000;    // of all lists together
-    std::size_t bytes = 256 * 1024; // of all texts and byte arrays together
+    std::size_t bytes = std::size_t{256} * 1024; // of all texts and byte arrays together
 };
 
 // Reads an archive as the system's own ends do: it is broken here exactly when they refuse it. Any bytes may come.
