@@ -16,8 +16,8 @@ namespace monitor {
 namespace {
 
 const int MICROSECONDS = 1000000;
-const std::size_t LONGEST_NAME = 255;                  // of a connection; what else asks for one is no name
-const std::size_t LARGEST_MESSAGE = 128 * 1024 * 1024; // that D-Bus knows
+const std::size_t LONGEST_NAME = 255; // of a connection; what else asks for one is no name
+const std::size_t LARGEST_MESSAGE = std::size_t{128} * 1024 * 1024; // that D-Bus knows
 
 struct ClosePcap {
     void operator()(pcap_t* file) const { pcap_close(file); }

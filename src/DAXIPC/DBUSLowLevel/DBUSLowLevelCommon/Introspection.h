@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -14,6 +15,7 @@ void writeIntrospection(std::ostream& out, const std::string& interfaceName, con
 template <class Table>
 std::vector<std::string> methodNames(const Table& table) {
     std::vector<std::string> names;
+    names.reserve(std::size(table));
     for (const auto& entry : table) {
         names.push_back(entry.first);
     }

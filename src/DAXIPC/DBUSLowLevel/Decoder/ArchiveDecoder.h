@@ -42,7 +42,7 @@ struct DecodedArchive {
 // How much of an archive is kept, so that a message cannot take much more memory than its own size. Longer ones are
 // read to their end all the same.
 struct DecodingLimits {
-    std::size_t elements = 1000;    // of all lists together
+    std::size_t elements = 1000;                 // of all lists together
     std::size_t bytes = std::size_t{256} * 1024; // of all texts and byte arrays together
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <optional>
 
 #include <boost/date_time/gregorian/gregorian.hpp>
 
@@ -222,6 +223,13 @@ private:
     boost::gregorian::date readDate() {
         const std::size_t begin = m_scanner.nextToken();
         const std::string text(m_scanner.text("length of a date"));
+        if (const auto date = dateFrom(text)) {
+            return *date;
+        }
+        throw Broken(begin, "no date; one is 8 digits, as in 20240229");
+    }
+
+    static std::optional<boost::gregorian::date> dateFrom(const std::string& text) {
         try {
             return boost::gregorian::from_undelimited_string(text);
         } catch (const boost::bad_lexical_cast&) {
@@ -231,7 +239,7 @@ private:
             }
         } catch (const std::exception&) {
         }
-        throw Broken(begin, "no date; one is 8 digits, as in 20240229");
+        return std::nullopt;
     }
 
     std::string readTimeOfDay() {
