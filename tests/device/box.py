@@ -8,10 +8,10 @@ from confinement import cgroup_hierarchies, make_cgroup
 from root import choose_bus, mount_overlay
 from waiting import wait_until
 
-BOOT_SECONDS = 60
+BOOT_SECONDS = 120
 DOWN_SECONDS = 120
 ASKED_FOR_REBOOT = 133
-COMMAND_SECONDS = 90
+COMMAND_SECONDS = 120
 PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 # In these the kernel enforces limits of a unit. Where cgroups are of version 1, the box gets them read-only.
 CONTROLLERS = ("memory", "pids", "devices")
@@ -31,6 +31,10 @@ class Done:
 
 class CommandFailed(Exception):
     """A command in the box did not end with the status 0."""
+
+
+class DidNotStart(Exception):
+    """The box ended by itself before it was on."""
 
 
 def text_of(path):
@@ -94,13 +98,17 @@ class Box:
             raise CommandFailed(f"after the boot the box is {state}:\n" + self.run("systemctl", "--failed").output)
 
     def _find_init(self):
-        if self._nspawn.poll() is not None:
-            raise CommandFailed(f"the box did not start:\n{self.console()}")
+        self._expect_alive()
         found = [pid for pid in children_of(self._nspawn.pid) if text_of(f"/proc/{pid}/comm") == "systemd\n"]
         self.init = found[0] if found else None
         return self.init
 
+    def _expect_alive(self):
+        if self._nspawn.poll() is not None:
+            raise DidNotStart(f"the box did not start:\n{self.console()}")
+
     def _is_manager_ready(self):
+        self._expect_alive()
         return self.run("systemctl", "show", "--property=Version", check=False).status == 0
 
     def _let_limits_count(self):

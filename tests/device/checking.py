@@ -71,7 +71,7 @@ class Bench:
 
     def new_box(self, installed=True):
         """A box, switched off, with the packages installed or without them."""
-        box = Box(self._run, self.folder, self._lowers if installed else self._lowers[1:], self.bus)
+        box = Box(self._run, self.folder, self._lowers if installed else self._lowers[-1:], self.bus)
         self._boxes.append(box)
         return box
 

@@ -2,11 +2,14 @@
 
 The processes of a run are in a process namespace, its mounts in a mount namespace with a /run of its own; both go with
 their first process, and loop devices with the mount that stands on them. That process ends when the one that started it
-ends: it reads from a pipe, the lifeline, which nobody else holds open. What is left are empty cgroups: the process that
-started the run removes them, or, if that was killed, its keeper does.
+ends: it reads from a socket, whose other end, the lifeline, nobody else holds open. What is left are empty cgroups: the
+process that started the run removes them, or, if that was killed, its keeper does. The keeper is in a session of its
+own, so that it outlives its process group.
 """
+import contextlib
 import os
 import signal
+import socket
 import subprocess
 import sys
 import threading
@@ -17,6 +20,8 @@ PREFIX = "dax-box-"
 RUN = "DAX_BOX_RUN"  # in the environment of a run: the name of its cgroups. A run inside it has its own below these
 ENDING_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 EMPTY_WITHIN = 10  # seconds for the kernel to end the processes of a run
+LIMITING = ("memory", "pids")  # the controllers of cgroups that keep the limits of units
+OF_ITSELF = b"."  # on the lifeline: the command came to its end
 
 
 class NoBox(Exception):
@@ -52,11 +57,21 @@ def make_run_cgroups(name):
     try:
         hierarchies = cgroup_hierarchies()
         for hierarchy in hierarchies:
-            make_cgroup(hierarchy, name)
+            hand_down_controllers(make_cgroup(hierarchy, name))
     except OSError as error:
         raise NoBox(f"no cgroup can be made: {error.filename}: {error.strerror}") from error
     if not hierarchies:
         raise NoBox("no cgroups are mounted")
+
+
+def hand_down_controllers(folder):
+    """Has the cgroups below this one keep limits. Those of version 2 have the controllers that are handed down to them;
+    those of version 1 have them in any case."""
+    with contextlib.suppress(FileNotFoundError):
+        with open(os.path.join(folder, "cgroup.controllers"), encoding="ascii") as file:
+            words = [f"+{name}" for name in file.read().split() if name in LIMITING]
+        with open(os.path.join(folder, "cgroup.subtree_control"), "w", encoding="ascii") as file:
+            file.write(" ".join(words))
 
 
 def remove_cgroups(name):
@@ -96,13 +111,14 @@ def start_keeper(name, held, lifeline):
     pid = os.fork()
     if pid == 0:
         try:
+            os.setsid()
             for number in ENDING_SIGNALS:
                 signal.signal(number, signal.SIG_IGN)
-            os.close(lifeline)
+            lifeline.close()
             nothing = os.open(os.devnull, os.O_RDWR)
             for standard in range(3):
                 os.dup2(nothing, standard)
-            os.read(held, 1)
+            held.recv(1)
             remove_cgroups(name)
         finally:
             os._exit(0)
@@ -115,18 +131,47 @@ def confined(command):
             "sh", "-c", 'mount -t tmpfs -o mode=755 tmpfs /run && exec "$@"', "sh", *command]
 
 
-def expect_namespaces():
-    done = subprocess.run(confined(["true"]), stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
-    if done.returncode != 0:
-        raise NoBox(f"no namespaces can be made: {done.stderr.strip()}")
+MOUNT_OVERLAY = ("cd /run && mkdir lower upper work root && "
+                 "mount -t overlay -o lowerdir=lower,upperdir=upper,workdir=work overlay root")
 
 
+def expect_confinement():
+    """That the kernel lets this process have what a run is made of."""
+    for what, command in (("namespaces can be made", "true"), ("overlay can be mounted", MOUNT_OVERLAY)):
+        done = subprocess.run(confined(["sh", "-c", command]), stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                              check=False)
+        if done.returncode != 0:
+            raise NoBox(f"no {what}: {done.stderr.strip()}")
+
+
+@contextlib.contextmanager
 def end_with(held):
-    """Has this process end, and with it all that are in its namespace, when nobody holds the lifeline any more."""
+    """Has this process end, and with it all that are in its namespace, when nobody holds the lifeline any more. Whoever
+    holds it is told when the block is left."""
     def wait():
         os.read(held, 1)
         os._exit(1)
     threading.Thread(target=wait, daemon=True).start()
+    try:
+        yield
+    finally:
+        os.write(held, OF_ITSELF)
+
+
+def has_ended_of_itself(lifeline):
+    with contextlib.suppress(BlockingIOError):
+        return lifeline.recv(1, socket.MSG_DONTWAIT) == OF_ITSELF
+    return False
+
+
+def status_of(run, lifeline):
+    """As a shell counts. `unshare` makes 1 of a SIGKILL that ended the command."""
+    status = run.wait()
+    if status == 1 and not has_ended_of_itself(lifeline):
+        raise Ended(signal.SIGKILL)
+    if status < 0:
+        raise Ended(-status)
+    return status
 
 
 class Ended(Exception):
@@ -146,9 +191,9 @@ def run_confined(command, is_interactive=False):
     its words the number of a descriptor is added, with which it has to call end_with. An interactive one gets the
     Ctrl-C of the terminal itself."""
     name = os.path.join(os.environ.get(RUN, ""), f"{PREFIX}{os.getpid()}-{uuid.uuid4().hex[:6]}")
-    expect_namespaces()
+    expect_confinement()
     remove_leftovers()
-    held, lifeline = os.pipe()
+    held, lifeline = socket.socketpair()
     keeper = start_keeper(name, held, lifeline)
     run = None
     try:
@@ -158,9 +203,10 @@ def run_confined(command, is_interactive=False):
         if is_interactive:
             signal.signal(signal.SIGINT, pass_over)
         # A process group of its own, so that Ctrl-C reaches this process alone.
-        run = subprocess.Popen(confined([*command, str(held)]), env={**os.environ, RUN: name}, pass_fds=[held],
+        run = subprocess.Popen(confined([*command, str(held.fileno())]), env={**os.environ, RUN: name},
+                               pass_fds=[held.fileno()],
                                process_group=None if is_interactive else 0)
-        return run.wait()
+        return status_of(run, lifeline)
     except Ended as signalled:
         print(f"Ended by signal {signalled.args[0]}.", file=sys.stderr)
         return 128 + signalled.args[0]
@@ -170,6 +216,6 @@ def run_confined(command, is_interactive=False):
         if run:
             run.kill()
             run.wait()
-        os.close(lifeline)
+        lifeline.close()
         os.waitpid(keeper, 0)
         remove_cgroups(name)  # if the keeper was killed

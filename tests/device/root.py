@@ -15,6 +15,7 @@ SUITE = "bookworm"
 SYSTEM = ["systemd", "systemd-sysv", "dbus", "dbus-broker", "python3", "util-linux"]
 OTHER_BUS = "/usr/lib/systemd/system/dbus-broker.service"
 KEPT = 2  # roots; older ones are removed
+UNREACHABLE = "E: Failed to fetch "  # apt's word for a mirror that does not answer
 
 
 def packages_in(folder):
@@ -73,11 +74,13 @@ class Cache:
         unfinished = os.path.join(self._folder, "unfinished")
         shutil.rmtree(unfinished, ignore_errors=True)  # of a run that was killed
         print("Making a root for the box: mmdebstrap fetches a small Debian.", flush=True)
-        done = subprocess.run(["mmdebstrap", "--quiet", "--variant=minbase", "--include=" + ",".join(includes), SUITE,
+        done = subprocess.run(["mmdebstrap", "--variant=minbase", "--include=" + ",".join(includes), SUITE,
                                unfinished], stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
         if done.returncode != 0:
             shutil.rmtree(unfinished, ignore_errors=True)
-            raise NoBox("the root could not be made, which needs the network once:\n" + done.stderr.strip())
+            if UNREACHABLE in done.stderr:
+                raise NoBox("the root could not be made, which needs the network once:\n" + done.stderr.strip())
+            raise RuntimeError("the root could not be made:\n" + done.stderr.strip())
         os.rename(unfinished, root)
 
     def _remove_old(self):
@@ -95,7 +98,7 @@ def mount_overlay(folder, lowers):
                            f"lowerdir={':'.join(lowers)},upperdir={folder}/upper,workdir={folder}/work", "overlay",
                            folder + "/root"], capture_output=True, text=True, check=False)
     if done.returncode != 0:
-        raise NoBox(f"no overlay can be mounted: {done.stderr.strip()}")
+        raise RuntimeError(f"no overlay can be mounted: {done.stderr.strip()}")
     return folder + "/root"
 
 
@@ -109,13 +112,17 @@ def in_root(root, *command):
     return done.stdout
 
 
+def bind(base, folder):
+    """The root, at a path in `folder`, without a colon, which would end it in the options of an overlay."""
+    os.makedirs(folder + "/base")
+    subprocess.run(["mount", "--bind", base, folder + "/base"], check=True)
+    return folder + "/base"
+
+
 def install(base, packages, folder):
     """The folders, uppermost first, of a root with the packages installed. They lie in `folder`; `base` stays."""
-    os.makedirs(folder + "/base")
-    # At a path without a colon, which would end it in the options of the mount.
-    subprocess.run(["mount", "--bind", base, folder + "/base"], check=True)
     installed = folder + "/installed"
-    root = mount_overlay(installed, [folder + "/base"])
+    root = mount_overlay(installed, [base])
     os.makedirs(root + "/packages")
     for package in packages:
         shutil.copy(package, root + "/packages")
@@ -123,7 +130,7 @@ def install(base, packages, folder):
     in_root(root, "sh", "-c", "dpkg --install /packages/*.deb")
     choose_bus(root, "dbus-daemon")
     subprocess.run(["umount", root], check=True)
-    return [installed + "/upper", folder + "/base"]
+    return [installed + "/upper", base]
 
 
 def choose_bus(root, bus):

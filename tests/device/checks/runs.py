@@ -6,18 +6,27 @@ import sys
 
 from box import children_of, text_of
 from checking import Failed, check, expect_equal, expect_in
-from confinement import PREFIX, RUN, cgroup_hierarchies
+from confinement import PREFIX, RUN, cgroup_hierarchies, hand_down_controllers
 from waiting import NeverHappened, wait_until
 
+RUN_SECONDS = 300
+NO_BOX = 77
 PROGRAM = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "run.py")
 
 
-def start_run(bench, *words, without_network=False):
-    """Starts another run of these checks inside this one. It has a box that is on, and a disk, and keeps them."""
-    prefix = ["unshare", "--net"] if without_network else []
-    return subprocess.Popen([*prefix, sys.executable, PROGRAM, "--packages", bench.options.packages, "--cache",
+def start_run(bench, *words, by=()):
+    """Starts another run of these checks inside this one, in a process group of its own. `by` is a command that runs
+    another one."""
+    return subprocess.Popen([*by, sys.executable, PROGRAM, "--packages", bench.options.packages, "--cache",
                              bench.options.cache, *words], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                            stderr=subprocess.STDOUT, text=True)
+                            stderr=subprocess.STDOUT, text=True, process_group=0)
+
+
+def outcome(bench, *words, by=()):
+    """The status of another run, and what it says."""
+    run = start_run(bench, *words, by=by)
+    output, _ = run.communicate(timeout=RUN_SECONDS)
+    return run.returncode, output
 
 
 def wait_for_hold(run):
@@ -86,12 +95,18 @@ def first_inside(run):
     return children_of(unshare)[0]
 
 
+def group(run):
+    """For a signal to the front and all that is in its process group."""
+    return -run.pid
+
+
 ENDS = [
     ("was asked to end by SIGTERM", signal.SIGTERM, front, 128 + signal.SIGTERM),
     ("was interrupted", signal.SIGINT, front, 128 + signal.SIGINT),
     ("lost its terminal", signal.SIGHUP, front, 128 + signal.SIGHUP),
     ("was killed", signal.SIGKILL, front, -signal.SIGKILL),
-    ("was killed inside", signal.SIGKILL, first_inside, 1),
+    ("was killed with its process group", signal.SIGKILL, group, -signal.SIGKILL),
+    ("was killed inside", signal.SIGKILL, first_inside, 128 + signal.SIGKILL),
     ("lost its keeper and then was asked to end", signal.SIGKILL, keeper, None),
 ]
 
@@ -128,14 +143,41 @@ def nothing_stays_of_a_start(bench):
 def two_at_once(bench):
     runs = [start_run(bench, "start", "--bus", "dbus-daemon") for _ in range(2)]
     for run in runs:
-        output, _ = run.communicate(timeout=120)
+        output, _ = run.communicate(timeout=RUN_SECONDS)
         expect_equal((run.returncode, output.splitlines()[-1].endswith(" passed, 0 failed")), (0, True),
                      f"what a run came to that said\n{output}\n")
 
 
 @check("Where no root can be made, a run says why and ends with 77")
 def no_root(bench):
-    run = start_run(bench, "--cache", bench.folder + "/empty", without_network=True)
-    output, _ = run.communicate(timeout=120)
-    expect_equal(run.returncode, 77, f"the status of a run that said\n{output}\n")
+    status, output = outcome(bench, "--cache", bench.folder + "/empty", by=["unshare", "--net"])
+    expect_equal(status, NO_BOX, f"the status of a run that said\n{output}\n")
     expect_in("No box can run here: the root could not be made, which needs the network once:", output, "what it says")
+
+
+@check("Where the kernel refuses what a box needs, a run says why and ends with 77")
+def kernel_refuses(bench):
+    for capability, reason in (("sys_admin", "no namespaces can be made: unshare: unshare failed: "),
+                               ("sys_chroot", "the box did not start:\nFailed to move root directory: ")):
+        status, output = outcome(bench, by=["setpriv", "--bounding-set=-" + capability, "--inh-caps=-" + capability])
+        expect_equal(status, NO_BOX, f"the status of a run without {capability}, which said\n{output}\n")
+        expect_in("No box can run here: ", output, "what it says")
+        expect_in(reason, output, "the reason")
+
+
+@check("A box in which a unit fails at the boot is a failure, and not a missing box")
+def box_that_boots_badly(bench):
+    status, output = outcome(bench, "--spoil")
+    expect_equal(status, 1, f"the status of a run that said\n{output}\n")
+    expect_in("a box does not boot: after the boot the box is degraded:", output, "what it says")
+    expect_in("fails.service", output, "the units that it names")
+
+
+@check("On cgroups of version 2, a run hands the controllers of the limits down to its boxes")
+def controllers_are_handed_down(bench):
+    given = {"cgroup.controllers": "cpuset cpu io memory hugetlb pids rdma\n", "cgroup.subtree_control": ""}
+    for name, text in given.items():
+        with open(f"{bench.folder}/{name}", "w", encoding="ascii") as file:
+            file.write(text)
+    hand_down_controllers(bench.folder)
+    expect_equal(text_of(bench.folder + "/cgroup.subtree_control"), "+memory +pids", "what is handed down")
