@@ -1,17 +1,19 @@
 """The runs of these checks themselves."""
 import os
+import shutil
 import signal
 import subprocess
 import sys
 
 from box import children_of, text_of
-from checking import Failed, check, expect_equal, expect_in
+from checking import Failed, check, expect_equal, expect_in, outside
 from confinement import PREFIX, RUN, cgroup_hierarchies, hand_down_controllers
 from waiting import NeverHappened, wait_until
 
 RUN_SECONDS = 300
 NO_BOX = 77
 PROGRAM = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "run.py")
+TREE = os.path.dirname(os.path.dirname(os.path.dirname(PROGRAM)))
 
 
 def start_run(bench, *words, by=()):
@@ -181,3 +183,41 @@ def controllers_are_handed_down(bench):
             file.write(text)
     hand_down_controllers(bench.folder)
     expect_equal(text_of(bench.folder + "/cgroup.subtree_control"), "+memory +pids", "what is handed down")
+
+
+def put_script(path, *lines):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "w", encoding="utf-8") as file:
+        file.write("\n".join(["#!/bin/sh", *lines, ""]))
+    os.chmod(path, 0o755)
+
+
+def tree_with_stand_ins(bench):
+    """A repository with scripts/test-device, in which the other programs say that they were called."""
+    tree = bench.folder + "/tree"
+    put_script(tree + "/scripts/install-dependencies")
+    put_script(tree + "/scripts/package", "echo builds", "mkdir -p build/packages", "touch build/packages/a.deb",
+               "git rev-parse HEAD >build/packages/commit")
+    put_script(tree + "/tests/device/run.py", "print('checks')")
+    shutil.copy(os.path.join(TREE, "scripts/test-device"), tree + "/scripts")
+    outside("git", "init", "--quiet", tree)
+    return tree
+
+
+def commit(tree, date):
+    outside("env", "GIT_COMMITTER_DATE=" + date, "git", "-C", tree, "-c", "user.name=a", "-c", "user.email=a@b",
+            "commit", "--quiet", "--allow-empty", "--message=" + date)
+
+
+@check("Packages of another commit are built anew, whatever its date")
+def packages_of_another_commit(bench):
+    tree = tree_with_stand_ins(bench)
+    script = tree + "/scripts/test-device"
+    commit(tree, "2026-01-02T00:00:00Z")
+    expect_equal(outside(script), "builds\nchecks\n", "what a run does without packages")
+    expect_equal(outside(script), "checks\n", "what a run does with the packages of the last commit")
+    commit(tree, "2020-01-02T00:00:00Z")
+    expect_equal(outside(script, "--packages", "elsewhere"), "checks\n", "what a run does that is given packages")
+    expect_equal(outside(script), "builds\nchecks\n", "what a run does with the packages of another commit")
+    os.unlink(tree + "/build/packages/commit")
+    expect_equal(outside(script), "builds\nchecks\n", "what a run does with packages of nobody knows what commit")
