@@ -1,9 +1,15 @@
 """Who may call the daemon, and who may be it."""
-from checking import UNIT, Failed, check, expect_equal, put_program
-from upgrade import DAEMON_NAME, log_of_daemon
+import json
 
-POLICY = f"/usr/share/dbus-1/system.d/{DAEMON_NAME}.conf"
+from checking import UNIT, Failed, check, expect_equal, put_program
+from upgrade import CORE_NAME, DAEMON_NAME, log_of_daemon
+
+POLICIES = "/usr/share/dbus-1/system.d/"
+POLICY = f"{POLICIES}{DAEMON_NAME}.conf"
+POLICY_OF_CORE = f"{POLICIES}{CORE_NAME}.conf"
 OBJECT = "/org/kovan/tv/dax/service/cservicemanager"
+OBJECT_OF_CORE = "/org/kovan/tv/dax/core/ccoreTV"
+ELSEWHERE = "/elsewhere"
 OPEN_POLICY = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
@@ -81,3 +87,15 @@ def nothing_reaches_the_object(bench):
     box.run("systemctl", "reload", "dbus.service")
     name, log = flood_at_a_start(box, program)
     expect_equal(reached(name, log), True, f"whether the daemon registered {name} without the policy")
+
+
+@check("No signal of another user for the object of the daemon or the core reaches anybody, whoever it is sent to")
+def paths_are_denied(bench):
+    box = bench.booted_box()
+    program = put_program(box, "strays.py")
+    expect_equal(json.loads(box.run(*program).output), [ELSEWHERE], "the objects whose signals arrive")
+    for policy in (POLICY, POLICY_OF_CORE):
+        box.write(policy, OPEN_POLICY)
+    box.run("systemctl", "reload", "dbus.service")
+    expect_equal(json.loads(box.run(*program).output), [OBJECT, OBJECT_OF_CORE, ELSEWHERE],
+                 "the objects whose signals arrive without the policies")

@@ -64,14 +64,15 @@ class Connection:
         serial = self.next_serial()
         self.socket.sendall(message(METHOD_CALL, serial, destination, path, interface, member, body))
         while True:
-            kind, fields, answer = self._receive()
+            kind, fields, answer = self.receive()
             # The number of the call stands behind its code and signature, at a multiple of four bytes.
             if struct.pack("<B", REPLY_SERIAL) + b"\1u\0" + struct.pack("<I", serial) in fields:
                 if kind == ERROR:
                     raise SystemExit(f"{member}: {answer[4:].decode(errors='replace')}")
                 return answer
 
-    def _receive(self):
+    def receive(self):
+        """The kind of the next message, the bytes of its fields, and its body."""
         head = self._read(16)
         _, kind, _, _, body, _, fields = struct.unpack("<BBBBIII", head)
         rest = self._read(fields + len(padding(fields, 8)))
@@ -108,7 +109,8 @@ class Client:
 
     def call(self, method, *arguments):
         """The result without its header. An exception of the service ends the program."""
-        archive = " ".join([self.HEADER, *map(str, arguments)]).encode()
+        words = [word if isinstance(word, bytes) else str(word).encode() for word in (self.HEADER, *arguments)]
+        archive = b" ".join(words)
         kind, function, result = arrays(self.bus.call(DAEMON, OBJECT, INTERFACE, method, archive))
         if kind != b"REPLY":
             raise SystemExit(f"{method}: {function.decode()}: {result.decode(errors='replace')}")
