@@ -1,11 +1,14 @@
-"""The worst that a caller can have the daemon hold: the largest message that the bus passes, full of items to install.
-Prints how many bytes it had."""
+"""Sends the largest message that the bus passes, full of the items to install that take the most memory. Prints how
+many bytes it had."""
+import itertools
 import time
 
 from bus import Client
 
 LARGEST = 32 * 1024 * 1024 - 4096  # without the head of the message
-SHORTEST = 9                       # an item of six characters, with its length and blanks
+CHARACTERS = range(0x21, 0xff)     # in an item
+# The items are a set. Of the items of two characters there are too few to fill the message.
+LENGTH = 3
 
 
 def text(value):
@@ -21,10 +24,9 @@ def main():
     transaction.call("startSearching", "0 ")
     while transaction.call("getSearchProgress").split()[2] == "1":
         time.sleep(0.05)
-    count = LARGEST // SHORTEST
-    items = " ".join(f"6 {number:x}" for number in range(0x100000, 0x100000 + count))[:LARGEST]
-    items = " ".join(items.split(" ")[:2 * (LARGEST // SHORTEST) - 2])
-    count = items.count(" ") // 2 + 1
+    count = LARGEST // (LENGTH + 3)  # with the number before it, and two blanks
+    items = b" ".join(b"%d %s" % (LENGTH, bytes(item))
+                      for item in itertools.islice(itertools.product(CHARACTERS, repeat=LENGTH), count))
     print(len(items), flush=True)
     transaction.call("startInstallation", 0, 0, count, 0, items)
 

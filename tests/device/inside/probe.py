@@ -15,6 +15,7 @@ FOLDERS = ["/", "/etc", "/usr/bin", "/var/lib", "/var/tmp", "/tmp", "/run", "/ru
            "/var/lib/kovan", "/var/log/kovan", "/run/kovan"]
 FAMILIES = ["AF_UNIX", "AF_INET", "AF_INET6", "AF_NETLINK", "AF_PACKET"]
 UNSHARE_NETWORK = 0x40000000
+UNSHARE_USER = 0x10000000
 REMOUNT_READ_WRITE = 0x20
 
 
@@ -38,6 +39,25 @@ def call_of_c(name, *arguments):
     if getattr(library, name)(*arguments) == -1:
         number = ctypes.get_errno()
         raise OSError(number, os.strerror(number))
+
+
+def in_child(action):
+    """The action in a process of its own, since it would change what this one may do."""
+    def run():
+        pid = os.fork()
+        if pid == 0:
+            number = 255
+            try:
+                action()
+                number = 0
+            except OSError as error:
+                number = error.errno
+            finally:
+                os._exit(number)
+        number = os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])
+        if number:
+            raise OSError(number, os.strerror(number))
+    return run
 
 
 def make_set_user_id():
@@ -86,6 +106,8 @@ def main():
         "another root": attempt(lambda: os.chroot("/tmp")),
         "another user": attempt(lambda: os.setuid(65534)),
         "namespace": attempt(lambda: call_of_c("unshare", UNSHARE_NETWORK)),
+        "user namespace": attempt(in_child(lambda: call_of_c("unshare", UNSHARE_USER))),
+        "lower the priority": attempt(in_child(lambda: os.setpriority(os.PRIO_PROCESS, 0, 5))),
         "mount": attempt(lambda: call_of_c("mount", b"none", b"/", None, REMOUNT_READ_WRITE, None)),
         "host name": attempt(lambda: call_of_c("sethostname", b"x", 1)),
         "kernel log": attempt(lambda: os.close(os.open("/dev/kmsg", os.O_WRONLY))),
