@@ -10,6 +10,7 @@ from upgrade import (CLIENT, DAEMON_NAME, LOCK_FILE, calls_of_core, expect_refus
 
 EARLIER = "~earlier"  # behind a version: sorts before it
 SETTING = "db/test/kept"
+OF_THE_PACKAGES = ("/etc/kovan", "/var/lib/kovan", "/var/log/kovan", "/run/kovan")
 # What installing anything changes.
 OF_THE_SYSTEM = ("/var/lib/dpkg", "/var/log", "/var/cache", "/var/lib/systemd", "/etc/group", "/etc/gshadow",
                  "/etc/ld.so.cache")
@@ -55,6 +56,10 @@ def files_of(box):
     """All that is on the box's own disk, but for what the system writes about itself."""
     found = box.run("find", "/", "-xdev", "-not", "-path", "/old*", "-not", "-path", "/new*").output.splitlines()
     return {name for name in found if not name.startswith(OF_THE_SYSTEM)}
+
+
+def folders_left(box):
+    return [folder for folder in OF_THE_PACKAGES if box.exists(folder)]
 
 
 @check("Installed in a running box, all works at once, also for a member of the group dax")
@@ -115,12 +120,15 @@ def purge(bench):
     install(box, "/new")
     expect_upgrade_works(box)
     box.run("kovanctl", "setting", "set", SETTING, "int", "1")
+    expect_equal(folders_left(box), list(OF_THE_PACKAGES), "the folders of the packages while they are installed")
     box.run("sh", "-c", f"dpkg --purge {' '.join(names_of_packages(bench))}")
     folders = {LOCK_FILE.rsplit("/", count)[0] for count in range(1, 5)}
     expect_equal(files_of(box) - before - folders, {LOCK_FILE}, "what is left while the lock is in force")
+    expect_equal(folders_left(box), [], "the folders of the packages that are left")
 
     install(box, "/new")
     release_lock(box)
     box.run("daxctl", "search")
     box.run("sh", "-c", f"dpkg --purge {' '.join(names_of_packages(bench))}")
     expect_equal(files_of(box) - before - {"/mnt/systemrw"}, set(), "what is left without a lock")
+    expect_equal(folders_left(box), [], "the folders of the packages that are left without a lock")

@@ -1,5 +1,5 @@
 """Somebody stops or restarts the unit, or restarts the box, during an upgrade."""
-from checking import UNIT, check, expect, expect_equal
+from checking import UNIT, check, expect, expect_equal, expect_in
 from checks.deaths import expect_next_upgrade_works, expect_told
 from upgrade import CLIENT, STEPS, upgrade_until, wait_for_client
 
@@ -41,6 +41,7 @@ def reboot_in_upgrade(bench):
         upgrade_until(box, step)
         box.reboot()
         log = box.journal("--unit=" + UNIT, "--boot=-1")
+        expect_in(UNIT + ": Deactivated successfully.", log, "the journal of the boot that ended")
         expect("Failed with result" not in log, f"the daemon ended in order when the box went down:\n{log[-500:]}")
         expect_next_upgrade_works(box, step)
         box.cut()
