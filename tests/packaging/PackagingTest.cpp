@@ -1,6 +1,8 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -24,7 +26,11 @@ namespace {
 
 const std::string NAME = CONNECTION_NAME;
 const std::string CORE_NAME = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::CONNECTION_NAME();
+const std::string PATH = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSService::DBUSIServiceManager::OBJECT_PATH;
+const std::string CORE_PATH = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::OBJECT_PATH();
+const std::string CORE_INTERFACE = DAX::DAXIPC::DBUSLowLevel::DBUSNames::DBUSCore::DBUSICore::INTERFACE_NAME();
 const std::string POLICY = std::string(PACKAGING) + "/" + NAME + ".conf";
+const std::string CORE_POLICY = std::string(PACKAGING) + "/" + CORE_NAME + ".conf";
 
 std::string textOf(const std::string& path) {
     std::ostringstream text;
@@ -50,24 +56,32 @@ std::string valueOf(const std::string& key, const std::string& text) {
 // A bus that denies names like the system bus, with the packaged policy added.
 class PolicedBus {
 public:
-    PolicedBus()
-        : m_daemon({{"dbus-daemon", "--nofork", "--print-address=1", "--config-file", config()}, {}, {}, {}}) {}
+    explicit PolicedBus(const std::string& policy = POLICY)
+        : m_daemon({{"dbus-daemon", "--nofork", "--print-address=1", "--config-file", config(policy)}, {}, {}, {}}) {}
 
     bool isReady() { return m_daemon.waitForOutput("\n"); }
     std::string complaints() const { return m_daemon.errors(); }
 
     FinishedRun request(const std::string& name) const {
+        return call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                    {"org.freedesktop.DBus.RequestName", "string:" + name, "uint32:4"});
+    }
+
+    // The bus has an object at every path, and answers its calls itself.
+    FinishedRun callBus(const std::string& path) const {
+        return call("org.freedesktop.DBus", path, {"org.freedesktop.DBus.GetId"});
+    }
+
+    FinishedRun call(const std::string& name, const std::string& path, const std::vector<std::string>& method) const {
         const std::string output = m_daemon.output();
-        return DAX::Tests::run({{"dbus-send", "--bus=" + output.substr(0, output.find('\n')), "--print-reply",
-                                 "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                 "org.freedesktop.DBus.RequestName", "string:" + name, "uint32:4"},
-                                {},
-                                {},
-                                {}});
+        std::vector<std::string> line = {"dbus-send", "--bus=" + output.substr(0, output.find('\n')), "--print-reply",
+                                         "--dest=" + name, path};
+        line.insert(line.end(), method.begin(), method.end());
+        return DAX::Tests::run({line, {}, {}, {}});
     }
 
 private:
-    std::string config() const {
+    std::string config(const std::string& policy) const {
         m_root.write(
             "bus.conf",
             "<busconfig><type>system</type>"
@@ -78,7 +92,7 @@ private:
                 "<allow send_destination='org.freedesktop.DBus'/><allow receive_sender='org.freedesktop.DBus'/>"
                 "<allow send_type='method_return'/><allow send_type='error'/></policy>"
                 "<include>" +
-                POLICY + "</include></busconfig>");
+                policy + "</include></busconfig>");
         return m_root / "bus.conf";
     }
 
@@ -166,4 +180,32 @@ TEST(PackagingTest, PolicyGrantsNoOtherName) {
     ASSERT_TRUE(bus.isReady()) << bus.complaints();
 
     EXPECT_THAT(bus.request("org.kovan.tv.dax.core.TV").errors, HasSubstr("AccessDenied"));
+}
+
+TEST(PackagingTest, CorePolicyLetsRootAloneOwnAndCallTheCore) {
+    PolicedBus bus(CORE_POLICY);
+    ASSERT_TRUE(bus.isReady()) << bus.complaints();
+
+    const FinishedRun owned = bus.request(CORE_NAME);
+    const FinishedRun called = bus.call(CORE_NAME, CORE_PATH, {CORE_INTERFACE + ".getCurrentVersion"});
+
+    if (geteuid() == 0) {
+        EXPECT_THAT(owned.output, HasSubstr("uint32 1\n"));
+        EXPECT_THAT(called.errors, HasSubstr("ServiceUnknown")); // it got past the policy
+    } else {
+        EXPECT_THAT(owned.errors, HasSubstr("AccessDenied"));
+        EXPECT_THAT(called.errors, HasSubstr("AccessDenied"));
+    }
+}
+
+// A program that starts has no name yet, so a rule about its name does not protect it; its unique name can be guessed.
+TEST(PackagingTest, PoliciesDenyThePathsOfDaemonAndCoreWhateverTheDestination) {
+    const std::vector<std::pair<std::string, std::string>> policies = {{POLICY, PATH}, {CORE_POLICY, CORE_PATH}};
+    for (const auto& [policy, path] : policies) {
+        PolicedBus bus(policy);
+        ASSERT_TRUE(bus.isReady()) << bus.complaints();
+
+        EXPECT_THAT(bus.callBus(path).errors, HasSubstr("AccessDenied")) << path;
+        EXPECT_EQ(bus.callBus(path + "2").end, ProcessEnd::exited(0)) << "only that path";
+    }
 }

@@ -75,6 +75,16 @@ TEST_F(Exposure, GrowsWithoutADirective) {
     EXPECT_EQ(judge(looser, "7").end, ProcessEnd::exited(1));
 }
 
+// Where there is swap, the daemon would otherwise go on there instead of being killed.
+TEST(UnitTest, LimitsMemoryAndSwapTogether) {
+    EXPECT_THAT(unit(), ContainsRegex("\nMemoryMax=[0-9]+M\nMemorySwapMax=0\n"));
+}
+
+// It would serve a daemon that was taken over, since that has the user id 0.
+TEST(UnitTest, ClosesTheSocketOnWhichSystemdServesRoot) {
+    EXPECT_THAT(unit(), HasSubstr("\nInaccessiblePaths=-/run/systemd/private\n"));
+}
+
 TEST(UnitTest, HasNoDirectiveThatSystemdDoesNotKnow) {
     const TemporaryRoot root;
     for (const std::string name : {"DAXService", "DAXCoreSimulator"}) {
