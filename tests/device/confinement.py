@@ -7,6 +7,7 @@ process that started the run removes them, or, if that was killed, its keeper do
 own, so that it outlives its process group.
 """
 import contextlib
+import errno
 import os
 import signal
 import socket
@@ -19,13 +20,22 @@ import uuid
 PREFIX = "dax-box-"
 RUN = "DAX_BOX_RUN"  # in the environment of a run: the name of its cgroups. A run inside it has its own below these
 ENDING_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-EMPTY_WITHIN = 10  # seconds for the kernel to end the processes of a run
+EMPTY_WITHIN = 30  # seconds for the kernel to end the processes of a run
 LIMITING = ("memory", "pids")  # the controllers of cgroups that keep the limits of units
 OF_ITSELF = b"."  # on the lifeline: the command came to its end
 
 
+# What the kernel says when it does not let somebody do something at all.
+REFUSALS = (errno.EPERM, errno.EACCES, errno.EROFS, errno.ENOSYS, errno.EOPNOTSUPP, errno.ENODEV)
+
+
 class NoBox(Exception):
     """Why no box can run here."""
+
+
+def is_refusal(text):
+    """Whether a program says that the kernel refused it something."""
+    return any(os.strerror(number) in text for number in REFUSALS)
 
 
 def cgroup_hierarchies():
@@ -59,6 +69,8 @@ def make_run_cgroups(name):
         for hierarchy in hierarchies:
             hand_down_controllers(make_cgroup(hierarchy, name))
     except OSError as error:
+        if error.errno not in REFUSALS:
+            raise
         raise NoBox(f"no cgroup can be made: {error.filename}: {error.strerror}") from error
     if not hierarchies:
         raise NoBox("no cgroups are mounted")
@@ -202,9 +214,10 @@ def run_confined(command, is_interactive=False):
         make_run_cgroups(name)
         if is_interactive:
             signal.signal(signal.SIGINT, pass_over)
+        # What programs say of a failure is read, in English.
+        environment = {**os.environ, "LC_ALL": "C.UTF-8", RUN: name}
         # A process group of its own, so that Ctrl-C reaches this process alone.
-        run = subprocess.Popen(confined([*command, str(held.fileno())]), env={**os.environ, RUN: name},
-                               pass_fds=[held.fileno()],
+        run = subprocess.Popen(confined([*command, str(held.fileno())]), env=environment, pass_fds=[held.fileno()],
                                process_group=None if is_interactive else 0)
         return status_of(run, lifeline)
     except Ended as signalled:

@@ -3,7 +3,6 @@
 docs/device-box.md."""
 import argparse
 import concurrent.futures
-import errno
 import importlib
 import os
 import random
@@ -16,16 +15,13 @@ import traceback
 sys.dont_write_bytecode = True
 from box import CommandFailed, DidNotStart  # noqa: E402
 from checking import CHECKS, Bench, Failed, Skipped  # noqa: E402
-from confinement import RUN, NoBox, end_with, pass_over, run_confined  # noqa: E402
+from confinement import RUN, NoBox, end_with, is_refusal, pass_over, run_confined  # noqa: E402
 from disk import Disk  # noqa: E402
 from root import Cache, bind, install, packages_in  # noqa: E402
 from waiting import NeverHappened  # noqa: E402
 
 TREE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__))))
 NO_BOX = 77
-# How a program says that the kernel does not let it do something.
-REFUSALS = [os.strerror(number) for number in
-            (errno.EPERM, errno.EACCES, errno.EROFS, errno.ENOSYS, errno.EOPNOTSUPP, errno.ENODEV)]
 FAILING_UNIT = "[Unit]\nDescription=It fails at each boot\n[Service]\nType=oneshot\nExecStart=false\n"
 GROUPS = ["runs", "start", "callers", "upgrades", "deaths", "idle", "sandbox", "power", "disks", "stops", "packages"]
 ALONE = ["runs"]  # they look at what else there is
@@ -138,7 +134,7 @@ def expect_box(bench):
     try:
         box.boot()
     except DidNotStart as failure:
-        if any(text in str(failure) for text in REFUSALS):
+        if is_refusal(str(failure)):
             raise NoBox(str(failure)) from failure
         raise
     finally:

@@ -6,7 +6,7 @@ class NeverHappened(Exception):
     """What was waited for did not come."""
 
 
-def wait_until(condition, what, within=20, every=0.01):
+def wait_until(condition, what, within=60, every=0.01):
     """The first true value of the condition. `within` and `every` are in seconds."""
     deadline = time.monotonic() + within
     while True:

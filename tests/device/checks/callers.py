@@ -67,7 +67,7 @@ def flood_at_a_start(box, program):
     if flood.poll() is not None:
         raise Failed("the flood has ended by itself: " + flood.stderr.read())
     flood.kill()
-    flood.communicate(timeout=10)
+    flood.communicate(timeout=60)
     return name, log_of_daemon(box, "_SYSTEMD_INVOCATION_ID=" + box.property(UNIT, "InvocationID"))
 
 
