@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "DAXIPC/DBUSLowLevel/DBUSLowLevelCommon/DBUSDefines.h"
+#include "Utility/Utils/FileDescriptor.h"
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
@@ -29,13 +30,12 @@ namespace Names = DAX::DAXIPC::DBUSLowLevel::DBUSNames;
 // How long what was on its way is waited for when the user has asked for the end.
 const std::chrono::milliseconds LAST_MESSAGES(500);
 
-// Otherwise a file or a connection would get the number of one that is closed, and what is shown would go into it.
-void reserveStandardDescriptors() {
-    int descriptor = -1;
-    do {
-        descriptor = ::open("/dev/null", O_RDWR);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    ::close(descriptor);
+// The capture or the picture may be all that is wanted: an output that was closed at the start is no failure.
+void dropClosedOutput() {
+    if ((::fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) == O_RDONLY) {
+        const DAX::Common::Utils::FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+        ::dup2(nowhere.get(), STDOUT_FILENO);
+    }
 }
 
 // Runs `follow`, and tells at its end what there is to tell, also when it ends by a failure.
@@ -135,7 +135,7 @@ int readFile(const MonitorOptions& options, MonitorReport& report) {
 }
 
 int runMonitor(const MonitorOptions& options, bool json) {
-    reserveStandardDescriptors();
+    dropClosedOutput();
     options.check();
     LongOutput output;
     const auto show = [&] {

@@ -488,6 +488,25 @@ INSTANTIATE_TEST_SUITE_P(WithEachCommand, DaxctlInSilence,
                                         std::vector<std::string>{"lock", "hold", "--", "true"}),
                                  Values(SIGINT, SIGTERM)));
 
+TEST_F(Daxctl, ALockWhoseNumberGoesToAClosedOutputIsReleased) {
+    int lock = 0;
+    for (const char* const arguments : {"lock acquire >&-", "lock acquire --json <&- >&-"}) {
+        const std::string number = std::to_string(++lock);
+        const auto process = desk.startByShell("daxctl", arguments);
+        EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(1));
+        EXPECT_EQ(process->errors(), "daxctl: The standard output cannot be written: Bad file descriptor\n");
+        EXPECT_EQ(desk.countMessages("External lock " + number + " is being released by daxctl"), 1);
+    }
+}
+
+TEST_F(Daxctl, AnOutputThatIsClosedIsAFailure) {
+    for (const std::string arguments : {"status", "status --json", "search"}) {
+        const auto process = desk.startByShell("daxctl", arguments + " >&-");
+        EXPECT_EQ(process->waitForEnd(), ProcessEnd::exited(1)) << arguments;
+        EXPECT_THAT(process->errors(), EndsWith("The standard output cannot be written: Bad file descriptor\n"));
+    }
+}
+
 TEST_F(Daxctl, AnInterruptionInSilenceIsTheSameInJson) {
     ASSERT_EQ(daxctl({"status"}).end, ProcessEnd::exited(0));
     const Stopped silence(desk.daemon());

@@ -4,7 +4,9 @@
 #include <iostream>
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Implementation/UnknownCommand.h"
@@ -22,6 +24,18 @@ const char* const JSON_HELP = "Print one JSON document on standard output";
 bool wantsJson(int argc, const char* const* argv) {
     const char* const* const end = std::find(argv, argv + argc, std::string("--"));
     return std::find(argv, end, std::string("--json")) != end;
+}
+
+// Otherwise a file or a connection would get the number of one that is closed, and what is printed would go into it.
+// They can only be read, so that what is printed is known to be lost.
+void reserveStandardDescriptors() {
+    int descriptor = -1;
+    do {
+        descriptor = ::open("/dev/null", O_RDONLY);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
 }
 
 std::string joinedByNumber(const std::map<std::string, int>& numbers, const std::string& between) {
@@ -216,6 +230,7 @@ std::optional<int> Program::parse(int argc, const char* const* argv) {
 }
 
 int Program::run(int argc, const char* const* argv) {
+    reserveStandardDescriptors();
     try {
         const std::optional<int> ended = parse(argc, argv);
         const int status = ended ? *ended : m_parser->choice.action(m_parser->choice.json);

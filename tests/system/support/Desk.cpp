@@ -113,6 +113,13 @@ std::unique_ptr<Process> Desk::start(const std::string& tool, const std::vector<
     return std::make_unique<Process>(command);
 }
 
+std::unique_ptr<Process> Desk::startByShell(const std::string& tool, const std::string& arguments) const {
+    Command command;
+    command.line = {"sh", "-c", "exec \"$0\" " + arguments, programPath(tool)};
+    command.environment["KOVAN_DLOG"] = "none";
+    return std::make_unique<Process>(command);
+}
+
 FinishedRun Desk::run(const std::string& tool, const std::vector<std::string>& arguments) const {
     const auto process = start(tool, arguments);
     const auto end = process->waitForEnd(std::chrono::seconds(60));

@@ -36,6 +36,9 @@ public:
     FinishedRun runAsNobody(const std::string& tool, const std::vector<std::string>& arguments) const;
     std::unique_ptr<Process> start(const std::string& tool, const std::vector<std::string>& arguments) const;
 
+    // The same by a shell, which gets the arguments as they are and may redirect the tool's output.
+    std::unique_ptr<Process> startByShell(const std::string& tool, const std::string& arguments) const;
+
     // Starts the daemon by hand instead of by the bus.
     std::unique_ptr<Process> startDaemon(const std::vector<std::string>& options = {},
                                          const std::vector<int>& ignoredSignals = {}) const;
