@@ -3,7 +3,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <set>
+#include <map>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -12,6 +12,8 @@
 namespace daxctl {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 const int COULD_NOT_START = 127;
 const auto LOOK_INTERVAL = std::chrono::milliseconds(20);
@@ -69,21 +71,22 @@ int spawn(const std::vector<std::string>& commandLine, ChildOutput output, pid_t
 
 } // namespace
 
-int runChild(const std::vector<std::string>& commandLine, ChildOutput output, Interruption& interruption,
-             const std::function<void()>& meanwhile) {
+ChildEnd runChild(const std::vector<std::string>& commandLine, ChildOutput output, Interruption& interruption,
+                  const std::function<void()>& meanwhile) {
     pid_t pid = 0;
     if (const int error = spawn(commandLine, output, pid); error != 0) {
         std::fprintf(stderr, "%s: %s\n", commandLine[0].c_str(), std::strerror(error));
-        return COULD_NOT_START;
+        return {COULD_NOT_START, false};
     }
-    std::set<int> signalsSeen;
+    std::map<int, Clock::time_point> firstOfEach;
     for (;;) {
         int status = 0;
         if (waitpid(pid, &status, WNOHANG) == pid) {
-            return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+            return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
         }
         if (const int signal = interruption.next(LOOK_INTERVAL); signal != 0) {
-            const bool isRepeated = !signalsSeen.insert(signal).second;
+            const auto now = Clock::now();
+            const bool isRepeated = now - firstOfEach.emplace(signal, now).first->second > ONE_INTERRUPTION;
             kill(pid, isRepeated ? SIGKILL : SIGTERM);
         }
         meanwhile();

@@ -11,10 +11,16 @@ namespace daxctl {
 // Where the standard output of a command goes.
 enum class ChildOutput { TO_OUTPUT, TO_ERRORS };
 
-// Runs a command and waits for its end. An interruption is passed to it as SIGTERM; the same signal once more kills it.
-// `meanwhile` is called several times a second until the command has ended, and must not throw. Returns the command's
-// exit status, 128 plus the signal's number when a signal ended it, or 127 when it could not be started.
-int runChild(
+// How a command ended.
+struct ChildEnd {
+    int status; // its exit status, 128 plus the signal's number when a signal ended it, 127 when it was not started
+    bool wasStarted = true;
+};
+
+// Runs a command and waits for its end. An interruption is passed to it as SIGTERM; the same signal once more, after
+// more than ONE_INTERRUPTION, kills it. `meanwhile` is called several times a second until the command has ended, and
+// must not throw. Why a command could not be started is told on standard error.
+ChildEnd runChild(
     const std::vector<std::string>& commandLine, ChildOutput output, Interruption& interruption,
     const std::function<void()>& meanwhile = [] {});
 

@@ -5,13 +5,14 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "daxctl/Interruption.h"
+
 namespace daxctl {
 
 namespace {
 
 using std::chrono::milliseconds;
 
-const milliseconds ONE_REQUEST(100);
 // Longer than the waits of the bus library, which would begin anew at each signal.
 const milliseconds REPETITION(200);
 
@@ -36,7 +37,7 @@ void handle(int signal) {
         madeAt = now();
         const itimerspec times{toTimespec(REPETITION), toTimespec(REPETITION)};
         timer_settime(repetition, 0, &times, nullptr);
-    } else if (now() - made > ONE_REQUEST.count()) {
+    } else if (now() - made > ONE_INTERRUPTION.count()) {
         std::signal(signal, SIG_DFL);
         std::raise(signal); // takes effect when this function returns
     }

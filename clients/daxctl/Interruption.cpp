@@ -36,15 +36,14 @@ Interruption::~Interruption() {
 }
 
 bool Interruption::wait(std::chrono::milliseconds time) {
-    return m_requested || next(time) != 0;
+    return m_first != 0 || next(time) != 0;
 }
 
 int Interruption::next(std::chrono::milliseconds time) {
     const timespec limit{time.count() / 1000, (time.count() % 1000) * 1000000};
     const int signal = std::max(sigtimedwait(&m_signals, nullptr, &limit), 0);
-    if (signal != 0) {
-        m_requested = true;
-    }
+    int none = 0;
+    m_first.compare_exchange_strong(none, signal);
     return signal;
 }
 

@@ -6,6 +6,10 @@
 
 namespace daxctl {
 
+// `timeout` sends its signal to the process and then to the group, the end of a login session two different ones. What
+// comes within this time is one interruption.
+inline constexpr std::chrono::milliseconds ONE_INTERRUPTION{100};
+
 // Blocks SIGINT, SIGTERM and SIGHUP, except those that the process was started with ignored, so that a command can look
 // for them when it is ready and end in good order. Make one for the process, before there are other threads. Any thread
 // may ask it.
@@ -24,12 +28,15 @@ public:
 
     bool requested() { return wait(std::chrono::milliseconds(0)); }
 
+    // The first signal that it has found; 0 before that.
+    int first() const { return m_first; }
+
     // Those that it blocks.
     const sigset_t& signals() const { return m_signals; }
 
 private:
     const sigset_t m_signals;
-    std::atomic<bool> m_requested{false};
+    std::atomic<int> m_first{0};
 };
 
 } // namespace daxctl

@@ -1,4 +1,3 @@
-#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -27,49 +26,29 @@ bool isDenied(const dax::Error& error) {
     return error.kind() == dax::Error::Kind::EXTERNAL_LOCK_DENIED;
 }
 
-int reportDenied(dax::Client& client, bool json) {
+bool printDocument(const nlohmann::ordered_json& document, Interruption& interruption) {
+    return printUnlessInterrupted(clients_common::jsonText(document, 2) + '\n', interruption);
+}
+
+// The guard is over as soon as the daemon has answered.
+int reportDenied(dax::Client& client, std::optional<SilenceGuard>& guard, Interruption& interruption, bool json) {
     const auto owner = client.owner();
+    guard.reset();
     const std::string reason = whyRefused(owner);
     std::fprintf(stderr, "Denied: %s.\n", clients_common::printable(reason).c_str());
     if (json) {
-        clients_common::printJson({{"outcome", "denied"},
-                                   {"refusedBecause", reason},
-                                   {"owner", toJson(owner)},
-                                   {"kind", clients_common::KIND_REFUSED}});
+        printDocument({{"outcome", "denied"},
+                       {"refusedBecause", reason},
+                       {"owner", toJson(owner)},
+                       {"kind", clients_common::KIND_REFUSED}},
+                      interruption);
     }
     return clients_common::EXIT_REFUSED;
 }
 
-// Throws Refusal when nobody gets it.
-void printNumber(dax::LockId id, bool json) {
-    LongOutput output;
-    if (json) {
-        output.stream() << clients_common::jsonText({{"outcome", "acquired"}, {"id", id}}, 2) << '\n';
-    } else {
-        output.stream() << id << '\n';
-    }
-    if (!output.flush()) {
-        throw clients_common::Refusal("The standard output cannot be written: nobody reads it");
-    }
-}
-
-int acquire(const Request& request, bool json) {
-    dax::Client client = connectToDaemon(request.clientName);
-    try {
-        const dax::LockId id = client.acquireLock(dax::Priority(request.priority));
-        try {
-            printNumber(id, json);
-        } catch (const clients_common::Refusal&) {
-            client.releaseLock(id); // nobody else could
-            throw;
-        }
-        return clients_common::EXIT_DONE;
-    } catch (const dax::Error& error) {
-        if (!isDenied(error)) {
-            throw;
-        }
-        return reportDenied(client, json);
-    }
+bool printNumber(dax::LockId id, Interruption& interruption, bool json) {
+    return json ? printDocument({{"outcome", "acquired"}, {"id", id}}, interruption)
+                : printUnlessInterrupted(std::to_string(id) + '\n', interruption);
 }
 
 int release(const Request& request, dax::LockId id, bool json) {
@@ -81,25 +60,76 @@ int release(const Request& request, dax::LockId id, bool json) {
 }
 
 void sayLockIsUnknown(bool json) {
-    reportSilence("The update service does not answer. Should it give the lock later, its log has the number.", json);
+    reportInterruption("The update service does not answer. Should it give the lock later, its log has the number.",
+                       json);
 }
 
 void sayReleaseIsOnItsWay(dax::LockId id, bool json) {
-    reportSilence("The update service does not answer. It has been asked to release the lock " + std::to_string(id) +
-                      ", and does so when it goes on.",
-                  json);
+    reportInterruption("The update service does not answer. It has been asked to release the lock " +
+                           std::to_string(id) + ", and does so when it goes on.",
+                       json);
 }
 
-int reportEnd(HeldLock& lock, int status, bool json) {
-    const bool held = lock.release();
-    if (json) {
-        nlohmann::ordered_json report = {{"outcome", held ? "held" : "lost"}, {"id", lock.id()}, {"status", status}};
-        if (!held) {
-            report["kind"] = clients_common::KIND_FAILED;
-        }
-        clients_common::printJson(report);
+// A lock whose number nobody gets is given back: nobody else could release it.
+int keepOrRelease(dax::Client& client, dax::LockId id, Interruption& interruption, bool json) {
+    const auto giveBack = [&] {
+        const SilenceGuard guard(interruption, [id, json] { sayReleaseIsOnItsWay(id, json); });
+        client.releaseLock(id);
+    };
+    if (interruption.requested()) {
+        giveBack();
+        reportInterruption("The lock " + std::to_string(id) + " has been released.", json);
+        return clients_common::EXIT_REFUSED;
     }
-    return held ? status : clients_common::EXIT_REFUSED;
+    try {
+        if (printNumber(id, interruption, json)) {
+            return clients_common::EXIT_DONE;
+        }
+    } catch (const clients_common::Refusal&) {
+        giveBack();
+        throw;
+    }
+    giveBack();
+    return clients_common::EXIT_REFUSED;
+}
+
+int acquire(const Request& request, bool json) {
+    Interruption interruption;
+    std::optional<SilenceGuard> guard(std::in_place, interruption, [json] { sayLockIsUnknown(json); });
+    dax::Client client = connectToDaemon(request.clientName);
+    try {
+        const dax::LockId id = client.acquireLock(dax::Priority(request.priority));
+        guard.reset();
+        return keepOrRelease(client, id, interruption, json);
+    } catch (const dax::Error& error) {
+        if (!isDenied(error)) {
+            throw;
+        }
+        return reportDenied(client, guard, interruption, json);
+    }
+}
+
+ChildEnd runUnlessInterrupted(const std::vector<std::string>& commandLine, ChildOutput output,
+                              Interruption& interruption, HeldLock& lock) {
+    if (interruption.requested()) {
+        std::fprintf(stderr, "Interrupted; %s was not started.\n", clients_common::printable(commandLine[0]).c_str());
+        return {128 + interruption.first(), false};
+    }
+    return runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
+}
+
+int reportEnd(const ChildEnd& end, dax::LockId id, bool held, Interruption& interruption, bool json) {
+    nlohmann::ordered_json document = {{"outcome", held ? "held" : "lost"}, {"id", id}, {"status", end.status}};
+    if (!end.wasStarted) {
+        document["started"] = false;
+    }
+    if (!held || !end.wasStarted) {
+        document["kind"] = clients_common::KIND_FAILED;
+    }
+    if (json && !printDocument(document, interruption)) {
+        return clients_common::EXIT_REFUSED;
+    }
+    return held ? end.status : clients_common::EXIT_REFUSED;
 }
 
 // With --json, standard output is for the document alone, so the output of the command goes to standard error.
@@ -111,16 +141,16 @@ int hold(const Request& request, const std::vector<std::string>& commandLine, bo
     try {
         HeldLock lock(client.lock(dax::Priority(request.priority)));
         guard.reset(); // the command gets the signals, but for one that the guard has taken
-        const int status = interruption.requested()
-                               ? 128 + SIGTERM
-                               : runChild(commandLine, output, interruption, [&lock] { lock.noticeLoss(); });
+        const ChildEnd end = runUnlessInterrupted(commandLine, output, interruption, lock);
         guard.emplace(interruption, [id = lock.id(), json] { sayReleaseIsOnItsWay(id, json); });
-        return reportEnd(lock, status, json);
+        const bool held = lock.release();
+        guard.reset(); // the daemon has nothing more to do with it
+        return reportEnd(end, lock.id(), held, interruption, json);
     } catch (const dax::Error& error) {
         if (!isDenied(error)) {
             throw;
         }
-        return reportDenied(client, json);
+        return reportDenied(client, guard, interruption, json);
     }
 }
 

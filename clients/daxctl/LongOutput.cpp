@@ -4,9 +4,11 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -35,7 +37,7 @@ bool canWrite() {
 
 } // namespace
 
-LongOutput::Buffer::Buffer() : m_bytes(BUFFER) {
+LongOutput::Buffer::Buffer(EndAge endAge) : m_endAge(std::move(endAge)), m_bytes(BUFFER) {
     restart();
 }
 
@@ -57,7 +59,7 @@ bool LongOutput::Buffer::writeOut() {
         } else if (written < 0 && errno != EINTR && errno != EAGAIN) {
             error = errno;
         }
-        isGivenUp = EndRequest::age() > PATIENCE && Clock::now() - waitsSince > PATIENCE;
+        isGivenUp = m_endAge() > PATIENCE && Clock::now() - waitsSince > PATIENCE;
     }
     restart();
     return !isGivenUp && error == 0;
@@ -77,7 +79,9 @@ int LongOutput::Buffer::sync() {
     return writeOut() ? 0 : -1;
 }
 
-LongOutput::LongOutput() : m_before(std::signal(SIGPIPE, SIG_IGN)) {}
+LongOutput::LongOutput() : LongOutput(EndRequest::age) {}
+
+LongOutput::LongOutput(EndAge endAge) : m_before(std::signal(SIGPIPE, SIG_IGN)), m_buffer(std::move(endAge)) {}
 
 LongOutput::~LongOutput() {
     std::signal(SIGPIPE, m_before);
@@ -104,6 +108,17 @@ bool LongOutput::isColourful() {
 std::size_t LongOutput::width() {
     winsize size{};
     return ::isatty(STDOUT_FILENO) != 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+bool printUnlessInterrupted(const std::string& text, Interruption& interruption) {
+    using std::chrono::milliseconds;
+    LongOutput output([&] { return interruption.requested() ? milliseconds::max() : milliseconds(0); });
+    output.stream() << text;
+    const bool isRead = output.flush();
+    if (!isRead) {
+        std::fprintf(stderr, "daxctl: The standard output cannot be written: nobody reads it\n");
+    }
+    return isRead;
 }
 
 } // namespace daxctl

@@ -5,18 +5,25 @@
 #include <functional>
 #include <ostream>
 #include <streambuf>
+#include <string>
 #include <vector>
+
+#include "daxctl/Interruption.h"
 
 namespace daxctl {
 
 // The standard output of a command that writes for long, until somebody stops it. While it lives, a reader who goes
 // sends no signal, so that the command can end in good order. A reader who stands still is waited for, until the end is
-// asked for (EndRequest): then it is given up when it takes nothing for PATIENCE, and is as one who has gone.
+// asked for: then it is given up when it takes nothing for PATIENCE, and is as one who has gone.
 class LongOutput {
 public:
     static constexpr std::chrono::milliseconds PATIENCE{300};
 
+    // How long ago the end was asked for; 0 while it was not. EndRequest knows it where there is one.
+    using EndAge = std::function<std::chrono::milliseconds()>;
+
     LongOutput();
+    explicit LongOutput(EndAge endAge);
     ~LongOutput();
     LongOutput(const LongOutput&) = delete;
     LongOutput& operator=(const LongOutput&) = delete;
@@ -37,7 +44,7 @@ public:
 private:
     class Buffer : public std::streambuf {
     public:
-        Buffer();
+        explicit Buffer(EndAge endAge);
 
         bool isGivenUp = false;
         int error = 0; // of the write that failed
@@ -50,6 +57,7 @@ private:
         bool writeOut();
         void restart();
 
+        const EndAge m_endAge;
         std::vector<char> m_bytes;
     };
 
@@ -57,5 +65,9 @@ private:
     Buffer m_buffer;
     std::ostream m_stream{&m_buffer};
 };
+
+// Writes the text to standard output while the signals are held back. False when nobody reads it, also when the reader
+// stands still at an interruption, which is told on standard error. Throws Refusal when it cannot be written.
+bool printUnlessInterrupted(const std::string& text, Interruption& interruption);
 
 } // namespace daxctl

@@ -14,6 +14,7 @@
 
 #include "clients_common/ExitStatus.h"
 #include "clients_common/Output.h"
+#include "daxctl/LongOutput.h"
 
 namespace daxctl {
 
@@ -23,10 +24,6 @@ using std::chrono::milliseconds;
 
 // The command may have taken the signal itself.
 const milliseconds LOOK_INTERVAL(100);
-
-// `timeout` sends its signal to the process and then to the group, the end of a login session two different ones. These
-// are one interruption.
-const milliseconds SAME_INTERRUPTION(100);
 
 } // namespace
 
@@ -51,7 +48,6 @@ void SilenceGuard::heard() {
 void SilenceGuard::watch() {
     if (waitForInterruption() && waitForSilence()) {
         m_sayWhy();
-        std::fflush(stdout);
         ::_exit(clients_common::EXIT_REFUSED); // the other thread is in its call
     }
 }
@@ -71,7 +67,7 @@ bool SilenceGuard::waitForInterruption() {
 // False when the stretch has ended before.
 bool SilenceGuard::waitForSilence() {
     const auto begin = Clock::now();
-    if (hasEnded(SAME_INTERRUPTION)) {
+    if (hasEnded(ONE_INTERRUPTION)) {
         return false;
     }
     while (m_interruption.next(milliseconds(0)) != 0) {
@@ -95,11 +91,15 @@ bool SilenceGuard::hasEnded(milliseconds within) const {
     return end.revents != 0;
 }
 
-void reportSilence(const std::string& text, bool json) {
+void reportInterruption(const std::string& text, bool json) {
     const char* const behindABar = ::isatty(STDERR_FILENO) != 0 ? "\n" : "";
     std::fprintf(stderr, "%sInterrupted. %s\n", behindABar, text.c_str());
     if (json) {
-        clients_common::printJson({{"outcome", "interrupted"}, {"kind", clients_common::KIND_FAILED}});
+        LongOutput output([] { return milliseconds::max(); });
+        output.stream() << clients_common::jsonText({{"outcome", "interrupted"}, {"kind", clients_common::KIND_FAILED}},
+                                                    2)
+                        << '\n'
+                        << std::flush;
     }
 }
 

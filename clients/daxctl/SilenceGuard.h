@@ -48,8 +48,8 @@ private:
     std::thread m_thread; // last: it uses the others
 };
 
-// For `sayWhy`: tells on standard error that the command was interrupted, and the text, with --json also in a document
-// {"outcome": "interrupted", …}.
-void reportSilence(const std::string& text, bool json);
+// Tells on standard error that the command was interrupted, and the text, with --json also in a document
+// {"outcome": "interrupted", …}, unless the reader of standard output stands still. It may be `sayWhy`.
+void reportInterruption(const std::string& text, bool json);
 
 } // namespace daxctl

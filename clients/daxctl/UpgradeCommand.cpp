@@ -10,6 +10,7 @@
 #include "clients_common/Printable.h"
 #include "daxctl/Commands.h"
 #include "daxctl/DaemonCommand.h"
+#include "daxctl/LongOutput.h"
 #include "daxctl/RequestOptions.h"
 #include "daxctl/UpgradeRun.h"
 
@@ -56,7 +57,7 @@ int printFound(const nlohmann::ordered_json& found) {
 
 // A bus can be silent, too.
 dax::Client connect(const UpgradePlan& plan, Interruption& interruption, bool json) {
-    const SilenceGuard guard(interruption, [json] { reportSilence("The bus does not answer.", json); });
+    const SilenceGuard guard(interruption, [json] { reportInterruption("The bus does not answer.", json); });
     return connectToDaemon(plan.request.clientName);
 }
 
@@ -66,7 +67,9 @@ int runPlan(const UpgradePlan& plan, bool json) {
     UpgradeRun run(client, plan, interruption, json);
     const bool succeeded = run.run();
     if (json) {
-        clients_common::printJson(run.report());
+        if (!printUnlessInterrupted(clients_common::jsonText(run.report(), 2) + '\n', interruption)) {
+            return clients_common::EXIT_REFUSED;
+        }
     } else if (succeeded && plan.searchOnly) {
         printFound(run.report()["search"]);
     }

@@ -191,8 +191,8 @@ bool UpgradeRun::follow(const std::string& name, const Step& run) {
 
 // Called on another thread, while this object is in a call.
 void UpgradeRun::saySilence() const {
-    reportSilence("The update service does not answer. It ends the session itself, since this client leaves the bus.",
-                  m_silent);
+    reportInterruption(
+        "The update service does not answer. It ends the session itself, since this client leaves the bus.", m_silent);
 }
 
 bool UpgradeRun::cancelled(const std::string& what) {

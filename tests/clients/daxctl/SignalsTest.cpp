@@ -2,6 +2,7 @@
 // process.
 #include <cerrno>
 #include <csignal>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <poll.h>
@@ -102,7 +103,9 @@ INSTANTIATE_TEST_SUITE_P(OfTheEnd, EachRequest, Values(SIGINT, SIGTERM, SIGHUP))
 
 class ChildProcess : public Test {
 protected:
-    int run(const std::vector<std::string>& line) { return daxctl::runChild(line, ChildOutput::TO_OUTPUT, m_signals); }
+    int run(const std::vector<std::string>& line) {
+        return daxctl::runChild(line, ChildOutput::TO_OUTPUT, m_signals).status;
+    }
 
     Interruption m_signals;
 };
@@ -147,6 +150,25 @@ TEST_F(ChildProcess, KillsNoCommandForTwoDifferentSignals) {
     EXPECT_EQ(run({"sh", "-c", "trap '' TERM; kill -INT $PPID; sleep 0.1; kill -HUP $PPID; sleep 0.1; exit 5"}), 5);
 }
 
+TEST_F(ChildProcess, TakesTheSameSignalTwiceAtOnceForOne) {
+    bool isRepeated = false;
+    const auto repeat = [&] {
+        if (m_signals.first() == SIGINT && !std::exchange(isRepeated, true)) {
+            raise(SIGINT);
+        }
+    };
+    const std::vector<std::string> line = {
+        "sh", "-c", "trap 'sleep 0.3; exit 5' TERM; kill -INT $PPID; while true; do sleep 0.02; done"};
+    EXPECT_EQ(daxctl::runChild(line, ChildOutput::TO_OUTPUT, m_signals, repeat).status, 5);
+    EXPECT_TRUE(isRepeated);
+}
+
+TEST_F(ChildProcess, TellsWhetherTheCommandWasStarted) {
+    StandardError pipe(StandardError::Kind::PIPE);
+    EXPECT_TRUE(daxctl::runChild({"sh", "-c", "exit 127"}, ChildOutput::TO_OUTPUT, m_signals).wasStarted);
+    EXPECT_FALSE(daxctl::runChild({"/no/such/program"}, ChildOutput::TO_OUTPUT, m_signals).wasStarted);
+}
+
 TEST_F(ChildProcess, CallsBackMeanwhile) {
     int calls = 0;
     EXPECT_EQ(daxctl::runChild({"sleep", "1000"}, ChildOutput::TO_OUTPUT, m_signals,
@@ -154,14 +176,15 @@ TEST_F(ChildProcess, CallsBackMeanwhile) {
                                    if (++calls == 3) {
                                        raise(SIGTERM);
                                    }
-                               }),
+                               })
+                  .status,
               128 + SIGTERM);
     EXPECT_GE(calls, 3);
 }
 
 TEST_F(ChildProcess, WritesToStandardErrorWhenItIsToldTo) {
     StandardError pipe(StandardError::Kind::PIPE);
-    EXPECT_EQ(daxctl::runChild({"echo", "inside"}, ChildOutput::TO_ERRORS, m_signals), 0);
+    EXPECT_EQ(daxctl::runChild({"echo", "inside"}, ChildOutput::TO_ERRORS, m_signals).status, 0);
     EXPECT_EQ(pipe.text(), "inside\n");
 }
 
