@@ -58,8 +58,7 @@ bool UpgradeRun::runSession(dax::Session session) {
     dax::Transaction transaction = guarded.start(static_cast<dax::UpgradeType>(m_plan.upgradeType));
     guard.heard();
     const bool done = runTransaction(transaction);
-    guard.heard();
-    guarded.end("The client has finished.");
+    guard.heard(); // the session ends now, which is no part of what has been reached
     return done;
 }
 
@@ -70,7 +69,7 @@ std::optional<dax::Session> UpgradeRun::request() {
     for (;;) {
         try {
             const SilenceGuard guard(
-                m_interruption, [this] { saySilence(); }, m_plan.patience);
+                m_interruption, [this] { saySilenceBeforeTheSession(); }, m_plan.patience);
             return m_client.request(dax::Priority(m_plan.request.priority),
                                     dax::TransactionType(m_plan.request.transactionType));
         } catch (const dax::Refusal& refusal) {
@@ -189,7 +188,14 @@ bool UpgradeRun::follow(const std::string& name, const Step& run) {
     }
 }
 
-// Called on another thread, while this object is in a call.
+// These two are called on another thread, while this object is in a call.
+void UpgradeRun::saySilenceBeforeTheSession() const {
+    reportInterruption(
+        "The update service does not answer. Should it grant the session later, it ends that session itself, "
+        "since this client leaves the bus.",
+        m_silent);
+}
+
 void UpgradeRun::saySilence() const {
     reportInterruption(
         "The update service does not answer. It ends the session itself, since this client leaves the bus.", m_silent);

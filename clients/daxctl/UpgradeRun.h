@@ -59,6 +59,7 @@ private:
     ProgressOutput progressOutput() const;
     bool cancelled(const std::string& what);
     bool end(const std::string& outcome, const std::string& message);
+    void saySilenceBeforeTheSession() const;
     void saySilence() const;
 
     dax::Client& m_client;

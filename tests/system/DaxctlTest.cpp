@@ -502,6 +502,17 @@ INSTANTIATE_TEST_SUITE_P(
                    std::vector<std::string>{"lock", "acquire"}, std::vector<std::string>{"lock", "hold", "--", "true"}),
             Values(SIGINT, SIGTERM)));
 
+TEST_F(Daxctl, AnUpgradeInterruptedBeforeItsGrantSaysThatTheDaemonWillEndTheSession) {
+    ASSERT_EQ(daxctl({"status"}).end, ProcessEnd::exited(0));
+    const Stopped silence(desk.daemon());
+    const auto process = desk.start("daxctl", {"upgrade"});
+    ASSERT_TRUE(waitUntil([&] { return !desk.namelessConnectionsOf(process->pid()).empty(); }));
+    process->send(SIGINT);
+    EXPECT_EQ(process->waitForEnd(SOON), ProcessEnd::exited(1));
+    EXPECT_EQ(process->errors(), "Interrupted. The update service does not answer. Should it grant the session later, "
+                                 "it ends that session itself, since this client leaves the bus.\n");
+}
+
 // A command that is interrupted in its call, to which the daemon answers in time.
 class DaxctlInterruptedCall : public Daxctl, public WithParamInterface<int> {
 protected:

@@ -1,6 +1,7 @@
 #include "daxctl/UpgradeRun.h"
 
 #include <csignal>
+#include <stdexcept>
 #include <thread>
 
 #include <boost/optional/optional_io.hpp>
@@ -119,6 +120,13 @@ TEST_F(UpgradeRunTest, AsksForWhatThePlanSaysAndEndsItsSession) {
     EXPECT_CALL(*service, invalidate("The client has finished."));
     run();
     EXPECT_TRUE(succeeded);
+}
+
+TEST_F(UpgradeRunTest, IsDoneAlsoWhenTheServiceDoesNotEndTheSession) {
+    EXPECT_CALL(*service, invalidate).WillOnce(Throw(std::runtime_error("It is going.")));
+    run(true);
+    EXPECT_TRUE(succeeded);
+    EXPECT_EQ(report["outcome"], "finalized");
 }
 
 TEST_F(UpgradeRunTest, ReportsEveryFieldOfWhatWasFound) {
