@@ -79,6 +79,19 @@ void follow(monitor::BusWatch& bus, MonitorReport& report, const monitor::BusWat
     }
 }
 
+// False when a signal has cut the message off, which is no failure: a reader of the capture may stand still.
+bool writeUnlessEnding(monitor::CaptureWriter& writer, std::int64_t time, std::string_view bytes) {
+    try {
+        writer.write(time, bytes);
+        return true;
+    } catch (const std::runtime_error&) {
+        if (!EndRequest::isMade()) {
+            throw;
+        }
+        return false;
+    }
+}
+
 int watchBus(const MonitorOptions& options, MonitorReport& report) {
     // Until it watches there is nothing to tell: a signal ends the process, whatever is waited for.
     monitor::BusWatch bus([] { return EndRequest::age() > LAST_MESSAGES; });
@@ -94,8 +107,8 @@ int watchBus(const MonitorOptions& options, MonitorReport& report) {
     return reportOn(report, [&] {
         follow(bus, report, [&](const monitor::BusMessage& message, std::string_view bytes) {
             conversation.take(message);
-            if (writer) {
-                writer->write(message.time, bytes);
+            if (writer && !writeUnlessEnding(*writer, message.time, bytes)) {
+                writer.reset();
             }
         });
     });
