@@ -2,6 +2,9 @@
 
 #include <filesystem>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "clients_common/CommandLine.h"
 #include "daxctl/MethodOption.h"
 
@@ -45,9 +48,19 @@ bool isSameFile(const std::string& path, const std::string& other) {
     return target(path) == target(other) || fs::equivalent(target(path), target(other), none);
 }
 
+bool isSamePipe(const std::string& path, int descriptor) {
+    struct stat one {};
+    struct stat other {};
+    return ::stat(path.c_str(), &one) == 0 && ::fstat(descriptor, &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
+}
+
 // Whether what is shown goes into the same file.
 bool isOutput(const std::string& path) {
     std::error_code none;
+    if (fs::is_fifo(path, none)) {
+        return isSamePipe(path, STDOUT_FILENO) || isSamePipe(path, STDERR_FILENO);
+    }
     return fs::is_regular_file(path, none) && (isSameFile(path, "/dev/stdout") || isSameFile(path, "/dev/stderr"));
 }
 

@@ -56,7 +56,9 @@ TEST_F(MonitorFiles, AreNotOneForTheCaptureAndThePicture) {
 }
 
 TEST_F(MonitorFiles, AreNotWhereTheOutputGoes) {
-    for (const char* const files : {"--write out > out", "--read seen.pcap --diagram out >> out"}) {
+    for (const char* const files :
+         {"--write out > out", "--write /dev/stdout", "--read seen.pcap --diagram /dev/stderr",
+          "--read seen.pcap --diagram out >> out"}) {
         const auto run = monitor(files);
         EXPECT_EQ(run.end, ProcessEnd::exited(2)) << files;
         EXPECT_EQ(run.errors, "daxctl: The standard output has what is shown. Name a file.\n") << files;
