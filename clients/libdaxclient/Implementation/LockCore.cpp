@@ -66,12 +66,16 @@ bool LockCore::noticeLoss() {
     return m_state == State::LOST;
 }
 
+// Asks nobody first whether the lock is lost: the program may be about to be ended. The call reaches no other service.
 bool LockCore::release() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return callService(*m_context, [this] { return noticeLoss() ? false : releaseHeld(); });
+    return callService(*m_context, [this] { return releaseHeld(); });
 }
 
 bool LockCore::releaseHeld() {
+    if (m_state == State::HELD && m_service.isKnownToHaveGone()) {
+        m_state = State::LOST;
+    }
     if (m_state != State::HELD) {
         return m_state == State::RELEASED;
     }

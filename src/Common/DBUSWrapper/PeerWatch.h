@@ -37,6 +37,9 @@ public:
     // The same, but asks the bus, since its signal may still be on the way. False when the bus does not answer.
     bool askWhetherItHasGone();
 
+    // The same as far as the bus's signal has been read already. Neither reads nor waits.
+    bool isKnownToHaveGone() const;
+
     // Asks the bus whether anybody has the well-known name. Starts and follows nobody. Throws as follow().
     bool askWhetherAnybodyHasTheName();
 

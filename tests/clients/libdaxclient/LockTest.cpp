@@ -219,6 +219,51 @@ std::vector<std::string> othersThan(const std::vector<std::string>& own, RawPeer
     return others;
 }
 
+// Sees every message on the bus from now on.
+class Monitor {
+public:
+    Monitor() {
+        const RawMessage call(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
+                                                           "org.freedesktop.DBus.Monitoring", "BecomeMonitor"));
+        const char* const* noRules = nullptr;
+        const dbus_uint32_t flags = 0;
+        dbus_message_append_args(call.get(), DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &noRules, 0, DBUS_TYPE_UINT32, &flags,
+                                 DBUS_TYPE_INVALID);
+        EXPECT_EQ(dbus_message_get_type(m_peer.call(*call).get()), DBUS_MESSAGE_TYPE_METHOD_RETURN);
+    }
+
+    // The method that is called first. Empty when none is called in time.
+    std::string firstCall() {
+        std::string method;
+        waitUntil([&] {
+            dbus_connection_read_write(m_peer.connection(), 10);
+            const RawMessage message(dbus_connection_pop_message(m_peer.connection()));
+            if (message != nullptr && dbus_message_get_type(message.get()) == DBUS_MESSAGE_TYPE_METHOD_CALL) {
+                method = dbus_message_get_member(message.get());
+            }
+            return !method.empty();
+        });
+        return method;
+    }
+
+private:
+    RawPeer m_peer;
+};
+
+// Who ends a program that does not answer gives it a moment, in which the release must be on its way.
+TEST_F(LockTest, IsReleasedBeforeTheBusIsAskedAboutTheService) {
+    PlayedService daemon;
+    dax::Lock lock = acquireLock(client, daemon, 5);
+    RawPeer other;
+    for (const std::string& connection : othersThan({daemon.name(), other.name()}, other)) {
+        other.send(*signalTo(connection)); // may displace the news of the service's end
+    }
+    othersThan({}, other); // the bus has taken the signals
+    Monitor monitor;
+    EXPECT_TRUE(releaseLock(lock, daemon));
+    EXPECT_EQ(monitor.firstCall(), "releaseExternalLock");
+}
+
 TEST(LockOnASmallBus, IsSeenToBeLostThoughOthersFillItsConnections) {
     const PrivateBus bus(SystemBusRules::ofDevice({{"max_outgoing_bytes", 1000000}}));
     PlayedService daemon;

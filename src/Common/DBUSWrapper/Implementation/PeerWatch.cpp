@@ -171,7 +171,7 @@ std::string PeerWatch::ask(DBusMessage& question, std::chrono::milliseconds time
 
 bool PeerWatch::hasGone() {
     m_channel->readBacklog();
-    if (m_news->hasGone() || !m_channel->isOpen()) {
+    if (isKnownToHaveGone()) {
         return true;
     }
     return m_news->mayBeIncomplete() && askWhetherItHasGone(std::min<std::chrono::milliseconds>(m_timeout, SHORTLY));
@@ -190,6 +190,10 @@ bool PeerWatch::askWhetherItHasGone(std::chrono::milliseconds timeout) {
     } catch (const DBUSWrapperException&) { // the bus does not answer
         m_news->setIncomplete(true);
     }
+    return isKnownToHaveGone();
+}
+
+bool PeerWatch::isKnownToHaveGone() const {
     return m_news->hasGone() || !m_channel->isOpen();
 }
 

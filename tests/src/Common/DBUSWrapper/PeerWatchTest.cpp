@@ -82,8 +82,10 @@ TEST_F(PeerWatchTest, FollowsThePeerThatHasTheName) {
     EXPECT_FALSE(watched->askWhetherItHasGone());
     EXPECT_TRUE(watched->askWhetherItHasTheName());
     EXPECT_TRUE(watched->askWhetherAnybodyHasTheName());
+    EXPECT_FALSE(watched->isKnownToHaveGone());
     peer.disconnect();
-    EXPECT_TRUE(waitUntil([&] { return watched->hasGone(); }));
+    EXPECT_TRUE(waitUntil([&] { return watched->isKnownToHaveGone(); }));
+    EXPECT_TRUE(watched->hasGone());
     EXPECT_TRUE(watched->askWhetherItHasGone());
     EXPECT_FALSE(watched->askWhetherItHasTheName());
     EXPECT_FALSE(watched->askWhetherAnybodyHasTheName());
