@@ -1,7 +1,9 @@
 #include "Common/DBUSWrapper/Implementation/ConnectionOpening.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <csignal>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <system_error>
@@ -9,6 +11,7 @@
 #include <utility>
 
 #include <dbus/dbus.h>
+#include <unistd.h>
 
 #include "Common/DBUSWrapper/DBUSWrapperExceptions.h"
 #include "Utility/Utils/BlockedSignals.h"
@@ -20,37 +23,50 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-const int MOST_THREADS = 8;
+const int MOST_THREADS = 8; // for one address
 
-// How many threads may be made.
-class Places {
+// How many threads open connections, for each address.
+class Threads {
 public:
-    // False when none comes free until the deadline.
-    bool take(Clock::time_point deadline) {
+    pid_t process() const { return m_process; }
+
+    // False when the address has the most until the deadline.
+    bool add(const std::string& address, Clock::time_point deadline) {
         std::unique_lock<std::mutex> lock(m_mutex);
-        if (!m_changed.wait_until(lock, deadline, [this] { return m_free > 0; })) {
+        if (!m_changed.wait_until(lock, deadline, [&] { return m_counts[address] < MOST_THREADS; })) {
             return false;
         }
-        --m_free;
+        ++m_counts[address];
         return true;
     }
 
-    void giveBack() {
+    void remove(const std::string& address) {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        ++m_free;
-        m_changed.notify_one();
+        const auto count = m_counts.find(address);
+        if (--count->second == 0) {
+            m_counts.erase(count);
+        }
+        m_changed.notify_all();
     }
 
 private:
+    const pid_t m_process = getpid();
     std::mutex m_mutex; // guards all below
     std::condition_variable m_changed;
-    int m_free = MOST_THREADS;
+    std::map<std::string, int> m_counts;
 };
 
-// Never destroyed: a thread that stayed behind may come to its end while the process ends.
-Places& places() {
-    static Places* const all = new Places;
-    return *all;
+// Those of this process. After fork() the child has none of its parent's threads, one of which may have held the mutex;
+// so it begins with a count of its own. Never destroyed: a thread that stayed behind may come to its end while the
+// process ends.
+Threads& threads() {
+    static std::atomic<Threads*> newest{nullptr};
+    Threads* known = newest;
+    if (known != nullptr && known->process() == getpid()) {
+        return *known;
+    }
+    auto own = std::make_unique<Threads>();
+    return newest.compare_exchange_strong(known, own.get()) ? *own.release() : *known;
 }
 
 // Belongs to the thread that connects and to the one that waits for it. Whichever goes last closes what was opened for
@@ -58,6 +74,8 @@ Places& places() {
 class Opening {
 public:
     explicit Opening(std::string address) : m_address(std::move(address)) {}
+
+    const std::string& address() const { return m_address; }
 
     void run() {
         DBUSError error;
@@ -88,17 +106,17 @@ private:
     DBUSError m_error;
 };
 
-void runOnAThread(const std::shared_ptr<Opening>& opening) {
+void runOnAThread(Threads& threads, const std::shared_ptr<Opening>& opening) {
     sigset_t all;
     sigfillset(&all);
     const Utils::BlockedSignals blocked(all); // inherited by the thread, which must take none
     try {
-        std::thread([opening] {
+        std::thread([&threads, opening] {
             opening->run();
-            places().giveBack();
+            threads.remove(opening->address());
         }).detach();
     } catch (const std::system_error& error) {
-        places().giveBack();
+        threads.remove(opening->address());
         DAX_THROW(DBUSWrapperExceptions::ErrorConnectingToDBUS(),
                   "A connection cannot be opened: " << Utils::errinfo_errno(error.code().value()));
     }
@@ -107,13 +125,14 @@ void runOnAThread(const std::shared_ptr<Opening>& opening) {
 } // namespace
 
 DBUSConnectionHandle openConnection(const std::string& address, Clock::time_point deadline, DBUSError& error) {
-    if (!places().take(deadline)) {
+    Threads& all = threads();
+    const auto opening = std::make_shared<Opening>(address);
+    if (!all.add(address, deadline)) {
         dbus_set_error_const(error.get(), DBUS_ERROR_TIMEOUT,
                              "The bus has not accepted the connections before this one.");
         return nullptr;
     }
-    const auto opening = std::make_shared<Opening>(address);
-    runOnAThread(opening);
+    runOnAThread(all, opening);
     return opening->waitForIt(deadline, error);
 }
 

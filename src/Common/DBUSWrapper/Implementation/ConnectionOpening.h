@@ -14,7 +14,7 @@ namespace DAX::Common::DBUSWrapper {
 //
 // libdbus itself waits without a bound: for ever at the socket of a bus that stands still and has no room for one more.
 // So it waits on a thread of its own, which stays behind at the deadline and ends when the bus goes on or ends. While
-// eight of them wait, nobody makes another one.
+// eight of them wait for one address, nobody makes another one for it. A child process counts its own only.
 DBUSConnectionHandle openConnection(const std::string& address, std::chrono::steady_clock::time_point deadline,
                                     DBUSError& error);
 
