@@ -19,7 +19,7 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string DATA = "mnt/systemrw/org.kovan.tv.dax";
+const std::string DATA_FOLDER = "mnt/systemrw/org.kovan.tv.dax";
 
 std::string contentOf(const std::string& path) {
     std::ostringstream text;
@@ -125,9 +125,9 @@ TEST(UnitTest, MayWriteTheFolderThatTheTmpfilesMake) {
         GTEST_SKIP() << "this machine has no systemd-tmpfiles";
     }
     EXPECT_EQ(made.end, ProcessEnd::exited(0)) << made.errors;
-    EXPECT_TRUE(std::filesystem::is_directory(root.path() / DATA / "data/tv"));
-    EXPECT_THAT(unit(), HasSubstr("\nReadWritePaths=/" + DATA + "\n"));
-    EXPECT_THAT(unit(), HasSubstr("\nRequiresMountsFor=/" + DATA + "\n"));
+    EXPECT_TRUE(std::filesystem::is_directory(root.path() / DATA_FOLDER / "data/tv"));
+    EXPECT_THAT(unit(), HasSubstr("\nReadWritePaths=/" + DATA_FOLDER + "\n"));
+    EXPECT_THAT(unit(), HasSubstr("\nRequiresMountsFor=/" + DATA_FOLDER + "\n"));
 }
 
 TEST(TmpfilesTest, LeaveTheOwnerAndTheModeOfAFolderThatIsThere) {
@@ -136,7 +136,7 @@ TEST(TmpfilesTest, LeaveTheOwnerAndTheModeOfAFolderThatIsThere) {
         GTEST_SKIP() << "needs root and systemd-tmpfiles";
     }
     for (const std::string folder : {"", "/data", "/data/tv"}) {
-        const std::string path = (root.path() / (DATA + folder)).string();
+        const std::string path = (root.path() / (DATA_FOLDER + folder)).string();
         std::filesystem::create_directories(path);
         ASSERT_EQ(chown(path.c_str(), 12, 34), 0);
         ASSERT_EQ(chmod(path.c_str(), 02770), 0);
@@ -148,7 +148,7 @@ TEST(TmpfilesTest, LeaveTheOwnerAndTheModeOfAFolderThatIsThere) {
          {}});
     EXPECT_EQ(made.end, ProcessEnd::exited(0)) << made.errors;
     for (const std::string folder : {"", "/data", "/data/tv"}) {
-        const std::string path = (root.path() / (DATA + folder)).string();
+        const std::string path = (root.path() / (DATA_FOLDER + folder)).string();
         EXPECT_EQ(run({{"stat", "-c", "%u:%g %a", path}, {}, {}, {}}).output, "12:34 2770\n") << path;
     }
 }
