@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
+#include "Compilers.h"
 #include "Installed.h"
 
 namespace DAX::Tests {

@@ -56,13 +56,4 @@ private:
     TemporaryRoot m_root;
 };
 
-// The compilers that the examples are built with; clang only where it is installed.
-inline std::vector<std::string> compilers() {
-    std::vector<std::string> found{"g++"};
-    if (run({{"clang++-14", "--version"}, {}, {}, {}}).end == ProcessEnd::exited(0)) {
-        found.emplace_back("clang++-14");
-    }
-    return found;
-}
-
 } // namespace DAX::Tests
