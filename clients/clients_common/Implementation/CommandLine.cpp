@@ -27,11 +27,11 @@ bool wantsJson(int argc, const char* const* argv) {
 }
 
 // Otherwise a file or a connection would get the number of one that is closed, and what is printed would go into it.
-// They can only be read, so that what is printed is known to be lost.
+// Each is open for what it is not for, so that what is printed is known to be lost, and what is read to be missing.
 void reserveStandardDescriptors() {
     int descriptor = -1;
     do {
-        descriptor = ::open("/dev/null", O_RDONLY);
+        descriptor = ::open("/dev/null", ::fcntl(STDIN_FILENO, F_GETFD) < 0 ? O_WRONLY : O_RDONLY);
     } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
     if (descriptor >= 0) {
         ::close(descriptor);

@@ -125,6 +125,7 @@ void runOnAThread(Threads& threads, const std::shared_ptr<Opening>& opening) {
 } // namespace
 
 DBUSConnectionHandle openConnection(const std::string& address, Clock::time_point deadline, DBUSError& error) {
+    dbus_threads_init_default(); // before there are several threads that would
     Threads& all = threads();
     const auto opening = std::make_shared<Opening>(address);
     if (!all.add(address, deadline)) {
