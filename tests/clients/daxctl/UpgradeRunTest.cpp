@@ -123,7 +123,7 @@ TEST_F(UpgradeRunTest, AsksForWhatThePlanSaysAndEndsItsSession) {
 }
 
 TEST_F(UpgradeRunTest, IsDoneAlsoWhenTheServiceDoesNotEndTheSession) {
-    EXPECT_CALL(*service, invalidate).WillOnce(Throw(std::runtime_error("It is going.")));
+    EXPECT_CALL(*service, invalidate).WillRepeatedly(Throw(std::runtime_error("It is going.")));
     run(true);
     EXPECT_TRUE(succeeded);
     EXPECT_EQ(report["outcome"], "finalized");
