@@ -6,8 +6,8 @@ namespace Roundtrip {
 // which stands on them. The medians over blocks of calls, which take turns; the ratio is the median of the ratios of
 // neighbours.
 struct LibraryCost {
-    double proxies = 0;
-    double library = 0;
+    double byProxies = 0;
+    double byLibrary = 0;
     double ratio = 0;
 };
 

@@ -125,7 +125,7 @@ void measureLibrary(const std::string& server, const Plan& plan) {
     const LibraryCost cost = measureLibraryCost(plan.calls, plan.blockLength);
     std::printf("\nThe client's own side\n%-42s %-4s %10s %10s %7s  %s\n", "figure", "unit", "proxies", "library",
                 "ratio", "aim");
-    printRow("client CPU per call, median", "us", cost.proxies, cost.library, cost.ratio, ratioUpTo(1.15));
+    printRow("client CPU per call, median", "us", cost.byProxies, cost.byLibrary, cost.ratio, ratioUpTo(1.15));
 }
 
 void run(const std::string& server, const Plan& plan) {
