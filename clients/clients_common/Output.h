@@ -22,7 +22,4 @@ void printJson(const nlohmann::ordered_json& document);
 // written.
 void flushOutput();
 
-// What could not be written to standard output until now is no failure any more.
-void forgetLostOutput();
-
 } // namespace clients_common

@@ -8,8 +8,7 @@
 namespace clients_common {
 
 // The text in one line: each byte of a letter that does not print, a line end too, or of what is no UTF-8 is \xNN. At
-// most `most` bytes of the text, and
-// "..." behind them when there are more.
+// most `most` bytes of the text, and "..." behind them when there are more.
 std::string printable(std::string_view text, std::size_t most = std::string_view::npos);
 
 // The whole text with its line ends and tabs.

@@ -39,9 +39,4 @@ void flushOutput() {
     }
 }
 
-void forgetLostOutput() {
-    std::cout.clear();
-    std::clearerr(stdout);
-}
-
 } // namespace clients_common

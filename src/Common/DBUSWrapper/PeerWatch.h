@@ -61,8 +61,8 @@ private:
     const std::string m_name;
     const std::unique_ptr<News> m_news;
     const std::shared_ptr<DBusConnection> m_connection;
-    const std::unique_ptr<CallChannel> m_channel; // last: it uses the members above
     std::string m_uniqueName;
+    const std::unique_ptr<CallChannel> m_channel; // last: it uses the members above
 };
 
 } // namespace DAX::Common::DBUSWrapper

@@ -47,14 +47,19 @@ def client_is_killed(bench):
         box.cut()
 
 
+def end_by_death_of(box, name, victim):
+    """Kills one of the two daemons, and sees that the upgrade of its client ends for that."""
+    kill(box, name)
+    expect_told(wait_for_client(box), victim)
+    expect_equal(box.property(CLIENT, "ExecMainStatus"), "1", "the exit status of the client")
+
+
 @check("A core that is killed ends the upgrade, its client is told, and the next one works")
 def core_is_killed(bench):
     for step in STEPS:
         box = bench.booted_box()
         upgrade_until(box, step)
-        kill(box, CORE_NAME)
-        expect_told(wait_for_client(box), "core")
-        expect_equal(box.property(CLIENT, "ExecMainStatus"), "1", "the exit status of the client")
+        end_by_death_of(box, CORE_NAME, "core")
         expect_next_upgrade_works(box, step)
         box.cut()
 
@@ -64,9 +69,7 @@ def daemon_is_killed(bench):
     for step in STEPS:
         box = bench.booted_box()
         upgrade_until(box, step)
-        kill(box, DAEMON_NAME)
-        expect_told(wait_for_client(box), "daemon")
-        expect_equal(box.property(CLIENT, "ExecMainStatus"), "1", "the exit status of the client")
+        end_by_death_of(box, DAEMON_NAME, "daemon")
         # The client's next call has started it anew. The new one knows no transaction, so that the core hears nothing.
         expect_equal(box.property(UNIT, "ActiveState"), "active", "the state of the unit")
         expect_equal(calls_of_core(box).count("cancelCoreTransaction"), 0, "how often the core was told to cancel")

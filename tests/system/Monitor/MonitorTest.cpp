@@ -329,27 +329,30 @@ TEST_F(MonitorTest, EndsWhenNobodyReadsAnyMore) {
     EXPECT_THAT(desk.root.read("head.svg"), EndsWith("</svg>\n"));
 }
 
-TEST_F(MonitorTest, SaysWhenItsOutputCannotBeWritten) {
+// What a monitor with these arguments says when all that it prints is lost, and how it ends.
+std::string errorsOnAFullDisk(const Desk& desk, const std::string& arguments) {
     Command command;
-    command.line = inShell("", "> /dev/full");
+    command.line = inShell(arguments, "> /dev/full");
     Process shell(command);
-    ASSERT_TRUE(shell.waitForErrors("Watching the bus."));
-    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
+    EXPECT_TRUE(shell.waitForErrors("Watching the bus."));
+    EXPECT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
     EXPECT_EQ(shell.waitForEnd(), ProcessEnd::exited(0));
-    EXPECT_THAT(shell.errors(), EndsWith("daxctl: The standard output cannot be written: No space left on device\n"
-                                         "ended with 1\n"));
+    return shell.errors();
+}
+
+TEST_F(MonitorTest, SaysWhenItsOutputCannotBeWritten) {
+    EXPECT_THAT(errorsOnAFullDisk(desk, ""),
+                EndsWith("daxctl: The standard output cannot be written: No space left on device\n"
+                         "ended with 1\n"));
 }
 
 TEST_F(MonitorTest, SaysOneThingWhenItsDocumentsCannotBeWritten) {
+    EXPECT_EQ(errorsOnAFullDisk(desk, "--json"),
+              "Watching the bus. Ctrl-C ends.\n"
+              "daxctl: The standard output cannot be written: No space left on device\n"
+              "ended with 1\n");
     Command command;
     command.line = inShell("--json", "> /dev/full");
-    Process shell(command);
-    ASSERT_TRUE(shell.waitForErrors("Watching the bus."));
-    ASSERT_EQ(desk.run("daxctl", {"status"}).end, ProcessEnd::exited(0));
-    EXPECT_EQ(shell.waitForEnd(), ProcessEnd::exited(0));
-    EXPECT_EQ(shell.errors(), "Watching the bus. Ctrl-C ends.\n"
-                              "daxctl: The standard output cannot be written: No space left on device\n"
-                              "ended with 1\n");
     command.environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nowhere/bus";
     EXPECT_THAT(run(command).errors, MatchesRegex("daxctl: There is no system bus: [^\n]*\nended with 1\n"));
 }
